@@ -1,0 +1,32 @@
+# How everything here is compiled: C++20, hidden symbols, the warnings that we keep at zero, sanitizers on demand.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+find_program(KALVENTO_CCACHE ccache)
+if(KALVENTO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${KALVENTO_CCACHE}")
+endif()
+
+add_library(kalvento_warnings INTERFACE)
+target_compile_options(kalvento_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+if(KALVENTO_WERROR)
+    target_compile_options(kalvento_warnings INTERFACE -Werror)
+endif()
+# Folding must give the same bits on every machine: no fused multiply-add behind our back.
+target_compile_options(kalvento_warnings INTERFACE -ffp-contract=off)
+
+if(KALVENTO_SANITIZE)
+    add_compile_options(-fsanitize=${KALVENTO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${KALVENTO_SANITIZE})
+endif()
+if(KALVENTO_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

@@ -1,0 +1,15 @@
+# kalvento_add_test(NAME SOURCES... [LIBRARIES ...]): one test program a folder, each case known to ctest.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+function(kalvento_add_test name)
+    cmake_parse_arguments(arg "" "" "LIBRARIES" ${ARGN})
+    add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PRIVATE KalventoIncludes::Core kalvento_warnings ${arg_LIBRARIES} GTest::gmock
+        GTest::gtest_main)
+    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+    target_compile_definitions(${name} PRIVATE
+        KALVENTO_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
+        KALVENTO_SHARED_DATA="${PROJECT_SOURCE_DIR}/../shared/data")
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
+endfunction()
