@@ -17,7 +17,9 @@ public:
     constexpr COleDateTime() = default;
     /// A raw day number. The status is valid where the number lies in the calendar (years 100 to 9999), else invalid.
     explicit COleDateTime(double a_dayNumber);
-    constexpr COleDateTime(double a_dayNumber, DateTimeStatus a_status) : m_dt(a_dayNumber), m_status(a_status) {}
+    constexpr COleDateTime(double a_dayNumber, DateTimeStatus a_status)
+        : m_dt(a_dayNumber), m_status(a_status)
+    {}
     /// From calendar parts, accepted only if the way back from the day number gives the same six parts. Otherwise the
     /// status is invalid and the day number 0.
     COleDateTime(int a_year, int a_month, int a_day, int a_hour, int a_minute, int a_second);

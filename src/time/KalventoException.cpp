@@ -10,4 +10,7 @@ KalventoException::KalventoException(std::string_view a_place, int a_line, std::
     m_text = fmt::format("{}\t{} - {}", a_place, a_line, a_message);
 }
 
-const char* KalventoException::what() const noexcept { return m_text.c_str(); }
+const char* KalventoException::what() const noexcept
+{
+    return m_text.c_str();
+}

