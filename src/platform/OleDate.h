@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/Export.h"
+
+#include <cstdint>
+#include <optional>
+
+/// OLE Automation dates and the calendar: what the platform offers as SystemTimeToVariantTime, VariantTimeToSystemTime
+/// and VarUdateFromDate. The calendar is the Gregorian one, in years 100 to 9999, without leap seconds.
+/// Pure functions, any thread.
+namespace OleDate {
+
+/// A moment of the calendar in whole seconds.
+struct CalendarParts {
+    std::uint32_t year = 0;      // 100 to 9999
+    std::uint32_t month = 0;     // 1 to 12
+    std::uint32_t day = 0;       // 1 to 31
+    std::uint32_t hour = 0;      // 0 to 23
+    std::uint32_t minute = 0;    // 0 to 59
+    std::uint32_t second = 0;    // 0 to 59
+    std::uint32_t dayOfWeek = 0; // 0 is Sunday
+    std::uint32_t dayOfYear = 0; // 1 to 366
+};
+
+/// A day number with the day's place in its year.
+struct DayNumber {
+    double value = 0.0;
+    std::uint32_t dayOfYear = 0;
+};
+
+inline constexpr double S_unixEpoch = 25569.0;    ///< 1970-01-01
+inline constexpr double S_belowFirst = -657435.0; ///< day numbers of the calendar lie above this,
+inline constexpr double S_aboveLast = 2958466.0;  ///< and below this
+
+/// The day number of a calendar time, empty unless every part is real: no year of two digits becomes 19yy, no 30th of
+/// February a day of March. Whatever is accepted comes back from ToCalendar with the same parts.
+/// Below day 0 the time of day is subtracted.
+KALVENTO_API std::optional<DayNumber> FromCalendar(unsigned long a_year, unsigned long a_month,
+                                                   unsigned long a_day, unsigned long a_hour,
+                                                   unsigned long a_minute, unsigned long a_second);
+
+/// Whole seconds, rounded to the nearest, ties up; the carry runs through midnight, month and year. Empty outside of the
+/// calendar (9999-12-31 from 23:59:59.5 on is outside), for infinities and for what is no number.
+KALVENTO_API std::optional<CalendarParts> ToCalendar(double a_dayNumber);
+
+/// Seconds since 1970-01-01 00:00 of the same moment, rounded as by ToCalendar; empty where that is.
+KALVENTO_API std::optional<std::int64_t> ToSeconds(double a_dayNumber);
+
+} // namespace OleDate
