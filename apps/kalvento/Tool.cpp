@@ -1,0 +1,67 @@
+#include "kalvento/Tool.h"
+
+#include "kalvento/Commands.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <exception>
+#include <new>
+#include <ostream>
+
+namespace kalvento::tool {
+
+namespace {
+
+int Report(ToolContext& a_context, EExitCode a_code, const std::string& a_message)
+{
+    a_context.err << "kalvento: " << a_message << '\n';
+    return a_code;
+}
+
+int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
+{
+    CLI::App app("Folds market data into candles and looks after stored series.", "kalvento");
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.set_version_flag("--version", "kalvento 0.1.0");
+    app.add_flag("--quiet,-q", a_context.quiet, "No notes and no progress on standard error; errors remain");
+    app.footer(ExitCodesHelp());
+    AddCandlesCommand(app, a_context);
+
+    try {
+        // The parser takes its arguments from the back.
+        std::reverse(a_arguments.begin(), a_arguments.end());
+        app.parse(std::move(a_arguments));
+        return a_context.exitCode;
+    } catch (const CLI::ParseError& failure) {
+        return app.exit(failure, a_context.out, a_context.err) == 0 ? EExitOk : EExitUsage;
+    }
+}
+
+} // namespace
+
+int RunTool(const std::vector<std::string>& a_arguments, ToolContext& a_context)
+{
+    try {
+        a_context.exitCode = Run(a_arguments, a_context);
+        a_context.out.flush();
+    } catch (const OutputClosed&) {
+        a_context.exitCode = EExitOk;
+    } catch (const ToolError& failure) {
+        a_context.exitCode = Report(a_context, failure.GetExitCode(), failure.what());
+    } catch (const std::bad_alloc&) {
+        a_context.exitCode = Report(a_context, EExitFailure, "not enough memory");
+    } catch (const std::exception& failure) {
+        a_context.exitCode = Report(a_context, EExitFailure, failure.what());
+    }
+    return a_context.exitCode;
+}
+
+std::string ExitCodesHelp()
+{
+    return "Exit codes: 0 done, 1 the machine refused (disk, memory), 2 the command line can't be meant,\n"
+           "3 the input can't be taken, 4 an input file can't be opened, 5 a check answers no.";
+}
+
+} // namespace kalvento::tool

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "kalvento/ToolContext.h"
+
+#include <string>
+#include <vector>
+
+namespace kalvento::tool {
+
+/// Runs the whole tool in this process and returns its exit code, which also stands in the context. a_arguments are
+/// those behind the program's name. Nothing is thrown: every failure becomes a line on a_context.err and an exit code.
+int RunTool(const std::vector<std::string>& a_arguments, ToolContext& a_context);
+
+/// Two lines of the exit codes, for the end of every help page.
+std::string ExitCodesHelp();
+
+} // namespace kalvento::tool
