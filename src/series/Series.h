@@ -1,0 +1,42 @@
+#pragma once
+
+#include "aggregation/EAggrType.h"
+#include "platform/Export.h"
+#include "series/DSProp.h"
+#include "series/ESeriesId.h"
+
+#include <set>
+#include <string_view>
+
+/// What holds for a series by its number alone. Any number may be asked, unlisted ones too; safe from any thread.
+namespace VeloTools::Series {
+
+/// Polish label for the user; empty for a number outside of 1 to 55.
+KALVENTO_API std::wstring_view DefaultLabel(ESeriesId a_seriesId);
+/// EAggrTypeOhlc for Price, EAggrTypeSum for Volume, EAggrTypeLast for all others.
+KALVENTO_API EAggrType DefaultAggregationType(ESeriesId a_seriesId);
+/// Decimal places: 2 for prices and turnover, 0 for volumes and counts, -1 for 0 and Indicator. Raises
+/// std::invalid_argument for Time, VirtualSeries and every number from 56 upward.
+KALVENTO_API EPrecision DefaultPrecision(ESeriesId a_seriesId);
+
+/// The three series of a candle that aggregation makes.
+KALVENTO_API bool IsAggregationSeries(ESeriesId a_seriesId);
+/// Series that have a value at every row: Price, Volume, Lop, the candle series, Indicator, VirtualSeries.
+KALVENTO_API bool IsContinuousSeries(ESeriesId a_seriesId);
+/// Price-like series.
+KALVENTO_API bool IsValueSeries(ESeriesId a_seriesId);
+KALVENTO_API bool IsVolumeSeries(ESeriesId a_seriesId);
+
+/// True when the set holds the series, and for every series of the offer table (Bid1 to AskOrders5) without a look at
+/// the set, since offers travel beside it.
+KALVENTO_API bool CheckIfCSorOffersContainsGivenSeries(const std::set<ESeriesId>& a_series,
+                                                       ESeriesId a_seriesId);
+KALVENTO_API bool CheckIfCSorOffersContainsGivenSeries(const std::set<DSProp>& a_series,
+                                                       ESeriesId a_seriesId);
+
+/// A series number from a name: FNV-1a over 64 bits (http://www.isthe.com/chongo/tech/comp/fnv/), cut to 32. The narrow
+/// form runs over the bytes, the wide one over UTF-16 code units, low byte first, so the two differ for one text.
+KALVENTO_API ESeriesId GenerateId(std::string_view a_name);
+KALVENTO_API ESeriesId GenerateId(std::wstring_view a_name);
+
+} // namespace VeloTools::Series
