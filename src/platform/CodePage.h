@@ -38,6 +38,31 @@ constexpr int ByteOf(char32_t a_codePoint)
     return -1;
 }
 
+// All conversions take any input and never fail for its content. Wide characters are code points; what is none (above
+// 0x10FFFF, a surrogate) is replaced as each function says.
+
+/// One wide character a byte. Every byte string survives the way there and back.
+KALVENTO_API std::wstring Cp1250ToWide(std::string_view a_text);
+/// One byte a wide character; what the code page lacks becomes '?'.
+KALVENTO_API std::string WideToCp1250(std::wstring_view a_text);
+/// True where WideToCp1250 would lose nothing.
+KALVENTO_API bool FitsCp1250(std::wstring_view a_text);
+
+/// Each malformed piece of the text (a longest start of a sequence that breaks off, or a byte that can't start one)
+/// becomes one U+FFFD. Overlong forms and encoded surrogates are malformed.
+KALVENTO_API std::wstring Utf8ToWide(std::string_view a_text);
+/// What is not a code point becomes U+FFFD.
+KALVENTO_API std::string WideToUtf8(std::wstring_view a_text);
+KALVENTO_API std::string Cp1250ToUtf8(std::string_view a_text);
+/// Place of the first malformed byte, the text's length where there is none.
+KALVENTO_API std::size_t FindMalformedUtf8(std::string_view a_text);
+
+/// Pairs of surrogates become one wide character; a lone one is kept as it is, so every run of 16-bit units survives
+/// the way there and back.
+KALVENTO_API std::wstring Utf16ToWide(std::u16string_view a_text);
+/// Characters above 0xFFFF become pairs; a lone surrogate is kept; above 0x10FFFF comes U+FFFD.
+KALVENTO_API std::u16string WideToUtf16(std::wstring_view a_text);
+
 } // namespace CodePage
 
 namespace kalvento::internal {

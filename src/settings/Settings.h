@@ -1,0 +1,176 @@
+#pragma once
+
+#include "platform/CRect.h"
+#include "platform/CSize.h"
+#include "platform/Export.h"
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+namespace kalvento::internal {
+
+class SettingsForm;
+
+/// What a node gives and takes as a number. The character types are left out: otherwise std::string would see its
+/// assignment from one character beside that from a text, and `text = node["Key"]` would not compile.
+template<class Type>
+concept SettingsNumber =
+    std::is_arithmetic_v<Type> && std::same_as<Type, std::remove_cv_t<Type>> && !std::same_as<Type, bool> &&
+    !std::same_as<Type, char> && !std::same_as<Type, wchar_t> && !std::same_as<Type, char8_t> &&
+    !std::same_as<Type, char16_t> && !std::same_as<Type, char32_t>;
+
+} // namespace kalvento::internal
+
+/// One node of a tree of variables, through which everything is stored: a value of its own, children reached by key,
+/// and a list of children without keys. A node owns all of that; copies are deep and independent.
+///
+/// A value may be read as any type. The rule: every value has one text (a number in decimal, the shortest that reads
+/// back to the same bits; "true" and "false"; "left,top,right,bottom"; "width,height"; a narrow text is CP1250), and
+/// reading as another type reads that text. So a tree gives the same answers before it was stored and after. What
+/// cannot be read as the type asked for gives zero, false or an empty text, and so does a node without a value:
+///  - a whole number out of the range asked for is zero, never wrapped or cut;
+///  - a fraction read as a whole number loses what stands behind the point;
+///  - "true" and "false" read as 1 and 0; a number is true unless it is zero or NaN.
+///
+/// A tree is used by one thread at a time, readers included: reading a value as narrow text may keep that text in the
+/// node. The absent node alone is safe from any thread.
+class KALVENTO_API Settings {
+public:
+    using const_iterator = std::vector<Settings>::const_iterator;
+
+    /// An empty node, which exists.
+    Settings() noexcept = default;
+    /// Depth costs no stack, here and in the assignments. A copy of the absent node is an empty node, which exists.
+    Settings(const Settings& a_other);
+    /// References to children, and to the text of the value, stay good and now belong to the new node; the old one is
+    /// left empty.
+    Settings(Settings&& a_other) noexcept;
+    ~Settings();
+
+    /// Children and version are taken over too. A node may be given one of its own descendants.
+    Settings& operator=(const Settings& a_other);
+    Settings& operator=(Settings&& a_other) noexcept;
+    void swap(Settings& a_other) noexcept;
+    friend void swap(Settings& a_left, Settings& a_right) noexcept { a_left.swap(a_right); }
+
+    /// The child of that key, created empty if there is none. A key is any run of bytes, compared byte by byte. The
+    /// reference is good until this node is assigned, moved into, loaded or destroyed; further keys don't hurt it.
+    Settings& operator[](std::string_view a_key);
+    /// The child of that key, or the absent node, which is one for the process.
+    const Settings& operator[](std::string_view a_key) const;
+
+    /// False on the absent node and only there.
+    bool Exists() const noexcept { return m_exists; }
+
+    /// Stores a value; children and version stay.
+    Settings& operator=(int a_value);
+    Settings& operator=(unsigned int a_value);
+    Settings& operator=(long a_value);
+    Settings& operator=(unsigned long a_value);
+    Settings& operator=(long long a_value);
+    Settings& operator=(unsigned long long a_value);
+    /// Kept bit for bit, the kind of a NaN included.
+    Settings& operator=(double a_value);
+    /// Takes a bool and nothing that merely converts to it: a pointer would be true.
+    template<std::same_as<bool> Bool>
+    Settings& operator=(Bool a_value)
+    {
+        return AssignBool(a_value);
+    }
+    /// Any bytes, zero bytes included; read as wide text they are CP1250.
+    Settings& operator=(std::string_view a_value);
+    Settings& operator=(const std::string& a_value);
+    Settings& operator=(std::string&& a_value);
+    /// A null pointer is an empty text.
+    Settings& operator=(const char* a_value);
+    /// Any wide characters, zeros and lone surrogates included.
+    Settings& operator=(std::wstring_view a_value);
+    Settings& operator=(const std::wstring& a_value);
+    Settings& operator=(std::wstring&& a_value);
+    Settings& operator=(const wchar_t* a_value);
+    Settings& operator=(const CRect& a_value);
+    Settings& operator=(const CSize& a_value);
+
+    /// Every number type, exactly as asked for: no conversion stands behind another.
+    template<kalvento::internal::SettingsNumber Number>
+    operator Number() const // NOLINT(google-explicit-constructor): the callers convert by assignment.
+    {
+        if constexpr (std::is_floating_point_v<Number>)
+            return static_cast<Number>(ReadDouble());
+        else if constexpr (std::is_signed_v<Number>)
+            return static_cast<Number>(
+                ReadSigned(std::numeric_limits<Number>::min(), std::numeric_limits<Number>::max()));
+        else
+            return static_cast<Number>(ReadUnsigned(std::numeric_limits<Number>::max()));
+    }
+    template<std::same_as<bool> Bool>
+    operator Bool() const // NOLINT(google-explicit-constructor)
+    {
+        return ReadBool();
+    }
+    operator CRect() const;        // NOLINT(google-explicit-constructor)
+    operator CSize() const;        // NOLINT(google-explicit-constructor)
+    operator std::wstring() const; // NOLINT(google-explicit-constructor)
+    /// The narrow text, good until this node is assigned, loaded or destroyed. What CP1250 lacks becomes '?'.
+    operator const std::string&() const&; // NOLINT(google-explicit-constructor)
+    operator const std::string&() const&& = delete;
+
+    /// Appends an empty child without a key. The reference is good until the next AddUnnamed on this node; what hangs
+    /// below the child keeps its place even then.
+    Settings& AddUnnamed();
+    std::size_t GetUnnamedVariablesCount() const noexcept;
+    /// The children without keys in the order of their adding. Random access, contiguous.
+    const_iterator begin_unnamed() const noexcept;
+    const_iterator end_unnamed() const noexcept;
+
+    /// The whole subtree as one line of ASCII, empty (with a line in the log) where a limit is passed: more than 1000
+    /// levels, 2000000 nodes or 64 MiB.
+    std::string ConvertToString() const;
+    /// Puts the tree of such a text in the place of this one. False, with a line in the log and this node unchanged,
+    /// where the text cannot be read.
+    bool ConvertFromString(std::string_view a_text);
+
+    /// Puts the tree of an XML file in the place of this one. False, with this node unchanged, where there is no such
+    /// file, or it cannot be read, or its document element is not of that name; but for a missing file the log tells
+    /// why, with line and column.
+    bool LoadFromFile(std::wstring_view a_path, std::string_view a_rootName);
+    /// Writes the tree into an XML file. Whatever happens, the file is the old one or the new one, whole; true means
+    /// that the new one is on the disk. False, with a line in the log, where it cannot be written or passes a limit
+    /// (those of ConvertToString).
+    bool SaveToFile(std::wstring_view a_path, std::string_view a_rootName) const;
+
+    /// The form of what the node holds; travels with the node through copies, files and text.
+    std::int32_t m_version = 0;
+
+private:
+    friend class kalvento::internal::SettingsForm;
+    struct Children;
+    struct AbsentTag {};
+    using Value = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string,
+                               std::wstring, CRect, CSize>;
+
+    explicit Settings(AbsentTag) noexcept : m_exists(false) {}
+
+    template<class Type>
+    Settings& Assign(Type&& a_value);
+    Settings& AssignBool(bool a_value);
+    std::int64_t ReadSigned(std::int64_t a_lowest, std::int64_t a_highest) const;
+    std::uint64_t ReadUnsigned(std::uint64_t a_highest) const;
+    double ReadDouble() const;
+    bool ReadBool() const;
+    Children& MakeChildren();
+    Settings CopyWithoutChildren() const;
+
+    bool m_exists = true;
+    Value m_value;
+    mutable std::unique_ptr<std::string> m_narrow; // the value as narrow text, made when first asked for
+    std::unique_ptr<Children> m_children;          // null where there are none
+};
