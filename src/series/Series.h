@@ -20,7 +20,10 @@ KALVENTO_API EAggrType DefaultAggregationType(ESeriesId a_seriesId);
 KALVENTO_API EPrecision DefaultPrecision(ESeriesId a_seriesId);
 
 /// The three series of a candle that aggregation makes.
-KALVENTO_API bool IsAggregationSeries(ESeriesId a_seriesId);
+inline bool IsAggregationSeries(ESeriesId a_seriesId)
+{
+    return a_seriesId >= IntervalOpen && a_seriesId <= IntervalMin;
+}
 /// Series that have a value at every row: Price, Volume, Lop, the candle series, Indicator, VirtualSeries.
 KALVENTO_API bool IsContinuousSeries(ESeriesId a_seriesId);
 /// Price-like series.
