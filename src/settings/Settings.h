@@ -47,11 +47,10 @@ public:
     using const_iterator = std::vector<Settings>::const_iterator;
 
     /// An empty node, which exists.
-    Settings() noexcept = default;
+    Settings() noexcept;
     /// Depth costs no stack, here and in the assignments. A copy of the absent node is an empty node, which exists.
     Settings(const Settings& a_other);
-    /// References to children, and to the text of the value, stay good and now belong to the new node; the old one is
-    /// left empty.
+    /// References to children stay good and now belong to the new node; the old one is left empty.
     Settings(Settings&& a_other) noexcept;
     ~Settings();
 
@@ -66,6 +65,9 @@ public:
     Settings& operator[](std::string_view a_key);
     /// The child of that key, or the absent node, which is one for the process.
     const Settings& operator[](std::string_view a_key) const;
+    // For literals as keys: a node also converts to numbers, and node["Key"] would read as well as number["Key"].
+    Settings& operator[](const char* a_key) { return (*this)[std::string_view(a_key)]; }
+    const Settings& operator[](const char* a_key) const { return (*this)[std::string_view(a_key)]; }
 
     /// False on the absent node and only there.
     bool Exists() const noexcept { return m_exists; }
@@ -157,17 +159,16 @@ private:
     using Value = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string,
                                std::wstring, CRect, CSize>;
 
-    explicit Settings(AbsentTag) noexcept : m_exists(false) {}
+    explicit Settings(AbsentTag) noexcept;
 
-    template<class Type>
-    Settings& Assign(Type&& a_value);
+    Settings& Assign(Value a_value) noexcept;
     Settings& AssignBool(bool a_value);
     std::int64_t ReadSigned(std::int64_t a_lowest, std::int64_t a_highest) const;
     std::uint64_t ReadUnsigned(std::uint64_t a_highest) const;
     double ReadDouble() const;
     bool ReadBool() const;
+    const std::string& NarrowText() const;
     Children& MakeChildren();
-    Settings CopyWithoutChildren() const;
 
     bool m_exists = true;
     Value m_value;

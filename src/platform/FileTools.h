@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/Export.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+/// Whole files in one go. Safe from any thread; what two writers of one file leave is the file of one of them.
+namespace FileTools {
+
+/// The bytes of a regular file. Empty with a_error set where it can't be read, file_too_large where it holds more than
+/// a_mostBytes, not_supported where it is something else than a regular file (a pipe would wait for ever).
+KALVENTO_API std::optional<std::string> ReadFile(const std::filesystem::path& a_path, std::size_t a_mostBytes,
+                                                 std::error_code& a_error);
+
+/// Puts a file of these bytes in the place of the one that may be there. A kill, a full disk or a power cut at any
+/// moment leaves the old or the new file, whole; true means that the new one is on the disk.
+/// A symbolic link stays: the file that it leads to is replaced. Rights and, where permitted, owner are those of the old
+/// file; other hard links keep the old bytes. What is not a regular file is refused with not_supported.
+/// The new bytes wait in a file ".kalvento-<process>-<number>.tmp" in the same folder, which a kill may leave behind.
+KALVENTO_API bool ReplaceFile(const std::filesystem::path& a_path, std::string_view a_bytes,
+                              std::error_code& a_error);
+
+} // namespace FileTools

@@ -1,0 +1,414 @@
+#include "settings/Settings.h"
+
+#include "TemporaryFolder.h"
+#include "platform/WidePath.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <random>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::string_view S_root = "Root";
+
+Settings ThroughText(const Settings& a_tree)
+{
+    Settings read;
+    EXPECT_TRUE(read.ConvertFromString(a_tree.ConvertToString()));
+    return read;
+}
+
+Settings ThroughFile(const Settings& a_tree)
+{
+    const TemporaryFolder folder;
+    const std::wstring path = WidePath::ToWide(folder / "tree.xml");
+    Settings read;
+    EXPECT_TRUE(a_tree.SaveToFile(path, S_root));
+    EXPECT_TRUE(read.LoadFromFile(path, S_root));
+    return read;
+}
+
+void ForEachWay(const Settings& a_tree, const std::function<void(const Settings&)>& a_check)
+{
+    {
+        SCOPED_TRACE("in memory");
+        a_check(a_tree);
+    }
+    {
+        SCOPED_TRACE("copied");
+        a_check(Settings(a_tree));
+    }
+    {
+        SCOPED_TRACE("through text");
+        a_check(ThroughText(a_tree));
+    }
+    SCOPED_TRACE("through a file");
+    a_check(ThroughFile(a_tree));
+}
+
+std::uint64_t Bits(double a_value)
+{
+    return std::bit_cast<std::uint64_t>(a_value);
+}
+
+// Everything that a node can be read as.
+auto ReadAsAll(const Settings& a_node)
+{
+    return std::tuple(static_cast<int>(a_node), static_cast<unsigned int>(a_node),
+                      static_cast<unsigned long>(a_node), static_cast<std::int64_t>(a_node),
+                      static_cast<std::uint64_t>(a_node), static_cast<std::int8_t>(a_node),
+                      Bits(static_cast<double>(a_node)), static_cast<bool>(a_node),
+                      static_cast<std::string>(a_node), static_cast<std::wstring>(a_node),
+                      static_cast<CRect>(a_node), static_cast<CSize>(a_node));
+}
+
+std::string RandomBytes(std::mt19937_64& a_random, std::size_t a_length)
+{
+    std::string bytes(a_length, '\0');
+    for (char& byte : bytes)
+        byte = static_cast<char>(static_cast<unsigned char>(a_random()));
+    return bytes;
+}
+
+} // namespace
+
+// A pointer, a character or a flag must never land in the wrong kind of value.
+static_assert(!std::is_assignable_v<Settings&, void*>);
+static_assert(!std::is_assignable_v<Settings&, const std::vector<int>*>);
+static_assert(!std::is_convertible_v<const Settings&, char>);
+static_assert(!std::is_convertible_v<Settings, const std::string&>, "it would dangle");
+static_assert(std::is_nothrow_move_constructible_v<Settings> && std::is_nothrow_swappable_v<Settings>);
+static_assert(std::contiguous_iterator<Settings::const_iterator>);
+
+TEST(SettingsTest, WholeNumbersKeepTheirValue)
+{
+    Settings tree;
+    tree["int lowest"] = std::numeric_limits<int>::min();
+    tree["int highest"] = std::numeric_limits<int>::max();
+    tree["unsigned"] = std::numeric_limits<unsigned int>::max();
+    tree["int64 lowest"] = std::numeric_limits<std::int64_t>::min();
+    tree["int64 highest"] = std::numeric_limits<long long>::max();
+    tree["uint64"] = std::numeric_limits<unsigned long long>::max();
+    tree["unsigned long"] = 0xFFFFFFFFFFUL;
+    tree["minus one"] = -1;
+    ForEachWay(tree, [](const Settings& a_tree) {
+        EXPECT_EQ(static_cast<int>(a_tree["int lowest"]), std::numeric_limits<int>::min());
+        EXPECT_EQ(static_cast<int>(a_tree["int highest"]), std::numeric_limits<int>::max());
+        EXPECT_EQ(static_cast<unsigned int>(a_tree["unsigned"]), std::numeric_limits<unsigned int>::max());
+        EXPECT_EQ(static_cast<std::int64_t>(a_tree["int64 lowest"]),
+                  std::numeric_limits<std::int64_t>::min());
+        EXPECT_EQ(static_cast<long long>(a_tree["int64 highest"]), std::numeric_limits<long long>::max());
+        EXPECT_EQ(static_cast<std::uint64_t>(a_tree["uint64"]), std::numeric_limits<std::uint64_t>::max());
+        EXPECT_EQ(static_cast<unsigned long>(a_tree["unsigned long"]), 0xFFFFFFFFFFUL);
+        EXPECT_EQ(static_cast<int>(a_tree["minus one"]), -1);
+    });
+}
+
+TEST(SettingsTest, DoublesKeepEveryBit)
+{
+    std::vector<std::uint64_t> patterns = {Bits(0.0),
+                                           Bits(-0.0),
+                                           Bits(0.1),
+                                           Bits(1e300),
+                                           Bits(-1e-300),
+                                           Bits(9007199254740993.0),
+                                           1,
+                                           0x800FFFFFFFFFFFFF,
+                                           0x7FEFFFFFFFFFFFFF,
+                                           0x7FF0000000000000,
+                                           0xFFF0000000000000,
+                                           0x7FF8000000000000,
+                                           0xFFF8000000000000,
+                                           0x7FF0000000000001,
+                                           0x7FF8000000000123,
+                                           0xFFFFFFFFFFFFFFFF};
+    std::mt19937_64 random(1); // NOLINT(bugprone-random-generator-seed): the same numbers on every run.
+    for (int count = 0; count < 2000; ++count)
+        patterns.push_back(random());
+
+    Settings tree;
+    for (const std::uint64_t pattern : patterns)
+        tree["List"].AddUnnamed() = std::bit_cast<double>(pattern);
+    ForEachWay(tree, [&patterns](const Settings& a_tree) {
+        const Settings& list = a_tree["List"];
+        ASSERT_EQ(list.GetUnnamedVariablesCount(), patterns.size());
+        for (std::size_t place = 0; place < patterns.size(); ++place) {
+            const double value = list.begin_unnamed()[static_cast<std::ptrdiff_t>(place)];
+            EXPECT_EQ(Bits(value), patterns[place]);
+        }
+    });
+}
+
+TEST(SettingsTest, TextsAndKeysKeepEveryByte)
+{
+    std::vector<std::string> texts = {"",
+                                      " ",
+                                      "  two  ",
+                                      "a\r\nb\n\tc",
+                                      "C:\\new\\table",
+                                      "<&>\"']]>",
+                                      "\\",
+                                      "\\x{}",
+                                      "za\xBF\xF3\xB3\xE6",
+                                      "\xC5\x82",
+                                      "<!-- -->",
+                                      std::string("a\0b", 3),
+                                      "&#0;",
+                                      "item",
+                                      "var",
+                                      "xmlns",
+                                      "1st",
+                                      "a.b-c_d"};
+    for (int byte = 0; byte < 256; ++byte)
+        texts.emplace_back(1, static_cast<char>(static_cast<unsigned char>(byte)));
+    std::mt19937_64 random(2); // NOLINT(bugprone-random-generator-seed)
+    for (std::size_t length = 2; length < 200; ++length)
+        texts.push_back(RandomBytes(random, length));
+
+    Settings tree;
+    for (const std::string& text : texts) {
+        tree["Texts"].AddUnnamed() = text;
+        tree["Keys"][text] = text;
+        tree["Parents"][text] = text;
+        tree["Parents"][text]["Child"] = true;
+    }
+    ForEachWay(tree, [&texts](const Settings& a_tree) {
+        auto node = a_tree["Texts"].begin_unnamed();
+        for (const std::string& text : texts) {
+            const std::string& read = *node++;
+            EXPECT_EQ(read, text);
+            EXPECT_EQ(static_cast<std::string>(a_tree["Keys"][text]), text);
+            EXPECT_EQ(static_cast<std::string>(a_tree["Parents"][text]), text);
+            EXPECT_TRUE(static_cast<bool>(a_tree["Parents"][text]["Child"]));
+        }
+    });
+}
+
+TEST(SettingsTest, WideTextsKeepEveryCharacter)
+{
+    std::vector<std::wstring> texts = {L"Zażółć gęślą jaźń",
+                                       L" Ω ",
+                                       std::wstring(L"a\0b", 3),
+                                       L"\xD800",
+                                       L"\xDC00\xD800",
+                                       L"\xFFFE\xFFFF",
+                                       L"\x10FFFF",
+                                       L"\x85\x2028",
+                                       L"\xFEFF"};
+    texts.emplace_back(1, static_cast<wchar_t>(0xFFFFFFFF));
+    texts.emplace_back(1, static_cast<wchar_t>(0x110000));
+    std::mt19937_64 random(3); // NOLINT(bugprone-random-generator-seed)
+    for (int count = 0; count < 500; ++count)
+        texts.emplace_back(2, static_cast<wchar_t>(static_cast<std::uint32_t>(random()) >> (count % 32)));
+
+    Settings tree;
+    for (const std::wstring& text : texts)
+        tree.AddUnnamed() = text;
+    ForEachWay(tree, [&texts](const Settings& a_tree) {
+        auto node = a_tree.begin_unnamed();
+        for (const std::wstring& text : texts) {
+            const std::wstring read = *node++;
+            EXPECT_EQ(read, text);
+        }
+    });
+}
+
+TEST(SettingsTest, StoringChangesNoAnswer)
+{
+    using Assign = std::function<void(Settings&)>;
+    std::vector<Assign> values = {[](Settings&) {},
+                                  [](Settings& a_node) {
+                                      a_node = CRect{-1, 2, -3, 4};
+                                  },
+                                  [](Settings& a_node) {
+                                      a_node = CSize{5, -6};
+                                  }};
+    for (const double number :
+         {0.0, -0.0, 0.5, -0.5, 2.5, -1.0, -3.9, 1e10, 1e15, 1e19, 123456789012345680000.0, -1e19,
+          9223372036854775808.0, -9223372036854775808.0, 18446744073709551616.0, 1e300, std::nan(""),
+          std::numeric_limits<double>::infinity()})
+        values.emplace_back([number](Settings& a_node) { a_node = number; });
+    for (const std::int64_t number :
+         {std::int64_t{0}, std::int64_t{-1}, std::int64_t{127}, std::int64_t{128},
+          std::int64_t{9007199254740993}, std::numeric_limits<std::int64_t>::min()}) {
+        values.emplace_back([number](Settings& a_node) { a_node = number; });
+        values.emplace_back([number](Settings& a_node) { a_node = static_cast<std::uint64_t>(number); });
+    }
+    for (const bool flag : {false, true})
+        values.emplace_back([flag](Settings& a_node) { a_node = flag; });
+    for (const char* text : {"12",
+                             "-12",
+                             "+12",
+                             " 12",
+                             "12 ",
+                             "0x10",
+                             "1e2",
+                             "1e999",
+                             "-0",
+                             "true",
+                             "false",
+                             "True",
+                             "nan",
+                             "inf",
+                             "9223372036854775808",
+                             "-9223372036854775809",
+                             "1,2",
+                             "1, 2, 3, 4",
+                             "1,2,3,4,5",
+                             "1,,3,4",
+                             "99999999999,1"}) {
+        values.emplace_back([text](Settings& a_node) { a_node = text; });
+        const std::string narrow = text;
+        values.emplace_back(
+            [narrow](Settings& a_node) { a_node = std::wstring(narrow.begin(), narrow.end()); });
+    }
+
+    Settings tree;
+    for (const Assign& assign : values)
+        assign(tree.AddUnnamed());
+    ForEachWay(tree, [&tree](const Settings& a_tree) {
+        auto expected = tree.begin_unnamed();
+        for (auto node = a_tree.begin_unnamed(); node != a_tree.end_unnamed(); ++node, ++expected) {
+            SCOPED_TRACE(static_cast<std::string>(*expected));
+            EXPECT_EQ(ReadAsAll(*node), ReadAsAll(*expected));
+        }
+    });
+}
+
+TEST(SettingsTest, ValuesReadAsOtherTypes)
+{
+    const auto node = [](auto a_value) {
+        Settings settings;
+        settings = a_value;
+        return settings;
+    };
+    const auto narrow = [&node](auto a_value) {
+        const Settings settings = node(a_value);
+        return static_cast<std::string>(settings);
+    };
+    const Settings minusOne = node(-1);
+    EXPECT_EQ(static_cast<unsigned int>(minusOne), 0U);
+    EXPECT_EQ(static_cast<double>(minusOne), -1.0);
+    EXPECT_TRUE(static_cast<bool>(minusOne));
+    EXPECT_EQ(static_cast<int>(node(3000000000U)), 0);
+    EXPECT_EQ(static_cast<std::int8_t>(node(-128)), -128);
+    EXPECT_EQ(static_cast<std::int8_t>(node(128)), 0);
+    EXPECT_EQ(static_cast<int>(node(-2.9)), -2);
+    EXPECT_EQ(static_cast<unsigned int>(node(-0.9)), 0U);
+    EXPECT_EQ(static_cast<std::int64_t>(node("-9223372036854775809")), 0);
+    EXPECT_EQ(static_cast<int>(node(L"42")), 42);
+    EXPECT_EQ(static_cast<int>(node("4 2")), 0);
+    EXPECT_EQ(static_cast<int>(node(true)), 1);
+    EXPECT_FALSE(static_cast<bool>(node("yes")));
+    EXPECT_FALSE(static_cast<bool>(node(std::nan(""))));
+    EXPECT_EQ(narrow(true), "true");
+    EXPECT_EQ(narrow(0.1), "0.1");
+    EXPECT_EQ(narrow(L"\u0142 \u03A9"), "\xB3 ?");
+    EXPECT_EQ(static_cast<std::wstring>(node("\xB3")), L"\u0142");
+    EXPECT_EQ(static_cast<CRect>(node("1, 2, 3, 4")), (CRect{1, 2, 3, 4}));
+    EXPECT_EQ(static_cast<CRect>(node(CSize{1, 2})), CRect{});
+    EXPECT_EQ(static_cast<double>(node(CSize{1, 2})), 0.0);
+}
+
+TEST(SettingsTest, ReadingLeavesNoTrace)
+{
+    const Settings tree;
+    const Settings& absent = tree["Nothing"];
+    EXPECT_FALSE(absent.Exists());
+    EXPECT_TRUE(tree.Exists());
+    EXPECT_FALSE(tree["Nothing"]["Below"].Exists());
+    EXPECT_EQ(absent.GetUnnamedVariablesCount(), 0U);
+    EXPECT_EQ(absent.begin_unnamed(), absent.end_unnamed());
+    EXPECT_EQ(ReadAsAll(absent), ReadAsAll(tree));
+    EXPECT_EQ(static_cast<std::string>(absent), "");
+
+    Settings copy;
+    copy["Key"] = absent;
+    EXPECT_TRUE(std::as_const(copy)["Key"].Exists());
+    EXPECT_TRUE(std::as_const(ThroughFile(copy)["Key"]).Exists());
+}
+
+TEST(SettingsTest, VersionTravels)
+{
+    Settings tree;
+    tree.m_version = -5;
+    tree["Style"].m_version = 1;
+    tree["Style"] = L"text";
+    tree.AddUnnamed().m_version = std::numeric_limits<std::int32_t>::max();
+    ForEachWay(tree, [](const Settings& a_tree) {
+        EXPECT_EQ(a_tree.m_version, -5);
+        EXPECT_EQ(a_tree["Style"].m_version, 1);
+        EXPECT_EQ(a_tree.begin_unnamed()->m_version, std::numeric_limits<std::int32_t>::max());
+    });
+}
+
+TEST(SettingsTest, ReferencesOutliveFurtherKeysAndMoves)
+{
+    Settings tree;
+    Settings& first = tree["0"];
+    Settings& element = tree["List"].AddUnnamed()["Deep"];
+    for (int key = 1; key < 100; ++key) {
+        tree[std::to_string(key)] = key;
+        tree["List"].AddUnnamed();
+    }
+    EXPECT_EQ(&tree["0"], &first);
+    EXPECT_EQ(static_cast<int>(tree["57"]), 57);
+    const Settings moved = std::move(tree);
+    element = 3;
+    EXPECT_EQ(static_cast<int>((*moved["List"].begin_unnamed())["Deep"]), 3);
+}
+
+TEST(SettingsTest, NodeTakesItsOwnParts)
+{
+    Settings tree;
+    tree = "a text that is too long to lie in the string itself";
+    tree = static_cast<const std::string&>(tree);
+    tree["Child"]["Grandchild"] = 7;
+    tree["Copy"] = tree;
+    EXPECT_EQ(static_cast<int>(tree["Copy"]["Child"]["Grandchild"]), 7);
+    EXPECT_EQ(static_cast<std::string>(tree["Copy"]), "a text that is too long to lie in the string itself");
+
+    tree = tree["Copy"];
+    tree = std::move(tree["Child"]);
+    EXPECT_EQ(static_cast<int>(tree["Grandchild"]), 7);
+    EXPECT_FALSE(std::as_const(tree)["Copy"].Exists());
+    Settings& self = tree;
+    tree = std::move(self);
+    EXPECT_EQ(static_cast<int>(tree["Grandchild"]), 7);
+}
+
+TEST(SettingsTest, CopiesAreIndependent)
+{
+    Settings tree;
+    tree["Key"] = 1.5;
+    EXPECT_EQ(static_cast<std::string>(tree["Key"]), "1.5");
+    const Settings copy = tree;
+    tree["Key"] = 2;
+    tree["Key"]["More"] = 3;
+    EXPECT_EQ(static_cast<double>(copy["Key"]), 1.5);
+    EXPECT_FALSE(copy["Key"]["More"].Exists());
+    EXPECT_EQ(static_cast<std::string>(tree["Key"]), "2");
+}
+
+TEST(SettingsTest, DepthCostsNoStack)
+{
+    Settings tree;
+    Settings* node = &tree;
+    for (int level = 0; level < 300000; ++level)
+        node = level % 2 == 0 ? &(*node)["Key"] : &node->AddUnnamed();
+    *node = 9;
+    const Settings copy = tree;
+    EXPECT_TRUE(copy["Key"].Exists());
+    EXPECT_EQ(copy.ConvertToString(), "");
+    EXPECT_FALSE(copy.SaveToFile(L"/dev/null/never", S_root));
+}
