@@ -2,6 +2,7 @@
 
 #include "platform/Export.h"
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 
@@ -31,6 +32,27 @@ struct DayNumber {
 inline constexpr double S_unixEpoch = 25569.0;    ///< 1970-01-01
 inline constexpr double S_belowFirst = -657435.0; ///< day numbers of the calendar lie above this,
 inline constexpr double S_aboveLast = 2958466.0;  ///< and below this
+
+/// Half a second in days.
+inline constexpr double S_halfSecond = 1.0 / 172800.0;
+
+/// Below zero day numbers are not continuous: -1.25 is six hours after -1. Arithmetic and order go through this pair.
+/// What lies within half a second of zero stands as it is.
+inline double ToContinuous(double a_dayNumber)
+{
+    if (a_dayNumber > -S_halfSecond)
+        return a_dayNumber;
+    const double day = std::ceil(a_dayNumber);
+    return day - (a_dayNumber - day);
+}
+
+inline double FromContinuous(double a_continuous)
+{
+    if (a_continuous > -S_halfSecond)
+        return a_continuous;
+    const double day = std::floor(a_continuous);
+    return day - a_continuous + day;
+}
 
 /// The day number of a calendar time, empty unless every part is real: no year of two digits becomes 19yy, no 30th of
 /// February a day of March. Whatever is accepted comes back from ToCalendar with the same parts.

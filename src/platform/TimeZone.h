@@ -15,7 +15,8 @@ class time_zone;
 /// place of the world. Remembers the stretch of equal offset around the last time asked for, so rows in
 /// order of time cost a comparison each. Copies are independent; one thread at a time.
 ///
-/// Times are seconds since 1970-01-01 00:00, in UTC or as the local clock shows them. The database knows changes up to
+/// Times are seconds since 1970-01-01 00:00, in UTC or as the local clock shows them, of some ten thousand years on
+/// either side. The database knows changes up to
 /// 2037; later years keep the offset that holds then.
 class KALVENTO_API TimeZone {
 public:
@@ -46,6 +47,7 @@ private:
     TimeZone(const date::time_zone* a_zone, std::string_view a_name);
     void SeekUtc(std::int64_t a_utcSeconds);
     void SeekLocal(std::int64_t a_localSeconds);
+    void Remember(std::int64_t a_begin, std::int64_t a_end, std::int64_t a_offset);
 
     const date::time_zone* m_zone; // of the database, which lives as long as the process
     std::string m_name;

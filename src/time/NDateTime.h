@@ -2,9 +2,9 @@
 
 #include "platform/COleDateTime.h"
 #include "platform/Export.h"
+#include "platform/OleDate.h"
 
 #include <cstdint>
-#include <ctime>
 #include <string_view>
 #include <type_traits>
 
@@ -112,14 +112,14 @@ public:
     friend bool operator<(const NDateTime& a_left, const NDateTime& a_right)
     {
         if (a_left.IsValid() && a_right.IsValid() &&
-            ToContinuous(a_left.m_value.m_dt) < ToContinuous(a_right.m_value.m_dt))
+            OleDate::ToContinuous(a_left.m_value.m_dt) < OleDate::ToContinuous(a_right.m_value.m_dt))
             return true;
         return a_left.IsNear(a_right) && a_left.CounterBits() < a_right.CounterBits();
     }
     friend bool operator>(const NDateTime& a_left, const NDateTime& a_right)
     {
         if (a_left.IsValid() && a_right.IsValid() &&
-            ToContinuous(a_left.m_value.m_dt) > ToContinuous(a_right.m_value.m_dt))
+            OleDate::ToContinuous(a_left.m_value.m_dt) > OleDate::ToContinuous(a_right.m_value.m_dt))
             return true;
         return a_left.IsNear(a_right) && a_left.CounterBits() > a_right.CounterBits();
     }
@@ -136,14 +136,8 @@ private:
     friend struct kalvento::internal::NDateTimeWords;
 
     // Half a second in days: values closer than this are one instant.
-    static constexpr double S_halfSecond = 1.0 / 172800.0;
+    static constexpr double S_halfSecond = OleDate::S_halfSecond;
 
-    static double ToContinuous(double a_dayNumber)
-    {
-        return a_dayNumber > -S_halfSecond ? a_dayNumber : NegativeToContinuous(a_dayNumber);
-    }
-    static double NegativeToContinuous(double a_dayNumber);
-    static double FromContinuous(double a_continuous);
     static unsigned long GetMilesecond(double a_value);
 
     std::uint32_t CounterBits() const { return m_clock & 0x3FFFC0U; }
