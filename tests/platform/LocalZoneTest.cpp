@@ -1,0 +1,190 @@
+#include "platform/LocalZone.h"
+#include "platform/TimeZone.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+using kalvento::internal::LocalZoneRule;
+using kalvento::internal::MakeTime;
+using kalvento::internal::ReadZoneRule;
+using kalvento::internal::ToLocalSeconds;
+using kalvento::internal::ToUtcSeconds;
+using kalvento::internal::YearlyMoment;
+
+std::int64_t At(int a_year, unsigned a_month, unsigned a_day, int a_hour = 0, int a_minute = 0,
+                int a_second = 0)
+{
+    const std::chrono::sys_days day(std::chrono::year(a_year) / static_cast<int>(a_month) /
+                                    static_cast<int>(a_day));
+    return day.time_since_epoch().count() * 86400LL + a_hour * 3600 + a_minute * 60 + a_second;
+}
+
+// Written out, so that the conversions are tested apart from the machine's database.
+LocalZoneRule Warsaw()
+{
+    return {3600, {{7200, {3, 5, 0, 7200}, {10, 5, 0, 10800}}}};
+}
+
+LocalZoneRule Sydney()
+{
+    return {36000, {{39600, {10, 1, 0, 7200}, {4, 1, 0, 10800}}}};
+}
+
+TEST(LocalZoneTest, RulesOfTheDatabase)
+{
+    EXPECT_EQ(ReadZoneRule("Europe/Warsaw", 2021), Warsaw());
+    EXPECT_EQ(ReadZoneRule("Europe/Warsaw", 2030), Warsaw());
+    EXPECT_EQ(ReadZoneRule("Australia/Sydney", 2021), Sydney());
+    const LocalZoneRule newYork = {-18000, {{-14400, {3, 2, 0, 7200}, {11, 1, 0, 7200}}}};
+    EXPECT_EQ(ReadZoneRule("America/New_York", 2021), newYork);
+    // The database calls the Irish winter the exception; the greater offset is the daylight time all the same.
+    EXPECT_EQ(ReadZoneRule("Europe/Dublin", 2021),
+              (LocalZoneRule{0, {{3600, {3, 5, 0, 3600}, {10, 5, 0, 7200}}}}));
+}
+
+TEST(LocalZoneTest, ZonesThatKeepOneOffsetHaveNoDaylight)
+{
+    EXPECT_EQ(ReadZoneRule("Etc/UTC", 2021), LocalZoneRule{});
+    EXPECT_EQ(ReadZoneRule("Asia/Kolkata", 2021), (LocalZoneRule{19800, {}}));
+    // The clocks were put on in March 2016 and have stayed so: the offset at the end of the year holds.
+    EXPECT_EQ(ReadZoneRule("Europe/Istanbul", 2016), (LocalZoneRule{10800, {}}));
+    EXPECT_EQ(ReadZoneRule("Nowhere/AtAll", 2021), LocalZoneRule{});
+    EXPECT_EQ(ReadZoneRule("../../etc/passwd", 2021), LocalZoneRule{});
+    EXPECT_EQ(ReadZoneRule("", 2021), LocalZoneRule{});
+}
+
+TEST(LocalZoneTest, ToLocalTurnsAtTheRuleMoments)
+{
+    struct Case {
+        std::int64_t utc;
+        std::int64_t local;
+    };
+    const Case cases[] = {
+        {At(2021, 1, 15, 12), At(2021, 1, 15, 13)},
+        {At(2021, 7, 15, 12), At(2021, 7, 15, 14)},
+        {At(2021, 3, 28, 0, 59, 59), At(2021, 3, 28, 1, 59, 59)},
+        {At(2021, 3, 28, 1), At(2021, 3, 28, 3)},
+        {At(2021, 10, 31, 0, 59, 59), At(2021, 10, 31, 2, 59, 59)},
+        {At(2021, 10, 31, 1), At(2021, 10, 31, 2)},
+        {At(2021, 12, 31, 23, 30), At(2022, 1, 1, 0, 30)},
+        // One rule for every year: daylight time also where history had none.
+        {At(1955, 7, 1, 12), At(1955, 7, 1, 14)},
+        {At(2150, 7, 1, 12), At(2150, 7, 1, 14)},
+    };
+    for (const auto& [utc, local] : cases) {
+        SCOPED_TRACE(utc);
+        EXPECT_EQ(ToLocalSeconds(Warsaw(), utc), local);
+    }
+}
+
+TEST(LocalZoneTest, ToUtcTakesRepeatedAndSkippedHoursAsDaylightTime)
+{
+    struct Case {
+        std::int64_t local;
+        std::int64_t utc;
+    };
+    const Case cases[] = {
+        {At(2021, 3, 28, 1, 59, 59), At(2021, 3, 28, 0, 59, 59)},
+        {At(2021, 3, 28, 2), At(2021, 3, 28, 0)}, // skipped
+        {At(2021, 3, 28, 2, 59, 59), At(2021, 3, 28, 0, 59, 59)},
+        {At(2021, 3, 28, 3), At(2021, 3, 28, 1)},
+        {At(2021, 10, 31, 1, 59, 59), At(2021, 10, 30, 23, 59, 59)},
+        {At(2021, 10, 31, 2), At(2021, 10, 31, 0)}, // repeated
+        {At(2021, 10, 31, 2, 59, 59), At(2021, 10, 31, 0, 59, 59)},
+        {At(2021, 10, 31, 3), At(2021, 10, 31, 2)},
+    };
+    for (const auto& [local, utc] : cases) {
+        SCOPED_TRACE(local);
+        EXPECT_EQ(ToUtcSeconds(Warsaw(), local), utc);
+    }
+}
+
+TEST(LocalZoneTest, SummerSouthOfTheEquatorRunsOverTheNewYear)
+{
+    const auto sydney = Sydney();
+    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 1, 1)), At(2021, 1, 1, 11));
+    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 12, 31, 20)), At(2022, 1, 1, 7));
+    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 6, 1)), At(2021, 6, 1, 10));
+    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 4, 3, 15, 59, 59)), At(2021, 4, 4, 2, 59, 59));
+    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 4, 3, 16)), At(2021, 4, 4, 2));
+    EXPECT_EQ(ToUtcSeconds(sydney, At(2021, 4, 4, 2, 30)), At(2021, 4, 3, 15, 30));
+    EXPECT_EQ(ToUtcSeconds(sydney, At(2021, 10, 3, 2, 30)), At(2021, 10, 2, 15, 30));
+}
+
+TEST(LocalZoneTest, ThereAndBackIsTheSameButInTheRepeatedHour)
+{
+    for (const auto& rule : {Warsaw(), Sydney(), LocalZoneRule{19800, {}}}) {
+        for (std::int64_t utc = At(2019, 1, 1); utc < At(2023, 1, 1); utc += 1799) {
+            const std::int64_t local = ToLocalSeconds(rule, utc);
+            const std::int64_t back = ToUtcSeconds(rule, local);
+            if (back != utc) {
+                ASSERT_EQ(back, utc - 3600);
+                ASSERT_EQ(ToLocalSeconds(rule, back), local);
+            }
+            const auto made = MakeTime(rule, local);
+            ASSERT_TRUE(made);
+            if (*made != utc) {
+                ASSERT_EQ(*made, utc + 3600);
+                ASSERT_EQ(ToLocalSeconds(rule, *made), local);
+            }
+        }
+    }
+}
+
+// In its own year the rule says what the database says.
+TEST(LocalZoneTest, RuleAgreesWithTheDatabaseInItsOwnYear)
+{
+    for (const char* name : {"Europe/Warsaw", "Europe/Dublin", "America/New_York", "America/Santiago",
+                             "Australia/Lord_Howe", "Atlantic/Azores", "Asia/Beirut"}) {
+        auto zone = TimeZone::Find(name);
+        ASSERT_TRUE(zone);
+        for (const int year : {2019, 2021, 2024}) {
+            SCOPED_TRACE(std::string(name) + " " + std::to_string(year));
+            const auto rule = ReadZoneRule(name, year);
+            ASSERT_TRUE(rule.daylight);
+            for (std::int64_t utc = At(year, 1, 2); utc < At(year, 12, 31); utc += 900)
+                ASSERT_EQ(ToLocalSeconds(rule, utc), zone->ToLocal(utc)) << utc;
+        }
+    }
+}
+
+TEST(LocalZoneTest, MakeTimeTakesTheRepeatedHourAsStandardTime)
+{
+    EXPECT_EQ(MakeTime(Warsaw(), At(2021, 10, 31, 1, 59, 59)), At(2021, 10, 30, 23, 59, 59));
+    EXPECT_EQ(MakeTime(Warsaw(), At(2021, 10, 31, 2, 30)), At(2021, 10, 31, 1, 30));
+    EXPECT_EQ(MakeTime(Warsaw(), At(2021, 3, 28, 2, 30)), At(2021, 3, 28, 0, 30)); // skipped
+    EXPECT_EQ(MakeTime(LocalZoneRule{}, At(2021, 7, 1)), At(2021, 7, 1));
+}
+
+TEST(LocalZoneTest, MakeTimeEndsWithTheYear3000)
+{
+    const LocalZoneRule utc;
+    EXPECT_EQ(MakeTime(utc, 0), 0);
+    EXPECT_FALSE(MakeTime(utc, -1));
+    EXPECT_FALSE(MakeTime(Warsaw(), At(1970, 1, 1)));
+    EXPECT_EQ(MakeTime(Warsaw(), At(1970, 1, 1, 1)), 0);
+    EXPECT_EQ(MakeTime(utc, At(3000, 12, 31, 23, 59, 59)), At(3000, 12, 31, 23, 59, 59));
+    EXPECT_FALSE(MakeTime(utc, At(3001, 1, 1)));
+}
+
+TEST(LocalZoneTest, EnvironmentDoesNotChangeTheMachinesZone)
+{
+    const auto before = kalvento::internal::ReadLocalZoneRule();
+    const char* kept = std::getenv("TZ");
+    const std::string old = kept != nullptr ? kept : "";
+    for (const char* zone : {"America/New_York", "Asia/Tokyo", "WRONG5"}) {
+        ::setenv("TZ", zone, 1);
+        EXPECT_EQ(kalvento::internal::ReadLocalZoneRule(), before);
+    }
+    if (kept != nullptr)
+        ::setenv("TZ", old.c_str(), 1);
+    else
+        ::unsetenv("TZ");
+}
+
+} // namespace

@@ -1,0 +1,159 @@
+#include "time/DateTimeConverter.h"
+
+#include "platform/CodePage.h"
+#include "platform/LocalZone.h"
+#include "time/DateTimeTools.h"
+#include "time/LocalTime.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using kalvento::internal::LocalZoneRule;
+
+LocalZoneRule Warsaw()
+{
+    return {3600, {{7200, {3, 5, 0, 7200}, {10, 5, 0, 10800}}}};
+}
+
+NDateTime ToLocal(const NDateTime& a_utc, const LocalZoneRule& a_rule = Warsaw())
+{
+    return kalvento::internal::UtcToLocal(a_rule, a_utc.ToOle(), a_utc.GetMilliSec());
+}
+
+NDateTime ToUtc(const NDateTime& a_local, const LocalZoneRule& a_rule = Warsaw())
+{
+    return kalvento::internal::LocalToUtc(a_rule, a_local.ToOle(), a_local.GetMilliSec());
+}
+
+template<class Conversion>
+std::string FailureOf(Conversion a_conversion)
+{
+    try {
+        a_conversion();
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return {};
+}
+
+TEST(DateTimeConverterTest, CounterGoesWithTheValue)
+{
+    const NDateTime utc(2021, 7, 1, 22, 30, 0, 5);
+    const NDateTime local = ToLocal(utc);
+    EXPECT_EQ(local.ToDouble(), NDateTime(2021, 7, 2, 0, 30, 0, 5).ToDouble());
+    EXPECT_EQ(local.GetMilliSec(), 5U);
+    EXPECT_EQ(ToUtc(local).ToDouble(), utc.ToDouble());
+    // A counter of more than half a second rounds up on the way.
+    EXPECT_EQ(ToLocal(NDateTime(2021, 7, 1, 10, 0, 0, 60000)).GetSecond(), 1U);
+}
+
+TEST(DateTimeConverterTest, LimitsOfTheConversion)
+{
+    const std::string wrong = "Błąd konwersji czasów"_cp1250;
+    EXPECT_EQ(FailureOf([] { ToLocal(NDateTime(1600, 12, 31, 23, 59, 59, 0)); }), wrong);
+    EXPECT_EQ(FailureOf([] { ToLocal(NDateTime(1601, 1, 1)); }), "");
+    EXPECT_EQ(FailureOf([] { ToUtc(NDateTime(1601, 1, 1, 0, 59, 59, 0)); }), wrong) << "ends before 1601";
+    EXPECT_EQ(FailureOf([] { ToUtc(NDateTime(1601, 1, 1, 1, 0, 0, 0)); }), "");
+    EXPECT_EQ(FailureOf([] { ToLocal(NDateTime(2021, 2, 30)); }), wrong);
+    EXPECT_EQ(FailureOf([] { ToUtc(NDateTime(1899, 12, 30)); }), "");
+    const COleDateTime wild(1e300, COleDateTime::valid);
+    EXPECT_EQ(FailureOf([&] { kalvento::internal::UtcToLocal(Warsaw(), wild, 0); }), wrong);
+    // The year 10000 is no year of the calendar.
+    EXPECT_FALSE(ToLocal(NDateTime(9999, 12, 31, 23, 30, 0, 0)).IsValid());
+}
+
+TEST(DateTimeConverterTest, ZoneWithoutDaylightSavingIsUnknown)
+{
+    const LocalZoneRule kolkata = {19800, {}};
+    const std::string unknown = "Nieznana strefa czasowa";
+    EXPECT_EQ(FailureOf([&] { ToLocal(NDateTime(2021, 7, 1), kolkata); }), unknown);
+    EXPECT_EQ(FailureOf([&] { ToUtc(NDateTime(2021, 7, 1), kolkata); }), unknown);
+    EXPECT_EQ(FailureOf([&] { ToUtc(NDateTime(2021, 2, 30), kolkata); }), unknown)
+        << "the zone is asked first";
+    EXPECT_EQ(kalvento::internal::LocalTimeAt(kolkata, 0).ToDouble(),
+              NDateTime(1970, 1, 1, 5, 30, 0, 0).ToDouble())
+        << "the clock needs no daylight saving";
+}
+
+// The public forms are the same conversions with the machine's own zone, whatever it is.
+TEST(DateTimeConverterTest, PublicFormsUseTheMachinesZone)
+{
+    const auto rule = kalvento::internal::ReadLocalZoneRule();
+    const NDateTime time(2021, 7, 1, 10, 0, 0, 5);
+    if (!rule.daylight) {
+        const std::string unknown = "Nieznana strefa czasowa";
+        EXPECT_EQ(FailureOf([&] { DateTimeConverter::ConvertFromUtcToLocal(time); }), unknown);
+        EXPECT_EQ(FailureOf([&] { DateTimeConverter::ConvertFromLocalToUtc(time); }), unknown);
+        EXPECT_EQ(FailureOf([&] { DateTimeConverter::ConvertFromUnixSecondToLocalDateTime(0); }), unknown);
+        EXPECT_EQ(FailureOf([&] { DateTimeTools::GetCurrentUtcTime(); }), unknown);
+        return;
+    }
+    EXPECT_EQ(DateTimeConverter::ConvertFromUtcToLocal(time).ToDouble(), ToLocal(time, rule).ToDouble());
+    EXPECT_EQ(DateTimeConverter::ConvertFromLocalToUtc(time).ToDouble(), ToUtc(time, rule).ToDouble());
+    EXPECT_EQ(DateTimeConverter::ConvertFromUnixSecondToLocalDateTime(1625133600).ToDouble(),
+              ToLocal(NDateTime(2021, 7, 1, 10, 0, 0, 0), rule).ToDouble());
+    EXPECT_TRUE(DateTimeTools::GetCurrentUtcTime().IsValid());
+}
+
+TEST(DateTimeConverterTest, UnixSecondsKnownCases)
+{
+    struct Case {
+        long seconds;
+        NDateTime time;
+    };
+    const Case cases[] = {
+        {0, NDateTime(1970, 1, 1)},
+        {-1, NDateTime(1969, 12, 31, 23, 59, 59, 0)},
+        {1625133600, NDateTime(2021, 7, 1, 10, 0, 0, 0)},
+        {-2208988800L, NDateTime(1900, 1, 1)},
+        {-2209226400L, NDateTime(1899, 12, 29, 6, 0, 0, 0)}, // below day 0
+        {2147483647, NDateTime(2038, 1, 19, 3, 14, 7, 0)},
+        {4102444800L, NDateTime(2100, 1, 1)},
+    };
+    for (const auto& [seconds, time] : cases) {
+        SCOPED_TRACE(seconds);
+        const auto converted = DateTimeConverter::ConvertFromUnixSecondToUtcDateTime(seconds);
+        EXPECT_EQ(converted.ToDouble(), time.ToDouble());
+        EXPECT_EQ(converted.GetMilliSec(), 0U);
+    }
+    for (const long seconds :
+         {253402300800L, std::numeric_limits<long>::max(), std::numeric_limits<long>::min()})
+        EXPECT_FALSE(DateTimeConverter::ConvertFromUnixSecondToUtcDateTime(seconds).IsValid()) << seconds;
+}
+
+TEST(DateTimeConverterTest, UnixSecondsComeBack)
+{
+    std::mt19937 random(12);
+    std::uniform_int_distribution<long> seconds(std::numeric_limits<std::int32_t>::min(),
+                                                std::numeric_limits<std::int32_t>::max());
+    for (int round = 0; round < 100000; ++round) {
+        const long second = seconds(random);
+        const auto time = DateTimeConverter::ConvertFromUnixSecondToUtcDateTime(second);
+        ASSERT_EQ(DateTimeConverter::ConvertFromUtcDateTimeToUnixSecond(time), second);
+        ASSERT_EQ(kalvento::internal::LocalTimeAt({}, second).ToDouble(), time.ToDouble());
+    }
+}
+
+TEST(DateTimeConverterTest, ToUnixSecondsRoundsAndStaysIn32Bits)
+{
+    const auto convert = DateTimeConverter::ConvertFromUtcDateTimeToUnixSecond;
+    EXPECT_EQ(convert(NDateTime(2021, 7, 1, 10, 0, 0, 57000)), 1625133600);
+    EXPECT_EQ(convert(NDateTime(2021, 7, 1, 10, 0, 0, 58000)), 1625133601);
+    EXPECT_EQ(convert(NDateTime(2038, 1, 19, 3, 14, 7, 0)), 2147483647);
+    EXPECT_EQ(convert(NDateTime(2038, 1, 19, 3, 14, 8, 0)), 2147483647);
+    EXPECT_EQ(convert(NDateTime(9999, 12, 31)), 2147483647);
+    EXPECT_EQ(convert(NDateTime(1901, 12, 13, 20, 45, 52, 0)), -2147483648L);
+    EXPECT_EQ(convert(NDateTime(100, 1, 1)), -2147483648L);
+    using kalvento::internal::NDateTimeWords;
+    EXPECT_EQ(convert(NDateTimeWords::Make(std::nan(""), 0, 0, 0)), -2147483648L);
+    EXPECT_EQ(convert(NDateTimeWords::Make(1e300, 0, 0, 0)), 2147483647);
+}
+
+} // namespace

@@ -1,0 +1,420 @@
+#include "time/DateTimeTools.h"
+
+#include <boost/date_time/gregorian/greg_date.hpp>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cwchar>
+#include <limits>
+#include <random>
+#include <regex>
+#include <stdexcept>
+
+namespace {
+
+using namespace std::string_view_literals;
+
+std::string Print(const NDateTime& a_time)
+{
+    return DateTimeTools::FormatDateTimeShort(
+        static_cast<unsigned>(a_time.GetYear()), static_cast<unsigned>(a_time.GetMonth()),
+        static_cast<unsigned>(a_time.GetDay()), static_cast<unsigned>(a_time.GetHour()),
+        static_cast<unsigned>(a_time.GetMinute()), static_cast<unsigned>(a_time.GetSecond()));
+}
+
+// "none" for no result, "invalid" before the fields of a value that is no date.
+std::string Print(const std::optional<NDateTime>& a_time)
+{
+    if (!a_time)
+        return "none";
+    return (a_time->IsValid() ? "" : "invalid ") + Print(*a_time);
+}
+
+NDateTime Shifted(NDateTime a_time, int a_days)
+{
+    return a_time.ShiftDays(a_days);
+}
+
+TEST(DateTimeToolsTest, ParseDateYYYYMMDD)
+{
+    struct Case {
+        std::string_view text;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"20210301", "2021-03-01 00:00:00"},
+        {"20210231", "invalid 2021-02-31 00:00:00"},
+        {"2021023", "none"},
+        {"202102301", "none"},
+        {"00000000", "none"},
+        {"", "none"},
+        {"abcdefgh", "none"},
+        {"-0210301", "none"},
+        {"+0210301", "none"},
+        {" 2021030", "none"},
+        {"2021ab12", "invalid 0000-04-21 00:00:00"}, // month 20 in four bits
+        {"00990101", "invalid 0099-01-01 00:00:00"},
+        {"99991231", "1807-12-31 00:00:00"}, // the year's field has twelve bits
+        {"2021\000112"sv, "invalid 0000-04-21 00:00:00"},
+    };
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(Print(DateTimeTools::ParseDateYYYYMMDD(text)), expected);
+    }
+    // Nothing behind the text is read.
+    EXPECT_EQ(Print(DateTimeTools::ParseDateYYMMDD("2103019999"sv.substr(0, 6))), "2021-03-01 00:00:00");
+}
+
+TEST(DateTimeToolsTest, ParseDateYYMMDD)
+{
+    struct Case {
+        std::string_view text;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"491231", "2049-12-31 00:00:00"},
+        {"500101", "1950-01-01 00:00:00"},
+        {"000101", "2000-01-01 00:00:00"},
+        {"991231", "1999-12-31 00:00:00"},
+        {"000000", "none"},
+        {"49123", "none"},
+        {"0491231", "none"},
+        {"210230", "invalid 2021-02-30 00:00:00"},
+        {"1x2345", "invalid 2000-00-01 00:00:00"},
+    };
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(Print(DateTimeTools::ParseDateYYMMDD(text)), expected);
+    }
+}
+
+TEST(DateTimeToolsTest, ParseDateTime)
+{
+    struct Case {
+        std::string_view date;
+        std::string_view time;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"20210301", "093015", "2021-03-01 09:30:15"},
+        {"20210301", "abcdef", "2021-03-01 00:00:00"},
+        {"20210301", "235960", "invalid 2021-03-01 23:59:60"},
+        {"20210301", "240000", "invalid 2021-03-01 24:00:00"},
+        {"20210301", "9301 5", "invalid 2021-03-01 00:29:01"}, // 00:93:01, with 93 in six bits
+        {"20210301", "09301", "none"},
+        {"20210301", "0930150", "none"},
+        {"2021031", "093015", "none"},
+        {"00000000", "093015", "none"},
+    };
+    for (const auto& [date, time, expected] : cases) {
+        SCOPED_TRACE(time);
+        EXPECT_EQ(Print(DateTimeTools::ParseDateTime(date, time)), expected);
+    }
+}
+
+TEST(DateTimeToolsTest, ParseDateTimeOfADay)
+{
+    const NDateTime day(2021, 3, 1, 22, 0, 0, 9);
+    const auto parse = [&day](std::string_view a_time) {
+        return Print(DateTimeTools::ParseDateTime(day, a_time));
+    };
+    EXPECT_EQ(parse("093015"), "2021-03-01 09:30:15");
+    EXPECT_EQ(parse("93015"), "2021-03-01 09:30:15");
+    EXPECT_EQ(parse("000000093015"), "2021-03-01 09:30:15");
+    EXPECT_EQ(parse(""), "2021-03-01 00:00:00");
+    EXPECT_EQ(parse("4294967296"), "2021-03-01 00:00:00") << "above 32 bits the read fails";
+    EXPECT_FALSE(DateTimeTools::ParseDateTime(day, "4294967295")->IsValid());
+    EXPECT_EQ(DateTimeTools::ParseDateTime(day, "093015")->GetMilliSec(), 0U);
+    EXPECT_FALSE(DateTimeTools::ParseDateTime(NDateTime(2021, 2, 30), "093015"));
+    EXPECT_FALSE(DateTimeTools::ParseDateTime(NDateTime(), "093015")->IsValid());
+}
+
+TEST(DateTimeToolsTest, ParseDateIso8601)
+{
+    struct Case {
+        std::string_view text;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"2021-03-01", "2021-03-01 00:00:00"},
+        {"2021-3-1", "2021-03-01 00:00:00"},
+        {"2021-03-01T10:00:00Z", "2021-03-01 00:00:00"},
+        {"  2021- 03-\t01", "2021-03-01 00:00:00"},
+        {"+2021-+3-+1", "2021-03-01 00:00:00"},
+        {"2021-02-30", "invalid 2021-02-30 00:00:00"},
+        {"2021-03-01\0 and more"sv, "2021-03-01 00:00:00"},
+        {"2021-03-011"sv.substr(0, 10), "2021-03-01 00:00:00"},
+        {"0002021-0000000003-01", "2021-03-01 00:00:00"},
+    };
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(Print(std::optional(DateTimeTools::ParseDateIso8601(text))), expected);
+    }
+    for (const auto text : {"4294969317-03-01"sv, "2021--3-01"sv, "99999999999999999999999-1-1"sv}) {
+        SCOPED_TRACE(text);
+        EXPECT_FALSE(DateTimeTools::ParseDateIso8601(text).IsValid());
+    }
+    for (const auto text : {""sv, "2021"sv, "2021-03"sv, "2021-03-"sv, "2021 -03-01"sv, "2021/03/01"sv,
+                            "x2021-03-01"sv, "- 2021-03-01"sv, "2021-03-\0"sv, "\0002021-03-01"sv, "--"sv}) {
+        SCOPED_TRACE(text);
+        try {
+            DateTimeTools::ParseDateIso8601(text);
+            ADD_FAILURE() << "accepted";
+        } catch (const std::invalid_argument& error) {
+            EXPECT_STREQ(error.what(), "Niepoprawna data");
+        }
+    }
+}
+
+// The templates that feeds and files were written with, run by the C library's own printf.
+TEST(DateTimeToolsTest, PrintsAsTheTemplates)
+{
+    const auto narrow = [](const char* a_template, auto... a_parts) {
+        char text[200];
+        std::snprintf(text, sizeof(text), a_template, a_parts...);
+        return std::string(text);
+    };
+    const auto wide = [](const wchar_t* a_template, auto... a_parts) {
+        wchar_t text[200];
+        std::swprintf(text, std::size(text), a_template, a_parts...);
+        return std::wstring(text);
+    };
+    using namespace DateTimeTools;
+    const unsigned numbers[] = {0, 7, 42, 365, 2021, 12345, std::numeric_limits<unsigned>::max()};
+    std::mt19937 random(4);
+    const auto pick = [&] { return numbers[random() % std::size(numbers)]; };
+    for (int round = 0; round < 300; ++round) {
+        const unsigned a = pick(), b = pick(), c = pick(), d = pick(), e = pick(), f = pick(), g = pick();
+        EXPECT_EQ(FormatDate(a, b, c), narrow("%.2u%.2u%.2u", a, b, c));
+        EXPECT_EQ(FormatDateW(a, b, c), wide(L"%.2u-%.2u-%.2u", a, b, c));
+        EXPECT_EQ(FormatDateShort(a, b, c), narrow("%u%.2u%.2u", a, b, c));
+        EXPECT_EQ(FormatDateShortW(a, b, c), wide(L"%u%.2u%.2u", a, b, c));
+        EXPECT_EQ(FormatDateLongW(a, b, c), wide(L"%.4u-%.2u-%.2u", a, b, c));
+        EXPECT_EQ(FormatDateTimeShort(a, b, c, d, e, f),
+                  narrow("%.4u-%.2u-%.2u %.2u:%.2u:%.2u", a, b, c, d, e, f));
+        EXPECT_EQ(FormatDateTimeShortW(a, b, c, d, e, f),
+                  wide(L"%.4u-%.2u-%.2u %.2u:%.2u:%.2u", a, b, c, d, e, f));
+        EXPECT_EQ(FormatDateTimeLong(a, b, c, d, e, f, g),
+                  narrow("%.2u-%.2u-%u   %.2u:%.2u:%.2u  %u", a, b, c, d, e, f, g));
+        EXPECT_EQ(FormatDateTimeLongW(a, b, c, d, e, f, g),
+                  wide(L"%.2u-%.2u-%u   %.2u:%.2u:%.2u  %u", a, b, c, d, e, f, g));
+        EXPECT_EQ(FormatTime(a, b, c), narrow("%.2u:%.2u:%.2u", a, b, c));
+        EXPECT_EQ(FormatTimeW(a, b, c), wide(L"%.2u:%.2u:%.2u", a, b, c));
+        EXPECT_EQ(FormatTimeShort(a, b), narrow("%.2u:%.2u", a, b));
+        EXPECT_EQ(FormatTimeShortW(a, b), wide(L"%.2u:%.2u", a, b));
+    }
+}
+
+TEST(DateTimeToolsTest, ClockGivesWholeSecondsOfToday)
+{
+    const NDateTime before = DateTimeTools::GetTickCount();
+    const NDateTime today = DateTimeTools::GetCurrentDate();
+    const auto parsed = DateTimeTools::ParseTime("235959");
+    const std::wstring name = DateTimeTools::GenerateDateFileName();
+    const std::wstring longName = DateTimeTools::GenerateDateTimeFileName();
+    const NDateTime after = DateTimeTools::GetTickCount();
+
+    EXPECT_TRUE(before.IsValid());
+    EXPECT_EQ(before.GetMilliSec(), 0U);
+    EXPECT_EQ(today.GetAbsoluteTime(), 0U);
+    ASSERT_TRUE(parsed);
+    EXPECT_EQ(parsed->GetAbsoluteTime(), 86399U);
+    EXPECT_TRUE(std::regex_match(name, std::wregex(LR"(\d{4}_\d\d_\d\d\.txt)")));
+    EXPECT_TRUE(std::regex_match(longName, std::wregex(LR"(\d{4}_\d\d_\d\d \d\d_\d\d_\d\d\.txt)")));
+    if (before.SameDay(after)) {
+        EXPECT_TRUE(today.SameDay(before));
+        EXPECT_TRUE(parsed->SameDay(before));
+    }
+}
+
+TEST(DateTimeToolsTest, WeekendIsSaturdayAndSunday)
+{
+    EXPECT_FALSE(DateTimeTools::IsWeekend(NDateTime(2021, 8, 27, 23, 59, 59, 0)));
+    EXPECT_TRUE(DateTimeTools::IsWeekend(NDateTime(2021, 8, 28)));
+    EXPECT_TRUE(DateTimeTools::IsWeekend(NDateTime(2021, 8, 29, 23, 59, 59, 0)));
+    EXPECT_FALSE(DateTimeTools::IsWeekend(NDateTime(2021, 8, 30)));
+    EXPECT_FALSE(DateTimeTools::IsWeekend(NDateTime(2021, 2, 30)));
+    for (int day = -1; day <= 8; ++day)
+        EXPECT_EQ(DateTimeTools::IsWeekend(day), day == 1 || day == 7) << day;
+}
+
+TEST(DateTimeToolsTest, DateForSessionCountKnownCases)
+{
+    struct Case {
+        unsigned int sessions;
+        NDateTime date;
+        const char* expected;
+    };
+    const NDateTime friday(2021, 8, 27, 10, 20, 30, 0);
+    const Case cases[] = {
+        {0, friday, "none"},
+        {1, friday, "2021-08-27 10:20:30"},
+        {1, Shifted(friday, 1), "2021-08-27 10:20:30"},
+        {1, Shifted(friday, 2), "2021-08-27 10:20:30"},
+        {5, friday, "2021-08-23 10:20:30"},
+        {6, friday, "2021-08-20 10:20:30"},
+        {10, friday, "2021-08-16 10:20:30"},
+        {11, friday, "2021-08-13 10:20:30"},
+        {2, Shifted(friday, -4), "2021-08-20 10:20:30"},
+        {1, NDateTime(2021, 2, 30), "none"},
+        {4294967295U, friday, "none"},
+        {2147483648U, friday, "none"},
+        {600000, friday, "none"},
+        {1, NDateTime(100, 1, 1), "0100-01-01 00:00:00"},
+        {2, NDateTime(100, 1, 1), "none"},
+    };
+    for (const auto& [sessions, date, expected] : cases) {
+        SCOPED_TRACE(sessions);
+        const auto found = DateTimeTools::GetDateFromForSessionCount(sessions, date);
+        EXPECT_EQ(Print(found), expected);
+    }
+}
+
+// Walks back a day at a time, as the rule says it in words.
+TEST(DateTimeToolsTest, SessionsAgreeWithCountingDayByDay)
+{
+    for (int offset = 0; offset < 14; ++offset) {
+        const NDateTime start = Shifted(NDateTime(2021, 3, 1, 15, 0, 0, 3), offset);
+        NDateTime day = start;
+        unsigned int sessions = 0;
+        for (int back = 0; back < 800; ++back, day.ShiftDays(-1)) {
+            const bool isSession = !DateTimeTools::IsWeekend(day);
+            sessions += isSession ? 1 : 0;
+            ASSERT_EQ(DateTimeTools::GetSessionCountForDates(day, start), sessions) << offset << ' ' << back;
+            if (!isSession)
+                continue;
+            const auto found = DateTimeTools::GetDateFromForSessionCount(sessions, start);
+            ASSERT_TRUE(found);
+            ASSERT_EQ(Print(*found), Print(day)) << offset << ' ' << sessions;
+            ASSERT_EQ(found->GetMilliSec(), 3U);
+        }
+    }
+}
+
+TEST(DateTimeToolsTest, SessionCountForDates)
+{
+    const NDateTime saturday(2021, 8, 28);
+    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(saturday, Shifted(saturday, 1)), 0U);
+    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(Shifted(saturday, 2), Shifted(saturday, 6)), 5U);
+    EXPECT_FALSE(DateTimeTools::GetSessionCountForDates(Shifted(saturday, 1), saturday));
+    // Times of day don't count, so a later time of the same day is no later date.
+    EXPECT_EQ(
+        DateTimeTools::GetSessionCountForDates(NDateTime(2021, 8, 27, 20, 0, 0, 9), NDateTime(2021, 8, 27)),
+        1U);
+    EXPECT_EQ(
+        DateTimeTools::GetSessionCountForDates(NDateTime(1899, 12, 27), NDateTime(1900, 1, 5, 1, 0, 0, 0)),
+        8U);
+    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(NDateTime(), saturday), 0U);
+    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(saturday, NDateTime(2021, 2, 30)), 0U);
+}
+
+TEST(DateTimeToolsTest, ShiftTimeIfNeedMakesAStreamRise)
+{
+    NDateTime previous(2021, 3, 1, 10, 0, 0, 0);
+    NDateTime same = previous;
+    EXPECT_TRUE(DateTimeTools::ShiftTimeIfNeed(previous, same));
+    EXPECT_EQ(same.GetMilliSec(), 1U);
+    EXPECT_TRUE(previous < same);
+    NDateTime later(2021, 3, 1, 10, 0, 1, 0);
+    EXPECT_FALSE(DateTimeTools::ShiftTimeIfNeed(previous, later));
+    EXPECT_EQ(later.GetSecond(), 1U);
+
+    std::mt19937 random(9);
+    for (int row = 0; row < 5000; ++row) {
+        NDateTime time(2021, 3, 1, 10, 0, random() % 3, 0);
+        DateTimeTools::ShiftTimeIfNeed(previous, time);
+        ASSERT_TRUE(previous < time) << row;
+        previous = time;
+    }
+}
+
+TEST(DateTimeToolsTest, AddMonthsKnownCases)
+{
+    struct Case {
+        NDateTime date;
+        int months;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {NDateTime(2020, 3, 31, 10, 0, 0, 5), -1, "2020-02-29 00:00:00"},
+        {NDateTime(2020, 3, 30), -1, "2020-02-29 00:00:00"},
+        {NDateTime(2020, 3, 28), -1, "2020-02-28 00:00:00"},
+        {NDateTime(2020, 2, 29), 1, "2020-03-31 00:00:00"},
+        {NDateTime(2021, 2, 28), 36, "2024-02-29 00:00:00"},
+        {NDateTime(2020, 2, 28), 48, "2024-02-28 00:00:00"},
+        {NDateTime(2021, 5, 31), 0, "2021-05-31 00:00:00"},
+    };
+    for (const auto& [date, months, expected] : cases) {
+        SCOPED_TRACE(expected);
+        EXPECT_EQ(Print(DateTimeTools::AddMonths(date, months)), expected);
+    }
+}
+
+TEST(DateTimeToolsTest, AddMonthsAgreesWithAPlainModel)
+{
+    const auto lengthOf = [](int a_year, int a_month) {
+        const bool isLeap = a_year % 4 == 0 && (a_year % 100 != 0 || a_year % 400 == 0);
+        const int lengths[] = {31, isLeap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+        return lengths[a_month - 1];
+    };
+    std::mt19937 random(6);
+    const auto between = [&random](int a_low, int a_high) {
+        return std::uniform_int_distribution<int>(a_low, a_high)(random);
+    };
+    for (int round = 0; round < 20000; ++round) {
+        const int year = between(1400, 4095);
+        const int month = between(1, 12);
+        const int length = lengthOf(year, month);
+        const int day = round % 3 == 0 ? length : between(1, length);
+        const int months = round % 5 == 0 ? between(-120000, 120000) : between(-600, 600);
+        const NDateTime date(static_cast<unsigned long>(year), static_cast<unsigned long>(month),
+                             static_cast<unsigned long>(day));
+        const int total = year * 12 + month - 1 + months;
+        const int newYear = total >= 0 ? total / 12 : -1;
+        if (newYear < 1400 || newYear > 9999) {
+            EXPECT_THROW(DateTimeTools::AddMonths(date, months), boost::gregorian::bad_year) << months;
+            continue;
+        }
+        const int newMonth = total % 12 + 1;
+        const int newLength = lengthOf(newYear, newMonth);
+        const NDateTime expected(
+            static_cast<unsigned long>(newYear), static_cast<unsigned long>(newMonth),
+            static_cast<unsigned long>(day == length ? newLength : std::min(day, newLength)));
+        ASSERT_EQ(DateTimeTools::AddMonths(date, months).ToDouble(), expected.ToDouble())
+            << year << '-' << month << '-' << day << " and " << months;
+    }
+}
+
+TEST(DateTimeToolsTest, AddMonthsRaisesOutsideOfItsYears)
+{
+    using namespace boost::gregorian;
+    const auto add = [](const NDateTime& a_date, int a_months) {
+        return DateTimeTools::AddMonths(a_date, a_months);
+    };
+    EXPECT_THROW(add(NDateTime(1400, 1, 15), -1), bad_year);
+    EXPECT_THROW(add(NDateTime(1399, 12, 31), 1), bad_year);
+    EXPECT_THROW(add(NDateTime(2021, 1, 1), std::numeric_limits<int>::max()), bad_year);
+    EXPECT_THROW(add(NDateTime(2021, 1, 1), std::numeric_limits<int>::min()), bad_year);
+    EXPECT_THROW(add(NDateTime(2021, 1, 1), (9999 - 2021) * 12 + 12), bad_year);
+    EXPECT_EQ(add(NDateTime(2021, 1, 31), (9999 - 2021) * 12 + 11).ToDouble(), 2958465.0);
+    EXPECT_THROW(add(NDateTime(2021, 13, 1), 1), bad_month);
+    EXPECT_THROW(add(NDateTime(2021, 0, 1), 1), bad_month);
+    EXPECT_THROW(add(NDateTime(2021, 1, 0), 1), bad_day_of_month);
+    EXPECT_THROW(add(NDateTime(2021, 2, 30), 1), bad_day_of_month);
+    EXPECT_THROW(add(NDateTime(), 1), bad_year);
+}
+
+TEST(DateTimeToolsTest, OneYearBetweenDates)
+{
+    const NDateTime first(2021, 1, 1, 23, 0, 0, 0);
+    EXPECT_TRUE(DateTimeTools::InAtLeastOneYearBetweenDates(first, NDateTime(2021, 12, 31)));
+    EXPECT_FALSE(DateTimeTools::InAtLeastOneYearBetweenDates(first, NDateTime(2021, 12, 30)));
+    EXPECT_TRUE(DateTimeTools::InAtLeastOneYearBetweenDates(NDateTime(2021, 12, 31), first));
+    EXPECT_FALSE(DateTimeTools::InAtLeastOneYearBetweenDates(NDateTime(2021, 12, 30), first));
+    EXPECT_THROW(DateTimeTools::InAtLeastOneYearBetweenDates(NDateTime(), first), boost::gregorian::bad_year);
+    EXPECT_THROW(DateTimeTools::InAtLeastOneYearBetweenDates(first, NDateTime(2021, 2, 30)),
+                 boost::gregorian::bad_day_of_month);
+}
+
+} // namespace

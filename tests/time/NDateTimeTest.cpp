@@ -1,0 +1,518 @@
+#include "time/NDateTime.h"
+
+#include "platform/CTime.h"
+#include "platform/HResultCategory.h"
+#include "settings/Settings.h"
+#include "time/LocalTime.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <system_error>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+constexpr double S_second = 1.0 / 86400.0;
+constexpr double S_half = S_second / 2;
+
+auto Fields(const NDateTime& a_time)
+{
+    return std::tuple(a_time.GetYear(), a_time.GetMonth(), a_time.GetDay(), a_time.GetHour(),
+                      a_time.GetMinute(), a_time.GetSecond(), a_time.GetMilliSec(), a_time.GetDayOfYear());
+}
+
+auto MakeFields(unsigned long a_year, unsigned long a_month, unsigned long a_day, unsigned long a_hour,
+                unsigned long a_minute, unsigned long a_second, unsigned long a_counter,
+                unsigned long a_dayOfYear)
+{
+    return std::tuple(a_year, a_month, a_day, a_hour, a_minute, a_second, a_counter, a_dayOfYear);
+}
+
+NDateTime Reload(const NDateTime& a_time)
+{
+    Settings settings;
+    a_time.SerializeState(settings);
+    return NDateTime(settings);
+}
+
+TEST(NDateTimeTest, StoredBytes)
+{
+    using Bytes = std::array<unsigned char, 24>;
+    const auto bytesOf = [](const NDateTime& a_time) {
+        Bytes bytes{};
+        std::memcpy(bytes.data(), &a_time, bytes.size());
+        return bytes;
+    };
+    EXPECT_EQ(bytesOf(NDateTime()), Bytes{});
+    EXPECT_EQ(bytesOf(NDateTime(2021, 3, 1, 10, 0, 0, 5)),
+              (Bytes{0x9A, 0x55, 0x55, 0x55, 0x0D, 0x9C, 0xE5, 0x40, 0, 0, 0, 0, 0, 0, 0, 0, //
+                     0xE5, 0x37, 0x41, 0x01, 0x40, 0x01, 0x00, 0x0F}));
+    EXPECT_EQ(bytesOf(NDateTime(1899, 12, 28, 18, 0, 0, 0)),
+              (Bytes{0,    0,    0,    0,    0, 0, 0x06, 0xC0, 0, 0, 0, 0, 0, 0, 0, 0, //
+                     0x6B, 0xC7, 0x5C, 0x02, 0, 0, 0x80, 0x5A}));
+    EXPECT_EQ(bytesOf(NDateTime(2021, 2, 30)),
+              (Bytes{0,    0,    0,    0, 0, 0, 0, 0, 0x01, 0, 0, 0, 0, 0, 0, 0, //
+                     0xE5, 0x27, 0x1E, 0, 0, 0, 0, 0}));
+}
+
+TEST(NDateTimeTest, EmptyIsAllZeroAndValid)
+{
+    const NDateTime empty;
+    EXPECT_TRUE(empty == NDateTime::Empty());
+    EXPECT_TRUE(empty.IsEmpty());
+    EXPECT_TRUE(empty.IsValid());
+    EXPECT_EQ(Fields(empty), MakeFields(0, 0, 0, 0, 0, 0, 0, 0));
+    // Whatever lies within half a second of day 0 without a counter is as empty.
+    EXPECT_TRUE(NDateTime(1899, 12, 30).IsEmpty());
+    EXPECT_FALSE(NDateTime(1899, 12, 30, 0, 0, 1, 0).IsEmpty());
+    EXPECT_FALSE(NDateTime(1899, 12, 30, 0, 0, 0, 1).IsEmpty());
+    EXPECT_FALSE(NDateTime(2021, 2, 30).IsEmpty());
+}
+
+TEST(NDateTimeTest, FieldsStayAsGivenWhereTheCalendarIsBroken)
+{
+    struct Case {
+        NDateTime time;
+        bool isValid;
+        unsigned long year;
+        unsigned long day;
+        unsigned long dayOfYear;
+    };
+    const Case cases[] = {
+        {NDateTime(2021, 2, 30), false, 2021, 30, 0},
+        {NDateTime(2020, 2, 29), true, 2020, 29, 60},
+        {NDateTime(2021, 13, 1), false, 2021, 1, 0},
+        {NDateTime(99, 1, 1), false, 99, 1, 0},
+        {NDateTime(100, 1, 1), true, 100, 1, 1},
+        {NDateTime(9999, 12, 31), true, 9999 & 0xFFF, 31, 365},
+        {NDateTime(10000, 1, 1), false, 10000 & 0xFFF, 1, 0},
+        {NDateTime(4096, 12, 31), true, 0, 31, 366},
+        {NDateTime(2021, 1, 33), false, 2021, 1, 0}, // cut to five bits
+        {NDateTime(2021, 1, 1, 24, 0, 0, 0), false, 2021, 1, 0},
+        {NDateTime(2021, 1, 1, 0, 60, 0, 0), false, 2021, 1, 0},
+        {NDateTime(2021, 1, 1, 0, 0, 60, 0), false, 2021, 1, 0},
+    };
+    for (std::size_t place = 0; place < std::size(cases); ++place) {
+        SCOPED_TRACE(place);
+        const auto& [time, isValid, year, day, dayOfYear] = cases[place];
+        EXPECT_EQ(time.IsValid(), isValid);
+        EXPECT_EQ(time.GetYear(), year);
+        EXPECT_EQ(time.GetDay(), day);
+        EXPECT_EQ(time.GetDayOfYear(), dayOfYear);
+    }
+    EXPECT_EQ(NDateTime(5000, 6, 1).ToDouble(), 1132405.0);
+}
+
+TEST(NDateTimeTest, CounterStandsInFieldAndDayNumber)
+{
+    const NDateTime plain(2021, 3, 1, 10, 0, 0, 0);
+    const NDateTime counted(2021, 3, 1, 10, 0, 0, 5);
+    EXPECT_EQ(counted.GetMilliSec(), 5U);
+    EXPECT_EQ(counted.ToDouble(), plain.ToDouble() + 5 / 1e10);
+    EXPECT_TRUE(plain != counted);
+    EXPECT_TRUE(plain < counted);
+    EXPECT_EQ(NDateTime(2021, 3, 1, 10, 0, 0, 65536 + 7).GetMilliSec(), 7U);
+    // The same plain addition where the time of day is subtracted.
+    EXPECT_EQ(NDateTime(1899, 12, 28, 18, 0, 0, 1000).ToDouble(), -2.75 + 1000 / 1e10);
+    // An invalid date keeps its counter as well.
+    EXPECT_EQ(NDateTime(2021, 2, 30, 0, 0, 0, 9).ToDouble(), 9 / 1e10);
+    EXPECT_EQ(NDateTime(2021, 2, 30, 0, 0, 0, 9).GetMilliSec(), 9U);
+}
+
+// From 57871 on a counter weighs more than half a second: whatever breaks the value down gives the next second.
+TEST(NDateTimeTest, GreatCountersRoundUpWhenReadAgain)
+{
+    for (const unsigned long counter : {1UL, 57869UL, 57871UL, 65535UL}) {
+        SCOPED_TRACE(counter);
+        const bool isUp = counter >= 57871;
+        NDateTime time(2021, 12, 31, 23, 59, 59, counter);
+        EXPECT_EQ(Fields(time), MakeFields(2021, 12, 31, 23, 59, 59, counter, 365));
+        EXPECT_EQ(NDateTime::FromDouble(time.ToDouble()).GetYear(), isUp ? 2022U : 2021U);
+        EXPECT_EQ(NDateTime::FromCOle(time.ToOle()).GetSecond(), isUp ? 0U : 59U);
+        EXPECT_EQ(time.GetDayOfWeek(), isUp ? 7 : 6);
+        EXPECT_EQ(time.GetAbsoluteDay(), 44561);
+
+        NDateTime byDays = time;
+        byDays.ShiftDays(1);
+        EXPECT_EQ(Fields(byDays), isUp ? MakeFields(2022, 1, 2, 23, 59, 59, counter, 2)
+                                       : MakeFields(2022, 1, 1, 23, 59, 59, counter, 1));
+        NDateTime bySeconds = time;
+        bySeconds.ShiftSec(0);
+        EXPECT_EQ(Fields(bySeconds), isUp ? MakeFields(2022, 1, 1, 0, 0, 0, counter, 1)
+                                          : MakeFields(2021, 12, 31, 23, 59, 59, counter, 365));
+    }
+}
+
+TEST(NDateTimeTest, FromDoubleTakesTheDigitsOfTheFraction)
+{
+    struct Case {
+        double number;
+        unsigned long counter;
+        unsigned long second;
+    };
+    const Case cases[] = {
+        {44256.0, 0, 0},
+        {0.5 + S_second, 15740, 1},
+        {0.25, 0, 0},
+        // Negative digits wrap around 64 bits: (2^64 - 2500015740) modulo 100000, of which the field keeps 16 bits.
+        {-1.25 - 1.5741e-6, 35876, 0},
+        {0.9, 0, 0},
+    };
+    for (const auto& [number, counter, second] : cases) {
+        SCOPED_TRACE(number);
+        const auto time = NDateTime::FromDouble(number);
+        EXPECT_EQ(time.GetMilliSec(), counter);
+        EXPECT_EQ(time.GetSecond(), second);
+        EXPECT_TRUE(time.IsValid());
+    }
+}
+
+TEST(NDateTimeTest, FromDoubleGivesWholeSecondsNearTheNumber)
+{
+    std::mt19937_64 random(1);
+    std::uniform_real_distribution<double> numbers(-657434.9, 2958465.9);
+    for (int round = 0; round < 100000; ++round) {
+        const double number = numbers(random);
+        const auto time = NDateTime::FromDouble(number);
+        ASSERT_TRUE(time.IsValid());
+        ASSERT_LE(std::abs(OleDate::ToContinuous(time.ToDouble()) - OleDate::ToContinuous(number)),
+                  S_half * 1.001);
+        const auto again = NDateTime::FromCOle(time.ToOle());
+        ASSERT_EQ(again.ToDouble(), time.ToDouble());
+        ASSERT_EQ(again.GetAbsoluteTime(), time.GetAbsoluteTime());
+        ASSERT_EQ(again.GetDayOfYear(), time.GetDayOfYear());
+    }
+}
+
+TEST(NDateTimeTest, NumbersOutsideOfTheCalendarAreInvalidAndHarmless)
+{
+    const double inf = std::numeric_limits<double>::infinity();
+    for (const double number : {-657435.0, 2958466.0, 1e18, -1e18, 1e300, -1e300, inf, -inf, std::nan("")}) {
+        SCOPED_TRACE(number);
+        const auto time = NDateTime::FromDouble(number);
+        EXPECT_EQ(Fields(time), MakeFields(0, 0, 0, 0, 0, 0, 0, 0));
+        EXPECT_FALSE(time.IsValid());
+        const auto ole = NDateTime::FromCOle(COleDateTime(number, COleDateTime::valid));
+        EXPECT_FALSE(ole.IsValid());
+    }
+    const auto wild = [](double a_number) {
+        return kalvento::internal::NDateTimeWords::Make(a_number, COleDateTime::valid, 0, 0);
+    };
+    EXPECT_EQ(wild(1e300).GetAbsoluteDay(), std::numeric_limits<int>::max());
+    EXPECT_EQ(wild(-inf).GetAbsoluteDay(), std::numeric_limits<int>::min());
+    EXPECT_EQ(wild(std::nan("")).GetAbsoluteDay(), 0);
+    EXPECT_EQ(wild(inf).GetDayOfWeek(), -1);
+    EXPECT_FALSE(wild(std::nan("")) == wild(std::nan("")));
+    EXPECT_FALSE(wild(std::nan("")) < wild(0.0));
+}
+
+TEST(NDateTimeTest, FromCOleReadsValidDatesOnly)
+{
+    for (const auto status :
+         {COleDateTime::invalid, COleDateTime::null, static_cast<COleDateTime::DateTimeStatus>(77)}) {
+        const auto time = NDateTime::FromCOle(COleDateTime(44256.5, status));
+        EXPECT_FALSE(time.IsValid());
+        EXPECT_EQ(Fields(time), MakeFields(0, 0, 0, 0, 0, 0, 0, 0));
+    }
+    EXPECT_EQ(Fields(NDateTime::FromCOle(COleDateTime(44256.5))), MakeFields(2021, 3, 1, 12, 0, 0, 0, 60));
+}
+
+TEST(NDateTimeTest, DayOfWeekCountsFromSunday)
+{
+    EXPECT_EQ(NDateTime(2021, 8, 29).GetDayOfWeek(), 1);
+    EXPECT_EQ(NDateTime(2021, 8, 28, 23, 59, 59, 0).GetDayOfWeek(), 7);
+    EXPECT_EQ(NDateTime(1899, 12, 29, 6, 0, 0, 0).GetDayOfWeek(), 6);
+    EXPECT_EQ(NDateTime(2021, 2, 30).GetDayOfWeek(), -1);
+}
+
+TEST(NDateTimeTest, AbsoluteDayTruncatesTowardZero)
+{
+    EXPECT_EQ(NDateTime(2021, 3, 1, 23, 59, 59, 0).GetAbsoluteDay(), 44256);
+    EXPECT_EQ(NDateTime(1899, 12, 28, 18, 0, 0, 0).GetAbsoluteDay(), -2);
+    EXPECT_TRUE(NDateTime(2021, 3, 1).SameDay(NDateTime(2021, 3, 1, 23, 59, 59, 65535)));
+    EXPECT_FALSE(NDateTime(2021, 3, 1).SameDay(NDateTime(2021, 3, 2)));
+    EXPECT_TRUE(NDateTime(2021, 2, 30).SameDay(NDateTime())); // the status isn't looked at
+    EXPECT_EQ(NDateTime(2021, 3, 1, 10, 20, 30, 9).GetAbsoluteTime(), 37230U);
+}
+
+TEST(NDateTimeTest, ShiftsComeBackAndAddUp)
+{
+    std::mt19937_64 random(2);
+    std::uniform_real_distribution<double> numbers(-300000.0, 300000.0);
+    std::uniform_int_distribution<int> days(-100000, 100000);
+    for (int round = 0; round < 20000; ++round) {
+        const auto start = NDateTime::FromDouble(std::round(numbers(random) * 86400.0) / 86400.0);
+        const int step = days(random);
+        const int next = days(random);
+
+        NDateTime there = start;
+        there.ShiftDays(step);
+        ASSERT_EQ(there.GetAbsoluteTime(), start.GetAbsoluteTime());
+        NDateTime back = there;
+        ASSERT_EQ(Fields(back.ShiftDays(-step)), Fields(start)) << start.ToDouble() << " by " << step;
+
+        NDateTime inTwo = there;
+        inTwo.ShiftDays(next);
+        NDateTime atOnce = start;
+        atOnce.ShiftDays(step + next);
+        ASSERT_EQ(Fields(inTwo), Fields(atOnce)) << start.ToDouble();
+
+        NDateTime bySeconds = start;
+        bySeconds.ShiftSec(step);
+        NDateTime secondsBack = bySeconds;
+        secondsBack.ShiftSec(-step);
+        ASSERT_EQ(Fields(secondsBack), Fields(start)) << start.ToDouble() << " by " << step;
+        // The fields of a shifted value are those of its own day number.
+        const auto read = NDateTime::FromCOle(bySeconds.ToOle());
+        ASSERT_EQ(read.GetAbsoluteTime(), bySeconds.GetAbsoluteTime());
+        ASSERT_EQ(read.GetDayOfYear(), bySeconds.GetDayOfYear());
+    }
+}
+
+TEST(NDateTimeTest, ShiftsAcrossDayZero)
+{
+    NDateTime time(1899, 12, 30, 6, 0, 0, 3);
+    EXPECT_EQ(Fields(time.ShiftDays(-2)), MakeFields(1899, 12, 28, 6, 0, 0, 3, 362));
+    EXPECT_NEAR(time.ToDouble(), -2.25, 1e-9);
+    time.ShiftSec(86400 + 3600);
+    EXPECT_EQ(Fields(time), MakeFields(1899, 12, 29, 7, 0, 0, 3, 363));
+    time.ShiftSec(86400);
+    EXPECT_EQ(Fields(time), MakeFields(1899, 12, 30, 7, 0, 0, 3, 364));
+}
+
+TEST(NDateTimeTest, UnreadableShiftsLeaveAllOnes)
+{
+    const auto max = std::numeric_limits<int>::max();
+    NDateTime byDays(9999, 12, 31, 10, 20, 30, 40);
+    byDays.ShiftDays(1);
+    EXPECT_EQ(Fields(byDays), MakeFields(4095, 15, 31, 10, 20, 30, 40, 511));
+    EXPECT_TRUE(byDays.IsValid()) << "only the constructors and SetTime set the status";
+    byDays.ShiftDays(-1);
+    EXPECT_EQ(byDays.GetDay(), 31U);
+    EXPECT_EQ(byDays.GetMonth(), 12U);
+
+    NDateTime bySeconds(9999, 12, 31, 23, 59, 59, 40);
+    bySeconds.ShiftSec(1);
+    EXPECT_EQ(Fields(bySeconds), MakeFields(4095, 15, 31, 31, 63, 63, 40, 511));
+
+    NDateTime invalid(2021, 2, 30, 1, 2, 3, 4);
+    invalid.ShiftDays(1);
+    EXPECT_EQ(Fields(invalid), MakeFields(4095, 15, 31, 1, 2, 3, 4, 511));
+    NDateTime nothing(2021, 2, 30);
+    EXPECT_EQ(nothing.ShiftDays(0).GetDay(), 30U);
+
+    for (const int days : {max, std::numeric_limits<int>::min()}) {
+        NDateTime far(2021, 3, 1);
+        far.ShiftDays(days);
+        far.ShiftDays(days);
+        EXPECT_EQ(far.GetYear(), 4095U);
+        EXPECT_EQ(far.GetDayOfWeek(), -1);
+    }
+    NDateTime far(9999, 1, 1);
+    far.ShiftSec(max);
+    EXPECT_EQ(far.GetYear(), 4095U);
+}
+
+TEST(NDateTimeTest, ShiftMilliSecStepsFieldAndNumber)
+{
+    NDateTime time(2021, 3, 1, 10, 0, 0, 65534);
+    const double before = time.ToDouble();
+    time.ShiftMilliSec();
+    EXPECT_EQ(time.GetMilliSec(), 65535U);
+    EXPECT_GT(time.ToDouble(), before);
+    const double last = time.ToDouble();
+    time.ShiftMilliSec();
+    EXPECT_EQ(time.GetMilliSec(), 0U);
+    EXPECT_GT(time.ToDouble(), last);
+    EXPECT_EQ(time.GetSecond(), 0U);
+    EXPECT_EQ(time.GetDayOfYear(), 60U);
+    EXPECT_EQ(NDateTime::ShiftDoubleByMilliSec(2.0, -3), 2.0 - 3 / 1e10);
+}
+
+TEST(NDateTimeTest, SetTime)
+{
+    NDateTime time(2021, 3, 1, 10, 0, 0, 5);
+    for (const auto& [hour, minute, second] : {std::tuple(24U, 0U, 0U), std::tuple(0U, 60U, 0U),
+                                               std::tuple(0U, 0U, 60U), std::tuple(4294967295U, 0U, 0U)}) {
+        const NDateTime before = time;
+        time.SetTime(hour, minute, second);
+        EXPECT_EQ(Fields(time), Fields(before));
+        EXPECT_EQ(time.ToDouble(), before.ToDouble());
+    }
+    time.SetTime(23, 59, 58);
+    EXPECT_EQ(Fields(time), MakeFields(2021, 3, 1, 23, 59, 58, 5, 60));
+    EXPECT_EQ(time.ToDouble(), NDateTime(2021, 3, 1, 23, 59, 58, 0).ToDouble())
+        << "the counter's share is lost";
+
+    NDateTime empty;
+    empty.SetTime(12, 0, 0);
+    EXPECT_EQ(Fields(empty), MakeFields(0, 0, 0, 12, 0, 0, 0, 0));
+    EXPECT_EQ(empty.ToDouble(), 0.5);
+    EXPECT_TRUE(empty.IsValid());
+    NDateTime zeroDay(2021, 3, 0);
+    EXPECT_FALSE(zeroDay.IsValid());
+    zeroDay.SetTime(6, 0, 0);
+    EXPECT_TRUE(zeroDay.IsValid());
+    EXPECT_EQ(zeroDay.ToDouble(), 0.25);
+
+    NDateTime wrongTime(2021, 3, 1, 25, 0, 0, 0);
+    wrongTime.SetTime(12, 0, 0);
+    EXPECT_EQ(Fields(wrongTime), MakeFields(2021, 3, 1, 12, 0, 0, 0, 60));
+    EXPECT_TRUE(wrongTime.IsValid());
+    NDateTime wrongDate(2021, 2, 30);
+    wrongDate.SetTime(12, 0, 0);
+    EXPECT_FALSE(wrongDate.IsValid());
+    EXPECT_EQ(wrongDate.GetHour(), 12U);
+}
+
+// The strict test by day number comes first, so the order is not a mirror: that is what the ordering of rows rests on.
+TEST(NDateTimeTest, OrderIsAsymmetricWithinHalfASecond)
+{
+    const auto at = [](double a_seconds, unsigned long a_counter) {
+        return kalvento::internal::NDateTimeWords::Make(44256.0 + a_seconds * S_second, COleDateTime::valid,
+                                                        0, static_cast<std::uint32_t>(a_counter << 6U));
+    };
+    struct Case {
+        const char* name;
+        NDateTime left;
+        NDateTime right;
+        bool isLess;
+        bool isGreater;
+        bool isEqual;
+    };
+    const Case cases[] = {
+        {"same", at(0, 5), at(0, 5), false, false, true},
+        {"counter decides", at(0, 5), at(0, 6), true, false, false},
+        {"earlier within the tolerance: less and equal", at(0, 5), at(0.4, 5), true, false, true},
+        {"earlier, greater counter: less and greater", at(0, 6), at(0.4, 5), true, true, false},
+        {"later, smaller counter: less and greater", at(0.4, 5), at(0, 6), true, true, false},
+        {"later within the tolerance: greater and equal", at(0.4, 5), at(0, 5), false, true, true},
+        {"just outside of the tolerance", at(0.51, 5), at(0, 6), false, true, false},
+        {"just inside", at(0.49, 5), at(0, 6), true, true, false},
+    };
+    for (const auto& [name, left, right, isLess, isGreater, isEqual] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(left < right, isLess);
+        EXPECT_EQ(left > right, isGreater);
+        EXPECT_EQ(left == right, isEqual);
+        EXPECT_EQ(left != right, !isEqual);
+        EXPECT_EQ(left <= right, isLess || isEqual);
+        EXPECT_EQ(left >= right, isGreater || isEqual);
+        EXPECT_EQ(right > left, isLess);
+    }
+}
+
+TEST(NDateTimeTest, StatusDecidesWhatIsNear)
+{
+    const auto make = [](double a_number, int a_status, std::uint32_t a_counter) {
+        return kalvento::internal::NDateTimeWords::Make(a_number, a_status, 0, a_counter << 6U);
+    };
+    const auto invalid = make(5.0, COleDateTime::invalid, 1);
+    EXPECT_FALSE(invalid == invalid);
+    EXPECT_FALSE(invalid < invalid || invalid > invalid);
+    EXPECT_FALSE(invalid <= invalid || invalid >= invalid);
+    const auto null = make(5.0, COleDateTime::null, 1);
+    const auto otherNull = make(9.0, COleDateTime::null, 2);
+    EXPECT_TRUE(null == null);
+    EXPECT_TRUE(null < otherNull);
+    EXPECT_FALSE(null > otherNull);
+    const auto valid = make(5.0, COleDateTime::valid, 1);
+    EXPECT_FALSE(valid == null || valid < null || valid > null || valid <= invalid || invalid >= valid);
+}
+
+TEST(NDateTimeTest, OrderBelowDayZeroFollowsTheClock)
+{
+    const std::vector<NDateTime> rising = {NDateTime(100, 1, 1),
+                                           NDateTime(1899, 12, 28, 23, 0, 0, 0),
+                                           NDateTime(1899, 12, 29, 1, 0, 0, 0),
+                                           NDateTime(1899, 12, 29, 23, 0, 0, 0),
+                                           NDateTime(1899, 12, 30, 1, 0, 0, 0),
+                                           NDateTime(1900, 1, 1)};
+    for (std::size_t place = 1; place < rising.size(); ++place) {
+        SCOPED_TRACE(place);
+        EXPECT_TRUE(rising[place - 1] < rising[place]);
+        EXPECT_FALSE(rising[place - 1] > rising[place]);
+    }
+}
+
+TEST(NDateTimeTest, SerialisedValueKeepsItsCounter)
+{
+    const NDateTime times[] = {NDateTime(), NDateTime(2021, 3, 1, 10, 0, 0, 5),
+                               NDateTime(2021, 3, 1, 12, 0, 1, 0), // whose fraction reads as counter 15740
+                               NDateTime(1899, 12, 28, 18, 0, 0, 7),
+                               NDateTime(9999, 12, 31, 23, 59, 59, 57000)};
+    for (const auto& time : times) {
+        SCOPED_TRACE(time.ToDouble());
+        const auto back = Reload(time);
+        EXPECT_TRUE(back == time);
+        EXPECT_EQ(back.GetMilliSec(), time.GetMilliSec());
+        EXPECT_EQ(back.GetAbsoluteTime(), time.GetAbsoluteTime());
+    }
+    // The day number comes back in whole seconds.
+    EXPECT_EQ(Reload(times[1]).ToDouble(), NDateTime(2021, 3, 1, 10, 0, 0, 0).ToDouble());
+}
+
+TEST(NDateTimeTest, SerialisedKeys)
+{
+    Settings settings;
+    NDateTime(2021, 3, 1, 12, 0, 0, 5).SerializeState(settings);
+    EXPECT_EQ(static_cast<double>(settings["DateTime"]), 44256.5 + 5 / 1e10);
+    EXPECT_EQ(static_cast<unsigned int>(settings["Millisecond"]), 5U);
+
+    settings["Millisecond"] = 65536U + 9U;
+    EXPECT_EQ(NDateTime(settings).GetMilliSec(), 9U);
+    settings["DateTime"] = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_FALSE(NDateTime(settings).IsValid());
+    const Settings nothing;
+    EXPECT_TRUE(NDateTime(nothing).IsEmpty());
+}
+
+TEST(NDateTimeTest, ToCTime)
+{
+    const kalvento::internal::LocalZoneRule warsaw = {3600, {{7200, {3, 5, 0, 7200}, {10, 5, 0, 10800}}}};
+    const auto toSeconds = [&warsaw](const NDateTime& a_time) {
+        return kalvento::internal::ToCTime(warsaw, a_time).GetTime();
+    };
+    EXPECT_EQ(toSeconds(NDateTime(2021, 7, 1, 12, 0, 0, 0)), 1625133600);
+    EXPECT_EQ(toSeconds(NDateTime(2021, 1, 1, 12, 0, 0, 0)), 1609498800);
+    EXPECT_EQ(toSeconds(NDateTime(2021, 1, 1, 11, 59, 59, 60000)), 1609498800); // rounds up
+    EXPECT_EQ(toSeconds(NDateTime()), 0);
+    EXPECT_EQ(toSeconds(NDateTime(1899, 12, 31, 23, 59, 59, 0)), 0);
+    EXPECT_EQ(toSeconds(NDateTime(100, 1, 1)), 0);
+    EXPECT_EQ(toSeconds(NDateTime(2021, 2, 30)), 0);
+
+    const auto codeOf = [&toSeconds](const NDateTime& a_time) {
+        try {
+            toSeconds(a_time);
+        } catch (const std::system_error& error) {
+            return error.code();
+        }
+        return std::error_code();
+    };
+    EXPECT_EQ(codeOf(NDateTime(1900, 1, 1)), HResult::MakeCode(HResult::S_fail));
+    EXPECT_EQ(codeOf(NDateTime(1969, 12, 31, 23, 59, 59, 0)), HResult::MakeCode(HResult::S_fail));
+    EXPECT_EQ(codeOf(NDateTime(1970, 1, 1)), HResult::MakeCode(HResult::S_invalidArg));
+    EXPECT_EQ(codeOf(NDateTime(3001, 1, 1, 1, 0, 0, 0)), HResult::MakeCode(HResult::S_invalidArg));
+    EXPECT_EQ(codeOf(NDateTime(3001, 1, 1, 0, 59, 59, 0)), std::error_code());
+}
+
+TEST(NDateTimeTest, EmptyIsOneForAllThreads)
+{
+    std::array<const NDateTime*, 4> seen{};
+    {
+        std::vector<std::jthread> threads;
+        for (auto& place : seen)
+            threads.emplace_back([&place] { place = &NDateTime::Empty(); });
+    }
+    for (const auto* place : seen)
+        EXPECT_EQ(place, &NDateTime::Empty());
+}
+
+} // namespace
