@@ -36,8 +36,8 @@ public:
     /// candle comes out whether or not it was full. Afterwards the object wants SetCurrentRecord or ClearLastValue
     /// before the next row. The time of a row that comes too late is not folded in; under ELastRecordTime it leaves the zero
     /// time on the open candle until the next row in time. Does not allocate with the number of rows.
-    unsigned int Aggregate(EInterval a_inputInterval, unsigned short a_inputMultiplicity, unsigned int a_count,
-                           NDateTime* a_times, const std::vector<double*>& a_columns);
+    unsigned int Aggregate(EInterval a_inputInterval, unsigned short a_inputMultiplicity,
+                           unsigned int a_count, NDateTime* a_times, const std::vector<double*>& a_columns);
 
     /// Folds one row into the open candle, or opens a new one, and writes the candle so far back over the row, its time
     /// stamped. a_useOhl: the row's open, high and low hold data. True if the row went into the open candle. A row
@@ -62,7 +62,8 @@ private:
     /// As Aggregate on single ticks, with open, high and low in a room that grows with the candles; the first three
     /// entries of a_columns aren't used.
     unsigned int AggregateTicksGrowing(unsigned int a_count, NDateTime* a_times,
-                                       const std::vector<double*>& a_columns, kalvento::internal::CandleRoom& a_room);
+                                       const std::vector<double*>& a_columns,
+                                       kalvento::internal::CandleRoom& a_room);
 
     void InitAggrTypeForSeries(const std::vector<EAggrType>& a_types);
     void CheckHistory(EInterval a_inputInterval, unsigned short a_inputMultiplicity, unsigned int a_count,
@@ -71,6 +72,9 @@ private:
     void StartOver();
     unsigned int FoldHistory(bool a_useOhl, unsigned int a_count, NDateTime* a_times,
                              const std::vector<double*>& a_columns, kalvento::internal::CandleRoom* a_room);
+    template<EInterval Interval, bool RefusesLate>
+    unsigned int FoldHistoryOf(bool a_useOhl, unsigned int a_count, NDateTime* a_times,
+                               const std::vector<double*>& a_columns, kalvento::internal::CandleRoom* a_room);
 
     EInterval m_outputInterval;
     unsigned short m_outputMultiplicity;

@@ -1,0 +1,57 @@
+#include "aggregation/AggrDayWindow.h"
+
+#include "aggregation/YearClock.h"
+#include "platform/CodePage.h"
+#include "time/KalventoException.h"
+
+using namespace kalvento::internal;
+
+AggrDayWindow::AggrDayWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
+    : AggrBase(a_multiplicity, a_timeResult)
+{
+    if (a_multiplicity > 365)
+        throw KalventoException("AggrDayWindow::AggrDayWindow", __LINE__,
+                                "Wyjątek AggrDayWindow! Zbyt duża krotność interwału dziennego."_cp1250);
+}
+
+void AggrDayWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
+{
+    const int window = WindowNumber(a_time.GetDayOfYear(), m_multiplicity);
+    if (a_begin != nullptr)
+        *a_begin = GetBeginingOfWindowTime(a_time, window);
+    if (a_end != nullptr)
+        *a_end = GetBorderOfWindowTime(a_time, window);
+}
+
+bool AggrDayWindow::IsInCurrentWindow(const NDateTime& a_time)
+{
+    const int window = WindowNumber(a_time.GetDayOfYear(), m_multiplicity);
+    const int year = static_cast<int>(a_time.GetYear());
+    // Without an open window nothing matches, also not the number -1 that a time without a calendar can have.
+    if (m_currentDay != -1 && window == m_currentWindow && year == m_currentYear)
+        return true;
+    m_currentWindow = window;
+    m_currentYear = year;
+    m_currentDay = static_cast<int>(a_time.GetDayOfYear());
+    return false;
+}
+
+NDateTime AggrDayWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const
+{
+    NDateTime begin(a_time.GetYear(), 1, 1);
+    begin.ShiftDays(CutToInt(std::int64_t{m_multiplicity} * a_window));
+    return begin;
+}
+
+NDateTime AggrDayWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const
+{
+    return MovedWithinYear(GetBeginingOfWindowTime(a_time, a_window), m_multiplicity - 1, a_time.GetYear());
+}
+
+NDateTime AggrDayWindow::GetBeginingOfNextWindowTime(const NDateTime&, int) const
+{
+    // A candle of a day or longer has no closing time to bear: this fails when the first window opens, not earlier.
+    throw KalventoException(
+        "AggrDayWindow::GetBeginingOfNextWindowTime", __LINE__,
+        "Wyjątek AggrDayWindow! EOD w stylu MetaStocka agreguj z innym typem czasu niż EMetaStockWindowEnd."_cp1250);
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "aggregation/AggrBase.h"
+
+#include <vector>
+
+/// Windows of 1 to 59 minutes, counted from midnight.
+/// Made by AggrWindowsFactory only.
+class KALVENTO_API AggrMinuteWindow : public AggrBase {
+public:
+    void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const override;
+    bool IsInCurrentWindow(const NDateTime& a_time) override;
+    NDateTime GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const override;
+    NDateTime GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const override;
+    NDateTime GetBeginingOfNextWindowTime(const NDateTime& a_time, int a_window) const override;
+
+private:
+    friend class AggrWindowsFactory;
+    AggrMinuteWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult);
+
+    std::vector<unsigned short> m_hourBySlot;
+    std::vector<unsigned short> m_minuteBySlot;
+    std::vector<int> m_slotByMinute; // by minute of the day
+};

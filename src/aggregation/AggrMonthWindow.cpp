@@ -1,0 +1,74 @@
+#include "aggregation/AggrMonthWindow.h"
+
+#include "aggregation/YearClock.h"
+#include "platform/CodePage.h"
+#include "time/KalventoException.h"
+
+#include <algorithm>
+
+using namespace kalvento::internal;
+
+namespace {
+/// The number of a month, cut at December.
+std::int64_t MonthNumber(std::int64_t a_month)
+{
+    return std::clamp<std::int64_t>(a_month, 0, 12);
+}
+} // namespace
+
+AggrMonthWindow::AggrMonthWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
+    : AggrBase(a_multiplicity, a_timeResult)
+{
+    if (a_multiplicity > 11)
+        throw KalventoException("AggrMonthWindow::AggrMonthWindow", __LINE__,
+                                "Wyjątek AggrMonthWindow! Zbyt duża krotność interwału miesięcznego."_cp1250);
+}
+
+void AggrMonthWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
+{
+    const int window = WindowNumber(a_time.GetMonth(), m_multiplicity);
+    if (a_begin != nullptr)
+        *a_begin = GetBeginingOfWindowTime(a_time, window);
+    if (a_end == nullptr)
+        return;
+
+    // The last day of the window's last month. The border of the same window is that month's first day: the two are
+    // different things to their callers and must not be aligned.
+    const std::int64_t month = MonthNumber(std::int64_t{m_multiplicity} * (std::int64_t{window} + 1));
+    const auto year = static_cast<std::int64_t>(a_time.GetYear());
+    *a_end = month == 12 ? DateOf(year + 1, 1, 1) : DateOf(year, month + 1, 1);
+    a_end->ShiftDays(-1);
+}
+
+bool AggrMonthWindow::IsInCurrentWindow(const NDateTime& a_time)
+{
+    const int window = WindowNumber(a_time.GetMonth(), m_multiplicity);
+    const int year = static_cast<int>(a_time.GetYear());
+    // Without an open window nothing matches, also not the number -1 that a time without a calendar can have.
+    if (m_currentDay != -1 && window == m_currentWindow && year == m_currentYear)
+        return true;
+    m_currentWindow = window;
+    m_currentYear = year;
+    m_currentDay = static_cast<int>(a_time.GetDayOfYear());
+    return false;
+}
+
+NDateTime AggrMonthWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const
+{
+    const auto year = static_cast<std::int64_t>(a_time.GetYear());
+    return DateOf(year, MonthNumber(std::int64_t{m_multiplicity} * a_window + 1), 1);
+}
+
+NDateTime AggrMonthWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const
+{
+    const auto year = static_cast<std::int64_t>(a_time.GetYear());
+    return DateOf(year, MonthNumber(std::int64_t{m_multiplicity} * (std::int64_t{a_window} + 1)), 1);
+}
+
+NDateTime AggrMonthWindow::GetBeginingOfNextWindowTime(const NDateTime&, int) const
+{
+    // A candle of a day or longer has no closing time to bear: this fails when the first window opens, not earlier.
+    throw KalventoException(
+        "AggrMonthWindow::GetBeginingOfNextWindowTime", __LINE__,
+        "Wyjątek AggrMonthWindow! EOD w stylu MetaStocka agreguj z innym typem czasu niż EMetaStockWindowEnd."_cp1250);
+}

@@ -1,0 +1,52 @@
+#include "aggregation/AggrTickWindow.h"
+
+#include "platform/CodePage.h"
+#include "time/KalventoException.h"
+
+// The texts name another class than the one that raises. Log readers search for them as they are, so they stay.
+
+AggrTickWindow::AggrTickWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
+    : AggrBase(a_multiplicity, a_timeResult)
+{
+    if (a_timeResult >= EWindowBegin)
+        throw KalventoException(
+            "AggrTickWindow::AggrTickWindow", __LINE__,
+            "Wyjątek AggrTickWindow! Nieprawidłowy typ agregacji czasu dla interwału tickowego."_cp1250);
+}
+
+void AggrTickWindow::GetWindowLimits(const NDateTime&, NDateTime*, NDateTime*) const
+{
+    throw KalventoException("AggrTickWindow::GetWindowLimits", __LINE__,
+                            "Wyjątek AggrSecondWindow! Niedopuszczalne wywołanie GetWindowLimits."_cp1250);
+}
+
+bool AggrTickWindow::IsInCurrentWindow(const NDateTime& a_time)
+{
+    const int dayOfYear = static_cast<int>(a_time.GetDayOfYear());
+    if (++m_tickCounter < m_multiplicity && dayOfYear == m_currentDay)
+        return true;
+    m_tickCounter = 0;
+    m_currentDay = dayOfYear;
+    return false;
+}
+
+NDateTime AggrTickWindow::GetBeginingOfWindowTime(const NDateTime&, int) const
+{
+    throw KalventoException(
+        "AggrTickWindow::GetBeginingOfWindowTime", __LINE__,
+        "Wyjątek AggrSecondWindow! Niedopuszczalne wywołanie GetBeginingOfWindowTime."_cp1250);
+}
+
+NDateTime AggrTickWindow::GetBorderOfWindowTime(const NDateTime&, int) const
+{
+    throw KalventoException(
+        "AggrTickWindow::GetBorderOfWindowTime", __LINE__,
+        "Wyjątek AggrSecondWindow! Niedopuszczalne wywołanie GetBorderOfWindowTime."_cp1250);
+}
+
+NDateTime AggrTickWindow::GetBeginingOfNextWindowTime(const NDateTime&, int) const
+{
+    throw KalventoException(
+        "AggrTickWindow::GetBeginingOfNextWindowTime", __LINE__,
+        "Wyjątek AggrSecondWindow! Niedopuszczalne wywołanie GetBeginingOfNextWindowTime."_cp1250);
+}

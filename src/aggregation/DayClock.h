@@ -1,0 +1,46 @@
+#pragma once
+
+#include "time/NDateTime.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace kalvento::internal {
+
+/// The slots of a day for windows below a day: a_window of a_multiplicity slots begins at this slot. May lie at or
+/// behind a_slots (the next day's first window), never below 0.
+inline std::int64_t FirstSlot(std::int64_t a_window, unsigned short a_multiplicity)
+{
+    return std::max<std::int64_t>(0, a_window * a_multiplicity);
+}
+
+/// The last slot of a window, cut at the end of the day; within 0 and a_slots - 1.
+inline int LastSlot(std::int64_t a_window, unsigned short a_multiplicity, int a_slots)
+{
+    const std::int64_t behind = std::clamp<std::int64_t>((a_window + 1) * a_multiplicity, 1, a_slots);
+    return static_cast<int>(behind - 1);
+}
+
+/// The date of a_time at a time of day, counter 0.
+inline NDateTime AtTimeOfDay(const NDateTime& a_time, unsigned long a_hour, unsigned long a_minute,
+                             unsigned long a_second)
+{
+    return {a_time.GetYear(), a_time.GetMonth(), a_time.GetDay(), a_hour, a_minute, a_second, 0};
+}
+
+/// Midnight after the date of a_time.
+inline NDateTime NextMidnight(const NDateTime& a_time)
+{
+    NDateTime date(a_time.GetYear(), a_time.GetMonth(), a_time.GetDay());
+    date.ShiftDays(1);
+    return AtTimeOfDay(date, 0, 0, 0);
+}
+
+/// A table's entry; a place outside (parts of a time that no calendar has) is taken at the first one.
+template<typename Table>
+auto EntryOrFirst(const Table& a_table, std::size_t a_place)
+{
+    return a_table[a_place < a_table.size() ? a_place : 0];
+}
+
+} // namespace kalvento::internal
