@@ -1,0 +1,11 @@
+#pragma once
+
+/// Names for what the platform owns. Pointers that are handed around and compared, never looked into.
+
+/// A module of the process: the address of anything inside of it, a function or a static object.
+struct HINSTANCE__;
+using HINSTANCE = HINSTANCE__*;
+
+/// A font of the window system.
+struct HFONT__;
+using HFONT = HFONT__*;

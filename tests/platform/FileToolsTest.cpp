@@ -1,0 +1,119 @@
+#include "platform/FileTools.h"
+
+#include "TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+class FileToolsTest : public testing::Test {
+protected:
+    static void Put(const std::filesystem::path& a_path, const std::string& a_bytes)
+    {
+        std::ofstream(a_path, std::ios::binary) << a_bytes;
+    }
+
+    static std::string Get(const std::filesystem::path& a_path)
+    {
+        std::ifstream file(a_path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    std::ptrdiff_t CountFiles() const
+    {
+        return std::distance(std::filesystem::directory_iterator(m_folder.GetPath()), {});
+    }
+
+    TemporaryFolder m_folder;
+    std::error_code m_error;
+};
+
+} // namespace
+
+TEST_F(FileToolsTest, ReadsUpToItsBound)
+{
+    const std::string bytes(10000, '\0');
+    const auto path = m_folder / "file";
+    for (const std::size_t length : {std::size_t{0}, std::size_t{1}, std::size_t{4096}, bytes.size()}) {
+        SCOPED_TRACE(length);
+        Put(path, bytes.substr(0, length));
+        EXPECT_EQ(FileTools::ReadFile(path, length, m_error), bytes.substr(0, length));
+        EXPECT_FALSE(m_error);
+    }
+    EXPECT_FALSE(FileTools::ReadFile(path, bytes.size() - 1, m_error));
+    EXPECT_EQ(m_error, std::errc::file_too_large);
+    // The size of such a file is told as 0.
+    EXPECT_GT(FileTools::ReadFile("/proc/self/status", 100000, m_error).value_or("").size(), 0U);
+    EXPECT_FALSE(FileTools::ReadFile("/proc/self/status", 10, m_error));
+    EXPECT_EQ(m_error, std::errc::file_too_large);
+}
+
+TEST_F(FileToolsTest, RefusesWhatIsNoRegularFile)
+{
+    ASSERT_EQ(::mkfifo((m_folder / "pipe").c_str(), 0600), 0);
+    for (const std::filesystem::path& path :
+         {m_folder / "pipe", m_folder.GetPath(), std::filesystem::path("/dev/zero")}) {
+        SCOPED_TRACE(path);
+        EXPECT_FALSE(FileTools::ReadFile(path, 100, m_error));
+        EXPECT_EQ(m_error, std::errc::not_supported);
+        EXPECT_FALSE(FileTools::ReplaceFile(path, "x", m_error));
+        EXPECT_EQ(m_error, std::errc::not_supported);
+    }
+    EXPECT_FALSE(FileTools::ReadFile(m_folder / "missing", 100, m_error));
+    EXPECT_EQ(m_error, std::errc::no_such_file_or_directory);
+    EXPECT_FALSE(FileTools::ReplaceFile(m_folder / "missing" / "file", "x", m_error));
+    EXPECT_EQ(m_error, std::errc::no_such_file_or_directory);
+    EXPECT_EQ(CountFiles(), 1);
+}
+
+TEST_F(FileToolsTest, ReplacesWholeAndKeepsRights)
+{
+    const auto path = m_folder / "file";
+    ASSERT_TRUE(FileTools::ReplaceFile(path, std::string("a\0b", 3), m_error));
+    EXPECT_EQ(Get(path), std::string("a\0b", 3));
+    ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
+    std::filesystem::create_hard_link(path, m_folder / "other");
+
+    const std::string large(3000000, 'x');
+    ASSERT_TRUE(FileTools::ReplaceFile(path, large, m_error));
+    EXPECT_EQ(Get(path), large);
+    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0640));
+    EXPECT_EQ(Get(m_folder / "other"), std::string("a\0b", 3));
+    EXPECT_EQ(CountFiles(), 2);
+}
+
+TEST_F(FileToolsTest, SymbolicLinksStay)
+{
+    std::filesystem::create_directory(m_folder / "inner");
+    std::filesystem::create_symlink("inner/file", m_folder / "first");
+    std::filesystem::create_symlink("first", m_folder / "second");
+    ASSERT_TRUE(FileTools::ReplaceFile(m_folder / "second", "new", m_error));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "first"));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "second"));
+    EXPECT_EQ(Get(m_folder / "inner" / "file"), "new");
+
+    std::filesystem::create_symlink("loop", m_folder / "loop");
+    EXPECT_FALSE(FileTools::ReplaceFile(m_folder / "loop", "x", m_error));
+    EXPECT_EQ(m_error, std::errc::too_many_symbolic_link_levels);
+}
+
+TEST_F(FileToolsTest, FailureLeavesTheOldFileAndNothingElse)
+{
+    const auto path = m_folder / "file";
+    Put(path, "old");
+    std::filesystem::create_symlink("/dev/full", m_folder / "full");
+    EXPECT_FALSE(FileTools::ReplaceFile(m_folder / "full", "new", m_error));
+    EXPECT_TRUE(m_error);
+    EXPECT_FALSE(FileTools::ReplaceFile(m_folder / std::string(300, 'x'), "new", m_error));
+    EXPECT_EQ(m_error, std::errc::filename_too_long);
+    EXPECT_EQ(Get(path), "old");
+    EXPECT_EQ(CountFiles(), 2);
+}
