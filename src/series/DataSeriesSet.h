@@ -128,12 +128,21 @@ protected:
 private:
     friend class AggregatorWrapper;
 
+    // The three candle columns of a set; none may be missing.
+    struct CandleColumns {
+        std::vector<double>* open;
+        std::vector<double>* high;
+        std::vector<double>* low;
+    };
+
     void Read_v1(std::istream& a_stream);
     void Sort();
     void DecreaseSize(std::size_t a_size);
+    CandleColumns AddCandleColumns(std::size_t a_size);
     bool AimColumns(ESeriesId a_main, std::vector<double*>& a_columns);
     bool FinishAggregation(std::size_t a_rows, const Aggregator& a_aggregator);
-    void CheckNoAggregationSeries() const;
+    /// AddAggregationSeries and AgregateData of single ticks in one, with the same results and failures. The candle
+    /// columns grow with the candles: three columns of the ticks' length would cost more than the fold.
     bool AgregateTicks(ESeriesId a_main, Aggregator& a_aggregator, std::vector<double*>& a_columns);
 
     Columns m_columns;

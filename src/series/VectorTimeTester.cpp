@@ -1,0 +1,55 @@
+#include "series/VectorTimeTester.h"
+
+#include "platform/CodePage.h"
+#include "velo/Log.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+namespace {
+
+bool Refuse(int a_line, const char* a_message)
+{
+    VeloTools::Log::Instance().Write("VectorTimeTester::CheckIntegrity", a_line, a_message);
+    return false;
+}
+
+NDateTime DateOf(const NDateTime& a_time)
+{
+    return NDateTime(a_time.GetYear(), a_time.GetMonth(), a_time.GetDay());
+}
+
+} // namespace
+
+bool VectorTimeTester::CheckIntegrity(const std::vector<NDateTime>& a_times, const NDateTime* a_day)
+{
+    if (a_times.size() < 2)
+        return true;
+
+    const auto isEarlier = [](const NDateTime& a_previous, const NDateTime& a_time) {
+        return a_time < a_previous;
+    };
+    if (std::ranges::adjacent_find(a_times, isEarlier) != a_times.end())
+        return Refuse(__LINE__, "Dane nie są integralne - wymieszanie"_cp1250);
+
+    if (!a_day)
+        return true;
+    const NDateTime day = DateOf(*a_day);
+    if (DateOf(a_times.front()) != day)
+        return Refuse(__LINE__, "Dane nie są integralne - pierwsza data nie pokrywa się"_cp1250);
+    if (DateOf(a_times.back()) != day)
+        return Refuse(__LINE__, "Dane nie są integralne - ostatnia data nie pokrywa się"_cp1250);
+    return true;
+}
+
+bool VectorTimeTester::ChangeRange(const std::vector<NDateTime>& a_times, NDateTime a_from, NDateTime a_to)
+{
+    // Whole days stay doubles here: a day number from a stored block may lie outside of every integer.
+    const double firstDay = std::trunc(a_from.ToDouble());
+    const double lastDay = std::trunc(a_to.ToDouble());
+    return std::ranges::none_of(a_times, [firstDay, lastDay](const NDateTime& a_time) {
+        const double day = std::trunc(a_time.ToDouble());
+        return day >= firstDay && day <= lastDay;
+    });
+}

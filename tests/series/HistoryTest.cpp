@@ -1,0 +1,133 @@
+#include "series/History.h"
+
+#include "platform/CodePage.h"
+#include "series/SeriesTestTools.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <stdexcept>
+
+using namespace kalvento::tests;
+
+namespace {
+
+const std::set<ESeriesId> S_series{Price, Volume};
+
+/// Rows at random steps of up to a day and a half, so that days with many rows, one and none occur.
+History MakeHistory(NDateTime a_first, std::size_t a_rows, unsigned int a_seed)
+{
+    std::mt19937 random(a_seed);
+    History history(S_series, EIntervalTick, 1);
+    Record record = history.GetEmptyRecord();
+    NDateTime time = a_first;
+    for (std::size_t row = 0; row < a_rows; ++row) {
+        record.SetTime(time);
+        record.SetData(Price, static_cast<double>(row));
+        record.SetData(Volume, static_cast<double>(random() % 100));
+        EXPECT_TRUE(history.AddData(record));
+        time.ShiftSec(1 + static_cast<int>(random() % (random() % 2 == 0 ? 3600 : 129600)));
+    }
+    return history;
+}
+
+History FilterDays(const History& a_history, const NDateTime& a_from, const NDateTime& a_to)
+{
+    History kept(S_series, EIntervalTick, 1);
+    for (std::size_t row = 0; row < a_history.GetRecordsCount(); ++row) {
+        const NDateTime& time = a_history.TimeSeries()[row];
+        if (time.GetAbsoluteDay() < a_from.GetAbsoluteDay() || time.GetAbsoluteDay() > a_to.GetAbsoluteDay())
+            continue;
+        Record record = kept.GetEmptyRecord();
+        record.SetTime(time);
+        for (const auto& [seriesId, values] : a_history)
+            record.SetData(seriesId, values[row]);
+        EXPECT_TRUE(kept.AddData(record));
+    }
+    return kept;
+}
+
+} // namespace
+
+TEST(HistoryTest, SubHistoryIsAFilterByDays)
+{
+    const History history = MakeHistory(NDateTime(2021, 2, 20, 13, 0, 0, 0), 200, 3);
+    std::mt19937 random(4);
+    for (int trial = 0; trial < 300; ++trial) {
+        NDateTime from(2021, 2, 10, random() % 24, random() % 60, random() % 60, 0);
+        from.ShiftDays(static_cast<int>(random() % 120));
+        NDateTime to = from;
+        to.ShiftSec(static_cast<int>(random() % (86400 * 12)));
+        SCOPED_TRACE(testing::Message() << from.ToDouble() << " to " << to.ToDouble());
+        EXPECT_TRUE(SameBits(FilterDays(history, from, to), history.GetSubHistory(from, to)));
+    }
+}
+
+TEST(HistoryTest, SubHistoryAtItsLimits)
+{
+    const History history = MakeHistory(At(9, 0), 5, 1);
+    EXPECT_EQ("Data od jest większa od daty do"_cp1250,
+              RaisedText<std::invalid_argument>([&] { history.GetSubHistory(At(10, 0, 1), At(10, 0)); }));
+    const History outside = history.GetSubHistory(NDateTime(1999, 1, 1), NDateTime(1999, 12, 31));
+    EXPECT_TRUE(outside.IsEmpty());
+    EXPECT_EQ(history.GetSeries(), outside.GetSeries());
+    EXPECT_TRUE(outside.GetIntervalData().IsSingleTick());
+    EXPECT_TRUE(SameBits(history, history.GetSubHistory(NDateTime(100, 1, 1), NDateTime(9999, 12, 31))));
+
+    const History bare(EIntervalTick, 1, {At(9, 0)}, {});
+    EXPECT_THROW(bare.GetSubHistory(At(0, 0), At(23, 0)), std::invalid_argument);
+    const History uneven(EIntervalTick, 1, {At(9, 0), At(9, 1)}, {{Price, {1.0}}, {Volume, {}}});
+    EXPECT_EQ(1U, uneven.GetSubHistory(At(0, 0), At(0, 0)).find(Price)->second.size());
+}
+
+TEST(HistoryTest, OlderRowsGoInFront)
+{
+    const History whole = MakeHistory(At(9, 0), 60, 9);
+    for (std::size_t cut = 0; cut <= whole.GetRecordsCount(); ++cut) {
+        SCOPED_TRACE(cut);
+        History older(S_series, EIntervalTick, 1);
+        History newer(S_series, EIntervalTick, 1);
+        const auto middle = static_cast<std::ptrdiff_t>(cut);
+        older.SetNewTimes(whole.TimeSeries().begin(), whole.TimeSeries().begin() + middle);
+        newer.SetNewTimes(whole.TimeSeries().begin() + middle, whole.TimeSeries().end());
+        for (const auto& [seriesId, values] : whole) {
+            older.AddNewSeries(seriesId, values.begin(), values.begin() + middle);
+            newer.AddNewSeries(seriesId, values.begin() + middle, values.end());
+        }
+        ASSERT_TRUE(newer.InsertedHistoryAtTheBeginning(older));
+        EXPECT_TRUE(SameBits(whole, newer));
+    }
+}
+
+TEST(HistoryTest, BlocksThatDontFitLeaveEverythingAsItWas)
+{
+    History history = MakeHistory(At(9, 0), 5, 2);
+    const std::string before = Write(history);
+    const auto refuses = [&](const History& a_older) {
+        return !history.InsertedHistoryAtTheBeginning(a_older) && Write(history) == before;
+    };
+    History touching = MakeHistory(NDateTime(2021, 1, 1), 1, 2);
+    touching.SetNewTimes({At(9, 0)});
+    EXPECT_TRUE(refuses(touching));
+    EXPECT_TRUE(refuses(history));
+    EXPECT_TRUE(refuses(History(std::set<ESeriesId>{Price}, EIntervalTick, 1)));
+    EXPECT_TRUE(refuses(History(std::set<ESeriesId>{Price, Bid1}, EIntervalTick, 1)));
+    const std::set<ESeriesId> candle{Price, IntervalOpen, IntervalMax, IntervalMin};
+    EXPECT_TRUE(refuses(History(candle, EIntervalMinute, 1)));
+
+    History hollow(std::set<ESeriesId>{Price}, EIntervalMinute, 1);
+    EXPECT_FALSE(hollow.InsertedHistoryAtTheBeginning(hollow)) << "a candle set without candle columns";
+    History candles(candle, EIntervalMinute, 1);
+    EXPECT_TRUE(candles.InsertedHistoryAtTheBeginning(History(candle, EIntervalMinute, 1)));
+    EXPECT_FALSE(candles.InsertedHistoryAtTheBeginning(History(candle, EIntervalMinute, 2)));
+}
+
+TEST(HistoryTest, KindAndYears)
+{
+    EXPECT_TRUE(History(EIntervalDay, 1).IsEodHistory());
+    EXPECT_FALSE(History(EIntervalHour, 24).IsEodHistory());
+    EXPECT_FALSE(History(EIntervalTick, 5).IsSingleTickHistory());
+    EXPECT_FALSE(History(EIntervalTick, 1).GetFirstLastYear());
+    const History history(EIntervalDay, 1,
+                          {NDateTime(2019, 5, 1), NDateTime(2020, 1, 1), NDateTime(2021, 12, 31)}, {});
+    EXPECT_EQ(std::pair(2019UL, 2021UL), history.GetFirstLastYear());
+}

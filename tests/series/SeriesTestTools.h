@@ -1,0 +1,46 @@
+#pragma once
+
+#include "series/DataSeriesSet.h"
+
+#include <cstring>
+#include <exception>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace kalvento::tests {
+
+/// The text of the Exception that a_action raises; "nothing raised" when it raises none, and others go out.
+template<class Exception, class Action>
+std::string RaisedText(Action a_action)
+{
+    try {
+        a_action();
+    } catch (const Exception& failure) {
+        return failure.what();
+    }
+    return "nothing raised";
+}
+
+/// Bytes of the binary form.
+inline std::string Write(const DataSeriesSet& a_set)
+{
+    std::ostringstream stream;
+    a_set.Write(stream);
+    return stream.str();
+}
+
+/// Equal in every bit: columns, times with their reserved bytes, interval data.
+inline bool SameBits(const DataSeriesSet& a_left, const DataSeriesSet& a_right)
+{
+    return Write(a_left) == Write(a_right);
+}
+
+/// A time of 2021-03-04.
+inline NDateTime At(unsigned int a_hour, unsigned int a_minute, unsigned int a_second = 0,
+                    unsigned int a_counter = 0)
+{
+    return NDateTime(2021, 3, 4, a_hour, a_minute, a_second, a_counter);
+}
+
+} // namespace kalvento::tests
