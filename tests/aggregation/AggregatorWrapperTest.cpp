@@ -1,0 +1,401 @@
+#include "aggregation/AggregatorWrapper.h"
+
+#include "aggregation/Aggregator.h"
+#include "aggregation/AggregatorTools.h"
+#include "platform/CodePage.h"
+#include "series/History.h"
+#include "series/SeriesTestTools.h"
+#include "series/Synchronization.h"
+#include "settings/Settings.h"
+#include "time/KalventoException.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+#include <random>
+#include <stdexcept>
+
+using namespace kalvento::tests;
+
+namespace {
+
+std::size_t S_allocations = 0;
+
+} // namespace
+
+// Counts every allocation of this program, so that the live path can be shown to make none.
+void* operator new(std::size_t a_size)
+{
+    ++S_allocations;
+    if (void* const memory = std::malloc(a_size))
+        return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* a_memory) noexcept
+{
+    std::free(a_memory);
+}
+void operator delete(void* a_memory, std::size_t /*a_size*/) noexcept
+{
+    std::free(a_memory);
+}
+
+namespace {
+
+std::set<DSProp> Properties()
+{
+    return {DSProp(Price), DSProp(Volume), DSProp(Lop), DSProp(Bid1)};
+}
+
+/// Ticks of several days in random steps, now and then two in one second.
+std::vector<Record> MakeRows(std::size_t a_count, unsigned int a_seed)
+{
+    std::mt19937 random(a_seed);
+    std::vector<Record> rows;
+    NDateTime time = At(9, 0);
+    for (std::size_t row = 0; row < a_count; ++row) {
+        Record record(Properties());
+        record.SetTime(time);
+        record.SetData(Price, 100.0 + static_cast<double>(random() % 1000) / 100.0);
+        record.SetData(Volume, static_cast<double>(1 + random() % 50));
+        record.SetData(Lop, static_cast<double>(random() % 10000));
+        record.SetData(Bid1, static_cast<double>(random() % 100));
+        rows.push_back(record);
+        if (random() % 4 == 0)
+            time.ShiftMilliSec();
+        else
+            time.ShiftSec(1 + static_cast<int>(random() % (random() % 20 == 0 ? 40000 : 40)));
+    }
+    return rows;
+}
+
+template<class Set>
+void Append(Set& a_set, const std::vector<Record>& a_rows, std::size_t a_first, std::size_t a_last)
+{
+    for (std::size_t row = a_first; row < a_last; ++row)
+        ASSERT_TRUE(a_set.AddData(a_rows[row]));
+}
+
+History MakeHistory(const std::vector<Record>& a_rows, std::size_t a_first, std::size_t a_last)
+{
+    History history(Properties(), EIntervalTick, 1);
+    Append(history, a_rows, a_first, a_last);
+    return history;
+}
+
+std::vector<Record> CandlesOf(const DataSeriesSet& a_set)
+{
+    std::vector<Record> candles;
+    for (std::size_t row = 0; row < a_set.GetRecordsCount(); ++row) {
+        Record::Values values;
+        for (const auto& [seriesId, column] : a_set)
+            values.emplace_back(seriesId, column[row]);
+        candles.emplace_back(a_set.TimeSeries()[row], std::move(values));
+    }
+    return candles;
+}
+
+/// Folds the rest of the rows live onto the candles that are there.
+void GoOnLive(AggregatorWrapper& a_wrapper, const std::vector<Record>& a_rows, std::size_t a_first,
+              std::vector<Record>& a_candles)
+{
+    for (std::size_t row = a_first; row < a_rows.size(); ++row) {
+        Record candle = a_rows[row];
+        bool sameWindow = false;
+        ASSERT_TRUE(a_wrapper.AggregateRecord(candle, sameWindow));
+        if (sameWindow)
+            a_candles.back() = candle;
+        else
+            a_candles.push_back(candle);
+    }
+}
+
+void ExpectSameCandles(const std::vector<Record>& a_expected, const std::vector<Record>& a_candles)
+{
+    ASSERT_EQ(a_expected.size(), a_candles.size());
+    for (std::size_t row = 0; row < a_expected.size(); ++row) {
+        EXPECT_TRUE(std::equal(a_expected[row].begin(), a_expected[row].end(), a_candles[row].begin(),
+                               a_candles[row].end()))
+            << "candle " << row;
+        EXPECT_EQ(0, std::memcmp(&a_expected[row].GetTime(), &a_candles[row].GetTime(), sizeof(NDateTime)))
+            << "candle " << row;
+    }
+}
+
+AggregatorWrapper MakeWrapper(EInterval a_interval, unsigned short a_multiplicity)
+{
+    return {Properties(), EMetaStockWindowEnd, a_interval, a_multiplicity};
+}
+
+} // namespace
+
+TEST(AggregatorToolsTest, DirectionTable)
+{
+    EXPECT_FALSE(AggregatorTools::IsAggregationPossible(EIntervalMinute, 5, EIntervalMinute, 3));
+    EXPECT_TRUE(AggregatorTools::IsAggregationPossible(EIntervalMinute, 2, EIntervalMinute, 5));
+    EXPECT_TRUE(AggregatorTools::IsAggregationPossible(EIntervalMinute, 5, EIntervalHour, 1));
+    EXPECT_FALSE(AggregatorTools::IsAggregationPossible(EIntervalDay, 1, EIntervalHour, 24));
+}
+
+TEST(AggregatorToolsTest, TypesStandMainFirst)
+{
+    const DSProp mainBid(Bid1, EAggrTypeOhlcLast, L"", EPrecision2);
+    const DSProp summedLop(Lop, EAggrTypeSum, L"", EPrecision0);
+    using Types = std::vector<EAggrType>;
+    EXPECT_EQ((Types{EAggrTypeOhlc, EAggrTypeSum}),
+              AggregatorTools::PrepareAggregationTypes({DSProp(Price), DSProp(Volume)}));
+    EXPECT_EQ((Types{EAggrTypeOhlcLast, EAggrTypeSum, EAggrTypeSum}),
+              AggregatorTools::PrepareAggregationTypes({DSProp(Volume), summedLop, mainBid}));
+    // Two main types: the later one's type, the earlier one's name.
+    const std::set<DSProp> twoMain{DSProp(Price), DSProp(Volume), mainBid};
+    EXPECT_EQ((Types{EAggrTypeOhlcLast, EAggrTypeSum, EAggrTypeLast}),
+              AggregatorTools::PrepareAggregationTypes(twoMain));
+    EXPECT_EQ(Price, AggregatorTools::GetMainAggregationSeries(twoMain).GetSeriesID());
+    EXPECT_EQ((Types{EAggrTypeLast, EAggrTypeSum}),
+              AggregatorTools::PrepareAggregationTypes({DSProp(Volume), DSProp(Lop)}));
+    EXPECT_THROW(AggregatorTools::GetMainAggregationSeries({DSProp(Volume)}), KalventoException);
+}
+
+TEST(AggregatorWrapperTest, HandOverAtEveryRowGivesTheWholeFold)
+{
+    // Not n-tick windows, which count anew after a hand-over.
+    const std::vector<Record> rows = MakeRows(150, 5);
+    const std::pair<EInterval, unsigned short> outputs[] = {{EIntervalSecond, 10},
+                                                            {EIntervalMinute, 5},
+                                                            {EIntervalHour, 1},
+                                                            {EIntervalDay, 1},
+                                                            {EIntervalMonth, 1}};
+    for (const auto& [interval, multiplicity] : outputs) {
+        History whole = MakeHistory(rows, 0, rows.size());
+        ASSERT_TRUE(MakeWrapper(interval, multiplicity).AgregateHistory(whole));
+        EXPECT_TRUE(whole.IsValid());
+        const std::vector<Record> expected = CandlesOf(whole);
+        for (std::size_t cut = 0; cut <= rows.size(); ++cut) {
+            SCOPED_TRACE(testing::Message()
+                         << interval << " x " << multiplicity << ", handed over at " << cut);
+            AggregatorWrapper wrapper = MakeWrapper(interval, multiplicity);
+            std::vector<Record> candles;
+            if (cut > 0 && cut % 2 == 0) {
+                History past = MakeHistory(rows, 0, cut);
+                ASSERT_TRUE(wrapper.AgregateHistory(past));
+                candles = CandlesOf(past);
+                Record last = past.GetLastRecord();
+                ASSERT_TRUE(wrapper.SetCurrentRecord(last));
+            } else if (cut > 0) {
+                Synchronization past(Properties());
+                Append(past, rows, 0, cut);
+                ASSERT_TRUE(wrapper.AgregateSynchro(past));
+                candles = CandlesOf(past);
+            }
+            GoOnLive(wrapper, rows, cut, candles);
+            ExpectSameCandles(expected, candles);
+        }
+    }
+}
+
+TEST(AggregatorWrapperTest, FoldedHistoryIsThatOfTheBareEngine)
+{
+    // The wrapper lets the candle columns grow with the candles; the public road adds them at full length first.
+    for (const auto& [interval, multiplicity] : {std::pair<EInterval, unsigned short>(EIntervalTick, 1),
+                                                 {EIntervalTick, 7},
+                                                 {EIntervalMinute, 1},
+                                                 {EIntervalYear, 1}})
+        for (const std::size_t count : {1U, 2U, 999U}) {
+            SCOPED_TRACE(testing::Message() << interval << " x " << multiplicity << ", " << count << " rows");
+            const std::vector<Record> rows = MakeRows(count, 8);
+            History history = MakeHistory(rows, 0, count);
+            History byHand = history;
+            ASSERT_TRUE(MakeWrapper(interval, multiplicity).AgregateHistory(history));
+
+            Aggregator aggregator(interval, multiplicity, ELastRecordTime,
+                                  AggregatorTools::PrepareAggregationTypes(Properties()));
+            byHand.AddAggregationSeries();
+            std::vector<double*> columns(byHand.SeriesCount());
+            ASSERT_TRUE(byHand.AgregateData(Price, aggregator, columns));
+            EXPECT_TRUE(SameBits(byHand, history));
+        }
+}
+
+TEST(AggregatorWrapperTest, FailedFoldLeavesFullCandleColumns)
+{
+    const std::vector<Record> rows = MakeRows(20, 8);
+    AggregatorWrapper wrapper = MakeWrapper(EIntervalMinute, 1);
+    History first = MakeHistory(rows, 0, 20);
+    ASSERT_TRUE(wrapper.AgregateHistory(first));
+    History second = MakeHistory(rows, 0, 20);
+    EXPECT_FALSE(wrapper.AgregateHistory(second)) << "no SetCurrentRecord since the first";
+    EXPECT_EQ(20U, second.GetRecordsCount());
+    EXPECT_TRUE(second.GetIntervalData().IsSingleTick());
+    EXPECT_EQ(std::vector<double>(20), second.find(IntervalOpen)->second);
+    EXPECT_EQ(std::vector<double>(20), second.find(IntervalMin)->second);
+    Record live = rows[0];
+    bool sameWindow = false;
+    EXPECT_FALSE(wrapper.AggregateRecord(live, sameWindow));
+    wrapper.ClearLastValue();
+    History third = MakeHistory(rows, 0, 20);
+    EXPECT_TRUE(wrapper.AgregateHistory(third));
+
+    History empty(Properties(), EIntervalTick, 1);
+    EXPECT_FALSE(MakeWrapper(EIntervalMinute, 1).AgregateHistory(empty));
+    EXPECT_EQ(7U, empty.SeriesCount());
+}
+
+TEST(AggregatorWrapperTest, CandlesFoldIntoLongerCandles)
+{
+    const std::vector<Record> rows = MakeRows(500, 11);
+    History direct = MakeHistory(rows, 0, 500);
+    ASSERT_TRUE(MakeWrapper(EIntervalHour, 1).AgregateHistory(direct));
+    History stepwise = MakeHistory(rows, 0, 500);
+    ASSERT_TRUE(MakeWrapper(EIntervalMinute, 1).AgregateHistory(stepwise));
+    ASSERT_TRUE(MakeWrapper(EIntervalHour, 1).AgregateHistory(stepwise));
+    EXPECT_TRUE(SameBits(direct, stepwise));
+    const std::string before = Write(stepwise);
+    EXPECT_FALSE(MakeWrapper(EIntervalMinute, 30).AgregateHistory(stepwise)) << "towards finer candles";
+    EXPECT_EQ(before, Write(stepwise));
+}
+
+TEST(AggregatorWrapperTest, LivePathAllocatesNothing)
+{
+    std::vector<Record> rows = MakeRows(300, 2);
+    AggregatorWrapper wrapper = MakeWrapper(EIntervalMinute, 1);
+    Record working(Properties());
+    bool sameWindow = false;
+    const std::size_t before = S_allocations;
+    for (const Record& row : rows) {
+        working = row; // the shape shrinks back to that of a tick
+        ASSERT_TRUE(wrapper.AggregateRecord(working, sameWindow));
+    }
+    EXPECT_EQ(before, S_allocations);
+    ASSERT_TRUE(wrapper.AggregateRecord(rows[299], sameWindow));
+    EXPECT_EQ(before, S_allocations) << "a copied record has the room too";
+}
+
+TEST(AggregatorWrapperTest, RefusedRecordsStayAsTheyWere)
+{
+    AggregatorWrapper wrapper = MakeWrapper(EIntervalMinute, 1);
+    bool sameWindow = false;
+    const auto refusesTick = [&](Record::Values a_values) {
+        const Record::Values before = a_values;
+        Record record(At(10, 0), std::move(a_values));
+        return !wrapper.AggregateRecord(record, sameWindow) &&
+               std::equal(before.begin(), before.end(), record.begin(), record.end());
+    };
+    EXPECT_TRUE(refusesTick({{Price, 1.0}, {Volume, 1.0}, {Lop, 1.0}}));
+    EXPECT_TRUE(refusesTick({{Volume, 1.0}, {Lop, 1.0}, {Bid1, 1.0}, {Bid2, 1.0}}));
+    EXPECT_TRUE(refusesTick({{Price, 1.0}, {Price, 2.0}, {Lop, 1.0}, {Bid1, 1.0}}));
+    EXPECT_TRUE(refusesTick({{Price, 1.0}, {Lop, 1.0}, {IntervalOpen, 1.0}, {Bid1, 1.0}}));
+
+    const auto refusesCandle = [&](Record::Values a_values) {
+        Record record(At(10, 0), std::move(a_values));
+        return !wrapper.SetCurrentRecord(record);
+    };
+    EXPECT_TRUE(refusesCandle({{Price, 1.0}, {Volume, 1.0}, {Lop, 1.0}, {Bid1, 1.0}}));
+    EXPECT_TRUE(refusesCandle({{Price, 1},
+                               {Volume, 1},
+                               {Lop, 1},
+                               {IntervalOpen, 1},
+                               {IntervalOpen, 1},
+                               {IntervalMin, 1},
+                               {Bid1, 1}}));
+    EXPECT_TRUE(
+        refusesCandle({{Price, 1}, {Volume, 1}, {Lop, 1}, {Bid1, 1}, {Bid2, 1}, {Bid3, 1}, {Bid4, 1}}));
+    EXPECT_TRUE(refusesCandle(
+        {{Tko, 1}, {Volume, 1}, {Lop, 1}, {IntervalOpen, 1}, {IntervalMax, 1}, {IntervalMin, 1}, {Bid1, 1}}));
+}
+
+TEST(AggregatorWrapperTest, RefusedBlocksStayAsTheyWere)
+{
+    AggregatorWrapper wrapper = MakeWrapper(EIntervalMinute, 1);
+    const std::set<ESeriesId> tick{Price, Volume, Lop, Bid1};
+    std::set<ESeriesId> candle = tick;
+    candle.insert({IntervalOpen, IntervalMax, IntervalMin});
+    const auto refuses = [&](EInterval a_interval, unsigned int a_multiplicity,
+                             const std::set<ESeriesId>& a_series) {
+        Synchronization synchro(a_interval, a_multiplicity, a_series);
+        History history(a_series, a_interval, a_multiplicity);
+        const std::string before = Write(synchro);
+        return !wrapper.AgregateSynchro(synchro) && !wrapper.AgregateHistory(history) &&
+               before == Write(synchro) && before == Write(history);
+    };
+    EXPECT_TRUE(refuses(EIntervalEmpty, 1, tick));
+    EXPECT_TRUE(refuses(EIntervalTick, 0, tick));
+    EXPECT_TRUE(refuses(EIntervalHour, 1, candle));
+    EXPECT_TRUE(refuses(EIntervalTick, 1, {Price, Volume}));
+    EXPECT_TRUE(refuses(EIntervalTick, 1, {Tko, Volume, Lop, Bid1}));
+
+    // Columns shorter than the times must not be read beyond their ends.
+    Synchronization uneven(EIntervalTick, 1, {At(9, 0), At(9, 1)},
+                           {{Price, {1.0, 2.0}}, {Volume, {1.0}}, {Lop, {}}, {Bid1, {1.0, 2.0}}});
+    EXPECT_FALSE(wrapper.AgregateSynchro(uneven));
+
+    // Candle columns are what a history of candles has, and what a snapshot must not have.
+    std::vector<NDateTime> times{At(9, 0)};
+    DataSeriesSet::Columns columns;
+    for (const ESeriesId id : candle)
+        columns.emplace_back(id, std::vector<double>{5.0});
+    Synchronization synchro(EIntervalMinute, 1, std::vector(times), DataSeriesSet::Columns(columns));
+    EXPECT_FALSE(wrapper.AgregateSynchro(synchro));
+    History history(EIntervalMinute, 1, std::move(times), std::move(columns));
+    EXPECT_TRUE(wrapper.AgregateHistory(history));
+}
+
+TEST(AggregatorWrapperTest, CopiesAndMoves)
+{
+    const std::vector<Record> rows{MakeRows(1, 1)[0], MakeRows(1, 1)[0]};
+    AggregatorWrapper source = MakeWrapper(EIntervalDay, 1);
+    std::vector<Record> candles;
+    GoOnLive(source, rows, 1, candles);
+    AggregatorWrapper copy(source);
+    bool sameWindow = true;
+    Record row = rows[0];
+    EXPECT_TRUE(copy.AggregateRecord(row, sameWindow));
+    EXPECT_FALSE(sameWindow) << "the open candle isn't copied";
+    row = rows[0];
+    EXPECT_TRUE(source.AggregateRecord(row, sameWindow));
+    EXPECT_TRUE(sameWindow);
+    EXPECT_EQ(rows[0].GetTime(), row.GetTime());
+    EXPECT_TRUE(copy.HaveTheSameIntevals(source));
+
+    const AggregatorWrapper taken(std::move(source));
+    EXPECT_EQ(EIntervalDay, taken.GetOutputInterval());
+    EXPECT_EQ(EIntervalEmpty,
+              source.GetOutputInterval()); // NOLINT(bugprone-use-after-move): the rule under test
+    EXPECT_EQ(0U, source.GetOutputMultiplicity());
+    row = rows[0];
+    EXPECT_FALSE(source.AggregateRecord(row, sameWindow));
+    Record none(At(9, 0), {});
+    EXPECT_FALSE(source.SetCurrentRecord(none));
+    History history = MakeHistory(rows, 0, 1);
+    EXPECT_FALSE(source.AgregateHistory(history));
+    const AggregatorWrapper copyOfNothing(source);
+    EXPECT_EQ(EIntervalEmpty, copyOfNothing.GetOutputInterval());
+}
+
+TEST(AggregatorWrapperTest, ConstructionRefusesWhatItCannotFold)
+{
+    const auto construct = [](const std::set<DSProp>& a_properties) {
+        AggregatorWrapper(a_properties, ELastRecordTime, EIntervalMinute, 1);
+    };
+    EXPECT_THROW(construct({}), KalventoException);
+    EXPECT_THROW(construct({DSProp(Volume)}), KalventoException);
+    EXPECT_EQ("Niepoprawny argument: a_dsProps", RaisedText<std::invalid_argument>([&] {
+                  construct({DSProp(Price), DSProp(IntervalMin)});
+              }));
+    EXPECT_THROW(MakeWrapper(EIntervalMinute, 60), KalventoException);
+    EXPECT_THROW(MakeWrapper(EIntervalMinute, 0), KalventoException);
+}
+
+TEST(AggregatorWrapperTest, SettingsGiveBackIntervalAndTime)
+{
+    Settings settings;
+    MakeWrapper(EIntervalMinute, 15).SerializeState(settings);
+    const AggregatorWrapper read(Properties(), settings);
+    EXPECT_EQ(EIntervalMinute, read.GetOutputInterval());
+    EXPECT_EQ(15U, read.GetOutputMultiplicity());
+    Settings again;
+    read.SerializeState(again);
+    const int storedTime = again[AggregatorWrapper::XML_AGGREGATION_TIME];
+    EXPECT_EQ(EMetaStockWindowEnd, storedTime);
+    settings[AggregatorWrapper::XML_MULTIPLICITY] = 65536U + 5U;
+    EXPECT_EQ(5U, AggregatorWrapper(Properties(), settings).GetOutputMultiplicity());
+}
