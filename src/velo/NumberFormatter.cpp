@@ -25,7 +25,7 @@ struct Decimal {
     std::string digits;
     int point = 0;
 
-    int Places() const { return std::max(0, static_cast<int>(digits.size()) - point); }
+    int Places() const { return digits.empty() ? 0 : std::max(0, static_cast<int>(digits.size()) - point); }
 
     // Of the integer part from 1 up (the tenths are place -1), 0 where there is no digit.
     char DigitAt(int a_place) const
