@@ -14,4 +14,10 @@ namespace kalvento::tool {
 /// `kalvento candles`: folds rows of CSV files or of a binary series block into candles.
 void AddCandlesCommand(CLI::App& a_app, ToolContext& a_context);
 
+/// `kalvento generate`: writes trades of an invented exchange, the same ones for the same options on every machine.
+void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context);
+
+/// `kalvento series`: lists the vocabulary of series.
+void AddSeriesCommand(CLI::App& a_app, ToolContext& a_context);
+
 } // namespace kalvento::tool

@@ -1,0 +1,252 @@
+#include "kalvento/Commands.h"
+#include "kalvento/OutputTarget.h"
+#include "kalvento/SessionGenerator.h"
+#include "kalvento/TargetStream.h"
+#include "kalvento/Tool.h"
+#include "series/DataSeriesSet.h"
+#include "time/DateTimeTools.h"
+
+#include <CLI/CLI.hpp>
+
+#include <charconv>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kalvento::tool {
+
+namespace {
+
+struct GenerateOptions {
+    GeneratorOptions market;
+    std::string symbol;
+    std::string format = "csv";
+    std::string output;
+};
+
+std::optional<std::chrono::sys_days> ParseDay(std::string_view a_text)
+{
+    if (a_text.size() != 10 || a_text[4] != '-' || a_text[7] != '-')
+        return std::nullopt;
+    const auto number = [&a_text](std::size_t a_place, std::size_t a_count) {
+        unsigned int value = 0;
+        const char* const end = a_text.data() + a_place + a_count;
+        const auto result = std::from_chars(a_text.data() + a_place, end, value);
+        return result.ptr == end && result.ec == std::errc() ? value : 0U;
+    };
+    const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(number(0, 4))),
+                                           std::chrono::month(number(5, 2)), std::chrono::day(number(8, 2))};
+    if (!date.ok())
+        return std::nullopt;
+    return std::chrono::sys_days(date);
+}
+
+/// Text of trades, a line each. Millions of them are wanted in seconds, so numbers are put in place by hand.
+class CsvWriter {
+public:
+    CsvWriter(OutputTarget& a_target, const GenerateOptions& a_options)
+        : m_target(a_target), m_tick(a_options.market.tickSize)
+    {
+        if (!a_options.symbol.empty())
+            m_symbol = a_options.symbol + ',';
+        for (unsigned int place = 0; place < m_tick.scale; ++place)
+            m_unit *= 10;
+        m_buffer = a_options.symbol.empty() ? "time,price,volume\n" : "time,symbol,price,volume\n";
+    }
+
+    void Add(const GeneratedTrade& a_trade)
+    {
+        if (a_trade.day != m_day) {
+            m_day = a_trade.day;
+            const std::chrono::year_month_day date(m_day);
+            m_date.clear();
+            Padded(m_date, static_cast<std::uint64_t>(static_cast<int>(date.year())), 4);
+            m_date += '-';
+            Padded(m_date, static_cast<unsigned int>(date.month()), 2);
+            m_date += '-';
+            Padded(m_date, static_cast<unsigned int>(date.day()), 2);
+            m_date += ' ';
+        }
+        m_buffer += m_date;
+        Padded(m_buffer, a_trade.second / 3600, 2);
+        m_buffer += ':';
+        Padded(m_buffer, a_trade.second / 60 % 60, 2);
+        m_buffer += ':';
+        Padded(m_buffer, a_trade.second % 60, 2);
+        m_buffer += ',';
+        m_buffer += m_symbol;
+        const auto price =
+            static_cast<std::uint64_t>(a_trade.priceInTicks) * static_cast<std::uint64_t>(m_tick.digits);
+        Padded(m_buffer, price / m_unit, 1);
+        if (m_tick.scale > 0) {
+            m_buffer += '.';
+            Padded(m_buffer, price % m_unit, m_tick.scale);
+        }
+        m_buffer += ',';
+        Padded(m_buffer, static_cast<std::uint64_t>(a_trade.volume), 1);
+        m_buffer += '\n';
+        if (m_buffer.size() > S_flushAt)
+            Flush();
+    }
+
+    void Flush()
+    {
+        m_target.Write(m_buffer);
+        m_buffer.clear();
+    }
+
+private:
+    static constexpr std::size_t S_flushAt = 1 << 20;
+
+    static void Padded(std::string& a_text, std::uint64_t a_number, unsigned int a_digits)
+    {
+        char digits[20];
+        char* begin = std::end(digits);
+        do {
+            *--begin = static_cast<char>('0' + a_number % 10);
+            a_number /= 10;
+        } while (a_number > 0 || begin > std::end(digits) - a_digits);
+        a_text.append(begin, std::end(digits));
+    }
+
+    OutputTarget& m_target;
+    Decimal m_tick;
+    std::uint64_t m_unit = 1; // 10^scale of the tick
+    std::string m_symbol;
+    std::string m_buffer;
+    std::string m_date;
+    std::chrono::sys_days m_day{std::chrono::days(-1'000'000)};
+};
+
+void WriteBlock(SessionGenerator& a_generator, const GenerateOptions& a_options, OutputTarget& a_target)
+{
+    std::vector<NDateTime> times;
+    std::vector<double> prices;
+    std::vector<double> volumes;
+    times.reserve(a_options.market.rows);
+    prices.reserve(a_options.market.rows);
+    volumes.reserve(a_options.market.rows);
+    double unit = 1.0;
+    for (unsigned int place = 0; place < a_options.market.tickSize.scale; ++place)
+        unit *= 10.0;
+
+    GeneratedTrade trade;
+    while (a_generator.Next(trade)) {
+        const std::chrono::year_month_day date(trade.day);
+        NDateTime time(static_cast<unsigned long>(static_cast<int>(date.year())),
+                       static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()),
+                       trade.second / 3600, trade.second / 60 % 60, trade.second % 60, 0);
+        // Times of a block run strictly upward: trades of one second are told apart by the ordering counter.
+        if (!times.empty())
+            DateTimeTools::ShiftTimeIfNeed(times.back(), time);
+        times.push_back(time);
+        // One division of whole numbers gives the same double as reading the decimal text would.
+        prices.push_back(static_cast<double>(trade.priceInTicks * a_options.market.tickSize.digits) / unit);
+        volumes.push_back(static_cast<double>(trade.volume));
+    }
+    DataSeriesSet::Columns columns;
+    columns.emplace_back(Price, std::move(prices));
+    columns.emplace_back(Volume, std::move(volumes));
+    const DataSeriesSet block(EIntervalTick, 1, std::move(times), std::move(columns));
+    TargetStream stream(a_target);
+    block.Write(stream.Get());
+    stream.Finish();
+}
+
+void RunGenerate(const GenerateOptions& a_options, ToolContext& a_context)
+{
+    const bool isBlock = a_options.format == "block";
+    if (isBlock && a_options.output.empty() && a_context.outIsTerminal)
+        throw ToolError(EExitUsage, "generate: a block is no text for a terminal; name a file with --output");
+    if (isBlock && !a_options.symbol.empty())
+        throw ToolError(EExitUsage,
+                        "generate: a block holds one instrument without its name; leave --symbol out");
+    if (a_options.symbol.find_first_of(",;\t\"\r\n") != std::string::npos)
+        throw ToolError(EExitUsage,
+                        "generate: --symbol may hold no comma, semicolon, tab, quote or line end");
+
+    std::unique_ptr<SessionGenerator> generator;
+    try {
+        generator = std::make_unique<SessionGenerator>(a_options.market);
+    } catch (const std::invalid_argument& failure) {
+        throw ToolError(EExitUsage, std::string("generate: ") + failure.what());
+    }
+
+    OutputTarget target(a_options.output, a_context);
+    if (isBlock) {
+        WriteBlock(*generator, a_options, target);
+    } else {
+        CsvWriter writer(target, a_options);
+        GeneratedTrade trade;
+        while (generator->Next(trade))
+            writer.Add(trade);
+        writer.Flush();
+    }
+    target.Commit();
+}
+
+} // namespace
+
+void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context)
+{
+    auto options = std::make_shared<GenerateOptions>();
+    GeneratorOptions& market = options->market;
+    CLI::App* command = a_app.add_subcommand("generate", "Write invented but lifelike trades");
+    command->description("Writes trades of an invented exchange: an opening auction at 9:00, continuous "
+                         "trading to 16:50, busy at both\n"
+                         "ends of the day and in bursts, a closing auction at 17:00. Several trades share a "
+                         "second; weekends are skipped.\n"
+                         "The same options give the same bytes on every machine.");
+    command->add_option("-n,--rows", market.rows, "Trades over all sessions")->capture_default_str();
+    command->add_option("--sessions", market.sessions, "Days of trading")->capture_default_str();
+    command->add_option("--seed", market.seed, "Another number, another market")->capture_default_str();
+    const auto addDecimal = [command](const char* a_name, Decimal& a_target, const char* a_default,
+                                      const char* a_help) {
+        command
+            ->add_option_function<std::string>(
+                a_name,
+                [a_name, &a_target](const std::string& a_text) {
+                    const auto number = Decimal::Parse(a_text);
+                    if (!number || number->digits == 0)
+                        throw CLI::ValidationError(a_name,
+                                                   "found \"" + a_text +
+                                                       "\", expected a number above 0 with a "
+                                                       "decimal point, at most 9 places after it, as 0.05");
+                    a_target = *number;
+                },
+                a_help)
+            ->default_str(a_default)
+            ->type_name("NUMBER");
+    };
+    addDecimal("--start-price", market.startPrice, "100", "First price, rounded to a whole number of ticks");
+    addDecimal("--tick-size", market.tickSize, "0.01", "Smallest step of the price");
+    command
+        ->add_option_function<std::string>(
+            "--from",
+            [&market](const std::string& a_text) {
+                const auto day = ParseDay(a_text);
+                if (!day)
+                    throw CLI::ValidationError("--from",
+                                               "found \"" + a_text + "\", expected a day as 2024-01-02");
+                market.from = *day;
+            },
+            "First day; a weekend means the Monday after it")
+        ->default_str("2024-01-02")
+        ->type_name("DAY");
+    command->add_option("--symbol", options->symbol, "Adds a column with this name of an instrument");
+    command->add_option("-f,--format", options->format, "csv, or block: the binary form of a series set")
+        ->check(CLI::IsMember({"csv", "block"}))
+        ->capture_default_str();
+    command->add_option("-o,--output", options->output,
+                        "File to write, whole or not at all (default: standard output)");
+    command->footer(
+        "Examples:\n"
+        "  kalvento generate --rows 5000 | kalvento candles - --interval 15min\n"
+        "  kalvento generate --rows 5000000 --sessions 20 --seed 7 --output month.csv\n"
+        "  kalvento generate --start-price 2450 --tick-size 0.25 --format block --output future.block\n\n" +
+        ExitCodesHelp());
+    command->callback([options, &a_context] { RunGenerate(*options, a_context); });
+}
+
+} // namespace kalvento::tool
