@@ -76,7 +76,7 @@ Decimal Round(Decimal a_number, int a_places)
         while (!a_number.digits.empty() && a_number.digits.back() == '9')
             a_number.digits.pop_back();
         if (a_number.digits.empty()) {
-            a_number.digits = "1";
+            a_number.digits.assign(1, '1');
             ++a_number.point;
         } else {
             ++a_number.digits.back();
