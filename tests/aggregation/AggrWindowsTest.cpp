@@ -1,0 +1,244 @@
+#include "aggregation/AggrWindowsFactory.h"
+#include "platform/CodePage.h"
+#include "support/PlainAggregator.h"
+#include "time/KalventoException.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace {
+
+NDateTime Date(unsigned long a_year, unsigned long a_month, unsigned long a_day)
+{
+    return {a_year, a_month, a_day};
+}
+
+NDateTime Instant(unsigned long a_year, unsigned long a_month, unsigned long a_day, unsigned long a_hour,
+                  unsigned long a_minute, unsigned long a_second)
+{
+    return {a_year, a_month, a_day, a_hour, a_minute, a_second, 0};
+}
+
+std::string Text(const NDateTime& a_time)
+{
+    return std::to_string(a_time.GetYear()) + "-" + std::to_string(a_time.GetMonth()) + "-" +
+           std::to_string(a_time.GetDay()) + " " + std::to_string(a_time.GetHour()) + ":" +
+           std::to_string(a_time.GetMinute()) + ":" + std::to_string(a_time.GetSecond());
+}
+
+auto Window(EInterval a_interval, unsigned short a_multiplicity)
+{
+    return AggrWindowsFactory::GetAggrWindowClass(a_interval, a_multiplicity, ELastRecordTime);
+}
+
+} // namespace
+
+TEST(AggrWindowsTest, LimitsOfAWindow)
+{
+    const struct {
+        EInterval interval;
+        unsigned short multiplicity;
+        NDateTime time;
+        NDateTime begin;
+        NDateTime end;
+    } cases[] = {
+        {EIntervalSecond, 7, Instant(2021, 3, 1, 23, 59, 59), Instant(2021, 3, 1, 23, 59, 54),
+         Instant(2021, 3, 1, 23, 59, 59)},
+        {EIntervalMinute, 7, Instant(2021, 3, 1, 0, 13, 59), Instant(2021, 3, 1, 0, 7, 0),
+         Instant(2021, 3, 1, 0, 13, 59)},
+        // Counted through the day and not anew each hour; the last one is cut short.
+        {EIntervalMinute, 7, Instant(2021, 3, 1, 23, 57, 0), Instant(2021, 3, 1, 23, 55, 0),
+         Instant(2021, 3, 1, 23, 59, 59)},
+        {EIntervalHour, 5, Instant(2021, 3, 1, 22, 0, 0), Instant(2021, 3, 1, 20, 0, 0),
+         Instant(2021, 3, 1, 23, 59, 59)},
+        {EIntervalHour, 24, Instant(2021, 3, 1, 22, 0, 0), Instant(2021, 3, 1, 0, 0, 0),
+         Instant(2021, 3, 1, 23, 59, 59)},
+        {EIntervalDay, 7, Instant(2021, 1, 9, 5, 0, 0), Date(2021, 1, 8), Date(2021, 1, 14)},
+        {EIntervalDay, 7, Date(2021, 12, 31), Date(2021, 12, 31), Date(2021, 12, 31)},
+        {EIntervalDay, 365, Date(2024, 12, 31), Date(2024, 12, 31), Date(2024, 12, 31)},
+        // The border of a short first week reaches past its Sunday.
+        {EIntervalWeek, 1, Date(2021, 1, 3), Date(2021, 1, 1), Date(2021, 1, 7)},
+        {EIntervalWeek, 1, Date(2021, 1, 4), Date(2021, 1, 4), Date(2021, 1, 10)},
+        {EIntervalWeek, 1, Date(2024, 1, 7), Date(2024, 1, 1), Date(2024, 1, 7)},
+        {EIntervalWeek, 1, Date(2012, 12, 31), Date(2012, 12, 31), Date(2012, 12, 31)},
+        {EIntervalWeek, 3, Date(2021, 12, 31), Date(2021, 12, 20), Date(2021, 12, 31)},
+        {EIntervalMonth, 5, Date(2021, 6, 1), Date(2021, 6, 1), Date(2021, 10, 31)},
+        {EIntervalMonth, 5, Date(2021, 12, 1), Date(2021, 11, 1), Date(2021, 12, 31)},
+        {EIntervalMonth, 1, Date(2024, 2, 11), Date(2024, 2, 1), Date(2024, 2, 29)},
+        {EIntervalYear, 3, Date(2019, 5, 5), Date(2019, 1, 1), Date(2021, 12, 31)},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(std::to_string(one.interval) + " x " + std::to_string(one.multiplicity) + " at " +
+                     Text(one.time));
+        NDateTime begin;
+        NDateTime end;
+        const auto window = Window(one.interval, one.multiplicity);
+        window->GetWindowLimits(one.time, &begin, &end);
+        window->GetWindowLimits(one.time, nullptr, nullptr);
+        EXPECT_EQ(Text(begin), Text(one.begin));
+        EXPECT_EQ(Text(end), Text(one.end));
+        EXPECT_EQ(begin, one.begin);
+        EXPECT_EQ(end, one.end);
+    }
+}
+
+TEST(AggrWindowsTest, MonthBorderIsTheFirstDayOfTheLastMonth)
+{
+    const auto window = Window(EIntervalMonth, 5);
+    EXPECT_EQ(window->GetBorderOfWindowTime(Date(2021, 7, 1), 1), Date(2021, 10, 1));
+    EXPECT_EQ(window->GetBorderOfWindowTime(Date(2021, 7, 1), 2), Date(2021, 12, 1));
+}
+
+TEST(AggrWindowsTest, NextWindowCrossesMidnightMonthAndYear)
+{
+    EXPECT_EQ(Window(EIntervalMinute, 5)->GetBeginingOfNextWindowTime(Date(2021, 3, 1), 287),
+              Date(2021, 3, 2));
+    EXPECT_EQ(Window(EIntervalSecond, 59)->GetBeginingOfNextWindowTime(Date(2020, 2, 28), 1464),
+              Date(2020, 2, 29));
+    EXPECT_EQ(Window(EIntervalHour, 24)->GetBeginingOfNextWindowTime(Date(2021, 12, 31), 0),
+              Date(2022, 1, 1));
+    EXPECT_EQ(Window(EIntervalHour, 5)->GetBeginingOfNextWindowTime(Date(2021, 12, 31), 3),
+              Instant(2021, 12, 31, 20, 0, 0));
+}
+
+TEST(AggrWindowsTest, MembershipFollowsTheCalendarForAnyStreamOfTimes)
+{
+    std::mt19937_64 random(3);
+    static constexpr unsigned short limits[] = {0, 9, 59, 59, 24, 365, 51, 11, 30};
+    for (int round = 0; round < 400; ++round) {
+        const auto interval = static_cast<EInterval>(2 + random() % 7);
+        const auto multiplicity = static_cast<unsigned short>(1 + random() % limits[interval]);
+        SCOPED_TRACE(std::to_string(interval) + " x " + std::to_string(multiplicity));
+        const auto window = Window(interval, multiplicity);
+        long open = -2;
+        unsigned long openScope = 0;
+        double day = 36526.0 + static_cast<double>(random() % 20000);
+        for (int row = 0; row < 300; ++row) {
+            day += static_cast<double>(random() % 1000) / (interval >= EIntervalDay ? 100.0 : 86400.0);
+            const NDateTime time = NDateTime::FromDouble(day);
+            const long number = plain::WindowNumber(interval, multiplicity, time);
+            // Below a day the day of the year counts and not the date.
+            const unsigned long scope = interval < EIntervalDay     ? time.GetDayOfYear()
+                                        : interval == EIntervalYear ? 0
+                                                                    : time.GetYear();
+            const bool expected = open == number && openScope == scope;
+            ASSERT_EQ(window->IsInCurrentWindow(time), expected) << Text(time);
+            open = number;
+            openScope = scope;
+        }
+    }
+}
+
+TEST(AggrWindowsTest, EveryWeekBeginsOnMondayOrNewYear)
+{
+    for (unsigned long year = 1990; year < 2030; ++year) {
+        const auto window = Window(EIntervalWeek, 1);
+        int weeks = 0;
+        for (NDateTime day = Date(year, 1, 1); day.GetYear() == year; day.ShiftDays(1)) {
+            const bool opens = day.GetDayOfYear() == 1 || day.GetDayOfWeek() == 2;
+            ASSERT_EQ(window->IsInCurrentWindow(day), !opens) << Text(day);
+            weeks += opens ? 1 : 0;
+        }
+        EXPECT_GE(weeks, 53);
+        EXPECT_LE(weeks, 54);
+    }
+}
+
+TEST(AggrWindowsTest, TickWindowsCountRowsOfADay)
+{
+    const auto window = Window(EIntervalTick, 3);
+    const NDateTime day = Date(2021, 3, 1);
+    for (const bool expected : {false, true, true, false, true})
+        EXPECT_EQ(window->IsInCurrentWindow(day), expected);
+    EXPECT_FALSE(window->IsInCurrentWindow(Date(2021, 3, 2)));
+    EXPECT_TRUE(window->IsInCurrentWindow(Date(2021, 3, 2)));
+    EXPECT_FALSE(Window(EIntervalTick, 1)->IsInCurrentWindow(day));
+}
+
+TEST(AggrWindowsTest, ARowAYearLaterOnTheSameDayOfYearIsTheSameWindow)
+{
+    const auto window = Window(EIntervalMinute, 5);
+    EXPECT_FALSE(window->IsInCurrentWindow(Instant(2021, 3, 1, 10, 0, 0)));
+    EXPECT_TRUE(window->IsInCurrentWindow(Instant(2022, 3, 1, 10, 4, 0)));
+}
+
+TEST(AggrWindowsTest, RefusedIntervalsAndCalls)
+{
+    const auto message = [](auto a_call) -> std::string {
+        try {
+            a_call();
+        } catch (const KalventoException& exception) {
+            const std::string text = exception.what();
+            const std::size_t number = text.find('\t');
+            return text.substr(0, number) + text.substr(text.find(" - "));
+        }
+        return "nothing was raised";
+    };
+    const auto make = [&](int a_interval, unsigned short a_multiplicity,
+                          EAggrTimeResult a_result = ELastRecordTime) {
+        return message([=] {
+            AggrWindowsFactory::GetAggrWindowClass(static_cast<EInterval>(a_interval), a_multiplicity,
+                                                   a_result);
+        });
+    };
+    for (const int interval : {0, 9, -1})
+        EXPECT_EQ(
+            make(interval, 1),
+            "AggrWindowsFactory::GetAggrWindowClass - Wyjątek AggrWindowsFactory! Nieznany interwał."_cp1250);
+    for (int interval = 1; interval <= 8; ++interval)
+        EXPECT_EQ(make(interval, 0),
+                  "AggrBase::AggrBase - Wyjątek AggrBase! Krotność interwału musi być większa od 0."_cp1250);
+    const struct {
+        EInterval interval;
+        unsigned short greatest;
+        const char* text;
+    } limits[] = {
+        {EIntervalSecond, 59,
+         "AggrSecondWindow::AggrSecondWindow - Wyjątek AggrSecondWindow! Zbyt duża krotność interwału sekundowego."_cp1250},
+        {EIntervalMinute, 59,
+         "AggrMinuteWindow::AggrMinuteWindow - Wyjątek AggrMinuteWindow! Zbyt duża krotność interwału minutowego."_cp1250},
+        {EIntervalHour, 24,
+         "AggrHourWindow::AggrHourWindow - Wyjątek AggrHourWindow! Zbyt duża krotność interwału godzinowego."_cp1250},
+        {EIntervalDay, 365,
+         "AggrDayWindow::AggrDayWindow - Wyjątek AggrDayWindow! Zbyt duża krotność interwału dziennego."_cp1250},
+        {EIntervalWeek, 51,
+         "AggrWeekWindow::AggrWeekWindow - Wyjątek AggrWeekWindow! Zbyt duża krotność interwału tygodniowego."_cp1250},
+        {EIntervalMonth, 11,
+         "AggrMonthWindow::AggrMonthWindow - Wyjątek AggrMonthWindow! Zbyt duża krotność interwału miesięcznego."_cp1250},
+    };
+    for (const auto& limit : limits) {
+        EXPECT_EQ(make(limit.interval, limit.greatest), "nothing was raised");
+        EXPECT_EQ(make(limit.interval, static_cast<unsigned short>(limit.greatest + 1)), limit.text);
+    }
+    EXPECT_EQ(make(EIntervalTick, 65535), "nothing was raised");
+    EXPECT_EQ(
+        make(EIntervalTick, 1, EWindowBegin),
+        "AggrTickWindow::AggrTickWindow - Wyjątek AggrTickWindow! Nieprawidłowy typ agregacji czasu dla interwału tickowego."_cp1250);
+    EXPECT_EQ(
+        message([] { Window(EIntervalTick, 1)->GetBorderOfWindowTime(NDateTime(), 0); }),
+        "AggrTickWindow::GetBorderOfWindowTime - Wyjątek AggrSecondWindow! Niedopuszczalne wywołanie GetBorderOfWindowTime."_cp1250);
+    EXPECT_EQ(
+        message([] { Window(EIntervalYear, 1)->GetBeginingOfNextWindowTime(NDateTime(), 0); }),
+        "AggrYearWindow::GetBeginingOfNextWindowTime - Wyjątek AggrYearWindow! EOD w stylu MetaStocka agreguj z innym typem czasu niż EMetaStockWindowEnd."_cp1250);
+    EXPECT_EQ(message([] {
+                  NDateTime begin;
+                  Window(EIntervalWeek, 1)->GetWindowLimits(NDateTime(2021, 2, 30), &begin, nullptr);
+              }),
+              "AggrWeekWindow::GetWindowLimits - Błędny indeks dnia w roku."_cp1250);
+}
+
+TEST(AggrWindowsTest, NumbersOfNoWindowStayInsideTheTables)
+{
+    for (std::uint32_t interval = EIntervalSecond; interval <= EIntervalYear; ++interval) {
+        const auto window = Window(static_cast<EInterval>(interval), 7);
+        for (const int number : {-1, -2147483647 - 1, 2147483647, 100000}) {
+            const NDateTime time = Date(2021, 3, 1);
+            window->GetBeginingOfWindowTime(time, number);
+            window->GetBorderOfWindowTime(time, number);
+            if (interval < EIntervalDay)
+                window->GetBeginingOfNextWindowTime(time, number);
+        }
+    }
+}

@@ -1,0 +1,311 @@
+#include "aggregation/Aggregator.h"
+
+#include "platform/CodePage.h"
+#include "time/KalventoException.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+/// A row under test: fields that a call may change.
+struct Row {
+    NDateTime time;
+    double open = 0.0;
+    double high = 0.0;
+    double low = 0.0;
+    double close = 0.0;
+    double volume = 0.0;
+
+    std::vector<double*> Fields() { return {&open, &high, &low, &close, &volume}; }
+};
+
+NDateTime At(unsigned long a_hour, unsigned long a_minute, unsigned long a_second = 0,
+             unsigned long a_day = 1)
+{
+    return {2021, 3, a_day, a_hour, a_minute, a_second, 0};
+}
+
+class AggregatorTest : public ::testing::Test {
+protected:
+    bool Push(Aggregator& a_aggregator, Row& a_row, bool a_useOhl = false)
+    {
+        std::vector<double*> fields = a_row.Fields();
+        return a_aggregator.SumWithWindow(&a_row.time, &fields, a_useOhl);
+    }
+
+    static Row Tick(const NDateTime& a_time, double a_price, double a_volume)
+    {
+        Row row;
+        row.time = a_time;
+        row.close = a_price;
+        row.volume = a_volume;
+        return row;
+    }
+
+    const std::vector<EAggrType> m_types = {EAggrTypeOhlc, EAggrTypeSum};
+};
+
+void ExpectCandle(const Row& a_row, double a_open, double a_high, double a_low, double a_close,
+                  double a_volume)
+{
+    EXPECT_EQ(a_row.open, a_open);
+    EXPECT_EQ(a_row.high, a_high);
+    EXPECT_EQ(a_row.low, a_low);
+    EXPECT_EQ(a_row.close, a_close);
+    EXPECT_EQ(a_row.volume, a_volume);
+}
+
+template<typename Call>
+std::string MessageOf(Call a_call)
+{
+    try {
+        a_call();
+    } catch (const KalventoException& exception) {
+        return exception.what();
+    }
+    return "nothing was raised";
+}
+
+} // namespace
+
+TEST_F(AggregatorTest, TicksOfOneWindowMakeOneCandle)
+{
+    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
+    const double prices[] = {10, 12, 9, 11};
+    Row row;
+    for (int tick = 0; tick < 4; ++tick) {
+        row = Tick(At(10, 0, static_cast<unsigned long>(tick)), prices[tick], tick + 1);
+        EXPECT_EQ(Push(aggregator, row), tick != 0);
+    }
+    ExpectCandle(row, 10, 12, 9, 11, 10);
+    row = Tick(At(10, 5), 20, 7);
+    EXPECT_FALSE(Push(aggregator, row));
+    ExpectCandle(row, 20, 20, 20, 20, 7);
+}
+
+TEST_F(AggregatorTest, SumsOfTheMainSeriesGrowAllFourNumbers)
+{
+    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, {EAggrTypeOhlcSum, EAggrTypeLast});
+    Row row;
+    for (const double price : {10.0, 12.0, 9.0, 11.0}) {
+        row = Tick(At(10, 0), price, price);
+        Push(aggregator, row);
+    }
+    ExpectCandle(row, 42, 42, 42, 42, 11);
+}
+
+TEST_F(AggregatorTest, CandlesKeepTheirOwnOpenHighAndLow)
+{
+    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
+    Row first{At(10, 0), 10, 15, 5, 11, 100};
+    Row second{At(10, 1), 11, 14, 4, 12, 50};
+    Push(aggregator, first, true);
+    Push(aggregator, second, true);
+    ExpectCandle(second, 10, 15, 4, 12, 150);
+}
+
+TEST_F(AggregatorTest, EachTimeResultStampsItsOwnTime)
+{
+    const struct {
+        EAggrTimeResult timeResult;
+        NDateTime expected;
+    } cases[] = {{EFirstRecordTime, At(10, 1, 5)},
+                 {ELastRecordTime, At(10, 3, 6)},
+                 {EWindowBegin, At(10, 0)},
+                 {EMetaStockWindowEnd, At(10, 5)},
+                 {EWindowBorder, At(10, 4, 59)}};
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.timeResult);
+        Aggregator aggregator(EIntervalMinute, 5, one.timeResult, m_types);
+        Row first = Tick(At(10, 1, 5), 1, 1);
+        Row second = Tick(At(10, 3, 6), 2, 1);
+        Push(aggregator, first);
+        Push(aggregator, second);
+        EXPECT_EQ(second.time, one.expected);
+    }
+}
+
+TEST_F(AggregatorTest, LateRowLeavesNoTraceAndComesBackAsTheOpenCandle)
+{
+    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
+    Row row = Tick(At(10, 1), 10, 1);
+    Push(aggregator, row);
+    Row late = Tick(At(10, 0), 99, 99);
+    EXPECT_TRUE(Push(aggregator, late));
+    ExpectCandle(late, 10, 10, 10, 10, 1);
+    EXPECT_TRUE(late.time.IsEmpty());
+    Row next = Tick(At(10, 2), 11, 2);
+    EXPECT_TRUE(Push(aggregator, next));
+    ExpectCandle(next, 10, 11, 10, 11, 3);
+}
+
+TEST_F(AggregatorTest, StampsOfAWindowsEndRefuseNoRow)
+{
+    for (const EAggrTimeResult timeResult : {EMetaStockWindowEnd, EWindowBorder}) {
+        Aggregator aggregator(EIntervalMinute, 5, timeResult, m_types);
+        Row candle{At(10, 4, 59), 10, 10, 10, 10, 1};
+        auto fields = candle.Fields();
+        aggregator.SetCurrentRecord(&candle.time, &fields);
+        Row earlier = Tick(At(10, 3), 12, 2);
+        EXPECT_TRUE(Push(aggregator, earlier));
+        ExpectCandle(earlier, 10, 12, 10, 12, 3);
+    }
+}
+
+TEST_F(AggregatorTest, FirstRowIsNeverLateWhateverItsTime)
+{
+    // A time before the epoch is earlier than the empty last time of a fresh aggregator.
+    Aggregator aggregator(EIntervalDay, 1, ELastRecordTime, m_types);
+    Row row = Tick(NDateTime(1850, 1, 2), 5, 1);
+    EXPECT_FALSE(Push(aggregator, row));
+    ExpectCandle(row, 5, 5, 5, 5, 1);
+}
+
+TEST_F(AggregatorTest, AfterAFoldRowsWaitForTheCurrentRecord)
+{
+    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
+    Row row = Tick(At(10, 0), 10, 1);
+    ASSERT_EQ(aggregator.Aggregate(EIntervalTick, 1, 1, &row.time, row.Fields()), 1U);
+
+    const std::string waits = "Aggregator::SumWithWindow\t";
+    Row live = Tick(At(10, 1), 11, 1);
+    EXPECT_THAT(MessageOf([&] { Push(aggregator, live); }), ::testing::StartsWith(waits));
+    EXPECT_THAT(MessageOf([&] { aggregator.Aggregate(EIntervalTick, 1, 1, &live.time, live.Fields()); }),
+                ::testing::StartsWith(waits));
+
+    auto fields = row.Fields();
+    aggregator.SetCurrentRecord(&row.time, &fields);
+    EXPECT_TRUE(Push(aggregator, live));
+    ExpectCandle(live, 10, 11, 10, 11, 2);
+}
+
+TEST_F(AggregatorTest, ClearedValuesLeaveTheWindowOpen)
+{
+    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
+    Row row = Tick(At(10, 0), 10, 1);
+    Push(aggregator, row);
+    aggregator.ClearLastValue();
+    Row next = Tick(At(10, 1), 11, 1);
+    EXPECT_TRUE(Push(aggregator, next));
+    ExpectCandle(next, 0, 11, 0, 11, 1);
+
+    aggregator.SetCurrentRecord(nullptr, nullptr);
+    Row after = Tick(At(10, 1), 11, 1);
+    EXPECT_FALSE(Push(aggregator, after));
+}
+
+TEST_F(AggregatorTest, ACopyOpensItsOwnWindow)
+{
+    Aggregator source(EIntervalMinute, 5, ELastRecordTime, m_types);
+    Row row = Tick(At(10, 0), 10, 1);
+    Push(source, row);
+    Aggregator copy(source);
+    Aggregator moved(std::move(source));
+    Row next = Tick(At(10, 1), 11, 1);
+    EXPECT_FALSE(Push(copy, next));
+    next = Tick(At(10, 1), 11, 1);
+    EXPECT_TRUE(Push(moved, next));
+    // A moved-from object and its copies refuse everything and crash nowhere.
+    Aggregator hollow(source); // NOLINT(bugprone-use-after-move)
+    EXPECT_THROW(Push(hollow, next), KalventoException);
+    EXPECT_THROW(hollow.Aggregate(EIntervalTick, 1, 1, &next.time, next.Fields()), KalventoException);
+    NDateTime begin;
+    hollow.GetWindowLimits(At(10, 0), &begin, nullptr);
+    EXPECT_TRUE(begin.IsEmpty());
+}
+
+TEST_F(AggregatorTest, RefusalsSayWhereAndWhy)
+{
+    const auto make = [&](EInterval a_interval, unsigned short a_multiplicity,
+                          std::vector<EAggrType> a_types) {
+        return MessageOf([&] { Aggregator(a_interval, a_multiplicity, ELastRecordTime, a_types); });
+    };
+    Row row = Tick(At(10, 0), 1, 1);
+    const auto fold = [&](EInterval a_interval, unsigned short a_multiplicity, unsigned int a_count,
+                          std::vector<double*> a_columns) {
+        Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
+        return MessageOf(
+            [&] { aggregator.Aggregate(a_interval, a_multiplicity, a_count, &row.time, a_columns); });
+    };
+    const auto sum = [&](std::vector<double*> a_fields) {
+        Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
+        return MessageOf([&] { aggregator.SumWithWindow(&row.time, &a_fields, false); });
+    };
+    const std::vector<double*> columns = row.Fields();
+    const std::vector<double*> withNull = {nullptr, &row.high, &row.low, &row.close, &row.volume};
+    const struct {
+        std::string message;
+        const char* place;
+        const char* text;
+    } cases[] = {
+        {make(EIntervalMinute, 60, m_types), "AggrMinuteWindow::AggrMinuteWindow",
+         "Wyjątek AggrMinuteWindow! Zbyt duża krotność interwału minutowego."_cp1250},
+        {make(EIntervalMinute, 0, m_types), "AggrBase::AggrBase",
+         "Wyjątek AggrBase! Krotność interwału musi być większa od 0."_cp1250},
+        {make(EIntervalMinute, 1, {}), "Aggregator::InitAggrTypeForSeries",
+         "Wyjątek Aggregator! Wymagane jest minimum jedno pole oprócz czasu."_cp1250},
+        {make(EIntervalMinute, 1, {EAggrTypeLast}), "Aggregator::InitAggrTypeForSeries",
+         "Wyjątek Aggregator! Niedopuszczalny typ agregacji dla pola."_cp1250},
+        {make(EIntervalMinute, 1, {EAggrTypeOhlc, EAggrTypeOhlc}), "Aggregator::InitAggrTypeForSeries",
+         "Wyjątek Aggregator! Niedopuszczalny typ agregacji dla pola."_cp1250},
+        {fold(EIntervalMinute, 0, 1, columns), "Aggregator::Aggregate",
+         "Wyjątek Aggregator! Krotność interwału wejściowego musi być większa od zera."_cp1250},
+        {fold(EIntervalMinute, 6, 1, columns), "Aggregator::Aggregate",
+         "Wyjątek Aggregator! Nielegalny kierunek agregacji."_cp1250},
+        {fold(EIntervalHour, 1, 1, columns), "Aggregator::Aggregate",
+         "Wyjątek Aggregator! Nielegalny kierunek agregacji."_cp1250},
+        {fold(EIntervalTick, 1, 1, {&row.open}), "Aggregator::Aggregate",
+         "Wyjątek Aggregator! Liczba pól niezgodna z inicjacją."_cp1250},
+        {fold(EIntervalTick, 1, 1, withNull), "Aggregator::Aggregate",
+         "Wyjątek Aggregator! Liczba pól niezgodna z inicjacją."_cp1250},
+        {fold(EIntervalTick, 1, 0, columns), "Aggregator::Aggregate",
+         "Wyjątek Aggregator! Próba agregacji historii o zerowej długości."_cp1250},
+        {sum({&row.open, &row.high}), "Aggregator::SumWithWindow",
+         "Wyjątek Aggregator! Wymagane pola na OHLC."_cp1250},
+        {sum({&row.open, &row.high, &row.low, &row.close}), "Aggregator::SumWithWindow",
+         "Wyjątek Aggregator! Liczba pól niezgodna z inicjacją."_cp1250},
+    };
+    for (const auto& one : cases) {
+        EXPECT_THAT(one.message, ::testing::StartsWith(std::string(one.place) + "\t"));
+        EXPECT_THAT(one.message, ::testing::EndsWith(std::string(" - ") + one.text));
+    }
+}
+
+TEST_F(AggregatorTest, ClosingTimeOfADayFailsAtItsFirstRowAndLeavesTheColumns)
+{
+    // Accepted at construction, since only the first window to open knows that it can't be stamped.
+    Aggregator aggregator(EIntervalDay, 1, EMetaStockWindowEnd, m_types);
+    Row row = Tick(At(10, 0), 7, 3);
+    EXPECT_THAT(MessageOf([&] { aggregator.Aggregate(EIntervalTick, 1, 1, &row.time, row.Fields()); }),
+                ::testing::StartsWith("AggrDayWindow::GetBeginingOfNextWindowTime\t"));
+    ExpectCandle(row, 0, 0, 0, 7, 3);
+    EXPECT_EQ(row.time, At(10, 0));
+    // Nothing waits for a current record after a failure.
+    EXPECT_THAT(MessageOf([&] { Push(aggregator, row); }), ::testing::StartsWith("nothing"));
+}
+
+TEST_F(AggregatorTest, TimesWithoutACalendarStayInsideTheTables)
+{
+    // Zero times and times whose parts no calendar has come from damaged stores; the next real row opens a window.
+    using Words = kalvento::internal::NDateTimeWords;
+    const NDateTime hostile[] = {NDateTime(), NDateTime(0, 0, 0), NDateTime(2021, 2, 30),
+                                 Words::Make(44000.0, 0, 0xFFFFFFFFU, 0xFFFFFFFFU)};
+    for (const EInterval interval : {EIntervalTick, EIntervalSecond, EIntervalMinute, EIntervalHour,
+                                     EIntervalDay, EIntervalWeek, EIntervalMonth, EIntervalYear}) {
+        for (const NDateTime& time : hostile) {
+            SCOPED_TRACE(interval);
+            Aggregator aggregator(interval, 1, ELastRecordTime, m_types);
+            for (int round = 0; round < 2; ++round) {
+                NDateTime times[] = {time, At(10, 0)};
+                double columns[5][2] = {{0, 0}, {0, 0}, {0, 0}, {1, 2}, {3, 4}};
+                EXPECT_EQ(aggregator.Aggregate(EIntervalTick, 1, 2, times,
+                                               {columns[0], columns[1], columns[2], columns[3], columns[4]}),
+                          time.GetYear() == 2021 && interval == EIntervalYear ? 1U : 2U);
+                aggregator.SetCurrentRecord(nullptr, nullptr);
+            }
+        }
+    }
+}
