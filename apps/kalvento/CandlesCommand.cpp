@@ -1,16 +1,463 @@
+#include "kalvento/ByteSource.h"
+#include "kalvento/CandleFolder.h"
 #include "kalvento/Commands.h"
+#include "kalvento/IntervalNotation.h"
+#include "kalvento/OutputTarget.h"
+#include "kalvento/Progress.h"
+#include "kalvento/ReadOptions.h"
+#include "kalvento/RowReader.h"
+#include "kalvento/RowWriter.h"
+#include "kalvento/Tool.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
 namespace kalvento::tool {
+
+namespace {
+
+// A block of rows lies in the second cache of a core from reading to folding.
+constexpr std::size_t S_blockRows = 8192;
+
+struct CandlesOptions {
+    std::vector<std::string> files;
+    std::string interval;
+    std::optional<EAggrTimeResult> stamp;
+    EOutputFormat format = EOutputCsv;
+    std::string output;
+    std::string splitFolder;
+    std::string outFolder;
+    unsigned int jobs = 1;
+    ReadOptions read;
+};
+
+/// One symbol's way from rows to candles.
+struct SymbolFold {
+    std::unique_ptr<CandleFolder> folder;
+    RowBlock rows;
+    RowBlock candles; // all of them, for the output goes symbol by symbol
+};
+
+void AppendRows(const RowBlock& a_from, std::size_t a_begin, std::size_t a_end, RowBlock& a_to)
+{
+    const std::size_t count = a_end - a_begin;
+    // Twice what is needed, so that growing piece by piece stays linear.
+    if (a_to.times.size() < a_to.rows + count)
+        a_to.Reserve((a_to.rows + count) * 2, a_from.columns.size(), false);
+    a_to.columns.resize(a_from.columns.size());
+    std::copy(a_from.times.begin() + static_cast<std::ptrdiff_t>(a_begin),
+              a_from.times.begin() + static_cast<std::ptrdiff_t>(a_end),
+              a_to.times.begin() + static_cast<std::ptrdiff_t>(a_to.rows));
+    for (std::size_t column = 0; column < a_from.columns.size(); ++column)
+        std::copy(a_from.columns[column].begin() + static_cast<std::ptrdiff_t>(a_begin),
+                  a_from.columns[column].begin() + static_cast<std::ptrdiff_t>(a_end),
+                  a_to.columns[column].begin() + static_cast<std::ptrdiff_t>(a_to.rows));
+    a_to.rows += count;
+}
+
+/// A symbol as a file's name: what a path or a shell could take for something else is written as %XX.
+std::string FileNameOf(std::string_view a_symbol)
+{
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string name;
+    for (const char sign : a_symbol) {
+        const auto byte = static_cast<unsigned char>(sign);
+        const bool plain = (sign >= '0' && sign <= '9') || (sign >= 'A' && sign <= 'Z') ||
+                           (sign >= 'a' && sign <= 'z') || sign == '-' || sign == '_' ||
+                           (sign == '.' && !name.empty()) || byte >= 0x80;
+        if (plain) {
+            name += sign;
+            continue;
+        }
+        name += '%';
+        name += digits[byte >> 4U];
+        name += digits[byte & 0xFU];
+    }
+    return name;
+}
+
+void MakeFolder(const std::string& a_path)
+{
+    std::error_code failure;
+    std::filesystem::create_directories(a_path, failure);
+    if (failure || !std::filesystem::is_directory(a_path))
+        throw ToolError(EExitFailure, a_path + ": the folder can't be made: " + failure.message());
+}
+
+/// Folds the files as one series, one after the other.
+class CandlesRun {
+public:
+    CandlesRun(const CandlesOptions& a_options, const std::vector<std::string>& a_files, std::string a_output,
+               ToolContext& a_context)
+        : m_options(a_options), m_files(a_files), m_output(std::move(a_output)), m_context(a_context)
+    {}
+
+    void Run();
+
+private:
+    void Start(const RowReader& a_reader, const std::string& a_file);
+    void Open(const RowLayout& a_layout, const std::string& a_path);
+    void Close();
+    bool ShowsDatesOnly() const;
+    void FoldFile(RowReader& a_reader, std::uint64_t a_bytesBefore, Progress& a_progress);
+    void FoldSymbols(const RowBlock& a_rows);
+    void FinishSymbols(const std::vector<std::string>& a_symbols);
+    void Add(const RowCounts& a_counts);
+    void Report();
+
+    const CandlesOptions& m_options;
+    const std::vector<std::string>& m_files;
+    std::string m_output;
+    ToolContext& m_context;
+    IntervalAndMultiplicity m_interval;
+    EAggrTimeResult m_stamp = EWindowBegin;
+    RowLayout m_input;
+    std::unique_ptr<CandleFolder> m_folder;
+    RowBlock m_rows;
+    RowBlock m_candles;
+    std::size_t m_kept = 0;
+    std::vector<SymbolFold> m_symbols;
+    std::unique_ptr<OutputTarget> m_target;
+    std::unique_ptr<RowWriter> m_writer;
+    RowCounts m_counts;
+};
+
+void CandlesRun::Run()
+{
+    std::string reason;
+    const auto interval = ParseInterval(m_options.interval, &reason);
+    if (!interval)
+        throw ToolError(EExitUsage, "--interval: " + reason);
+    m_interval = *interval;
+    // Charts and exchanges stamp a candle with its window's begin; ticks have no window in time.
+    m_stamp = m_options.stamp.value_or(m_interval.IsTick() ? ELastRecordTime : EWindowBegin);
+
+    std::vector<std::unique_ptr<ByteSource>> sources;
+    std::uint64_t total = 0;
+    bool known = true;
+    for (const std::string& file : m_files) {
+        sources.push_back(ByteSource::Open(file, m_context));
+        total += sources.back()->GetSize();
+        known = known && sources.back()->GetSize() > 0;
+    }
+    std::unique_ptr<OutputTarget> rejects;
+    if (!m_options.read.rejectFile.empty())
+        rejects = std::make_unique<OutputTarget>(m_options.read.rejectFile, m_context);
+
+    Progress progress(m_context, known ? total : 0);
+    std::unique_ptr<RowReader> before;
+    std::uint64_t bytes = 0;
+    for (std::size_t file = 0; file < sources.size(); ++file) {
+        auto reader = std::make_unique<RowReader>(*sources[file], m_options.read, m_context, rejects.get());
+        if (before)
+            reader->ContinueFrom(*before);
+        Start(*reader, m_files[file]);
+        FoldFile(*reader, bytes, progress);
+        Add(reader->GetCounts());
+        bytes += reader->GetBytesRead();
+        before = std::move(reader);
+    }
+    if (m_input.hasSymbols) {
+        FinishSymbols(before->GetSymbols());
+    } else {
+        m_rows.rows = m_kept;
+        m_folder->Fold(m_rows, true, m_candles);
+        m_writer->Write(m_candles, {});
+        Close();
+    }
+    if (rejects)
+        rejects->Commit();
+    Report();
+}
+
+void CandlesRun::Start(const RowReader& a_reader, const std::string& a_file)
+{
+    const RowLayout& layout = a_reader.GetLayout();
+    if (m_folder) {
+        if (layout.series != m_input.series || layout.hasSymbols != m_input.hasSymbols)
+            throw ToolError(EExitBadData,
+                            a_file + ": has other columns than " + m_files.front() +
+                                "; files of one series need the same, others go with --out-dir");
+        return;
+    }
+    m_input = layout;
+    m_folder = std::make_unique<CandleFolder>(layout, m_interval, m_stamp);
+    if (!layout.hasSymbols) {
+        if (!m_options.splitFolder.empty())
+            throw ToolError(EExitUsage, "--split needs --symbol-column");
+        Open(m_folder->GetLayout(), m_output);
+    } else if (m_options.format == EOutputBlock && m_options.splitFolder.empty()) {
+        throw ToolError(EExitUsage,
+                        "a series block holds one instrument; --split DIR writes one file a symbol");
+    }
+}
+
+bool CandlesRun::ShowsDatesOnly() const
+{
+    const bool ofWindow = m_stamp == EWindowBegin || m_stamp == EWindowBorder;
+    return m_interval.IsEod() && (ofWindow || m_input.interval.IsEod());
+}
+
+void CandlesRun::Open(const RowLayout& a_layout, const std::string& a_path)
+{
+    m_target = std::make_unique<OutputTarget>(a_path, m_context);
+    m_writer = RowWriter::Make(m_options.format, a_layout, ShowsDatesOnly(), *m_target);
+}
+
+void CandlesRun::Close()
+{
+    m_writer->Finish();
+    m_target->Commit();
+    m_writer.reset();
+    m_target.reset();
+}
+
+void CandlesRun::FoldFile(RowReader& a_reader, std::uint64_t a_bytesBefore, Progress& a_progress)
+{
+    while (a_reader.Read(m_rows, S_blockRows, m_kept)) {
+        if (m_input.hasSymbols) {
+            FoldSymbols(m_rows);
+        } else {
+            m_kept = m_folder->Fold(m_rows, false, m_candles);
+            m_writer->Write(m_candles, {});
+        }
+        a_progress.Show(a_bytesBefore + a_reader.GetBytesRead(), m_counts.rows + a_reader.GetCounts().rows);
+    }
+}
+
+void CandlesRun::FoldSymbols(const RowBlock& a_rows)
+{
+    std::size_t begin = 0;
+    std::vector<std::uint32_t> touched;
+    while (begin < a_rows.rows) {
+        const std::uint32_t symbol = a_rows.symbols[begin];
+        std::size_t end = begin + 1;
+        while (end < a_rows.rows && a_rows.symbols[end] == symbol)
+            ++end;
+        if (symbol >= m_symbols.size())
+            m_symbols.resize(symbol + 1);
+        AppendRows(a_rows, begin, end, m_symbols[symbol].rows);
+        touched.push_back(symbol);
+        begin = end;
+    }
+    std::sort(touched.begin(), touched.end());
+    touched.erase(std::unique(touched.begin(), touched.end()), touched.end());
+    for (const std::uint32_t symbol : touched) {
+        SymbolFold& fold = m_symbols[symbol];
+        if (!fold.folder)
+            fold.folder = std::make_unique<CandleFolder>(m_input, m_interval, m_stamp);
+        fold.rows.rows = fold.folder->Fold(fold.rows, false, m_candles);
+        AppendRows(m_candles, 0, m_candles.rows, fold.candles);
+    }
+}
+
+void CandlesRun::FinishSymbols(const std::vector<std::string>& a_symbols)
+{
+    RowLayout layout = m_folder->GetLayout();
+    const bool split = !m_options.splitFolder.empty();
+    layout.hasSymbols = !split;
+    if (split)
+        MakeFolder(m_options.splitFolder);
+    else
+        Open(layout, m_output);
+    for (std::size_t symbol = 0; symbol < m_symbols.size(); ++symbol) {
+        SymbolFold& fold = m_symbols[symbol];
+        if (!fold.folder)
+            continue;
+        if (split)
+            Open(layout, (std::filesystem::path(m_options.splitFolder) /
+                          (FileNameOf(a_symbols[symbol]) + std::string(OutputExtension(m_options.format))))
+                             .string());
+        fold.folder->Fold(fold.rows, true, m_candles);
+        m_writer->Write(fold.candles, a_symbols[symbol]);
+        m_writer->Write(m_candles, a_symbols[symbol]);
+        if (split)
+            Close();
+        fold = SymbolFold();
+    }
+    if (!split)
+        Close();
+}
+
+void CandlesRun::Add(const RowCounts& a_counts)
+{
+    m_counts.rows += a_counts.rows;
+    m_counts.bad += a_counts.bad;
+    m_counts.dropped += a_counts.dropped;
+    m_counts.raised += a_counts.raised;
+    m_counts.outside += a_counts.outside;
+}
+
+void CandlesRun::Report()
+{
+    if (m_context.quiet)
+        return;
+    const auto note = [this](std::uint64_t a_count, const char* a_text) {
+        if (a_count > 0)
+            m_context.err << "kalvento: " << a_count << ' ' << a_text << '\n';
+    };
+    note(m_counts.bad, "lines set aside that could not be read");
+    note(m_counts.dropped, "rows left out, their times not later than the ones before");
+    note(m_counts.raised, "rows with falling times moved up behind the ones before");
+    if (m_counts.rows == 0)
+        m_context.err << "kalvento: no rows" << (m_counts.outside > 0 ? " between --from and --to" : "")
+                      << '\n';
+}
+
+/// Runs one file of --out-dir with streams of its own, for several go at once.
+struct FileJob {
+    std::string file;
+    std::string output;
+    std::ostringstream notes;
+    std::ostringstream nothing;
+    int exitCode = EExitOk;
+
+    void Run(const CandlesOptions& a_options, ToolContext& a_context)
+    {
+        ToolContext context{a_context.in, nothing, notes};
+        context.quiet = a_context.quiet;
+        try {
+            CandlesRun(a_options, std::vector<std::string>{file}, output, context).Run();
+        } catch (const ToolError& failure) {
+            exitCode = failure.GetExitCode();
+            notes << "kalvento: " << failure.what() << '\n';
+        } catch (const std::exception& failure) {
+            exitCode = EExitFailure;
+            notes << "kalvento: " << file << ": " << failure.what() << '\n';
+        }
+    }
+};
+
+int RunEachFile(const CandlesOptions& a_options, ToolContext& a_context)
+{
+    std::vector<FileJob> jobs(a_options.files.size());
+    std::set<std::string> outputs;
+    for (std::size_t place = 0; place < jobs.size(); ++place) {
+        jobs[place].file = a_options.files[place];
+        if (jobs[place].file == "-")
+            throw ToolError(EExitUsage, "--out-dir takes files, not standard input");
+        jobs[place].output = (std::filesystem::path(a_options.outFolder) /
+                              (std::filesystem::path(jobs[place].file).stem().string() +
+                               std::string(OutputExtension(a_options.format))))
+                                 .string();
+        if (!outputs.insert(jobs[place].output).second)
+            throw ToolError(EExitUsage, "--out-dir: two files would become " + jobs[place].output);
+    }
+    MakeFolder(a_options.outFolder);
+    std::atomic<std::size_t> next = 0;
+    const auto work = [&] {
+        for (std::size_t place = next++; place < jobs.size(); place = next++)
+            jobs[place].Run(a_options, a_context);
+    };
+    std::vector<std::thread> helpers;
+    for (std::size_t count = 1; count < std::min<std::size_t>(a_options.jobs, jobs.size()); ++count)
+        helpers.emplace_back(work);
+    work();
+    for (std::thread& helper : helpers)
+        helper.join();
+
+    int exitCode = EExitOk;
+    for (const FileJob& job : jobs) {
+        a_context.err << job.notes.str();
+        exitCode = exitCode == EExitOk ? job.exitCode : exitCode;
+    }
+    return exitCode;
+}
+
+void RunCandles(const CandlesOptions& a_options, ToolContext& a_context)
+{
+    if (std::count(a_options.files.begin(), a_options.files.end(), "-") > 1)
+        throw ToolError(EExitUsage, "standard input can be read only once");
+    if (!a_options.splitFolder.empty() && (!a_options.output.empty() || !a_options.outFolder.empty()))
+        throw ToolError(EExitUsage, "--split names its own files; leave --output and --out-dir out");
+    if (a_options.outFolder.empty()) {
+        CandlesRun(a_options, a_options.files, a_options.output, a_context).Run();
+        return;
+    }
+    if (!a_options.output.empty() || !a_options.read.rejectFile.empty())
+        throw ToolError(EExitUsage, "--out-dir names its own files; leave --output and --reject-file out");
+    a_context.exitCode = RunEachFile(a_options, a_context);
+}
+
+constexpr const char* S_examples = R"(Examples:
+  kalvento candles ticks.csv --interval 5min
+      five-minute candles of ticks with the columns time,price,volume, to standard output
+  kalvento candles minutes.csv -i 1h -o hours.csv --input-stamp end
+      hours from minutes that bear their window's end
+  kalvento candles export.csv -i 1d --columns time=Date,price=Last --zone UTC --output-zone Europe/Warsaw
+      Warsaw days from other column names and times in UTC
+  kalvento candles stocks.csv -i 1min --symbol-column symbol --split candles/
+      one file for each instrument
+  zcat ticks.csv.gz | kalvento candles - -i 30s --format jsonl
+  kalvento candles 2024-*.csv -i 1h --out-dir hours/ --jobs 4
+      every file on its own, four at once; without --out-dir the files are one series, in the order given
+)";
+
+} // namespace
 
 void AddCandlesCommand(CLI::App& a_app, ToolContext& a_context)
 {
-    CLI::App* command = a_app.add_subcommand("candles", "Fold rows into candles");
-    command->callback([&a_context] {
-        a_context.exitCode = EExitUsage;
-        throw ToolError(EExitUsage, "candles: needs input files");
-    });
+    CLI::App* command = a_app.add_subcommand(
+        "candles", "Fold rows (ticks or candles) of CSV files or series blocks into candles");
+    const auto options = std::make_shared<CandlesOptions>();
+    command->add_option("FILES", options->files, "CSV files or binary series blocks, - for standard input")
+        ->required()
+        ->type_name("");
+    command
+        ->add_option("--interval,-i", options->interval,
+                     "Interval of the candles: " + std::string(IntervalNotationHelp()))
+        ->required()
+        ->type_name("INTERVAL");
+    command
+        ->add_option_function<std::string>(
+            "--stamp",
+            [options](const std::string& a_text) {
+                options->stamp = a_text == "first"   ? EFirstRecordTime
+                                 : a_text == "last"  ? ELastRecordTime
+                                 : a_text == "begin" ? EWindowBegin
+                                 : a_text == "end"   ? EMetaStockWindowEnd
+                                                     : EWindowBorder;
+            },
+            "Time that a candle bears: of its first or last row, the window's begin, the end (first instant behind, "
+            "below a day only) or the border (last instant inside); default: begin, for ticks last")
+        ->check(CLI::IsMember({"first", "last", "begin", "end", "border"}))
+        ->type_name("TIME");
+    command
+        ->add_option_function<std::string>(
+            "--format",
+            [options](const std::string& a_text) { options->format = *OutputFormatFromName(a_text); },
+            "csv, jsonl, table (aligned, for reading) or block (binary series block); default: csv")
+        ->check(CLI::IsMember({"csv", "jsonl", "table", "block"}))
+        ->type_name("FORM");
+    command
+        ->add_option("--output,-o", options->output,
+                     "File to write, whole or not at all (default: standard output)")
+        ->type_name("FILE");
+    command
+        ->add_option("--split", options->splitFolder, "Folder for one file a symbol (with --symbol-column)")
+        ->type_name("DIR");
+    command
+        ->add_option("--out-dir", options->outFolder, "Folder for one output a file, each folded on its own")
+        ->type_name("DIR");
+    command->add_option("--jobs,-j", options->jobs, "Files folded at once with --out-dir (default: 1)")
+        ->check(CLI::Range(1U, 256U))
+        ->type_name("N");
+    AddReadOptions(*command, options->read);
+    command->footer(S_examples + ExitCodesHelp());
+    command->callback([options, &a_context] { RunCandles(*options, a_context); });
 }
 
 } // namespace kalvento::tool

@@ -28,23 +28,25 @@ enum EBadLines : std::uint8_t {
 
 /// How rows of a text file are to be read. The defaults find out what they can.
 struct ReadOptions {
-    char delimiter = 0;      ///< 0: found from the header line.
-    char decimal = 0;        ///< '.' or ','; 0: found from the first rows.
-    bool header = true;      ///< Whether the first line names the columns; if not, `columns` gives places from 1.
-    bool strict = false;     ///< Refuse columns that mean nothing instead of leaving them out with a note.
+    char delimiter = 0;  ///< 0: found from the header line.
+    char decimal = 0;    ///< '.' or ','; 0: found from the first rows.
+    bool header = true;  ///< Whether the first line names the columns; if not, `columns` gives places from 1.
+    bool strict = false; ///< Refuse columns that mean nothing instead of leaving them out with a note.
     std::map<std::string, std::string> columns; ///< Our name to the file's name, or its place from 1.
     std::map<std::string, std::string> folds;   ///< Our name to ohlc, ohlcsum, ohlclast, sum or last.
-    std::string timeFormat;  ///< Empty: found out. Else as `%Y-%m-%d %H:%M:%S`, or unix, unixms, unixus, unixns.
-    std::string zone;        ///< Zone of times that bear none; empty: as written.
-    std::string outputZone;  ///< Zone in which windows lie and results are written; empty: that of the input.
-    std::string from;        ///< First whole day, YYYY-MM-DD; empty: no limit.
-    std::string to;          ///< Last whole day, included.
-    std::string symbolColumn; ///< The column that tells instruments apart; empty: one instrument.
-    std::string inputInterval; ///< Interval of candles; empty: the smallest step between the first rows.
+    std::string
+        timeFormat;   ///< Empty: found out. Else as `%Y-%m-%d %H:%M:%S`, or unix, unixms, unixus, unixns.
+    std::string zone; ///< Zone of times that bear none; empty: as written.
+    std::string outputZone; ///< Zone in which windows lie and results are written; empty: that of the input.
+    std::string from;       ///< First whole day, YYYY-MM-DD; empty: no limit.
+    std::string to;         ///< Last whole day, included.
+    std::string symbolColumn;    ///< The column that tells instruments apart; empty: one instrument.
+    std::string inputInterval;   ///< Interval of candles; empty: the smallest step between the first rows.
     bool stampedWithEnd = false; ///< Candles bear the end of their window.
     EOrderRule order = EOrderRaise;
     EBadLines badLines = EBadLinesStop;
-    std::string rejectFile;  ///< Where lines go that were set aside; empty: nowhere.
+    bool growing = false; ///< The source may grow: a last line waits for its line feed, and no end is final.
+    std::string rejectFile; ///< Where lines go that were set aside; empty: nowhere.
 };
 
 /// Adds the options that fill a ReadOptions, which must outlive the parse.

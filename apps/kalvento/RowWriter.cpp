@@ -1,0 +1,354 @@
+#include "kalvento/RowWriter.h"
+
+#include "kalvento/OutputTarget.h"
+#include "kalvento/SeriesNames.h"
+#include "series/DataSeriesSet.h"
+#include "series/ESeriesId.h"
+
+#include <algorithm>
+#include <array>
+#include <boost/json.hpp>
+#include <charconv>
+#include <cmath>
+#include <ostream>
+#include <streambuf>
+#include <utility>
+#include <vector>
+
+namespace kalvento::tool {
+
+namespace {
+
+constexpr std::size_t S_flushSize = std::size_t{1} << 18U;
+
+/// A column of the output: where its values are and how it is called.
+struct OutputColumn {
+    std::size_t place;
+    std::string name;
+};
+
+// Candles lead with open, high, low, close, volume; ticks with price, volume; then the rest by number.
+std::vector<OutputColumn> OrderColumns(const RowLayout& a_layout)
+{
+    const bool candles = !a_layout.interval.IsSingleTick();
+    std::vector<OutputColumn> columns;
+    const auto add = [&](ESeriesId a_series) {
+        const auto found = std::find(a_layout.series.begin(), a_layout.series.end(), a_series);
+        if (found != a_layout.series.end())
+            columns.push_back(
+                {static_cast<std::size_t>(found - a_layout.series.begin()), ColumnName(a_series, candles)});
+    };
+    constexpr std::array leading = {IntervalOpen, IntervalMax, IntervalMin, Price, Volume};
+    for (const ESeriesId series : leading)
+        add(series);
+    for (const ESeriesId series : a_layout.series) {
+        if (std::find(leading.begin(), leading.end(), series) == leading.end())
+            add(series);
+    }
+    return columns;
+}
+
+void AppendDigits(std::string& a_text, unsigned long a_number, int a_width)
+{
+    std::array<char, 8> digits{};
+    for (int place = a_width - 1; place >= 0; --place) {
+        digits[static_cast<std::size_t>(place)] = static_cast<char>('0' + a_number % 10);
+        a_number /= 10;
+    }
+    a_text.append(digits.data(), static_cast<std::size_t>(a_width));
+}
+
+void AppendTime(std::string& a_text, const NDateTime& a_time, bool a_dateOnly, char a_between)
+{
+    AppendDigits(a_text, a_time.GetYear(), 4);
+    a_text += '-';
+    AppendDigits(a_text, a_time.GetMonth(), 2);
+    a_text += '-';
+    AppendDigits(a_text, a_time.GetDay(), 2);
+    if (a_dateOnly)
+        return;
+    a_text += a_between;
+    AppendDigits(a_text, a_time.GetHour(), 2);
+    a_text += ':';
+    AppendDigits(a_text, a_time.GetMinute(), 2);
+    a_text += ':';
+    AppendDigits(a_text, a_time.GetSecond(), 2);
+}
+
+void AppendNumber(std::string& a_text, double a_value)
+{
+    std::array<char, 32> digits{};
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), a_value);
+    a_text.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
+}
+
+/// A field of CSV text, in quotes where it needs them.
+std::string QuoteField(std::string_view a_text)
+{
+    if (a_text.find_first_of(",\"\r\n#") == std::string_view::npos)
+        return std::string(a_text);
+    std::string quoted = "\"";
+    for (const char sign : a_text) {
+        if (sign == '"')
+            quoted += '"';
+        quoted += sign;
+    }
+    return quoted + '"';
+}
+
+class LineWriter : public RowWriter {
+public:
+    LineWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)
+        : m_columns(OrderColumns(a_layout)), m_dateOnly(a_dateOnly), m_target(a_target)
+    {}
+    void Finish() override { Flush(); }
+
+protected:
+    void Flush()
+    {
+        m_target.Write(m_text);
+        m_text.clear();
+    }
+    void FlushIfMuch()
+    {
+        if (m_text.size() > S_flushSize)
+            Flush();
+    }
+
+    std::vector<OutputColumn> m_columns;
+    bool m_dateOnly;
+    std::string m_text;
+
+private:
+    OutputTarget& m_target;
+};
+
+class CsvWriter final : public LineWriter {
+public:
+    CsvWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)
+        : LineWriter(a_layout, a_dateOnly, a_target), m_symbols(a_layout.hasSymbols)
+    {
+        m_text = m_symbols ? "time,symbol" : "time";
+        for (const OutputColumn& column : m_columns)
+            m_text += "," + column.name;
+        m_text += '\n';
+    }
+
+    void Write(const RowBlock& a_rows, std::string_view a_symbol) override
+    {
+        const std::string symbol = m_symbols ? "," + QuoteField(a_symbol) : "";
+        for (std::size_t row = 0; row < a_rows.rows; ++row) {
+            AppendTime(m_text, a_rows.times[row], m_dateOnly, ' ');
+            m_text += symbol;
+            for (const OutputColumn& column : m_columns) {
+                m_text += ',';
+                AppendNumber(m_text, a_rows.columns[column.place][row]);
+            }
+            m_text += '\n';
+            FlushIfMuch();
+        }
+    }
+
+private:
+    bool m_symbols;
+};
+
+class JsonWriter final : public LineWriter {
+public:
+    JsonWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)
+        : LineWriter(a_layout, a_dateOnly, a_target), m_symbols(a_layout.hasSymbols)
+    {}
+
+    void Write(const RowBlock& a_rows, std::string_view a_symbol) override
+    {
+        const std::string symbol =
+            m_symbols ? ",\"symbol\":" + boost::json::serialize(boost::json::string_view(a_symbol)) : "";
+        for (std::size_t row = 0; row < a_rows.rows; ++row) {
+            m_text += "{\"time\":\"";
+            AppendTime(m_text, a_rows.times[row], m_dateOnly, 'T');
+            m_text += '"';
+            m_text += symbol;
+            for (const OutputColumn& column : m_columns) {
+                m_text += ",\"" + column.name + "\":";
+                const double value = a_rows.columns[column.place][row];
+                // JSON has no word for what isn't finite; a sum can overflow.
+                if (std::isfinite(value))
+                    AppendNumber(m_text, value);
+                else
+                    m_text += "null";
+            }
+            m_text += "}\n";
+            FlushIfMuch();
+        }
+    }
+
+private:
+    bool m_symbols;
+};
+
+class TableWriter final : public LineWriter {
+public:
+    TableWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)
+        : LineWriter(a_layout, a_dateOnly, a_target), m_symbols(a_layout.hasSymbols)
+    {
+        std::vector<std::string> heads = {"time"};
+        if (m_symbols)
+            heads.emplace_back("symbol");
+        for (const OutputColumn& column : m_columns)
+            heads.push_back(column.name);
+        m_rows.push_back(std::move(heads));
+    }
+
+    void Write(const RowBlock& a_rows, std::string_view a_symbol) override
+    {
+        for (std::size_t row = 0; row < a_rows.rows; ++row) {
+            std::vector<std::string> cells = {FormatTime(a_rows.times[row], m_dateOnly)};
+            if (m_symbols)
+                cells.emplace_back(a_symbol);
+            for (const OutputColumn& column : m_columns)
+                cells.push_back(FormatNumber(a_rows.columns[column.place][row]));
+            m_rows.push_back(std::move(cells));
+        }
+    }
+
+    void Finish() override
+    {
+        std::vector<std::size_t> widths(m_rows.front().size());
+        for (const auto& cells : m_rows) {
+            for (std::size_t column = 0; column < cells.size(); ++column)
+                widths[column] = std::max(widths[column], cells[column].size());
+        }
+        const std::size_t texts = m_symbols ? 2 : 1;
+        for (const auto& cells : m_rows) {
+            for (std::size_t column = 0; column < cells.size(); ++column) {
+                const std::string gap(widths[column] - cells[column].size(), ' ');
+                m_text += column == 0 ? "" : "  ";
+                m_text += column < texts ? cells[column] + gap : gap + cells[column];
+            }
+            m_text += '\n';
+            FlushIfMuch();
+        }
+        Flush();
+    }
+
+private:
+    bool m_symbols;
+    std::vector<std::vector<std::string>> m_rows;
+};
+
+/// Lets a stream write into a target.
+class TargetBuffer final : public std::streambuf {
+public:
+    explicit TargetBuffer(OutputTarget& a_target) : m_target(a_target) {}
+
+private:
+    std::streamsize xsputn(const char* a_bytes, std::streamsize a_size) override
+    {
+        m_target.Write(std::string_view(a_bytes, static_cast<std::size_t>(a_size)));
+        return a_size;
+    }
+    int_type overflow(int_type a_sign) override
+    {
+        const char sign = traits_type::to_char_type(a_sign);
+        m_target.Write(std::string_view(&sign, 1));
+        return a_sign;
+    }
+
+    OutputTarget& m_target;
+};
+
+class BlockWriter final : public RowWriter {
+public:
+    BlockWriter(const RowLayout& a_layout, OutputTarget& a_target) : m_layout(a_layout), m_target(a_target)
+    {
+        for (const ESeriesId series : a_layout.series)
+            m_columns.emplace_back(series, std::vector<double>());
+    }
+
+    void Write(const RowBlock& a_rows, std::string_view /*a_symbol*/) override
+    {
+        const auto count = static_cast<std::ptrdiff_t>(a_rows.rows);
+        m_times.insert(m_times.end(), a_rows.times.begin(), a_rows.times.begin() + count);
+        for (std::size_t place = 0; place < m_columns.size(); ++place) {
+            const std::vector<double>& values = a_rows.columns[place];
+            m_columns[place].second.insert(m_columns[place].second.end(), values.begin(),
+                                           values.begin() + count);
+        }
+    }
+
+    void Finish() override
+    {
+        const DataSeriesSet set(m_layout.interval.GetInterval(), m_layout.interval.GetMultiplicity(),
+                                std::move(m_times), std::move(m_columns));
+        TargetBuffer bytes(m_target);
+        std::ostream stream(&bytes);
+        // A full disk must show as what it is, not as a stream that went bad.
+        stream.exceptions(std::ios::badbit);
+        set.Write(stream);
+    }
+
+private:
+    RowLayout m_layout;
+    OutputTarget& m_target;
+    std::vector<NDateTime> m_times;
+    DataSeriesSet::Columns m_columns;
+};
+
+constexpr std::array<std::pair<std::string_view, EOutputFormat>, 4> S_formats = {
+    {{"csv", EOutputCsv}, {"jsonl", EOutputJsonl}, {"table", EOutputTable}, {"block", EOutputBlock}}};
+
+} // namespace
+
+std::optional<EOutputFormat> OutputFormatFromName(std::string_view a_name)
+{
+    for (const auto& [name, format] : S_formats) {
+        if (name == a_name)
+            return format;
+    }
+    return std::nullopt;
+}
+
+std::string_view OutputExtension(EOutputFormat a_format)
+{
+    switch (a_format) {
+    case EOutputJsonl:
+        return ".jsonl";
+    case EOutputTable:
+        return ".txt";
+    case EOutputBlock:
+        return ".block";
+    default:
+        return ".csv";
+    }
+}
+
+std::unique_ptr<RowWriter> RowWriter::Make(EOutputFormat a_format, const RowLayout& a_layout, bool a_dateOnly,
+                                           OutputTarget& a_target)
+{
+    switch (a_format) {
+    case EOutputJsonl:
+        return std::make_unique<JsonWriter>(a_layout, a_dateOnly, a_target);
+    case EOutputTable:
+        return std::make_unique<TableWriter>(a_layout, a_dateOnly, a_target);
+    case EOutputBlock:
+        return std::make_unique<BlockWriter>(a_layout, a_target);
+    default:
+        return std::make_unique<CsvWriter>(a_layout, a_dateOnly, a_target);
+    }
+}
+
+std::string FormatTime(const NDateTime& a_time, bool a_dateOnly, char a_between)
+{
+    std::string text;
+    AppendTime(text, a_time, a_dateOnly, a_between);
+    return text;
+}
+
+std::string FormatNumber(double a_value)
+{
+    std::string text;
+    AppendNumber(text, a_value);
+    return text;
+}
+
+} // namespace kalvento::tool

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "kalvento/RowReader.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kalvento::tool {
+
+class OutputTarget;
+
+/// The forms in which rows are written.
+enum EOutputFormat : std::uint8_t {
+    EOutputCsv, ///< `time,open,high,low,close,volume`, then the other series; a symbol column behind the time.
+    EOutputJsonl, ///< One JSON object a line.
+    EOutputTable, ///< Aligned columns, for reading; held in memory until the end.
+    EOutputBlock  ///< The binary form of DataSeriesSet; held in memory until the end, no symbols.
+};
+
+/// The names on the command line: csv, jsonl, table, block.
+std::optional<EOutputFormat> OutputFormatFromName(std::string_view a_name);
+/// What a file of that form ends with, ".csv".
+std::string_view OutputExtension(EOutputFormat a_format);
+
+/// Writes rows in one form. Numbers are the shortest decimals that read back as the same double; times are
+/// YYYY-MM-DD HH:MM:SS (T instead of the blank in JSON) without the ordering counter. One thread at a time.
+class RowWriter {
+public:
+    virtual ~RowWriter() = default;
+    /// The next rows, of the shape given to Make. a_symbol: of all of them, where the writer was made for symbols.
+    virtual void Write(const RowBlock& a_rows, std::string_view a_symbol) = 0;
+    /// Writes what was held back. Once, at the end; the target is then to be committed by its owner.
+    virtual void Finish() = 0;
+
+    /// a_target must outlive the writer. a_dateOnly: times of day aren't shown.
+    static std::unique_ptr<RowWriter> Make(EOutputFormat a_format, const RowLayout& a_layout, bool a_dateOnly,
+                                           OutputTarget& a_target);
+};
+
+/// "2024-08-08 23:54:15" from the packed fields, or the date alone.
+std::string FormatTime(const NDateTime& a_time, bool a_dateOnly = false, char a_between = ' ');
+/// The shortest decimal that reads back as the same double.
+std::string FormatNumber(double a_value);
+
+} // namespace kalvento::tool

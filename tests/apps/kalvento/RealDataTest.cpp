@@ -1,0 +1,160 @@
+#include "apps/kalvento/RunToolHere.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Rows = std::map<std::string, std::vector<double>>;
+
+/// Rows of a CSV text by their first field.
+Rows RowsOf(const std::string& a_text)
+{
+    Rows rows;
+    std::istringstream lines(a_text);
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line)) {
+        std::istringstream fields(line);
+        std::string time;
+        std::getline(fields, time, ',');
+        std::vector<double>& values = rows[time];
+        for (std::string field; std::getline(fields, field, ',');)
+            values.push_back(std::strtod(field.c_str(), nullptr));
+    }
+    return rows;
+}
+
+class RealDataTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!std::filesystem::exists(Path("candles")))
+            GTEST_SKIP() << "no real market data at " KALVENTO_SHARED_DATA
+                            "; these cases compare with an exchange's "
+                            "own candles";
+    }
+    static std::string Path(const std::string& a_name) { return KALVENTO_SHARED_DATA "/" + a_name; }
+    static std::string Fold(const std::string& a_name, std::vector<std::string> a_arguments)
+    {
+        a_arguments.insert(a_arguments.begin(), {"candles", Path(a_name), "-q"});
+        const ToolRun run = RunToolHere(a_arguments);
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        return run.out;
+    }
+    static void ExpectCandle(const std::vector<double>& a_found, const std::vector<double>& a_expected)
+    {
+        for (std::size_t column = 0; column < 4; ++column)
+            EXPECT_EQ(a_found.at(column), a_expected.at(column));
+        EXPECT_NEAR(a_found.at(4), a_expected.at(4), 1e-6);
+    }
+
+    const std::string minutes = "candles/binance_spot_btcusdt_2020-09-27_1m.csv";
+};
+
+} // namespace
+
+TEST_F(RealDataTest, MinutesGiveTheExchangesOwnCandles)
+{
+    struct Row {
+        std::string interval;
+        std::string file;
+        std::string firstWhole;
+        std::string endOfWhole;
+        std::size_t windows;
+    };
+    // The minutes run from 05:56 to 14:15; only windows that lie wholly between are comparable.
+    for (const Row& row : {Row{"5min", "_5m", "2020-09-27 06:00:00", "2020-09-27 14:15:00", 99},
+                           Row{"15min", "_15m", "2020-09-27 06:00:00", "2020-09-27 14:15:00", 33},
+                           Row{"1h", "_1h", "2020-09-27 06:00:00", "2020-09-27 14:00:00", 8}}) {
+        SCOPED_TRACE(row.interval);
+        const Rows found = RowsOf(Fold(minutes, {"-i", row.interval}));
+        const Rows expected =
+            RowsOf(TestFolder::ReadFile(Path("candles/binance_spot_btcusdt_2020-09-27" + row.file + ".csv")));
+        std::size_t compared = 0;
+        for (const auto& [time, values] : expected) {
+            if (time < row.firstWhole || time >= row.endOfWhole)
+                continue;
+            SCOPED_TRACE(time);
+            ASSERT_TRUE(found.contains(time));
+            ExpectCandle(found.at(time), values);
+            ++compared;
+        }
+        EXPECT_EQ(compared, row.windows);
+    }
+}
+
+TEST_F(RealDataTest, TicksGiveTheExchangesMinutes)
+{
+    const Rows found = RowsOf(Fold("ticks/binance_spot_btcusdt_2020-09-27_1411.csv", {"-i", "1min"}));
+    const Rows expected = RowsOf(TestFolder::ReadFile(Path(minutes)));
+    for (const char* time : {"2020-09-27 14:12:00", "2020-09-27 14:13:00", "2020-09-27 14:14:00"}) {
+        SCOPED_TRACE(time);
+        ExpectCandle(found.at(time), expected.at(time));
+    }
+}
+
+// A session of New York begins at 9:30 and ends at 16:00 on the wall, in winter and in summer time.
+TEST_F(RealDataTest, EndStampedMinutesFallIntoTheirSession)
+{
+    const Rows found =
+        RowsOf(Fold("candles/spy_1min_2011-03.csv", {"-i", "1min", "--input-stamp", "end", "--zone", "UTC",
+                                                     "--output-zone", "America/New_York"}));
+    for (const char* day : {"2011-03-11", "2011-03-14"}) {
+        SCOPED_TRACE(day);
+        const std::string date = day;
+        // The minutes around the opening and the close carry the auctions: far more than their neighbours outside.
+        EXPECT_GT(found.at(date + " 09:30:00").at(4), 3 * found.at(date + " 09:29:00").at(4));
+        EXPECT_TRUE(found.contains(date + " 15:59:00"));
+    }
+    const Rows days = RowsOf(Fold("candles/spy_1min_2011-03.csv",
+                                  {"-i", "1d", "--input-stamp", "end", "--output-zone", "America/New_York"}));
+    EXPECT_EQ(days.size(), 23U);
+}
+
+TEST_F(RealDataTest, AMinuteOfTheDayIsNeverLost)
+{
+    const Rows day = RowsOf(Fold("candles/bitstamp_btcusd_1min_2020-01-01.csv", {"-i", "1d"}));
+    ASSERT_EQ(day.size(), 1U);
+    double volume = 0.0;
+    for (const auto& [time, values] :
+         RowsOf(TestFolder::ReadFile(Path("candles/bitstamp_btcusd_1min_2020-01-01.csv"))))
+        volume += values.at(4);
+    EXPECT_EQ(day.begin()->second.at(4), volume);
+}
+
+TEST_F(RealDataTest, SharesInOneFileAndApart)
+{
+    const TestFolder folder;
+    Fold("ticks/us_stocks_9_2023-09-05_16h.csv",
+         {"-i", "5min", "--symbol-column", "symbol", "--split", folder.Path("out")});
+    const std::string together =
+        Fold("ticks/us_stocks_9_2023-09-05_16h.csv", {"-i", "5min", "--symbol-column", "symbol"});
+    std::size_t lines = 1;
+    for (const char* symbol : {"AAPL", "AMD", "AMZN", "AVGO", "GOOGL", "META", "MSFT", "NVDA", "TSLA"}) {
+        SCOPED_TRACE(symbol);
+        const Rows rows = RowsOf(folder.Read(std::string("out/") + symbol + ".csv"));
+        EXPECT_GE(rows.size(), 11U);
+        lines += rows.size();
+    }
+    EXPECT_EQ(lines, static_cast<std::size_t>(std::count(together.begin(), together.end(), '\n')));
+}
+
+TEST_F(RealDataTest, EveryTickFileIsTaken)
+{
+    for (const auto& entry : std::filesystem::directory_iterator(Path("ticks"))) {
+        const std::string name = "ticks/" + entry.path().filename().string();
+        SCOPED_TRACE(name);
+        const std::string ticks = Fold(name, {"-i", "tick"});
+        const std::string source = TestFolder::ReadFile(Path(name));
+        EXPECT_EQ(std::count(ticks.begin(), ticks.end(), '\n'),
+                  std::count(source.begin(), source.end(), '\n'));
+    }
+}
