@@ -3,8 +3,13 @@
 #include "platform/Export.h"
 #include "series/DataSeriesSet.h"
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <utility>
+
+class HistoryOperations;
+class SingleHistoryOperation;
 
 /// A block of past data. Holds no state beyond its base; written and read like any other set.
 class KALVENTO_API History : public DataSeriesSet {
@@ -35,7 +40,20 @@ public:
     /// and the older rows end before the first row here.
     bool InsertedHistoryAtTheBeginning(const History& a_older);
 
+    /// Puts past prices and volumes on the scale of the present, in place: each operation in the order of the list scales
+    /// the rows up to the end of its own day. Prices (Price and the three candle columns) are multiplied by the effective
+    /// factor; operations of a type up to 6 also divide Volume and Lop by it. All other columns stay as delivered. Nothing
+    /// is rounded, no factor is refused. The history keeps no mark of it: call it once, on data not adjusted yet. Rests on
+    /// times in order.
+    void ApplyDataOperations(const HistoryOperations& a_operations);
+
 private:
+    void ApplyDataOperations(const SingleHistoryOperation& a_operation);
+    // The three below end with the column where that is shorter than a_count; a missing column is no error.
+    void CalculateSeriesValues(ESeriesId a_seriesId, std::size_t a_count,
+                               const std::function<void(double&)>& a_calculate);
+    void MultiplaySeriesValues(ESeriesId a_seriesId, std::size_t a_count, double a_factor);
+    void DivideSeriesValues(ESeriesId a_seriesId, std::size_t a_count, double a_factor);
     static bool HasTheSameIntervalMultiplicity(const History& a_left, const History& a_right);
     static bool HasTheSameSeries(const History& a_left, const History& a_right);
 };

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/CRect.h"
+#include "platform/CSize.h"
+#include "platform/Export.h"
+
+#include <atomic>
+#include <cstdint>
+
+/// Between pixels at 96 dpi, in which geometry is stored, and pixels at the dpi of the present screen. Halves are rounded
+/// away from zero; what passes 32 bits ends at their limit. From 96 to the present dpi and back gives the same number.
+/// Safe from any thread.
+class KALVENTO_API DpiHelper {
+public:
+    static constexpr int BaseDpi = 96;
+
+    int GetDpi() const { return m_dpi.load(std::memory_order_relaxed); }
+    /// Below 96 is taken as 96: a smaller screen would not give back the stored numbers.
+    void SetDpi(int a_dpi);
+
+    std::int32_t ScaleX(std::int32_t a_x) const;
+    std::int32_t ScaleY(std::int32_t a_y) const;
+    CSize Scale(const CSize& a_size) const;
+    CRect Scale(const CRect& a_rect) const;
+
+    std::int32_t UnscaleX(std::int32_t a_x) const;
+    std::int32_t UnscaleY(std::int32_t a_y) const;
+    CSize Unscale(const CSize& a_size) const;
+    CRect Unscale(const CRect& a_rect) const;
+
+private:
+    std::atomic<int> m_dpi = BaseDpi;
+};
+
+/// The one of the process. Starts at 96 dpi; the window layer sets the dpi of the screen.
+KALVENTO_API DpiHelper& XTPDpiHelper();
