@@ -32,7 +32,8 @@ std::optional<Moment> ToMoment(double a_dayNumber)
 
     const auto day = static_cast<std::int32_t>(a_dayNumber);
     const double fraction = std::abs(a_dayNumber - day);
-    Moment moment{day, static_cast<std::int32_t>(fraction * S_secondsOfDay + 0.5)};
+    const auto halfSeconds = static_cast<std::int32_t>(fraction * 2 * S_secondsOfDay);
+    const Moment moment{day, (halfSeconds + 1) / 2};
     if (moment.secondOfDay < S_secondsOfDay)
         return moment;
     if (day == S_lastDay)

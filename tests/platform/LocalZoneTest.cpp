@@ -14,10 +14,9 @@ using kalvento::internal::MakeTime;
 using kalvento::internal::ReadZoneRule;
 using kalvento::internal::ToLocalSeconds;
 using kalvento::internal::ToUtcSeconds;
-using kalvento::internal::YearlyMoment;
 
-std::int64_t At(int a_year, unsigned a_month, unsigned a_day, int a_hour = 0, int a_minute = 0,
-                int a_second = 0)
+std::int64_t At(int a_year, unsigned a_month, unsigned a_day, std::int64_t a_hour = 0,
+                std::int64_t a_minute = 0, int a_second = 0)
 {
     const std::chrono::sys_days day(std::chrono::year(a_year) / static_cast<int>(a_month) /
                                     static_cast<int>(a_day));

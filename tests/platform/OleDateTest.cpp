@@ -215,8 +215,8 @@ TEST(OleDateTest, SecondsAgreeWithTheCalendar)
         ASSERT_TRUE(parts && seconds);
         const std::chrono::sys_days day(std::chrono::year(static_cast<int>(parts->year)) /
                                         static_cast<int>(parts->month) / static_cast<int>(parts->day));
-        ASSERT_EQ(*seconds, day.time_since_epoch().count() * 86400LL + parts->hour * 3600 +
-                                parts->minute * 60 + parts->second);
+        ASSERT_EQ(*seconds, day.time_since_epoch().count() * 86400LL + parts->hour * 3600LL +
+                                parts->minute * 60LL + parts->second);
     }
 }
 

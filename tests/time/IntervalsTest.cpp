@@ -15,21 +15,21 @@ constexpr unsigned int S_max = std::numeric_limits<unsigned int>::max();
 
 struct IntervalRow {
     unsigned int number;
+    unsigned int greatest;
     const wchar_t* label;
     const wchar_t* threeOfThem;
-    unsigned int greatest;
 };
 
 const IntervalRow S_rows[] = {
-    {0, L"Pusty", L"Pusty", 1},        {1, L"Tikowy", L"3 tick", S_max},   {2, L"Sekundowy", L"3 sek.", 59},
-    {3, L"Minutowy", L"3 min.", 59},   {4, L"Godzinowy", L"3 godz.", 24},  {5, L"Dzienny", L"3 dni", 365},
-    {6, L"Tygodniowy", L"3 tyg.", 51}, {7, L"Miesięczny", L"3 mies.", 11}, {8, L"Roczny", L"3 lat", S_max},
-    {9, L"Pusty", L"Pusty", 1},        {S_max, L"Pusty", L"Pusty", 1},
+    {0, 1, L"Pusty", L"Pusty"},        {1, S_max, L"Tikowy", L"3 tick"},   {2, 59, L"Sekundowy", L"3 sek."},
+    {3, 59, L"Minutowy", L"3 min."},   {4, 24, L"Godzinowy", L"3 godz."},  {5, 365, L"Dzienny", L"3 dni"},
+    {6, 51, L"Tygodniowy", L"3 tyg."}, {7, 11, L"Miesięczny", L"3 mies."}, {8, S_max, L"Roczny", L"3 lat"},
+    {9, 1, L"Pusty", L"Pusty"},        {S_max, 1, L"Pusty", L"Pusty"},
 };
 
 TEST(IntervalsTest, WhatHangsOnEachInterval)
 {
-    for (const auto& [number, label, threeOfThem, greatest] : S_rows) {
+    for (const auto& [number, greatest, label, threeOfThem] : S_rows) {
         SCOPED_TRACE(number);
         const auto interval = static_cast<EInterval>(number);
         EXPECT_STREQ(IntervalTranslator::ToLabel(interval), label);

@@ -508,6 +508,7 @@ TEST(NDateTimeTest, EmptyIsOneForAllThreads)
     std::array<const NDateTime*, 4> seen{};
     {
         std::vector<std::jthread> threads;
+        threads.reserve(seen.size());
         for (auto& place : seen)
             threads.emplace_back([&place] { place = &NDateTime::Empty(); });
     }
