@@ -3,9 +3,9 @@
 /// Names for what the platform owns. Pointers that are handed around and compared, never looked into.
 
 /// A module of the process: the address of anything inside of it, a function or a static object.
-struct HINSTANCE__;
-using HINSTANCE = HINSTANCE__*;
+struct HInstanceTag;
+using HINSTANCE = HInstanceTag*;
 
 /// A font of the window system.
-struct HFONT__;
-using HFONT = HFONT__*;
+struct HFontTag;
+using HFONT = HFontTag*;

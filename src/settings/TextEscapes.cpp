@@ -19,7 +19,7 @@ constexpr std::array<std::pair<wchar_t, wchar_t>, 5> S_letters = {
 // A text of these and nothing else survives XML, editors and terminals.
 bool IsPlain(wchar_t a_character, bool a_asciiOnly)
 {
-    const auto code = static_cast<std::uint32_t>(a_character);
+    const auto code = static_cast<char32_t>(a_character);
     if (code < 0x7F)
         return code >= 0x20;
     if (a_asciiOnly || code < 0xA0)

@@ -30,7 +30,7 @@ std::string TypeName(const std::type_info* a_type)
 std::string Describe(std::exception_ptr& a_cause)
 {
     a_cause = nullptr;
-    const std::string type = TypeName(abi::__cxa_current_exception_type());
+    std::string type = TypeName(abi::__cxa_current_exception_type());
     const auto causeOf = [](const auto& a_exception) -> std::exception_ptr {
         const auto* const nested = dynamic_cast<const std::nested_exception*>(&a_exception);
         return nested != nullptr ? nested->nested_ptr() : nullptr;
