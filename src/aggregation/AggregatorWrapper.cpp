@@ -88,13 +88,13 @@ bool AggregatorWrapper::AggregateRecord(Record& a_record, bool& a_sameWindow)
     try {
         if (a_record.SeriesCount() + S_candleSeriesCount != m_fields.size())
             return Refuse(S_placeRecord, __LINE__, S_wrongRecordCount);
-        const auto mainCount = std::ranges::count(a_record, m_mainSeries, &Record::Value::first);
-        if (mainCount == 0)
+        const Record::Shape shape = a_record.GetShape(m_mainSeries);
+        if (shape.mainCount == 0)
             return Refuse(S_placeRecord, __LINE__, S_noMainSeries);
-        if (mainCount > 1)
+        if (shape.mainCount > 1)
             return Refuse(S_placeRecord, __LINE__, S_repeatedSeries);
 
-        a_record.AddAggregationSeries();
+        a_record.AddAggregationSeries(shape);
         PrepareRecordSeries(a_record);
         NDateTime time = a_record.GetTime();
         a_sameWindow = m_aggregator->SumWithWindow(&time, &m_fields, false);

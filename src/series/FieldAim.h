@@ -13,7 +13,9 @@ namespace kalvento::internal {
 class FieldAim {
 public:
     /// Borrows a_fields, whose size stays; its entries are overwritten one by one.
-    FieldAim(ESeriesId a_main, std::vector<double*>& a_fields) : m_main(a_main), m_fields(a_fields) {}
+    FieldAim(ESeriesId a_main, std::vector<double*>& a_fields)
+        : m_main(a_main), m_fields(a_fields.data()), m_size(a_fields.size())
+    {}
 
     void Aim(ESeriesId a_seriesId, double* a_values)
     {
@@ -28,14 +30,14 @@ public:
             field = m_nextOther++;
         }
         ++m_count;
-        if (field < m_fields.size())
+        if (field < m_size)
             m_fields[field] = a_values;
     }
 
     /// Every field was aimed, each of the first four by exactly one series.
     bool IsComplete() const
     {
-        return m_aimed == S_allOfFirstFour && m_count == m_fields.size() && m_nextOther == m_count;
+        return m_aimed == S_allOfFirstFour && m_count == m_size && m_nextOther == m_count;
     }
 
 private:
@@ -43,7 +45,8 @@ private:
     static constexpr unsigned int S_allOfFirstFour = 0xFU;
 
     ESeriesId m_main;
-    std::vector<double*>& m_fields;
+    double** m_fields;
+    std::size_t m_size;
     std::size_t m_nextOther = S_mainField + 1;
     std::size_t m_count = 0;
     unsigned int m_aimed = 0; // a bit for each of the first four fields

@@ -88,6 +88,57 @@ public:
     void AddAggregationSeries();
 
 private:
+    friend class AggregatorWrapper;
+
+    // What the pairs say about becoming a candle.
+    struct Shape {
+        std::size_t mainCount = 0; // pairs of the series asked for
+        std::size_t priceCount = 0;
+        std::size_t candleSeriesCount = 0;
+        std::size_t misplacedCount = 0; // pairs that belong before the one in front of them
+    };
+
+    // Ascending by identifier, then by value. A NaN goes last, so that this stays an order whatever the values are.
+    static bool IsBefore(const Value& a_left, const Value& a_right);
+
+    // On the path of every live row, and therefore in sight of the wrapper, which folds it.
+    Shape GetShape(ESeriesId a_main) const
+    {
+        Shape shape;
+        const Value* previous = nullptr;
+        for (const Value& value : m_values) {
+            shape.mainCount += value.first == a_main ? 1U : 0U;
+            shape.priceCount += value.first == Price ? 1U : 0U;
+            shape.candleSeriesCount += value.first >= IntervalOpen && value.first <= IntervalMin ? 1U : 0U;
+            if (previous != nullptr && previous->first >= value.first)
+                shape.misplacedCount += IsBefore(value, *previous) ? 1U : 0U;
+            previous = &value;
+        }
+        return shape;
+    }
+    /// AddAggregationSeries on a known shape.
+    void AddAggregationSeries(const Shape& a_shape)
+    {
+        if (a_shape.candleSeriesCount > 0 || a_shape.priceCount == 0)
+            RaiseNoCandle(a_shape.candleSeriesCount > 0);
+        m_values.resize(m_values.size() + S_candleSeriesCount);
+        Value* place = m_values.data() + m_values.size() - S_candleSeriesCount;
+        // Live rows come sorted, so the three go straight to their place.
+        while (a_shape.misplacedCount == 0 && place != m_values.data() && place[-1].first > IntervalMin) {
+            --place;
+            place[S_candleSeriesCount] = *place;
+        }
+        place[0] = {IntervalOpen, 0.0};
+        place[1] = {IntervalMax, 0.0};
+        place[2] = {IntervalMin, 0.0};
+        if (a_shape.misplacedCount > 0)
+            Sort();
+    }
+    [[noreturn]] static void RaiseNoCandle(bool a_hasCandleSeries);
+    void Sort();
+
+    static constexpr std::size_t S_candleSeriesCount = 3;
+
     Values m_values;
     NDateTime m_time;
 };
