@@ -9,3 +9,11 @@ using HINSTANCE = HInstanceTag*;
 /// A font of the window system.
 struct HFontTag;
 using HFONT = HFontTag*;
+
+/// A window. Means something only inside the run of one process; a stale one is never a window again.
+struct HWND__;
+using HWND = HWND__*;
+
+/// An icon of the window system.
+struct HICON__;
+using HICON = HICON__*;

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/Export.h"
+#include "time/NDateTime.h"
+
+#include <string_view>
+
+class Settings;
+
+/// A range of dates; both ends belong to it. The setters keep whole days, while the constructors keep what they are given,
+/// times of day and wrong order included: a range from outside is to be tested by Validate.
+/// A plain value without a lock.
+class KALVENTO_API RangeData {
+public:
+    struct Dates {
+        NDateTime from;
+        NDateTime to;
+    };
+
+    static constexpr std::string_view XML_FROM = "From";
+    static constexpr std::string_view XML_TO = "To";
+
+    /// From the all-zero time to 2099-12-31.
+    RangeData();
+    /// To 2099-12-31.
+    explicit RangeData(const NDateTime& a_from);
+    RangeData(const NDateTime& a_from, const NDateTime& a_to);
+    explicit RangeData(const Dates& a_dates);
+    /// Reads what SerializeState wrote; what is missing there reads as the all-zero time.
+    explicit RangeData(const Settings& a_settings);
+
+    Dates GetDates() const { return {m_from, m_to}; }
+    /// Takes both ends without their times of day. False, with nothing changed, where one of them is no valid date or
+    /// a_from is the later day.
+    bool SetDates(const NDateTime& a_from, const NDateTime& a_to);
+    bool SetDates(const Dates& a_dates);
+    /// Takes the day. False, with nothing changed, for an invalid date and for one later than the present end.
+    bool SetDateFrom(const NDateTime& a_from);
+    /// Takes the day. False, with nothing changed, for an invalid date and for one before the present beginning.
+    bool SetDateTo(const NDateTime& a_to);
+
+    /// Both ends are valid, and the beginning doesn't come after the end.
+    bool Validate() const;
+    /// Narrows a_other to what both ranges have in common. Ranges that don't meet leave a_other with its beginning after
+    /// its end, which Validate tells.
+    void GetMinRangeData(RangeData& a_other) const;
+
+    /// Keeps the date and the counter of each end.
+    void SerializeState(Settings& a_settings) const;
+
+private:
+    NDateTime m_from;
+    NDateTime m_to;
+};

@@ -1,0 +1,4 @@
+#include "dragdrop/DragDropManager.h"
+
+DragDropManager::DragDropManager() = default;
+DragDropManager::~DragDropManager() = default;

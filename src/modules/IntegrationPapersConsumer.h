@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/Export.h"
+
+#include <string>
+#include <vector>
+
+class Asset;
+
+/// Is told the instruments of a user who is logged on at an external integration. Between ProcessLogon and ProcessLogout
+/// the lists change by ProcessPapers, ProcessAddPaper and ProcessRemovePaper; a list is named by a narrow key. Called on the
+/// main thread. A deriving class overrides what it needs.
+class KALVENTO_API IntegrationPapersConsumer {
+public:
+    virtual ~IntegrationPapersConsumer();
+
+    virtual void ProcessLogon();
+    /// All lists are gone.
+    virtual void ProcessLogout();
+    /// The whole list of that key, in place of the one before.
+    virtual void ProcessPapers(const std::vector<Asset>& a_papers, const std::string& a_key);
+    /// The list of that key grew by one.
+    virtual void ProcessAddPaper(const Asset& a_paper, const std::string& a_key);
+    /// The list of that key shrank by one.
+    virtual void ProcessRemovePaper(const Asset& a_paper, const std::string& a_key);
+
+    IntegrationPapersConsumer(const IntegrationPapersConsumer&) = default;
+    IntegrationPapersConsumer& operator=(const IntegrationPapersConsumer&) = default;
+
+protected:
+    IntegrationPapersConsumer() = default;
+};
