@@ -14,6 +14,13 @@ from pathlib import Path
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 
 
+# Benchmarks that time two ways in turn say the ratio themselves, and the bar that they are held against.
+PAIRED = {
+    "times_faster": "{:8.2f} times faster   (bar: at least {:g})",
+    "of_the_time": "{:8.2f} of the time    (bar: at most {:g})",
+}
+
+
 def readable(number, unit):
     for factor, prefix in ((1e9, "G"), (1e6, "M"), (1e3, "k")):
         if number >= factor:
@@ -29,8 +36,8 @@ def readable_time(seconds):
 
 
 def load(paths):
-    """Time of one iteration in seconds by benchmark name, and the rows of the table."""
-    times, rows = {}, []
+    """Time of one iteration in seconds by benchmark name, the rows of the table, and the ratios of paired benchmarks."""
+    times, rows, pairs = {}, [], []
     for path in paths:
         if not path.exists() or path.stat().st_size == 0:
             continue
@@ -47,14 +54,17 @@ def load(paths):
             elif "bytes_per_second" in run:
                 rate = readable(run["bytes_per_second"], "B/s")
             rows.append((path.stem, run["name"], readable_time(seconds), rate))
-    return times, rows
+            for counter, text in PAIRED.items():
+                if counter in run:
+                    pairs.append((run["name"].split("/iterations")[0], text.format(run[counter], run["bar"])))
+    return times, rows, pairs
 
 
 def main(arguments):
     if len(arguments) < 2:
         sys.exit(__doc__)
     ratios, reports = Path(arguments[0]), [Path(name) for name in arguments[1:]]
-    times, rows = load(reports)
+    times, rows, pairs = load(reports)
     if not rows:
         sys.exit("no benchmark matched")
 
@@ -65,6 +75,12 @@ def main(arguments):
             program = row[0]
             print(f"\n{program}")
         print(f"  {row[1]:<{width}}  {row[2]:>10}  {row[3]:>14}")
+
+    if pairs:
+        print("\nratios of two ways timed in turn in one process")
+        width = max(len(name) for name, _ in pairs)
+        for name, text in pairs:
+            print(f"  {name:<{width}}  {text}")
 
     claims = []
     for number, line in enumerate(ratios.read_text(encoding="utf-8").splitlines(), 1):

@@ -1,0 +1,268 @@
+// Folding a history is what a user waits for when a chart opens or its interval changes. The reference folds one row at
+// a time, with scratch doubles, field pointers and a virtual window call a row; the copy is a memcpy of the 40 bytes a
+// row (time, price, volume) that folding has to read.
+#include "aggregation/Aggregator.h"
+#include "aggregation/AggregatorWrapper.h"
+#include "bench/Pair.h"
+#include "series/DataSeriesSet.h"
+#include "series/History.h"
+#include "support/PlainAggregator.h"
+
+#include <cstring>
+#include <memory>
+#include <random>
+
+namespace {
+
+struct Market {
+    std::size_t rows;
+    std::size_t sessions;
+    std::size_t candleEvery; // rows share a time in groups of so many; 0: spread over the session
+    bool lateRows;           // a quarter of the rows bears a time some seconds back
+    bool fractions;          // volumes with a fraction
+    bool candles;            // one row a minute with open, high and low
+};
+
+constexpr Market S_busy = {20'000'000, 60, 0, false, false, false};
+constexpr Market S_thin = {20'000'000, 6'000, 0, false, false, false};
+constexpr Market S_ownCandles = {5'000'000, 200, 1, false, false, false};
+constexpr Market S_late = {5'000'000, 60, 0, true, false, false};
+constexpr Market S_fractions = {20'000'000, 60, 0, false, true, false};
+constexpr Market S_inCache = {10'000, 1, 0, false, false, false};
+constexpr Market S_minutes = {3'000'000, 6'250, 0, false, false, true};
+
+/// Columns: open, high, low, price, volume.
+struct Rows {
+    std::vector<NDateTime> times;
+    std::vector<double> columns[5];
+
+    std::vector<double*> Pointers()
+    {
+        std::vector<double*> pointers;
+        for (auto& column : columns)
+            pointers.push_back(column.data());
+        return pointers;
+    }
+};
+
+Rows MakeRows(const Market& a_market)
+{
+    constexpr double sessionSeconds = 28'800.0;
+    std::mt19937_64 random(1);
+    Rows rows;
+    rows.times.reserve(a_market.rows);
+    for (auto& column : rows.columns)
+        column.resize(a_market.rows);
+    const std::size_t perSession = (a_market.rows + a_market.sessions - 1) / a_market.sessions;
+    NDateTime day(2003, 1, 1);
+    double price = 100.0;
+    NDateTime before;
+    for (std::size_t row = 0; row < a_market.rows; ++row) {
+        const std::size_t place = row % perSession;
+        if (place == 0)
+            day.ShiftDays(1);
+        auto second = static_cast<unsigned int>(static_cast<double>(place) / static_cast<double>(perSession) *
+                                                sessionSeconds);
+        if (a_market.candleEvery != 0)
+            second = static_cast<unsigned int>(place / a_market.candleEvery);
+        NDateTime time = day;
+        time.SetTime(9 + second / 3600, second / 60 % 60, second % 60);
+        if (!(before < time)) {
+            time = before;
+            time.ShiftMilliSec();
+        }
+        before = time;
+        if (a_market.lateRows && random() % 4 == 0)
+            time.ShiftSec(-5);
+        rows.times.push_back(time);
+        price += static_cast<double>(random() % 3) * 0.01 - 0.01;
+        rows.columns[3][row] = price;
+        rows.columns[4][row] = a_market.fractions ? static_cast<double>(random() % 1000) / 7.0
+                                                  : static_cast<double>(random() % 1000);
+        if (a_market.candles) {
+            rows.columns[0][row] = price - 0.01;
+            rows.columns[1][row] = price + 0.02;
+            rows.columns[2][row] = price - 0.03;
+        }
+    }
+    return rows;
+}
+
+/// One market at a time is kept: two of the large ones fill the memory of a small machine.
+Rows& RowsOf(const Market& a_market)
+{
+    static std::unique_ptr<Rows> kept;
+    static const Market* keptMarket = nullptr;
+    if (keptMarket != &a_market) {
+        kept.reset();
+        kept = std::make_unique<Rows>(MakeRows(a_market));
+        keptMarket = &a_market;
+    }
+    return *kept;
+}
+
+/// Puts the front of a folded history back; what lies behind was never written.
+void Restore(Rows& a_rows, const Rows& a_source, std::size_t a_written)
+{
+    const auto count = static_cast<std::ptrdiff_t>(a_written);
+    std::copy_n(a_source.times.begin(), count, a_rows.times.begin());
+    for (std::size_t column = 0; column < 5; ++column)
+        std::copy_n(a_source.columns[column].begin(), count, a_rows.columns[column].begin());
+}
+
+const std::vector<EAggrType> S_types = {EAggrTypeOhlc, EAggrTypeSum};
+
+struct Folder {
+    Folder(const Market& a_market, EInterval a_interval, unsigned short a_multiplicity)
+        : source(RowsOf(a_market)),
+          rows(source),
+          columns(rows.Pointers()),
+          count(static_cast<unsigned int>(a_market.rows)),
+          candles(a_market.candles),
+          engine(a_interval, a_multiplicity, ELastRecordTime, S_types),
+          reference(a_interval, a_multiplicity, ELastRecordTime, S_types)
+    {}
+
+    void Prepare()
+    {
+        Restore(rows, source, made);
+        engine.ClearLastValue();
+        reference.Reset();
+    }
+    void Fold()
+    {
+        made =
+            engine.Aggregate(candles ? EIntervalMinute : EIntervalTick, 1, count, rows.times.data(), columns);
+    }
+    void FoldPlainly() { made = reference.Aggregate(candles, count, rows.times.data(), columns); }
+    // The reference stamps the times of all rows that it refuses or folds.
+    void PrepareAfterReference()
+    {
+        rows.times = source.times;
+        Prepare();
+    }
+
+    /// A fast wrong answer isn't one.
+    bool Agree()
+    {
+        Fold();
+        Rows folded = rows;
+        const unsigned int foldedCount = made;
+        Prepare();
+        FoldPlainly();
+        bool same = made == foldedCount &&
+                    std::memcmp(rows.times.data(), folded.times.data(), made * sizeof(NDateTime)) == 0;
+        for (std::size_t column = 0; column < 5; ++column)
+            same = same && std::memcmp(rows.columns[column].data(), folded.columns[column].data(),
+                                       made * sizeof(double)) == 0;
+        PrepareAfterReference();
+        return same;
+    }
+
+    const Rows& source;
+    Rows rows;
+    std::vector<double*> columns;
+    unsigned int count;
+    bool candles;
+    Aggregator engine;
+    plain::Aggregator reference;
+    unsigned int made = 0;
+};
+
+void BM_AgainstReference(benchmark::State& a_state, const Market& a_market, EInterval a_interval,
+                         unsigned short a_multiplicity, double a_bar)
+{
+    Folder folder(a_market, a_interval, a_multiplicity);
+    if (!folder.Agree())
+        a_state.SkipWithError("the engine and the reference differ");
+    pair::Run(
+        a_state, pair::Wanted::SubjectFaster, a_bar, [&] { folder.PrepareAfterReference(); },
+        [&] { folder.Fold(); }, [&] { folder.Prepare(); }, [&] { folder.FoldPlainly(); });
+    a_state.SetItemsProcessed(a_state.iterations() * folder.count);
+}
+
+/// The road that a store of series takes: DataSeriesSet::AgregateData on a set that has its candle columns.
+void BM_SetAgainstCopy(benchmark::State& a_state, const Market& a_market, unsigned short a_minutes,
+                       double a_bar)
+{
+    const Rows& source = RowsOf(a_market);
+    Aggregator aggregator(EIntervalMinute, a_minutes, ELastRecordTime, S_types);
+    std::unique_ptr<DataSeriesSet> set;
+    std::vector<double*> columns(5);
+    std::vector<char> copy(source.times.size() * 40);
+    const auto prepare = [&] {
+        DataSeriesSet::Columns setColumns;
+        constexpr ESeriesId ids[] = {Price, Volume, IntervalOpen, IntervalMax, IntervalMin};
+        constexpr std::size_t from[] = {3, 4, 0, 1, 2};
+        for (std::size_t column = 0; column < 5; ++column)
+            setColumns.emplace_back(ids[column], source.columns[from[column]]);
+        set.reset();
+        set = std::make_unique<DataSeriesSet>(EIntervalTick, 1, std::vector<NDateTime>(source.times),
+                                              std::move(setColumns));
+        aggregator.ClearLastValue();
+    };
+    pair::Run(
+        a_state, pair::Wanted::SubjectTime, a_bar, prepare,
+        [&] { set->AgregateData(Price, aggregator, columns); }, [] {},
+        [&] {
+            char* place = copy.data();
+            const auto take = [&](const void* a_from, std::size_t a_bytes) {
+                std::memcpy(place, a_from, a_bytes);
+                place += a_bytes;
+            };
+            take(source.times.data(), source.times.size() * sizeof(NDateTime));
+            take(source.columns[3].data(), source.times.size() * sizeof(double));
+            take(source.columns[4].data(), source.times.size() * sizeof(double));
+            benchmark::DoNotOptimize(copy.data());
+        });
+    a_state.SetItemsProcessed(a_state.iterations() * static_cast<std::int64_t>(source.times.size()));
+}
+
+/// What a consumer calls, on a history of single ticks without candle columns, over the bare fold of the same rows.
+void BM_WrapperAgainstFold(benchmark::State& a_state, const Market& a_market, double a_bar)
+{
+    Folder folder(a_market, EIntervalMinute, 1);
+    const std::set<DSProp> series = {DSProp(Price), DSProp(Volume)};
+    AggregatorWrapper wrapper(series, ELastRecordTime, EIntervalMinute, 1);
+    std::unique_ptr<History> history;
+    bool folded = true;
+    const auto prepare = [&] {
+        history.reset();
+        history = std::make_unique<History>(
+            EIntervalTick, 1, std::vector<NDateTime>(folder.source.times),
+            DataSeriesSet::Columns{{Price, folder.source.columns[3]}, {Volume, folder.source.columns[4]}});
+        wrapper.ClearLastValue();
+    };
+    pair::Run(
+        a_state, pair::Wanted::SubjectTime, a_bar, prepare,
+        [&] { folded = wrapper.AgregateHistory(*history) && folded; }, [&] { folder.Prepare(); },
+        [&] { folder.Fold(); });
+    if (!folded)
+        a_state.SkipWithError("the wrapper refused the history");
+    a_state.SetItemsProcessed(a_state.iterations() * folder.count);
+}
+
+#define FOLD_BENCHMARK(name, function, rounds, ...)                                                          \
+    BENCHMARK_CAPTURE(function, name, __VA_ARGS__)                                                           \
+        ->UseManualTime()                                                                                    \
+        ->Iterations(rounds)                                                                                 \
+        ->Unit(benchmark::kMillisecond)
+
+FOLD_BENCHMARK(busy_1min, BM_AgainstReference, 7, S_busy, EIntervalMinute, 1, 5.0);
+FOLD_BENCHMARK(busy_5min, BM_AgainstReference, 7, S_busy, EIntervalMinute, 5, 5.0);
+FOLD_BENCHMARK(busy_1min, BM_SetAgainstCopy, 9, S_busy, 1, 0.70);
+FOLD_BENCHMARK(busy_5min, BM_SetAgainstCopy, 9, S_busy, 5, 0.70);
+FOLD_BENCHMARK(busy_1min, BM_WrapperAgainstFold, 9, S_busy, 1.6);
+FOLD_BENCHMARK(thin_1min, BM_AgainstReference, 7, S_thin, EIntervalMinute, 1, 2.5);
+FOLD_BENCHMARK(fractional_volume_1min, BM_AgainstReference, 7, S_fractions, EIntervalMinute, 1, 4.0);
+FOLD_BENCHMARK(own_candle_each_1s, BM_AgainstReference, 9, S_ownCandles, EIntervalSecond, 1, 1.0);
+FOLD_BENCHMARK(own_candle_each_tick, BM_AgainstReference, 9, S_ownCandles, EIntervalTick, 1, 1.0);
+FOLD_BENCHMARK(quarter_late_1min, BM_AgainstReference, 9, S_late, EIntervalMinute, 1, 1.0);
+FOLD_BENCHMARK(in_cache_1min, BM_AgainstReference, 2001, S_inCache, EIntervalMinute, 1, 4.0);
+FOLD_BENCHMARK(minutes_to_5min, BM_AgainstReference, 15, S_minutes, EIntervalMinute, 5, 3.0);
+FOLD_BENCHMARK(minutes_to_1h, BM_AgainstReference, 15, S_minutes, EIntervalHour, 1, 3.0);
+FOLD_BENCHMARK(minutes_to_1d, BM_AgainstReference, 15, S_minutes, EIntervalDay, 1, 3.0);
+
+} // namespace
+
+BENCHMARK_MAIN();
