@@ -28,7 +28,7 @@ AggrHourWindow::AggrHourWindow(unsigned short a_multiplicity, EAggrTimeResult a_
 
 void AggrHourWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
 {
-    const int window = EntryOrFirst(m_slotByHour, a_time.GetHour()) / m_multiplicity;
+    const int window = WindowOfSlot(EntryOrFirst(m_slotByHour, a_time.GetHour()), m_multiplicity);
     if (a_begin != nullptr)
         *a_begin = GetBeginingOfWindowTime(a_time, window);
     if (a_end != nullptr)
@@ -37,7 +37,7 @@ void AggrHourWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin
 
 bool AggrHourWindow::IsInCurrentWindow(const NDateTime& a_time)
 {
-    const int window = EntryOrFirst(m_slotByHour, a_time.GetHour()) / m_multiplicity;
+    const int window = WindowOfSlot(EntryOrFirst(m_slotByHour, a_time.GetHour()), m_multiplicity);
     const int dayOfYear = static_cast<int>(a_time.GetDayOfYear());
     // The day of the year and not the date: a row exactly a year later counts as the same window. Candles stored by
     // earlier versions were folded this way and must stay reproducible.

@@ -30,8 +30,8 @@ AggrMinuteWindow::AggrMinuteWindow(unsigned short a_multiplicity, EAggrTimeResul
 
 void AggrMinuteWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
 {
-    const int window =
-        EntryOrFirst(m_slotByMinute, a_time.GetHour() * 60 + a_time.GetMinute()) / m_multiplicity;
+    const int window = WindowOfSlot(EntryOrFirst(m_slotByMinute, a_time.GetHour() * 60 + a_time.GetMinute()),
+                                    m_multiplicity);
     if (a_begin != nullptr)
         *a_begin = GetBeginingOfWindowTime(a_time, window);
     if (a_end != nullptr)
@@ -40,8 +40,8 @@ void AggrMinuteWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_beg
 
 bool AggrMinuteWindow::IsInCurrentWindow(const NDateTime& a_time)
 {
-    const int window =
-        EntryOrFirst(m_slotByMinute, a_time.GetHour() * 60 + a_time.GetMinute()) / m_multiplicity;
+    const int window = WindowOfSlot(EntryOrFirst(m_slotByMinute, a_time.GetHour() * 60 + a_time.GetMinute()),
+                                    m_multiplicity);
     const int dayOfYear = static_cast<int>(a_time.GetDayOfYear());
     // The day of the year and not the date: a row exactly a year later counts as the same window. Candles stored by
     // earlier versions were folded this way and must stay reproducible.

@@ -32,7 +32,7 @@ AggrSecondWindow::AggrSecondWindow(unsigned short a_multiplicity, EAggrTimeResul
 
 void AggrSecondWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
 {
-    const int window = EntryOrFirst(m_slotBySecond, a_time.GetAbsoluteTime()) / m_multiplicity;
+    const int window = WindowOfSlot(EntryOrFirst(m_slotBySecond, a_time.GetAbsoluteTime()), m_multiplicity);
     if (a_begin != nullptr)
         *a_begin = GetBeginingOfWindowTime(a_time, window);
     if (a_end != nullptr)
@@ -41,7 +41,7 @@ void AggrSecondWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_beg
 
 bool AggrSecondWindow::IsInCurrentWindow(const NDateTime& a_time)
 {
-    const int window = EntryOrFirst(m_slotBySecond, a_time.GetAbsoluteTime()) / m_multiplicity;
+    const int window = WindowOfSlot(EntryOrFirst(m_slotBySecond, a_time.GetAbsoluteTime()), m_multiplicity);
     const int dayOfYear = static_cast<int>(a_time.GetDayOfYear());
     // The day of the year and not the date: a row exactly a year later counts as the same window. Candles stored by
     // earlier versions were folded this way and must stay reproducible.

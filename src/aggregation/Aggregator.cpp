@@ -66,7 +66,7 @@ public:
     const double* operator[](std::size_t a_field) const { return m_columns[a_field]; }
 
     /// Row a_candle of every column takes the running values.
-    void Write(std::size_t a_candle, const std::vector<AggrValue>& a_values)
+    [[gnu::always_inline]] void Write(std::size_t a_candle, const std::vector<AggrValue>& a_values)
     {
         if (a_candle >= m_roomRows)
             Grow();
@@ -103,7 +103,8 @@ private:
 };
 
 /// The first row of a candle.
-void SetRow(std::vector<AggrValue>& a_values, const Columns& a_columns, bool a_useOhl, std::size_t a_row)
+[[gnu::always_inline]] inline void SetRow(std::vector<AggrValue>& a_values, const Columns& a_columns,
+                                          bool a_useOhl, std::size_t a_row)
 {
     AggrValue& main = a_values.front();
     main.m_close = a_columns[S_main][a_row];
@@ -390,20 +391,22 @@ unsigned int Aggregator::FoldHistoryOf(bool a_useOhl, unsigned int a_count, NDat
         columns.Write(candles - 1, m_values);
     };
 
-    std::size_t row = 0;
+    typename WindowScope<Interval>::RunEnd next{0, true, false};
     bool lastIsPlain = false; // the last row in time is valid and not below zero
-    while (row < a_count) {
+    while (next.row < a_count) {
+        const std::size_t row = next.row;
         const NDateTime time = a_times[row];
-        if (RefusesLate && !(lastIsPlain && NotEarlier(m_lastTime, time)) && IsLate(time, m_lastTime)) {
+        if (RefusesLate && !next.isInTime && !(lastIsPlain && NotEarlier(m_lastTime, time)) &&
+            IsLate(time, m_lastTime)) {
             if (bearsRowTime)
                 candleTime = m_window->m_windowTime;
-            ++row;
+            next = {row + 1, false, false};
             continue;
         }
 
         m_lastTime = time;
         lastIsPlain = time.IsValid() && time.ToDouble() >= 0.0;
-        const bool knownInside = !isTick && candles != 0 && scope.Holds(time);
+        const bool knownInside = !isTick && !next.isOutside && scope.Holds(time);
         if (knownInside || m_window->IsInCurrentWindow(time)) {
             FoldRows(m_values, sums, columns, a_useOhl, row, row + 1);
         } else {
@@ -417,22 +420,21 @@ unsigned int Aggregator::FoldHistoryOf(bool a_useOhl, unsigned int a_count, NDat
         if (!knownInside)
             scope.Open(time, m_window->m_currentWindow, m_outputMultiplicity);
 
-        std::size_t behind = row + 1;
+        next = {row + 1, false, false};
         if (!RefusesLate || lastIsPlain) {
             std::size_t limit = std::min<std::size_t>(a_count, row + S_rowsAtOnce);
             if constexpr (isTick)
                 limit = std::min(limit, row + 1 + static_cast<AggrTickWindow&>(*m_window).RowsLeft());
-            behind = scope.template FindRunEnd<RefusesLate>(a_times, row, limit);
+            next = scope.template FindRunEnd<RefusesLate>(a_times, row, limit);
         }
-        if (behind > row + 1) {
-            FoldRows(m_values, sums, columns, a_useOhl, row + 1, behind);
-            m_lastTime = a_times[behind - 1];
+        if (next.row > row + 1) {
+            FoldRows(m_values, sums, columns, a_useOhl, row + 1, next.row);
+            m_lastTime = a_times[next.row - 1];
             if constexpr (isTick)
-                static_cast<AggrTickWindow&>(*m_window).CountRows(behind - row - 1);
+                static_cast<AggrTickWindow&>(*m_window).CountRows(next.row - row - 1);
         }
         if (bearsRowTime)
             candleTime = m_lastTime;
-        row = behind;
     }
     writeCandle();
     return static_cast<unsigned int>(candles);

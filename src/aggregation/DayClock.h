@@ -14,6 +14,12 @@ inline std::int64_t FirstSlot(std::int64_t a_window, unsigned short a_multiplici
     return std::max<std::int64_t>(0, a_window * a_multiplicity);
 }
 
+/// The window in which a slot lies. Windows of one slot are frequent, and a division is most of what placing a row costs.
+inline int WindowOfSlot(int a_slot, unsigned short a_multiplicity)
+{
+    return a_multiplicity == 1 ? a_slot : a_slot / a_multiplicity;
+}
+
 /// The last slot of a window, cut at the end of the day; within 0 and a_slots - 1.
 inline int LastSlot(std::int64_t a_window, unsigned short a_multiplicity, int a_slots)
 {

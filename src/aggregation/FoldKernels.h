@@ -88,11 +88,18 @@ public:
                SlotOf<Interval>(Words::Calendar(a_time), Words::Clock(a_time)) - m_firstSlot <= m_slotSpan;
     }
 
+    /// Where a run of rows ends, and what is known of the row there.
+    struct RunEnd {
+        std::size_t row;
+        bool isOutside; // it doesn't lie in this scope
+        bool isInTime;  // it is not earlier than the row before it; false says nothing
+    };
+
     /// The first row behind a_first, and at most a_limit, that can't be shown to continue the candle: rows between lie
     /// in the open window and (if LateTested) none of them is earlier than the one before it. a_first itself must lie
     /// in the open window; if LateTested it must be the last row in time, valid and not below zero.
     template<bool LateTested>
-    std::size_t FindRunEnd(const NDateTime* a_times, std::size_t a_first, std::size_t a_limit) const
+    RunEnd FindRunEnd(const NDateTime* a_times, std::size_t a_first, std::size_t a_limit) const
     {
         const auto placeOf = [&](const NDateTime& a_time) {
             return SlotOf<Interval>(Words::Calendar(a_time), Words::Clock(a_time)) - m_firstSlot;
@@ -103,9 +110,11 @@ public:
         for (; row < a_limit; ++row) {
             const NDateTime& time = a_times[row];
             const std::uint32_t place = placeOf(time);
-            if (!SharesFields(time) || place > m_slotSpan ||
-                (LateTested && !NotEarlier(a_times[row - 1], time)))
-                break;
+            const bool isInTime = !LateTested || NotEarlier(a_times[row - 1], time);
+            if (!SharesFields(time) || place > m_slotSpan)
+                return {row, true, isInTime};
+            if (!isInTime)
+                return {row, false, false};
             streak = place == placeBefore ? streak + 1 : 0;
             placeBefore = place;
             if (streak == S_streakForLanes) {
@@ -113,7 +122,7 @@ public:
                 streak = 0;
             }
         }
-        return row;
+        return {row, false, false};
     }
 
 private:
