@@ -36,17 +36,30 @@ std::uint32_t SlotOf(std::uint32_t a_calendar, std::uint32_t a_clock)
     }
 }
 
+/// What the order of a row and the next one rests on.
+struct OrderOfRow {
+    explicit OrderOfRow(const NDateTime& a_time)
+        : dayNumber(a_time.ToDouble()), counter(NDateTimeWords::Clock(a_time) & NDateTimeWords::S_counterMask)
+    {}
+
+    double dayNumber;
+    std::uint32_t counter;
+};
+
 /// a_second is not earlier than a_first in the sense of NDateTime's `<`, shown without its continuous form: both valid,
-/// the day number doesn't fall, and the counter doesn't fall either unless half a second lies between. a_first must be
-/// valid and not below zero. False says nothing.
+/// the day number doesn't fall, and the counter doesn't fall either unless half a second lies between. a_first must
+/// come from a time that is valid and not below zero. False says nothing.
+inline bool NotEarlier(const OrderOfRow& a_first, const OrderOfRow& a_second, bool a_secondIsValid)
+{
+    const bool rises = a_second.dayNumber >= a_first.dayNumber;
+    const bool counterRises = a_second.counter >= a_first.counter;
+    const bool farApart = a_first.dayNumber <= a_second.dayNumber - NDateTimeWords::S_halfSecond;
+    return (unsigned(a_secondIsValid) & unsigned(rises) & (unsigned(counterRises) | unsigned(farApart))) != 0;
+}
+
 inline bool NotEarlier(const NDateTime& a_first, const NDateTime& a_second)
 {
-    const double before = a_first.ToDouble();
-    const double after = a_second.ToDouble();
-    const bool counterRises = a_second.GetMilliSec() >= a_first.GetMilliSec();
-    const bool farApart = before <= after - NDateTimeWords::S_halfSecond;
-    return (unsigned(a_second.IsValid()) & unsigned(after >= before) &
-            (unsigned(counterRises) | unsigned(farApart))) != 0;
+    return NotEarlier(OrderOfRow(a_first), OrderOfRow(a_second), a_second.IsValid());
 }
 
 /// The first row behind a_first, and at most a_limit, in which one of the masked fields differs from its neighbour, or
@@ -105,13 +118,17 @@ public:
             return SlotOf<Interval>(Words::Calendar(a_time), Words::Clock(a_time)) - m_firstSlot;
         };
         std::uint32_t placeBefore = placeOf(a_times[a_first]);
+        OrderOfRow before(a_times[a_first]);
         std::size_t streak = 0;
         std::size_t row = a_first + 1;
         for (; row < a_limit; ++row) {
             const NDateTime& time = a_times[row];
             const std::uint32_t place = placeOf(time);
-            const bool isInTime = !LateTested || NotEarlier(a_times[row - 1], time);
-            if (!SharesFields(time) || place > m_slotSpan)
+            const OrderOfRow order(time);
+            const bool isInTime = !LateTested || NotEarlier(before, order, time.IsValid());
+            before = order;
+            const bool isOutside = (unsigned(!SharesFields(time)) | unsigned(place > m_slotSpan)) != 0;
+            if (isOutside)
                 return {row, true, isInTime};
             if (!isInTime)
                 return {row, false, false};
@@ -119,6 +136,7 @@ public:
             placeBefore = place;
             if (streak == S_streakForLanes) {
                 row = FindChange(a_times, row, a_limit, S_slotCalendar, S_slotClock, LateTested) - 1;
+                before = OrderOfRow(a_times[row]);
                 streak = 0;
             }
         }
