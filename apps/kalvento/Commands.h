@@ -14,10 +14,19 @@ namespace kalvento::tool {
 /// `kalvento candles`: folds rows of CSV files or of a binary series block into candles.
 void AddCandlesCommand(CLI::App& a_app, ToolContext& a_context);
 
+/// `kalvento check`: tells whether a series block or a text file of rows is sound, and where the first fault lies.
+void AddCheckCommand(CLI::App& a_app, ToolContext& a_context);
+
 /// `kalvento generate`: writes trades of an invented exchange, the same ones for the same options on every machine.
 void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context);
 
+/// `kalvento live`: follows a growing file of ticks and prints each change of a candle.
+void AddLiveCommand(CLI::App& a_app, ToolContext& a_context);
+
 /// `kalvento series`: lists the vocabulary of series.
 void AddSeriesCommand(CLI::App& a_app, ToolContext& a_context);
+
+/// `kalvento show`: prints what a series block holds.
+void AddShowCommand(CLI::App& a_app, ToolContext& a_context);
 
 } // namespace kalvento::tool

@@ -193,11 +193,6 @@ void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context)
     auto options = std::make_shared<GenerateOptions>();
     GeneratorOptions& market = options->market;
     CLI::App* command = a_app.add_subcommand("generate", "Write invented but lifelike trades");
-    command->description("Writes trades of an invented exchange: an opening auction at 9:00, continuous "
-                         "trading to 16:50, busy at both\n"
-                         "ends of the day and in bursts, a closing auction at 17:00. Several trades share a "
-                         "second; weekends are skipped.\n"
-                         "The same options give the same bytes on every machine.");
     command->add_option("-n,--rows", market.rows, "Trades over all sessions")->capture_default_str();
     command->add_option("--sessions", market.sessions, "Days of trading")->capture_default_str();
     command->add_option("--seed", market.seed, "Another number, another market")->capture_default_str();
@@ -241,6 +236,9 @@ void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context)
     command->add_option("-o,--output", options->output,
                         "File to write, whole or not at all (default: standard output)");
     command->footer(
+        "Writes trades of an invented exchange: an opening auction at 9:00, continuous trading to 16:50, busy at\n"
+        "both ends of the day and in bursts, a closing auction at 17:00. Several trades share a second; weekends\n"
+        "are skipped. The same options give the same bytes on every machine.\n\n"
         "Examples:\n"
         "  kalvento generate --rows 5000 | kalvento candles - --interval 15min\n"
         "  kalvento generate --rows 5000000 --sessions 20 --seed 7 --output month.csv\n"

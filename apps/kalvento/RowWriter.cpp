@@ -77,8 +77,12 @@ void AppendTime(std::string& a_text, const NDateTime& a_time, bool a_dateOnly, c
 
 void AppendNumber(std::string& a_text, double a_value)
 {
-    std::array<char, 32> digits{};
-    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), a_value);
+    // 1e+06 is shorter than 1000000, but nothing that a table of volumes should hold.
+    const double size = std::fabs(a_value);
+    const auto form =
+        size < 1e15 && (size == 0.0 || size >= 1e-6) ? std::chars_format::fixed : std::chars_format::general;
+    std::array<char, 48> digits{};
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), a_value, form);
     a_text.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
 }
 

@@ -99,16 +99,16 @@ void AddSeriesCommand(CLI::App& a_app, ToolContext& a_context)
 {
     auto format = std::make_shared<std::string>("table");
     CLI::App* command = a_app.add_subcommand("series", "List the series that rows may hold");
-    command->description("Lists the series that rows may hold: the number that stands in stored blocks, the "
-                         "key by which other programs\n"
-                         "name a series, the English name that heads a column, the Polish label that a user "
-                         "sees, the group, the way in\n"
-                         "which the series folds into a candle unless told otherwise, and the decimal places "
-                         "with which it is shown.");
     command->add_option("-f,--format", *format, "table, csv, or jsonl: one JSON object a line")
         ->check(CLI::IsMember({"table", "csv", "jsonl"}))
         ->capture_default_str();
-    command->footer("Examples:\n"
+    command->footer("Lists the series that rows may hold: the number that stands in stored blocks, the "
+                    "key by which other programs\n"
+                    "name a series, the English name that heads a column, the Polish label that a user "
+                    "sees, the group, the way in\n"
+                    "which the series folds into a candle unless told otherwise, and the decimal places "
+                    "with which it is shown.\n\n"
+                    "Examples:\n"
                     "  kalvento series\n"
                     "  kalvento series --format csv | grep ',volume,'\n\n" +
                     ExitCodesHelp());

@@ -1,5 +1,6 @@
 #include "kalvento/TextForms.h"
 
+#include "kalvento/RowWriter.h"
 #include "time/NDateTime.h"
 
 #include <boost/json/serialize.hpp>
@@ -7,20 +8,11 @@
 #include <boost/json/value.hpp>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <utility>
 
 namespace kalvento::tool {
 
 namespace {
-
-void Append(std::string& a_text, unsigned long a_number, std::size_t a_digits)
-{
-    const std::string digits = std::to_string(a_number);
-    a_text.append(a_digits > digits.size() ? a_digits - digits.size() : 0, '0');
-    a_text += digits;
-}
 
 // Characters as a terminal shows them: every byte but the continuations of a UTF-8 sequence.
 std::size_t Width(std::string_view a_text)
@@ -32,42 +24,14 @@ std::size_t Width(std::string_view a_text)
 
 } // namespace
 
-std::string ShownTime(const NDateTime& a_time)
+std::string ShownTimeWithCounter(const NDateTime& a_time)
 {
     if (!a_time.IsValid())
         return "invalid";
-    std::string text;
-    Append(text, a_time.GetYear(), 4);
-    text += '-';
-    Append(text, a_time.GetMonth(), 2);
-    text += '-';
-    Append(text, a_time.GetDay(), 2);
-    text += ' ';
-    Append(text, a_time.GetHour(), 2);
-    text += ':';
-    Append(text, a_time.GetMinute(), 2);
-    text += ':';
-    Append(text, a_time.GetSecond(), 2);
-    return text;
-}
-
-std::string ShownTimeWithCounter(const NDateTime& a_time)
-{
-    std::string text = ShownTime(a_time);
-    if (a_time.IsValid() && a_time.GetMilliSec() != 0)
+    std::string text = FormatTime(a_time);
+    if (a_time.GetMilliSec() != 0)
         text += " #" + std::to_string(a_time.GetMilliSec());
     return text;
-}
-
-std::string ShownNumber(double a_number)
-{
-    // 1e+06 is shorter than 1000000, but not what a table of volumes should hold.
-    const auto form = std::fabs(a_number) < 1e15 && (a_number == 0.0 || std::fabs(a_number) >= 1e-9)
-                          ? std::chars_format::fixed
-                          : std::chars_format::general;
-    char digits[64];
-    const auto result = std::to_chars(std::begin(digits), std::end(digits), a_number, form);
-    return {digits, result.ptr};
 }
 
 std::string ShownCount(std::uint64_t a_count)

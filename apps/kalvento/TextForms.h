@@ -11,12 +11,8 @@ class NDateTime;
 /// How single values and small tables look in what the tool prints. UTF-8.
 namespace kalvento::tool {
 
-/// "2024-01-02 09:30:15", the counter left out; "invalid" where the status isn't valid. Years below 1000 are padded.
-std::string ShownTime(const NDateTime& a_time);
-/// ShownTime, and behind it " #7" where the ordering counter isn't 0.
+/// FormatTime of RowWriter.h, and behind it " #7" where the ordering counter isn't 0; "invalid" where the status is not valid.
 std::string ShownTimeWithCounter(const NDateTime& a_time);
-/// The shortest decimal that reads back as the same double, without an exponent where it isn't far longer: "10669.97".
-std::string ShownNumber(double a_number);
 /// "1 234 567": thousands apart, for people.
 std::string ShownCount(std::uint64_t a_count);
 /// A JSON string with its quotes.

@@ -28,8 +28,11 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
     app.add_flag("--quiet,-q", a_context.quiet, "No notes and no progress on standard error; errors remain");
     app.footer(ExitCodesHelp());
     AddCandlesCommand(app, a_context);
+    AddCheckCommand(app, a_context);
     AddGenerateCommand(app, a_context);
+    AddLiveCommand(app, a_context);
     AddSeriesCommand(app, a_context);
+    AddShowCommand(app, a_context);
 
     try {
         // The parser takes its arguments from the back.

@@ -1,0 +1,133 @@
+#include "kalvento/BlockFile.h"
+
+#include "kalvento/ByteSource.h"
+#include "kalvento/TextForms.h"
+#include "kalvento/ToolContext.h"
+
+#include <fstream>
+#include <istream>
+#include <stdexcept>
+#include <streambuf>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kalvento::tool {
+
+namespace {
+
+constexpr std::string_view S_blockStart("\x01\0\0\0", 4);
+
+/// A source as a stream that counts its bytes.
+class SourceStreambuf final : public std::streambuf {
+public:
+    explicit SourceStreambuf(ByteSource& a_source) : m_source(a_source), m_bytes(1U << 18U) {}
+
+    /// The bytes read and not yet taken; some, unless the source is at its end.
+    std::string_view Peek()
+    {
+        if (gptr() == egptr())
+            underflow();
+        return {gptr(), static_cast<std::size_t>(egptr() - gptr())};
+    }
+    /// Reads to the end and returns how many bytes were not taken before.
+    std::uint64_t CountRest()
+    {
+        std::uint64_t rest = 0;
+        for (auto bytes = Peek(); !bytes.empty(); bytes = Peek()) {
+            rest += bytes.size();
+            setg(eback(), egptr(), egptr());
+        }
+        return rest;
+    }
+    std::uint64_t GetCount() const { return m_count; }
+
+protected:
+    int_type underflow() override
+    {
+        const std::size_t count = m_source.Read(m_bytes.data(), m_bytes.size());
+        m_count += count;
+        setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + count);
+        return count == 0 ? traits_type::eof() : traits_type::to_int_type(m_bytes.front());
+    }
+
+private:
+    ByteSource& m_source;
+    std::vector<char> m_bytes;
+    std::uint64_t m_count = 0;
+};
+
+std::string HexText(std::string_view a_bytes)
+{
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (const char byte : a_bytes) {
+        text += text.empty() ? "" : " ";
+        text += digits[static_cast<unsigned char>(byte) >> 4U];
+        text += digits[static_cast<unsigned char>(byte) & 0xFU];
+    }
+    return text;
+}
+
+} // namespace
+
+std::uint64_t BlockFile::TimePlace(std::size_t a_row) const
+{
+    // Version and count of columns, then for each column its series, its count and its values; the count of times.
+    std::uint64_t place = 4 + 8;
+    for (const auto& [series, values] : set)
+        place += 4 + 8 + values.size() * sizeof(double);
+    return place + 8 + a_row * sizeof(NDateTime);
+}
+
+bool IsBlockFile(const std::string& a_path)
+{
+    std::string start(S_blockStart.size(), '\xFF');
+    std::ifstream file(a_path, std::ios::binary);
+    file.read(start.data(), static_cast<std::streamsize>(start.size()));
+    return a_path != "-" && file && start == S_blockStart;
+}
+
+BlockFile ReadBlockFile(const std::string& a_path, ToolContext& a_context)
+{
+    const auto source = ByteSource::Open(a_path, a_context);
+    SourceStreambuf bytes(*source);
+    std::istream stream(&bytes);
+    BlockFile block;
+    block.name = source->GetName();
+
+    const std::string_view start = bytes.Peek().substr(0, S_blockStart.size());
+    if (start != S_blockStart)
+        throw ToolError(EExitBadData, block.name + ": is no series block: found " +
+                                          (start.empty() ? "an empty input" : "the bytes " + HexText(start)) +
+                                          ", expected " + HexText(S_blockStart) +
+                                          " (version 1) at its begin");
+    try {
+        block.set.Read(stream);
+    } catch (const std::length_error&) {
+        throw ToolError(EExitBadData, block.name +
+                                          ": a damaged series block: it claims more rows or columns than any "
+                                          "memory holds");
+    }
+    block.endsEarly = stream.fail();
+    block.surplus = bytes.CountRest();
+    block.size = bytes.GetCount();
+    return block;
+}
+
+std::optional<std::string> FindBadTime(const BlockFile& a_block)
+{
+    const auto& times = a_block.set.TimeSeries();
+    for (std::size_t row = 0; row < times.size(); ++row) {
+        const std::string place =
+            "row " + std::to_string(row + 1) + " (byte " + std::to_string(a_block.TimePlace(row)) + "): ";
+        if (!times[row].IsValid())
+            return place + "the time is not valid";
+        if (row > 0 && times[row] < times[row - 1])
+            return place + ShownTimeWithCounter(times[row]) + " comes after " +
+                   ShownTimeWithCounter(times[row - 1]);
+    }
+    return std::nullopt;
+}
+
+} // namespace kalvento::tool

@@ -1,0 +1,253 @@
+#include "kalvento/BlockFile.h"
+#include "kalvento/ByteSource.h"
+#include "kalvento/Commands.h"
+#include "kalvento/IntervalNotation.h"
+#include "kalvento/OutputTarget.h"
+#include "kalvento/ReadOptions.h"
+#include "kalvento/RowReader.h"
+#include "kalvento/RowWriter.h"
+#include "kalvento/SeriesNames.h"
+#include "kalvento/TextForms.h"
+#include "kalvento/TimeText.h"
+#include "kalvento/Tool.h"
+#include "platform/CodePage.h"
+#include "series/VectorTimeTester.h"
+#include "velo/Log.h"
+
+#include <CLI/CLI.hpp>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kalvento::tool {
+
+namespace {
+
+struct CheckOptions {
+    ReadOptions read;
+    std::string input;
+    std::optional<NDateTime> day;
+};
+
+constexpr std::size_t S_rowsAtOnce = 8192;
+
+/// While it lives, collects what the library writes to the log, in UTF-8.
+class LogCollector {
+public:
+    LogCollector()
+        : m_sink(
+              VeloTools::Log::Instance().AddSink([this](std::string_view, int, std::string_view a_message) {
+                  m_text += (m_text.empty() ? "" : "; ") + CodePage::Cp1250ToUtf8(a_message);
+              }))
+    {}
+    ~LogCollector() { VeloTools::Log::Instance().RemoveSink(m_sink); }
+    LogCollector(const LogCollector&) = delete;
+    LogCollector& operator=(const LogCollector&) = delete;
+
+    const std::string& GetText() const { return m_text; }
+
+private:
+    std::string m_text;
+    VeloTools::Log::SinkId m_sink;
+};
+
+/// The answers of a check, printed as they come.
+class Report {
+public:
+    explicit Report(ToolContext& a_context) : m_target("", a_context) {}
+
+    void Title(const std::string& a_text) { m_target.Write(a_text + "\n"); }
+    void Answer(std::string_view a_question, bool a_good, const std::string& a_text)
+    {
+        std::string line = a_good ? "  ok   " : "  BAD  ";
+        line += a_question;
+        if (!a_text.empty())
+            line += ": " + a_text;
+        m_target.Write(line + "\n");
+        m_bad += a_good ? 0 : 1;
+    }
+    /// The last line; gives the exit code.
+    int Finish()
+    {
+        m_target.Write(m_bad == 0 ? "good\n" : "bad\n");
+        m_target.Commit();
+        return m_bad == 0 ? EExitOk : EExitBadData;
+    }
+
+private:
+    OutputTarget m_target;
+    unsigned int m_bad = 0;
+};
+
+/// What the library's message says, and then where.
+std::string Reason(const std::string& a_message, const std::string& a_place)
+{
+    return a_message + (a_message.empty() || a_place.empty() ? "" : "; ") + a_place;
+}
+
+/// Why DataSeriesSet::IsValid says no, in the order in which it looks.
+std::string WhyInvalid(const DataSeriesSet& a_set)
+{
+    for (const auto& [series, values] : a_set)
+        if (values.size() != a_set.GetRecordsCount())
+            return "column " + ColumnName(series, false) + " has " + ShownCount(values.size()) +
+                   " values for " + ShownCount(a_set.GetRecordsCount()) + " rows";
+    const IntervalAndMultiplicity interval = a_set.GetIntervalData();
+    if (!interval.IsValid())
+        return "interval " + std::to_string(static_cast<unsigned int>(interval.GetInterval())) +
+               " with multiplicity " + std::to_string(interval.GetMultiplicity()) +
+               " is none; expected 1 (tick) to 8 (year) and a multiplicity "
+               "from 1 to the interval's limit";
+    return interval.IsSingleTick() ? "ticks hold no open, high, low" : "candles need open, high and low";
+}
+
+std::optional<std::string> FindBadColumn(const DataSeriesSet& a_set)
+{
+    const std::pair<ESeriesId, std::vector<double>>* before = nullptr;
+    for (const auto& column : a_set) {
+        if (column.first == Time || column.first == 0)
+            return "series " + std::to_string(column.first) + " can't be a column";
+        if (before != nullptr && column.first <= before->first)
+            return "series " + std::to_string(column.first) + " stands behind " +
+                   std::to_string(before->first);
+        before = &column;
+    }
+    return std::nullopt;
+}
+
+/// The first row that AddData would refuse behind the one before.
+std::optional<std::string> FindEqualTime(const BlockFile& a_block)
+{
+    const auto& times = a_block.set.TimeSeries();
+    for (std::size_t row = 1; row < times.size(); ++row)
+        if (times[row] == times[row - 1])
+            return "row " + std::to_string(row + 1) + " (byte " + std::to_string(a_block.TimePlace(row)) +
+                   ") has the time of the row before, " + ShownTimeWithCounter(times[row]);
+    return std::nullopt;
+}
+
+int CheckBlock(const CheckOptions& a_options, ToolContext& a_context)
+{
+    const BlockFile block = ReadBlockFile(a_options.input, a_context);
+    const DataSeriesSet& set = block.set;
+    Report report(a_context);
+    report.Title(block.name + ": series block, " + FormatInterval(set.GetIntervalData()) + ", " +
+                 ShownCount(set.GetRecordsCount()) + " rows, " + std::to_string(set.SeriesCount()) +
+                 " columns, " + ShownCount(block.size) + " bytes");
+
+    report.Answer("length", !block.endsEarly && block.surplus == 0,
+                  block.endsEarly ? "the block ends early, at byte " + std::to_string(block.size)
+                  : block.surplus > 0
+                      ? "the block ends at byte " + std::to_string(block.size - block.surplus) +
+                            ", the input at " + std::to_string(block.size)
+                      : "");
+    // What was missing reads as zero, about which there is nothing to say.
+    if (block.endsEarly)
+        return report.Finish();
+    const auto badColumn = FindBadColumn(set);
+    report.Answer("order of columns", !badColumn, badColumn.value_or(""));
+    {
+        const LogCollector log;
+        const bool good = set.IsValid();
+        report.Answer("IsValid", good, good ? "" : Reason(log.GetText(), WhyInvalid(set)));
+    }
+    {
+        const LogCollector log;
+        const bool good =
+            VectorTimeTester::CheckIntegrity(set.TimeSeries(), a_options.day ? &*a_options.day : nullptr);
+        const auto place = FindBadTime(block);
+        report.Answer("CheckIntegrity", good && !place, Reason(log.GetText(), place.value_or("")));
+        if (good && !place) {
+            const auto equal = FindEqualTime(block);
+            report.Answer("times strictly rising", !equal, equal.value_or(""));
+        }
+    }
+    return report.Finish();
+}
+
+int CheckText(const CheckOptions& a_options, ToolContext& a_context)
+{
+    const auto source = ByteSource::Open(a_options.input, a_context);
+    RowReader reader(*source, a_options.read, a_context);
+    RowBlock block;
+    std::optional<NDateTime> first;
+    NDateTime last;
+    while (reader.Read(block, S_rowsAtOnce)) {
+        if (!first)
+            first = block.times.front();
+        last = block.times[block.rows - 1];
+    }
+
+    const RowLayout& layout = reader.GetLayout();
+    const RowCounts& counts = reader.GetCounts();
+    std::string columns;
+    for (const ESeriesId series : layout.series)
+        columns += (columns.empty() ? "" : ", ") + ColumnName(series, !layout.interval.IsSingleTick());
+    Report report(a_context);
+    report.Title(source->GetName() + ": text, " + FormatInterval(layout.interval) + ", " +
+                 ShownCount(counts.rows) + " rows" +
+                 (layout.hasSymbols ? " of " + ShownCount(reader.GetSymbols().size()) + " symbols" : "") +
+                 ", columns " + columns);
+    report.Answer("lines", counts.bad == 0, counts.bad == 0 ? "" : ShownCount(counts.bad) + " can't be read");
+    report.Answer("order of times", counts.raised == 0,
+                  counts.raised == 0
+                      ? ""
+                      : ShownCount(counts.raised) + " rows are earlier than the one before; the first is " +
+                            source->GetName() + ":" + std::to_string(counts.firstRaised) + ":1");
+    if (a_options.day && first) {
+        const LogCollector log;
+        const bool good = VectorTimeTester::CheckIntegrity({*first, last}, &*a_options.day);
+        report.Answer(
+            "CheckIntegrity", good,
+            Reason(log.GetText(), "the rows run from " + FormatTime(*first) + " to " + FormatTime(last)));
+    }
+    return report.Finish();
+}
+
+} // namespace
+
+void AddCheckCommand(CLI::App& a_app, ToolContext& a_context)
+{
+    auto options = std::make_shared<CheckOptions>();
+    CLI::App* command =
+        a_app.add_subcommand("check", "Tell whether a file of rows or a series block is sound");
+    command->add_option("file", options->input, "Series block or text file, or - for text on standard input")
+        ->required();
+    command
+        ->add_option_function<std::string>(
+            "--day",
+            [options](const std::string& a_text) {
+                const auto days = ParseDateText(a_text);
+                if (!days)
+                    throw CLI::ValidationError("--day",
+                                               "found \"" + a_text + "\", expected a day as 2024-01-02");
+                const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(*days))};
+                options->day =
+                    NDateTime(static_cast<unsigned long>(static_cast<int>(date.year())),
+                              static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()));
+            },
+            "The rows must begin and end on this day")
+        ->type_name("DAY");
+    AddReadOptions(*command, options->read);
+    command->footer(
+        "Tells whether a series block or a text file of rows is sound, and where the first fault lies. A "
+        "block is judged as\n"
+        "the library judges it (DataSeriesSet::IsValid, VectorTimeTester::CheckIntegrity), its length and "
+        "the order of\n"
+        "its columns beside that; of a text every line must be readable and no time may fall.\n"
+        "Ends with 0 for a sound file and with 3 for any other.\n\n"
+        "Examples:\n"
+        "  kalvento check trades.block --day 2024-01-02\n"
+        "  kalvento check trades.csv && kalvento candles trades.csv --interval 1min\n\n" +
+        ExitCodesHelp());
+    command->callback([options, &a_context] {
+        a_context.exitCode =
+            IsBlockFile(options->input) ? CheckBlock(*options, a_context) : CheckText(*options, a_context);
+    });
+}
+
+} // namespace kalvento::tool

@@ -1,0 +1,61 @@
+#include "kalvento/Interruption.h"
+
+#include "kalvento/ToolContext.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace kalvento::tool {
+
+namespace {
+
+// A handler can reach nothing but globals. Lock-free, so it may be read there.
+std::atomic<int> S_descriptor{-1};
+static_assert(std::atomic<int>::is_always_lock_free);
+
+void HandleSignal(int)
+{
+    const int savedError = errno;
+    const std::uint64_t one = 1;
+    // Nothing can be done in a handler about a write that fails.
+    [[maybe_unused]] const auto written = write(S_descriptor, &one, sizeof one);
+    errno = savedError;
+}
+
+} // namespace
+
+Interruption::Interruption() : m_descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+{
+    if (m_descriptor < 0)
+        throw ToolError(EExitFailure, std::string("can't wait for signals: ") + std::strerror(errno));
+    S_descriptor = m_descriptor;
+    struct sigaction action {};
+    action.sa_handler = HandleSignal;
+    sigaction(SIGINT, &action, &m_oldInterrupt);
+    sigaction(SIGTERM, &action, &m_oldTerminate);
+}
+
+Interruption::~Interruption()
+{
+    sigaction(SIGINT, &m_oldInterrupt, nullptr);
+    sigaction(SIGTERM, &m_oldTerminate, nullptr);
+    S_descriptor = -1;
+    close(m_descriptor);
+}
+
+bool Interruption::IsRaised() const
+{
+    std::uint64_t count = 0;
+    if (read(m_descriptor, &count, sizeof count) != sizeof count)
+        return false;
+    // Stays raised for whoever asks or waits next.
+    [[maybe_unused]] const auto written = write(m_descriptor, &count, sizeof count);
+    return true;
+}
+
+} // namespace kalvento::tool

@@ -1,0 +1,481 @@
+#include "aggregation/AggregatorWrapper.h"
+#include "kalvento/Commands.h"
+#include "kalvento/GrowingSource.h"
+#include "kalvento/Interruption.h"
+#include "kalvento/IntervalNotation.h"
+#include "kalvento/OutputTarget.h"
+#include "kalvento/ReadOptions.h"
+#include "kalvento/RowReader.h"
+#include "kalvento/RowWriter.h"
+#include "kalvento/SeriesNames.h"
+#include "kalvento/TextForms.h"
+#include "kalvento/Tool.h"
+#include "series/Series.h"
+#include "series/Synchronization.h"
+#include "time/DateTimeTools.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kalvento::tool {
+
+namespace {
+
+constexpr std::size_t S_rowsAtOnce = 8192;
+
+enum ELiveFormat : std::uint8_t { ELiveText, ELiveCsv, ELiveJsonl };
+
+struct LiveOptions {
+    ReadOptions read;
+    std::string input;
+    IntervalAndMultiplicity interval;
+    ELiveFormat format = ELiveText;
+    bool follow = true;
+    std::optional<double> idleSeconds;
+    bool stampedWithBegin = true;
+    std::optional<std::uint64_t> history; // how many candles of the present content are printed
+};
+
+/// Prints candles as they change. The three formats carry the same values.
+class ChangeWriter {
+public:
+    ChangeWriter(const std::vector<ESeriesId>& a_series, bool a_symbols, bool a_datesOnly,
+                 ELiveFormat a_format, ToolContext& a_context)
+        : m_target("", a_context), m_format(a_format), m_symbols(a_symbols), m_datesOnly(a_datesOnly)
+    {
+        // The order in which people read a candle, then the rest by number.
+        for (const ESeriesId series : {IntervalOpen, IntervalMax, IntervalMin, Price})
+            if (std::find(a_series.begin(), a_series.end(), series) != a_series.end())
+                m_order.push_back(series);
+        for (const ESeriesId series : a_series)
+            if (std::find(m_order.begin(), m_order.end(), series) == m_order.end())
+                m_order.push_back(series);
+        for (const ESeriesId series : m_order)
+            m_names.push_back(ColumnName(series, true));
+        PrintHeader();
+    }
+
+    void Print(bool a_isNew, const std::string& a_symbol, const Record& a_candle)
+    {
+        switch (m_format) {
+        case ELiveText:
+            PrintText(a_isNew, a_symbol, a_candle);
+            break;
+        case ELiveCsv:
+            PrintCsv(a_isNew, a_symbol, a_candle);
+            break;
+        case ELiveJsonl:
+            PrintJsonl(a_isNew, a_symbol, a_candle);
+            break;
+        }
+        if (m_text.size() > S_flushAt)
+            Hand();
+    }
+
+    /// Lets the reader see what was printed so far.
+    void Flush()
+    {
+        Hand();
+        m_target.Commit();
+    }
+
+private:
+    static constexpr std::size_t S_flushAt = 1 << 16;
+    static constexpr std::size_t S_cell = 12;
+
+    void PrintHeader()
+    {
+        if (m_format == ELiveCsv) {
+            m_text = m_symbols ? "event,time,symbol" : "event,time";
+            for (const std::string& name : m_names)
+                m_text += ',' + name;
+            m_text += '\n';
+        } else if (m_format == ELiveText) {
+            m_text = m_datesOnly ? "         time      " : "         time               ";
+            m_text += m_symbols ? "  symbol    " : "";
+            for (const std::string& name : m_names)
+                Cell(name);
+            m_text += '\n';
+        }
+    }
+
+    void PrintText(bool a_isNew, const std::string& a_symbol, const Record& a_candle)
+    {
+        m_text += a_isNew ? "new      " : "changed  ";
+        m_text += FormatTime(a_candle.GetTime(), m_datesOnly);
+        if (m_symbols) {
+            m_text += "  " + a_symbol;
+            m_text.append(a_symbol.size() < 10 ? 10 - a_symbol.size() : 0, ' ');
+        }
+        for (const ESeriesId series : m_order)
+            Cell(FormatNumber(a_candle.find(series)->second));
+        m_text += '\n';
+    }
+
+    void PrintCsv(bool a_isNew, const std::string& a_symbol, const Record& a_candle)
+    {
+        m_text += a_isNew ? "new," : "changed,";
+        m_text += FormatTime(a_candle.GetTime(), m_datesOnly);
+        if (m_symbols)
+            m_text += ',' + a_symbol;
+        for (const ESeriesId series : m_order)
+            m_text += ',' + FormatNumber(a_candle.find(series)->second);
+        m_text += '\n';
+    }
+
+    void PrintJsonl(bool a_isNew, const std::string& a_symbol, const Record& a_candle)
+    {
+        m_text += a_isNew ? R"({"event":"new","time":")" : R"({"event":"changed","time":")";
+        m_text += FormatTime(a_candle.GetTime(), m_datesOnly, 'T') + '"';
+        if (m_symbols)
+            m_text += R"(,"symbol":)" + JsonText(a_symbol);
+        for (std::size_t place = 0; place < m_order.size(); ++place)
+            m_text += ",\"" + m_names[place] + "\":" + FormatNumber(a_candle.find(m_order[place])->second);
+        m_text += "}\n";
+    }
+
+    void Cell(const std::string& a_text)
+    {
+        m_text.append(2 + (a_text.size() < S_cell ? S_cell - a_text.size() : 0), ' ');
+        m_text += a_text;
+    }
+
+    void Hand()
+    {
+        m_target.Write(m_text);
+        m_text.clear();
+    }
+
+    OutputTarget m_target;
+    ELiveFormat m_format;
+    bool m_symbols;
+    bool m_datesOnly;
+    std::vector<ESeriesId> m_order;
+    std::vector<std::string> m_names;
+    std::string m_text;
+};
+
+/// One instrument of the input with its open candle.
+struct Instrument {
+    std::string symbol;
+    AggregatorWrapper wrapper;
+    NDateTime last; // of the last row taken
+    // Rows of the present content, until they are folded.
+    std::vector<NDateTime> times;
+    DataSeriesSet::Columns columns;
+};
+
+std::set<DSProp> PropertiesOf(const RowLayout& a_layout)
+{
+    std::set<DSProp> properties;
+    for (std::size_t place = 0; place < a_layout.series.size(); ++place) {
+        const ESeriesId series = a_layout.series[place];
+        properties.emplace(series, a_layout.folds[place], VeloTools::Series::DefaultLabel(series),
+                           EPrecisionNone);
+    }
+    return properties;
+}
+
+/// Whether a_left lies in an earlier whole second than a_right.
+bool IsSecondEarlier(const NDateTime& a_left, const NDateTime& a_right)
+{
+    return std::pair(a_left.GetAbsoluteDay(), a_left.GetAbsoluteTime()) <
+           std::pair(a_right.GetAbsoluteDay(), a_right.GetAbsoluteTime());
+}
+
+/// One run of the command.
+class LiveRun {
+public:
+    LiveRun(const LiveOptions& a_options, ToolContext& a_context)
+        : m_options(a_options),
+          m_context(a_context),
+          m_source(GrowingSource::Open(a_options.input, a_context)),
+          m_caughtUp(!m_source->IsFile())
+    {}
+
+    void Run();
+
+private:
+    bool WaitForMore(int a_interruption);
+    void TakeRows(bool a_isLast);
+    void OpenReader();
+    void KeepRow(std::size_t a_row);
+    void FoldPast(Instrument& a_instrument);
+    void FoldRow(std::size_t a_row);
+    void Print(bool a_isNew, Instrument& a_instrument, Record& a_candle);
+    Instrument& InstrumentOf(std::size_t a_row);
+    void Say(const std::string& a_text) const;
+
+    const LiveOptions& m_options;
+    ToolContext& m_context;
+    std::unique_ptr<GrowingSource> m_source;
+    bool m_caughtUp; // the content that was there at the start is folded
+    std::unique_ptr<RowReader> m_reader;
+    std::optional<RowLayout> m_layout;
+    std::set<DSProp> m_properties;
+    std::optional<Record> m_emptyRow;
+    std::optional<ChangeWriter> m_writer;
+    std::vector<std::unique_ptr<Instrument>> m_instruments;
+    RowBlock m_block;
+    bool m_restarted = false;
+    std::uint64_t m_skipped = 0; // rows earlier than the last one, after a restart
+};
+
+void LiveRun::Say(const std::string& a_text) const
+{
+    if (!m_context.quiet)
+        m_context.err << "kalvento: " << m_source->GetName() << ": " << a_text << std::endl;
+}
+
+void LiveRun::Run()
+{
+    if (m_source->StartsLikeBlock())
+        throw ToolError(EExitUsage, m_source->GetName() +
+                                        ": is a binary series block, which doesn't grow; live follows "
+                                        "text, and `kalvento candles` folds blocks");
+    // Without following, the end of a file is the end; a pipe ends when its writer goes.
+    const bool endsAtEnd = !m_options.follow && m_source->IsFile();
+    const Interruption interruption;
+    if (endsAtEnd)
+        m_source->ReleaseLastLine();
+    do
+        TakeRows(endsAtEnd);
+    while (!endsAtEnd && WaitForMore(interruption.GetDescriptor()));
+    if (m_skipped > 0)
+        Say(ShownCount(m_skipped) + " rows were earlier than rows before the restart and left out");
+}
+
+// False when nothing is to come.
+bool LiveRun::WaitForMore(int a_interruption)
+{
+    std::optional<std::chrono::milliseconds> limit;
+    if (m_options.idleSeconds)
+        limit = std::chrono::milliseconds(static_cast<std::int64_t>(*m_options.idleSeconds * 1000.0));
+    switch (const auto event = m_source->Wait(limit, a_interruption)) {
+    case GrowingSource::EWaitMore:
+        return true;
+    case GrowingSource::EWaitCut:
+    case GrowingSource::EWaitReplaced:
+        Say(event == GrowingSource::EWaitCut
+                ? "the file was cut short; reading it again from its start, rows already seen are left out"
+                : "another file bears the name now; going on with its start");
+        m_source->Restart();
+        m_reader.reset();
+        m_restarted = true;
+        return true;
+    case GrowingSource::EWaitEnded:
+        m_source->ReleaseLastLine();
+        TakeRows(true);
+        return false;
+    case GrowingSource::EWaitTimeout:
+    case GrowingSource::EWaitInterrupted:
+        return false;
+    }
+    return false;
+}
+
+// Folds what can be read now. a_isLast: nothing follows, an input without rows is complete.
+void LiveRun::TakeRows(bool a_isLast)
+{
+    if (!m_reader) {
+        // The decimal sign and the like are found from the first rows: a header alone isn't enough yet.
+        if (!a_isLast && m_source->CountLines() < 2)
+            return;
+        if (m_layout && !m_source->HasLine())
+            return;
+        OpenReader();
+    }
+    while (m_reader->Read(m_block, S_rowsAtOnce)) {
+        for (std::size_t row = 0; row < m_block.rows; ++row)
+            m_caughtUp ? FoldRow(row) : KeepRow(row);
+    }
+    if (!m_caughtUp) {
+        m_caughtUp = true;
+        for (const auto& instrument : m_instruments)
+            FoldPast(*instrument);
+    }
+    m_writer->Flush();
+}
+
+void LiveRun::OpenReader()
+{
+    m_reader = std::make_unique<RowReader>(*m_source, m_options.read, m_context);
+    const RowLayout& layout = m_reader->GetLayout();
+    if (m_layout) {
+        if (layout.series != m_layout->series || layout.hasSymbols != m_layout->hasSymbols)
+            throw ToolError(EExitBadData,
+                            m_source->GetName() +
+                                ": the new content has other columns than the one before; start again");
+        return;
+    }
+    if (!layout.interval.IsSingleTick())
+        throw ToolError(EExitUsage, m_source->GetName() + ": holds candles of " +
+                                        FormatInterval(layout.interval) +
+                                        "; live folds ticks, and `kalvento candles` folds candles");
+    m_layout = layout;
+    m_properties = PropertiesOf(layout);
+    m_emptyRow.emplace(m_properties);
+    std::vector<ESeriesId> candle(layout.series);
+    candle.insert(candle.end(), {IntervalOpen, IntervalMax, IntervalMin});
+    std::sort(candle.begin(), candle.end());
+    const bool datesOnly = m_options.stampedWithBegin && m_options.interval.IsEod();
+    m_writer.emplace(candle, layout.hasSymbols, datesOnly, m_options.format, m_context);
+}
+
+Instrument& LiveRun::InstrumentOf(std::size_t a_row)
+{
+    // A reader numbers symbols in the order of their first row, so after a restart the numbers differ.
+    const std::string* symbol =
+        m_layout->hasSymbols ? &m_reader->GetSymbols()[m_block.symbols[a_row]] : nullptr;
+    for (const auto& instrument : m_instruments)
+        if (symbol == nullptr || instrument->symbol == *symbol)
+            return *instrument;
+    DataSeriesSet::Columns columns;
+    for (const ESeriesId series : m_layout->series)
+        columns.emplace_back(series, std::vector<double>());
+    m_instruments.push_back(std::make_unique<Instrument>(
+        Instrument{symbol != nullptr ? *symbol : std::string(),
+                   AggregatorWrapper(m_properties, ELastRecordTime, m_options.interval.GetInterval(),
+                                     static_cast<unsigned short>(m_options.interval.GetMultiplicity())),
+                   NDateTime(),
+                   {},
+                   std::move(columns)}));
+    return *m_instruments.back();
+}
+
+void LiveRun::KeepRow(std::size_t a_row)
+{
+    Instrument& instrument = InstrumentOf(a_row);
+    instrument.last = m_block.times[a_row];
+    instrument.times.push_back(instrument.last);
+    for (std::size_t place = 0; place < instrument.columns.size(); ++place)
+        instrument.columns[place].second.push_back(m_block.columns[place][a_row]);
+}
+
+void LiveRun::FoldPast(Instrument& a_instrument)
+{
+    Synchronization past(EIntervalTick, 1, std::move(a_instrument.times), std::move(a_instrument.columns));
+    if (!a_instrument.wrapper.AgregateSynchro(past))
+        throw ToolError(EExitFailure, m_source->GetName() + ": the rows can't be folded; the log says why");
+    const std::size_t count = past.GetRecordsCount();
+    const std::uint64_t shown = std::min<std::uint64_t>(m_options.history.value_or(count), count);
+    Record candle = past.GetEmptyRecord();
+    for (std::size_t row = count - static_cast<std::size_t>(shown); row < count; ++row) {
+        candle.SetTime(std::as_const(past).TimeSeries()[row]);
+        auto value = candle.begin();
+        for (const auto& [series, values] : std::as_const(past))
+            (value++)->second = values[row];
+        Print(true, a_instrument, candle);
+    }
+}
+
+void LiveRun::FoldRow(std::size_t a_row)
+{
+    Instrument& instrument = InstrumentOf(a_row);
+    NDateTime time = m_block.times[a_row];
+    if (m_restarted) {
+        // A file that was cut and written anew, or copied back, repeats rows that are folded already.
+        if (IsSecondEarlier(time, instrument.last)) {
+            ++m_skipped;
+            return;
+        }
+        DateTimeTools::ShiftTimeIfNeed(instrument.last, time);
+    }
+    instrument.last = time;
+
+    Record row = *m_emptyRow;
+    row.SetTime(time);
+    auto value = row.begin();
+    for (const auto& column : m_block.columns)
+        (value++)->second = column[a_row];
+    bool sameWindow = false;
+    if (!instrument.wrapper.AggregateRecord(row, sameWindow))
+        throw ToolError(EExitFailure, m_source->GetName() + ": a row can't be folded; the log says why");
+    Print(!sameWindow, instrument, row);
+}
+
+void LiveRun::Print(bool a_isNew, Instrument& a_instrument, Record& a_candle)
+{
+    if (m_options.stampedWithBegin && m_options.interval.GetInterval() != EIntervalTick) {
+        NDateTime begin;
+        a_instrument.wrapper.GetWindowLimits(a_candle.GetTime(), &begin, nullptr);
+        a_candle.SetTime(begin);
+    }
+    m_writer->Print(a_isNew, a_instrument.symbol, a_candle);
+}
+
+} // namespace
+
+void AddLiveCommand(CLI::App& a_app, ToolContext& a_context)
+{
+    auto options = std::make_shared<LiveOptions>();
+    CLI::App* command =
+        a_app.add_subcommand("live", "Follow a growing file of ticks and print candles as they change");
+    command->add_option("file", options->input, "File of ticks, or - for standard input")->required();
+    command
+        ->add_option_function<std::string>(
+            "-i,--interval",
+            [options](const std::string& a_text) {
+                std::string reason;
+                const auto interval = ParseInterval(a_text, &reason);
+                if (!interval)
+                    throw CLI::ValidationError("--interval", reason);
+                if (interval->GetMultiplicity() > std::numeric_limits<unsigned short>::max())
+                    throw CLI::ValidationError("--interval", "at most 65535 ticks make a candle");
+                options->interval = *interval;
+            },
+            "Interval of the candles, as 1min, 30s, 100tick")
+        ->type_name("INTERVAL")
+        ->required();
+    command
+        ->add_option_function<std::string>(
+            "-f,--format",
+            [options](const std::string& a_text) {
+                options->format = a_text == "csv" ? ELiveCsv : a_text == "jsonl" ? ELiveJsonl : ELiveText;
+            },
+            "text, csv, or jsonl: one JSON object a line (default: text)")
+        ->check(CLI::IsMember({"text", "csv", "jsonl"}))
+        ->type_name("FORMAT");
+    command
+        ->add_option_function<std::string>(
+            "--stamp",
+            [options](const std::string& a_text) { options->stampedWithBegin = a_text == "begin"; },
+            "Time of a candle: begin of its window, or last: its last row (default: begin; ticks always "
+            "last)")
+        ->check(CLI::IsMember({"begin", "last"}))
+        ->type_name("TIME");
+    command->add_option("--history", options->history,
+                        "Print only so many candles of what the file holds already (default: all)");
+    command->add_flag_callback(
+        "--no-follow", [options] { options->follow = false; }, "End at the end of the file");
+    command->add_option("--idle-exit", options->idleSeconds, "End when nothing has come for so many seconds")
+        ->check(CLI::Range(0, 100000000))
+        ->type_name("SECONDS");
+    AddReadOptions(*command, options->read);
+    command->footer("Folds the ticks that a file holds, keeps its last candle open, and goes on with "
+                    "what is appended to the file (or\n"
+                    "comes through standard input): one line for each change. `changed` replaces the "
+                    "last candle, `new` begins one.\n"
+                    "A half-written last line waits for its end; a file that is cut or replaced is read "
+                    "from its start again.\n"
+                    "Ctrl-C ends.\n\n"
+                    "Examples:\n"
+                    "  kalvento live trades.csv --interval 1min\n"
+                    "  kalvento live trades.csv -i 5min --history 10 --format jsonl\n"
+                    "  feed | kalvento live - --interval 10s --format csv --idle-exit 60\n\n" +
+                    ExitCodesHelp());
+    options->read.growing = true;
+    command->callback([options, &a_context] { LiveRun(*options, a_context).Run(); });
+}
+
+} // namespace kalvento::tool

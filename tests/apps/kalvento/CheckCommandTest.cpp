@@ -1,0 +1,155 @@
+#include "RunToolHere.h"
+#include "series/DataSeriesSet.h"
+#include "time/NDateTime.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <sstream>
+
+using namespace kalvento::tool;
+
+namespace {
+
+NDateTime At(unsigned int a_second, unsigned int a_counter = 0)
+{
+    return {2024, 1, 2, 9, 0, a_second, a_counter};
+}
+
+std::string BlockBytes(EInterval a_interval, unsigned int a_multiplicity, std::vector<NDateTime> a_times,
+                       DataSeriesSet::Columns a_columns)
+{
+    std::ostringstream stream;
+    DataSeriesSet(a_interval, a_multiplicity, std::move(a_times), std::move(a_columns)).Write(stream);
+    return stream.str();
+}
+
+} // namespace
+
+TEST(CheckCommandTest, SaysWhatIsWrongWithABlockAndWhere)
+{
+    const std::vector<NDateTime> rising{At(1), At(1, 1), At(2)};
+    const DataSeriesSet::Columns columns{{Price, {1, 2, 3}}, {Volume, {4, 5, 6}}};
+    const std::string good = BlockBytes(EIntervalTick, 1, rising, columns);
+    std::string badStatus = good;
+    // Version and count of columns, two columns of three values, the count of times; the third time's status.
+    const std::size_t times = 12 + 2 * (12 + 24) + 8;
+    badStatus[times + 2 * 24 + 8] = 1;
+
+    struct Case {
+        const char* name;
+        std::string bytes;
+        int exitCode;
+        const char* text;
+    };
+    const Case cases[] = {
+        {"good", good, EExitOk, "good"},
+        {"empty ticks", BlockBytes(EIntervalTick, 1, {}, {{Price, {}}}), EExitOk, "good"},
+        {"end missing", good.substr(0, good.size() - 1), EExitBadData, "ends early, at byte 171"},
+        {"middle missing", good.substr(0, 40), EExitBadData, "ends early, at byte 40"},
+        {"one byte more", good + "x", EExitBadData, "the block ends at byte 172, the input at 173"},
+        {"falling time", BlockBytes(EIntervalTick, 1, {At(1), At(5), At(2)}, columns), EExitBadData,
+         "row 3 (byte 140): 2024-01-02 09:00:02 comes after 2024-01-02 09:00:05"},
+        {"equal times", BlockBytes(EIntervalTick, 1, {At(1), At(1), At(2)}, columns), EExitBadData,
+         "row 2 (byte 116) has the time of the row before"},
+        {"invalid time", badStatus, EExitBadData, "row 3 (byte 140): the time is not valid"},
+        {"short column", BlockBytes(EIntervalTick, 1, rising, {{Price, {1, 2, 3}}, {Volume, {4}}}),
+         EExitBadData, "Ilość danych w seriach jest różna; column volume has 1 values for 3 rows"},
+        {"no interval", BlockBytes(EIntervalEmpty, 0, rising, columns), EExitBadData,
+         "interval 0 with multiplicity 0"},
+        {"candles without open", BlockBytes(EIntervalMinute, 5, rising, columns), EExitBadData,
+         "candles need open, high and low"},
+        {"ticks with high",
+         BlockBytes(EIntervalTick, 1, rising, {{Price, {1, 2, 3}}, {IntervalMax, {1, 2, 3}}}), EExitBadData,
+         "ticks hold no open, high, low"},
+        {"columns in disorder",
+         BlockBytes(EIntervalTick, 1, rising, {{Volume, {1, 2, 3}}, {Price, {1, 2, 3}}}), EExitBadData,
+         "series 2 stands behind 3"},
+        {"huge count", good.substr(0, 4) + std::string(8, '\xFF') + good.substr(12), EExitBadData, "block"},
+    };
+    for (const Case& block : cases) {
+        SCOPED_TRACE(block.name);
+        const TestFolder folder;
+        const ToolRun run = RunToolHere({"check", folder.Write("rows.block", block.bytes)});
+        EXPECT_EQ(run.exitCode, block.exitCode) << run.out << run.err;
+        EXPECT_NE((run.out + run.err).find(block.text), std::string::npos) << run.out << run.err;
+    }
+}
+
+TEST(CheckCommandTest, NoDamageOfABlockEndsTheTool)
+{
+    const TestFolder folder;
+    const std::string good =
+        BlockBytes(EIntervalTick, 1, {At(1), At(2)}, {{Price, {1, 2}}, {Volume, {4, 5}}});
+    for (std::size_t place = 4; place < good.size(); ++place) {
+        std::string bytes = good;
+        bytes[place] = static_cast<char>(~bytes[place]);
+        const std::string file = folder.Write("rows.block", bytes);
+        for (const char* command : {"check", "show"}) {
+            const ToolRun run = RunToolHere({command, file});
+            ASSERT_TRUE(run.exitCode == EExitOk || run.exitCode == EExitBadData)
+                << command << place << run.err;
+        }
+        const ToolRun cut = RunToolHere({"check", folder.Write("rows.block", good.substr(0, place))});
+        ASSERT_EQ(cut.exitCode, EExitBadData) << place;
+    }
+}
+
+TEST(CheckCommandTest, SaysWhatIsWrongWithATextAndWhere)
+{
+    struct Case {
+        const char* text;
+        std::vector<std::string> options;
+        int exitCode;
+        const char* found;
+    };
+    const char* good = "time,price,volume\n2024-01-02 09:00:01,1,2\n2024-01-02 09:00:01,1,2\n";
+    const Case cases[] = {
+        {good, {}, EExitOk, "2 rows"},
+        {good, {"--day", "2024-01-02"}, EExitOk, "good"},
+        {good, {"--day", "2024-01-03"}, EExitBadData, "pierwsza data nie pokrywa się"},
+        {good, {"--day", "yesterday"}, EExitUsage, "2024-01-02"},
+        {"time,price,volume\n2024-01-02 09:00:01,1,2\n2024-01-02 09:00:01,1,x\n",
+         {},
+         EExitBadData,
+         "rows.csv:3:23"},
+        {"time,price,volume\n2024-01-02 09:00:05,1,2\n2024-01-02 09:00:09,1,2\n2024-01-02 09:00:07,1,2\n"
+         "2024-01-02 09:00:08,1,2\n",
+         {},
+         EExitBadData,
+         "2 rows are earlier than the one before; the first is"},
+        {"time,price,volume\n2024-01-02 09:00:05,1,2\n2024-01-02 09:00:04,1,2\n",
+         {},
+         EExitBadData,
+         "rows.csv:3:1"},
+        {"", {}, EExitBadData, "empty"},
+    };
+    for (const Case& text : cases) {
+        SCOPED_TRACE(text.found);
+        const TestFolder folder;
+        std::vector<std::string> arguments{"check", folder.Write("rows.csv", text.text)};
+        arguments.insert(arguments.end(), text.options.begin(), text.options.end());
+        const ToolRun run = RunToolHere(arguments);
+        EXPECT_EQ(run.exitCode, text.exitCode) << run.out << run.err;
+        EXPECT_NE((run.out + run.err).find(text.found), std::string::npos) << run.out << run.err;
+    }
+    EXPECT_EQ(RunToolHere({"check", "/nowhere/at/all"}).exitCode, EExitNoInput);
+}
+
+TEST(CheckCommandTest, RealTicksAreSound)
+{
+    const std::filesystem::path folder = std::filesystem::path(KALVENTO_SHARED_DATA) / "ticks";
+    if (!std::filesystem::exists(folder))
+        GTEST_SKIP() << "no real market data here";
+    std::size_t files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        SCOPED_TRACE(entry.path().filename().string());
+        std::vector<std::string> arguments{"check", entry.path().string()};
+        if (entry.path().filename().string().starts_with("us_stocks"))
+            arguments.insert(arguments.end(), {"--symbol-column", "symbol"});
+        const ToolRun run = RunToolHere(arguments);
+        EXPECT_EQ(run.exitCode, EExitOk) << run.out << run.err;
+        ++files;
+    }
+    EXPECT_GT(files, 0U);
+}

@@ -1,0 +1,241 @@
+#include "kalvento/SessionGenerator.h"
+
+#include "RunToolHere.h"
+#include "kalvento/BlockFile.h"
+#include "kalvento/ByteSource.h"
+#include "kalvento/ReadOptions.h"
+#include "kalvento/RowReader.h"
+#include "series/Series.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+using namespace kalvento::tool;
+
+namespace {
+
+std::uint64_t HashOf(const std::string& a_bytes)
+{
+    std::uint64_t hash = 0xcbf29ce484222325U;
+    for (const char byte : a_bytes)
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
+    return hash;
+}
+
+std::vector<GeneratedTrade> TradesOf(const GeneratorOptions& a_options)
+{
+    SessionGenerator generator(a_options);
+    std::vector<GeneratedTrade> trades;
+    GeneratedTrade trade;
+    while (generator.Next(trade))
+        trades.push_back(trade);
+    return trades;
+}
+
+} // namespace
+
+// Benchmarks and examples of other machines are compared by seed: these bytes never change.
+TEST(SessionGeneratorTest, ASeedGivesTheSameBytesForEver)
+{
+    const ToolRun run = RunToolHere({"generate", "--rows", "5000", "--sessions", "3", "--seed", "42"});
+    ASSERT_EQ(run.exitCode, EExitOk) << run.err;
+    EXPECT_EQ(HashOf(run.out), 17313132055169582695U);
+    EXPECT_NE(RunToolHere({"generate", "--rows", "5000", "--sessions", "3", "--seed", "43"}).out, run.out);
+}
+
+TEST(SessionGeneratorTest, EverySessionLooksLikeADayOfAnExchange)
+{
+    struct Case {
+        std::uint64_t rows;
+        std::uint32_t sessions;
+        Decimal price;
+        Decimal tick;
+    };
+    const Case cases[] = {{1, 1, {100, 0}, {1, 2}},        {7, 7, {100, 0}, {1, 2}},
+                          {2331, 1, {1351, 2}, {1, 5}},    {30000, 12, {1, 2}, {1, 2}},
+                          {400000, 1, {2450, 0}, {25, 2}}, {10, 3, {999999999, 9}, {1, 9}}};
+    for (const Case& shape : cases) {
+        SCOPED_TRACE(std::to_string(shape.rows) + " rows, " + std::to_string(shape.sessions) + " sessions");
+        GeneratorOptions options;
+        options.rows = shape.rows;
+        options.sessions = shape.sessions;
+        options.startPrice = shape.price;
+        options.tickSize = shape.tick;
+        const auto trades = TradesOf(options);
+        ASSERT_EQ(trades.size(), shape.rows);
+
+        std::set<std::chrono::sys_days> days;
+        std::uint32_t inSecond = 0;
+        for (std::size_t row = 0; row < trades.size(); ++row) {
+            const GeneratedTrade& trade = trades[row];
+            const bool newDay = days.insert(trade.day).second;
+            ASSERT_GE(trade.priceInTicks, 1);
+            ASSERT_GE(trade.volume, 1);
+            ASSERT_LE(std::chrono::weekday(trade.day).iso_encoding(), 5U);
+            ASSERT_GE(trade.second, 9U * 3600);
+            ASSERT_LT(trade.second, 17U * 3600 + 300);
+            // Orders are collected for the closing auction in these ten minutes.
+            ASSERT_FALSE(trade.second >= 16U * 3600 + 50 * 60 && trade.second < 17U * 3600);
+            if (newDay) {
+                ASSERT_EQ(trade.second, 9U * 3600);
+                inSecond = 1;
+                continue;
+            }
+            ASSERT_EQ(trade.day, trades[row - 1].day);
+            ASSERT_GE(trade.second, trades[row - 1].second);
+            inSecond = trade.second == trades[row - 1].second ? inSecond + 1 : 1;
+            ASSERT_LE(inSecond, SessionGenerator::S_maxRowsPerSecond + 1000);
+            if (trade.second >= 17U * 3600 && trades[row - 1].second >= 17U * 3600) {
+                ASSERT_EQ(trade.priceInTicks, trades[row - 1].priceInTicks);
+            }
+        }
+        EXPECT_EQ(days.size(), shape.sessions);
+    }
+}
+
+TEST(SessionGeneratorTest, ACrowdedSessionSpillsIntoTheNextSeconds)
+{
+    GeneratorOptions options;
+    options.rows = 3'000'000;
+    SessionGenerator generator(options);
+    GeneratedTrade trade;
+    std::uint32_t second = 0;
+    std::uint32_t inSecond = 0;
+    std::uint32_t most = 0;
+    std::uint64_t rows = 0;
+    while (generator.Next(trade)) {
+        inSecond = trade.second == second ? inSecond + 1 : 1;
+        second = trade.second;
+        most = std::max(most, inSecond);
+        ++rows;
+    }
+    EXPECT_EQ(rows, options.rows);
+    EXPECT_LE(most, SessionGenerator::S_maxRowsPerSecond + 1000);
+}
+
+TEST(SessionGeneratorTest, OptionsThatMakeNoMarketAreRefused)
+{
+    const auto with = [](auto a_change) {
+        GeneratorOptions options;
+        a_change(options);
+        return options;
+    };
+    const GeneratorOptions bad[] = {
+        with([](GeneratorOptions& a_options) { a_options.rows = 0; }),
+        with([](GeneratorOptions& a_options) { a_options.sessions = 0; }),
+        with([](GeneratorOptions& a_options) {
+            a_options.rows = 4;
+            a_options.sessions = 5;
+        }),
+        with([](GeneratorOptions& a_options) { a_options.rows = SessionGenerator::S_maxRows + 1; }),
+        with([](GeneratorOptions& a_options) { a_options.rows = SessionGenerator::S_maxRowsPerSession + 1; }),
+        with([](GeneratorOptions& a_options) {
+            a_options.tickSize = {0, 2};
+        }),
+        with([](GeneratorOptions& a_options) {
+            a_options.startPrice = {4, 3};
+        }),
+        with([](GeneratorOptions& a_options) {
+            a_options.startPrice = {999'999'999'999'999, 0};
+        }),
+        with([](GeneratorOptions& a_options) {
+            a_options.from = std::chrono::sys_days(std::chrono::year(9999) / 12 / 31);
+        }),
+        with([](GeneratorOptions& a_options) {
+            a_options.from = std::chrono::sys_days(std::chrono::year(1899) / 12 / 29);
+        }),
+    };
+    for (std::size_t place = 0; place < std::size(bad); ++place) {
+        SCOPED_TRACE(place);
+        EXPECT_THROW(SessionGenerator{bad[place]}, std::invalid_argument);
+    }
+}
+
+TEST(SessionGeneratorTest, DecimalsKeepTheirPlaces)
+{
+    struct Case {
+        const char* text;
+        std::int64_t digits;
+        int scale; // -1: refused
+    };
+    const Case cases[] = {{"100", 100, 0},
+                          {"0.05", 5, 2},
+                          {".5", 5, 1},
+                          {"7.", 7, 0},
+                          {"1.20", 120, 2},
+                          {"", 0, -1},
+                          {".", 0, -1},
+                          {"-1", 0, -1},
+                          {"1e3", 0, -1},
+                          {"1.2.3", 0, -1},
+                          {"1,5", 0, -1},
+                          {"0.0000000001", 0, -1},
+                          {"1234567890123456", 0, -1}};
+    for (const Case& shape : cases) {
+        SCOPED_TRACE(shape.text);
+        const auto number = Decimal::Parse(shape.text);
+        ASSERT_EQ(number.has_value(), shape.scale >= 0);
+        if (number) {
+            EXPECT_EQ(number->digits, shape.digits);
+            EXPECT_EQ(static_cast<int>(number->scale), shape.scale);
+        }
+    }
+}
+
+TEST(GenerateCommandTest, BlockHoldsWhatTheTextHolds)
+{
+    const std::vector<std::string> market{"generate", "--rows",      "3000", "--sessions",
+                                          "2",        "--tick-size", "0.05"};
+    auto asBlock = market;
+    asBlock.insert(asBlock.end(), {"--format", "block"});
+    const ToolRun text = RunToolHere(market);
+    const ToolRun block = RunToolHere(asBlock);
+    ASSERT_EQ(block.exitCode, EExitOk) << block.err;
+
+    std::istringstream blockIn(block.out);
+    std::istringstream textIn(text.out);
+    std::ostringstream ignored;
+    ToolContext blockContext{blockIn, ignored, ignored};
+    ToolContext textContext{textIn, ignored, ignored};
+    const BlockFile file = ReadBlockFile("-", blockContext);
+    ASSERT_TRUE(file.set.IsValid());
+    ASSERT_FALSE(file.endsEarly);
+    ASSERT_EQ(file.surplus, 0U);
+
+    const auto source = ByteSource::Open("-", textContext);
+    const ReadOptions options;
+    RowReader reader(*source, options, textContext);
+    RowBlock rows;
+    ASSERT_TRUE(reader.Read(rows, 10000));
+    ASSERT_EQ(rows.rows, file.set.GetRecordsCount());
+    ASSERT_EQ(rows.rows, 3000U);
+    for (std::size_t row = 0; row < rows.rows; ++row) {
+        ASSERT_TRUE(rows.times[row] == file.set.TimeSeries()[row]) << row;
+        ASSERT_EQ(rows.columns[0][row], file.set.find(Price)->second[row]) << row;
+        ASSERT_EQ(rows.columns[1][row], file.set.find(Volume)->second[row]) << row;
+    }
+}
+
+TEST(GenerateCommandTest, ARefusalLeavesNoFile)
+{
+    const TestFolder folder;
+    const std::vector<std::vector<std::string>> refused{
+        {"--rows", "0"},          {"--tick-size", "0"},
+        {"--from", "2024-02-30"}, {"--format", "block", "--symbol", "ABC"},
+        {"--symbol", "A,B"},      {"--sessions", "-1"}};
+    for (const auto& options : refused) {
+        std::vector<std::string> arguments{"generate", "--output", folder.Path("ticks.csv")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        SCOPED_TRACE(options.back());
+        const ToolRun run = RunToolHere(arguments);
+        EXPECT_EQ(run.exitCode, EExitUsage);
+        EXPECT_FALSE(run.err.empty());
+        EXPECT_EQ(folder.CountFiles(), 0U);
+    }
+    EXPECT_EQ(RunToolHere({"generate", "-n", "10", "-o", folder.Path("none/ticks.csv")}).exitCode,
+              EExitFailure);
+}
