@@ -22,7 +22,7 @@ public:
 
     /// Loads the files of that name (without folder and extension). False, with nothing read, where there is none.
     bool LoadState(const std::wstring& a_name);
-    /// Writes the user's file. False where that failed; then the file is as it was.
+    /// Writes the user's file; a damaged one is kept aside first. False where that failed; then the file is as it was.
     bool SaveState(const std::wstring& a_name) const;
 
     ProviderSettings(const ProviderSettings&) = default;

@@ -1,0 +1,3 @@
+#include "modules/AssetsGroupProvider.h"
+
+AssetsGroupProvider::~AssetsGroupProvider() = default;

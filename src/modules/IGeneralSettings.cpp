@@ -1,0 +1,3 @@
+#include "modules/IGeneralSettings.h"
+
+IGeneralSettings::~IGeneralSettings() = default;

@@ -1,0 +1,3 @@
+#include "modules/IIntegrationManager.h"
+
+IIntegrationManager::~IIntegrationManager() = default;

@@ -1,0 +1,3 @@
+#include "modules/IIntegrationManagerMediator.h"
+
+IIntegrationManagerMediator::~IIntegrationManagerMediator() = default;
