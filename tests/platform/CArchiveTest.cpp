@@ -1,0 +1,326 @@
+#include "platform/CArchive.h"
+#include "platform/CArchiveException.h"
+#include "platform/CMemFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+// Serial classes stand in the global namespace, as those of the plug-ins do.
+
+/// A row of a list: a number and the next row, so that objects nest.
+class ArchiveTestRow : public CObject {
+    DECLARE_SERIAL(ArchiveTestRow)
+
+    void Serialize(CArchive& a_archive) override
+    {
+        if (a_archive.IsStoring()) {
+            a_archive << m_number;
+            a_archive.WriteObject(m_next.get());
+        } else {
+            a_archive >> m_number;
+            m_next = a_archive.ReadObject(ArchiveTestRow::GetThisClass());
+        }
+    }
+
+    std::int32_t m_number = 0;
+    std::unique_ptr<CObject> m_next;
+};
+IMPLEMENT_SERIAL(ArchiveTestRow, CObject, 7)
+
+/// A row with one more field.
+class ArchiveTestWideRow : public ArchiveTestRow {
+    DECLARE_SERIAL(ArchiveTestWideRow)
+
+    void Serialize(CArchive& a_archive) override
+    {
+        ArchiveTestRow::Serialize(a_archive);
+        if (a_archive.IsStoring())
+            a_archive << m_weight;
+        else
+            a_archive >> m_weight;
+    }
+
+    double m_weight = 0.0;
+};
+IMPLEMENT_SERIAL(ArchiveTestWideRow, ArchiveTestRow, 1)
+
+namespace {
+
+using Bytes = std::vector<std::byte>;
+
+Bytes FromHex(const std::string& a_hex)
+{
+    Bytes bytes;
+    for (std::size_t place = 0; place + 1 < a_hex.size(); place += 3)
+        bytes.push_back(static_cast<std::byte>(std::stoi(a_hex.substr(place, 2), nullptr, 16)));
+    return bytes;
+}
+
+template<class Action>
+Bytes Store(Action a_action, int a_bufferSize = 4096)
+{
+    CMemFile file;
+    CArchive archive(&file, CArchive::store, a_bufferSize);
+    a_action(archive);
+    archive.Close();
+    return file.Detach();
+}
+
+/// The kind of failure that reading the bytes ends in; none where it ends well.
+template<class Action>
+CArchiveException::Cause CauseOf(const Bytes& a_bytes, Action a_action)
+{
+    CMemFile file(a_bytes);
+    CArchive archive(&file, CArchive::load);
+    try {
+        a_action(archive);
+    } catch (const CArchiveException& failure) {
+        return failure.m_cause;
+    }
+    return CArchiveException::none;
+}
+
+std::unique_ptr<CObject> ReadRow(CArchive& a_archive)
+{
+    return a_archive.ReadObject(ArchiveTestRow::GetThisClass());
+}
+
+/// a_depth rows, one inside of the other.
+std::unique_ptr<CObject> MakeRows(unsigned int a_depth)
+{
+    std::unique_ptr<CObject> row;
+    for (unsigned int made = 0; made < a_depth; ++made) {
+        auto outer = std::make_unique<ArchiveTestRow>();
+        outer->m_number = static_cast<std::int32_t>(a_depth - made);
+        outer->m_next = std::move(row);
+        row = std::move(outer);
+    }
+    return row;
+}
+
+TEST(CArchiveTest, NumbersStandLittleEndianWithoutPadding)
+{
+    const Bytes bytes = Store([](CArchive& a_archive) {
+        a_archive << std::uint8_t{1} << std::uint16_t{0x0203} << std::int32_t{-2} << 0x0102030405060708ULL
+                  << 1.0;
+    });
+    EXPECT_EQ(bytes, FromHex("01 03 02 fe ff ff ff 08 07 06 05 04 03 02 01 00 00 00 00 00 00 f0 3f "));
+}
+
+TEST(CArchiveTest, BuffersOfAnySizeGiveTheSameStream)
+{
+    // Runs below, at and above each buffer size, mixed with single numbers.
+    for (const int storeSize : {1, 2, 7, 8, 4096, 0, -1}) {
+        for (const int loadSize : {1, 3, 8, 4096}) {
+            SCOPED_TRACE(testing::Message() << storeSize << " to " << loadSize);
+            const Bytes bytes = Store(
+                [](CArchive& a_archive) {
+                    for (std::uint8_t run = 0; run < 20; ++run) {
+                        const std::string text(run, static_cast<char>('a' + run));
+                        a_archive << run;
+                        a_archive.Write(text.data(), text.size());
+                        a_archive << std::uint64_t{run};
+                    }
+                },
+                storeSize);
+
+            CMemFile file(bytes);
+            CArchive archive(&file, CArchive::load, loadSize);
+            for (std::uint8_t run = 0; run < 20; ++run) {
+                std::uint8_t size = 0;
+                archive >> size;
+                std::string text(size, '\0');
+                archive.Read(text.data(), text.size());
+                std::uint64_t number = 0;
+                archive >> number;
+                EXPECT_EQ(text, std::string(run, static_cast<char>('a' + run)));
+                EXPECT_EQ(number, run);
+            }
+            EXPECT_EQ(archive.GetBytesLeft(), 0U);
+        }
+    }
+}
+
+TEST(CArchiveTest, AShortReadTakesNothing)
+{
+    const Bytes bytes = FromHex("01 02 03 ");
+    CMemFile file(bytes);
+    CArchive archive(&file, CArchive::load);
+    std::uint32_t tooWide = 99;
+    EXPECT_THROW(archive >> tooWide, CArchiveException);
+    EXPECT_EQ(tooWide, 99U);
+    std::uint16_t fits = 0;
+    archive >> fits;
+    EXPECT_EQ(fits, 0x0201);
+}
+
+TEST(CArchiveTest, WrongDirectionAndClosedArchivesAreRefused)
+{
+    CMemFile file;
+    CArchive storing(&file, CArchive::store);
+    std::uint8_t byte = 0;
+    try {
+        storing >> byte;
+        FAIL();
+    } catch (const CArchiveException& failure) {
+        EXPECT_EQ(failure.m_cause, CArchiveException::writeOnly);
+    }
+    EXPECT_EQ(CauseOf({}, [](CArchive& a_archive) { a_archive << 1; }), CArchiveException::readOnly);
+    EXPECT_EQ(CauseOf(FromHex("01 "),
+                      [&byte](CArchive& a_archive) {
+                          a_archive.Close();
+                          a_archive >> byte;
+                      }),
+              CArchiveException::genericException);
+}
+
+TEST(CArchiveTest, ABorrowedBlockIsNeverWritten)
+{
+    const Bytes block = FromHex("01 02 ");
+    CMemFile file(block);
+    EXPECT_THROW(file.Write("x", 1), std::logic_error);
+    EXPECT_TRUE(file.Detach().empty());
+}
+
+TEST(CArchiveTest, ObjectRecordHasTheseBytes)
+{
+    ArchiveTestRow row;
+    row.m_number = 0x01020304;
+    EXPECT_EQ(Store([&row](CArchive& a_archive) { a_archive.WriteObject(&row); }),
+              FromHex("ff ff 07 00 0e 00 41 72 63 68 69 76 65 54 65 73 74 52 6f 77 04 03 02 01 00 00 "));
+    EXPECT_EQ(Store([](CArchive& a_archive) { a_archive.WriteObject(nullptr); }), FromHex("00 00 "));
+}
+
+TEST(CArchiveTest, ObjectsComeBackAsTheirOwnClass)
+{
+    ArchiveTestWideRow outer;
+    outer.m_number = 1;
+    outer.m_weight = 2.5;
+    outer.m_next = MakeRows(2);
+    const Bytes bytes = Store([&outer](CArchive& a_archive) { a_archive.WriteObject(&outer); });
+
+    CMemFile file(bytes);
+    CArchive archive(&file, CArchive::load);
+    const std::unique_ptr<CObject> read = archive.ReadObject(ArchiveTestRow::GetThisClass());
+    ASSERT_EQ(read->GetRuntimeClass(), ArchiveTestWideRow::GetThisClass());
+    EXPECT_EQ(static_cast<const ArchiveTestWideRow&>(*read).m_weight, 2.5);
+    // What was read writes the same bytes again.
+    EXPECT_EQ(Store([&read](CArchive& a_archive) { a_archive.WriteObject(read.get()); }), bytes);
+}
+
+TEST(CArchiveTest, ARecordCutAtAnyByteIsRefused)
+{
+    const auto rows = MakeRows(3);
+    const Bytes bytes = Store([&rows](CArchive& a_archive) { a_archive.WriteObject(rows.get()); });
+    for (std::size_t length = 0; length < bytes.size(); ++length) {
+        SCOPED_TRACE(length);
+        EXPECT_EQ(CauseOf(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length)), ReadRow),
+                  CArchiveException::endOfFile);
+    }
+}
+
+TEST(CArchiveTest, RecordsThatNobodyKnowsAreRefused)
+{
+    struct Case {
+        const char* what;
+        const char* bytes;
+        CArchiveException::Cause cause;
+    };
+    const Case cases[] = {
+        {"another tag", "01 80 07 00 ", CArchiveException::badIndex},
+        {"no name", "ff ff 07 00 00 00 ", CArchiveException::badClass},
+        {"unknown class", "ff ff 07 00 01 00 58 ", CArchiveException::badClass},
+        {"a class that doesn't travel", "ff ff ff ff 07 00 43 4f 62 6a 65 63 74 ",
+         CArchiveException::badClass},
+        {"newer schema", "ff ff 08 00 0e 00 41 72 63 68 69 76 65 54 65 73 74 52 6f 77 04 03 02 01 00 00 ",
+         CArchiveException::badSchema},
+        {"name longer than the rest", "ff ff 07 00 ff ff 41 72 ", CArchiveException::endOfFile},
+    };
+    for (const Case& testCase : cases) {
+        SCOPED_TRACE(testCase.what);
+        EXPECT_EQ(CauseOf(FromHex(testCase.bytes), ReadRow), testCase.cause);
+    }
+    // Known, but not what the reader asked for.
+    const Bytes bytes =
+        Store([](CArchive& a_archive) { a_archive.WriteObject(std::make_unique<ArchiveTestRow>().get()); });
+    EXPECT_EQ(
+        CauseOf(bytes, [](CArchive& a_archive) { a_archive.ReadObject(ArchiveTestWideRow::GetThisClass()); }),
+        CArchiveException::badClass);
+}
+
+TEST(CArchiveTest, NestingEndsAtTheLimit)
+{
+    const auto deepest = MakeRows(CArchive::S_deepestObject);
+    const Bytes accepted = Store([&deepest](CArchive& a_archive) { a_archive.WriteObject(deepest.get()); });
+    EXPECT_EQ(CauseOf(accepted, ReadRow), CArchiveException::none);
+    const auto tooDeep = MakeRows(CArchive::S_deepestObject + 1);
+    const Bytes refused = Store([&tooDeep](CArchive& a_archive) { a_archive.WriteObject(tooDeep.get()); });
+    EXPECT_EQ(CauseOf(refused, ReadRow), CArchiveException::badIndex);
+    // The limit counts levels, not objects: the archive goes on afterwards.
+    Bytes twice = accepted;
+    twice.insert(twice.end(), accepted.begin(), accepted.end());
+    EXPECT_EQ(CauseOf(twice,
+                      [](CArchive& a_archive) {
+                          ReadRow(a_archive);
+                          ReadRow(a_archive);
+                      }),
+              CArchiveException::none);
+}
+
+TEST(CArchiveTest, LengthOfATextHasTheseBytes)
+{
+    struct Case {
+        std::uint64_t length;
+        const char* narrow;
+    };
+    const Case cases[] = {
+        {0, "00 "},
+        {0xFE, "fe "},
+        {0xFF, "ff ff 00 "},
+        {0xFFFD, "ff fd ff "},
+        {0xFFFE, "ff ff ff fe ff 00 00 "}, // not in 16 bits: there it says that the text is wide
+        {0xFFFF, "ff ff ff ff ff 00 00 "},
+        {0xFFFFFFFE, "ff ff ff fe ff ff ff "},
+        {0xFFFFFFFF, "ff ff ff ff ff ff ff ff ff ff ff 00 00 00 00 "},
+    };
+    for (const Case& testCase : cases) {
+        SCOPED_TRACE(testCase.length);
+        EXPECT_EQ(
+            Store([&](CArchive& a_archive) { AfxWriteStringLength(a_archive, testCase.length, false); }),
+            FromHex(testCase.narrow));
+        EXPECT_EQ(Store([&](CArchive& a_archive) { AfxWriteStringLength(a_archive, testCase.length, true); }),
+                  FromHex(std::string("ff fe ff ") + testCase.narrow));
+    }
+}
+
+TEST(CArchiveTest, LengthOfATextIsReadAsItWasWrittenAndNeverBeyondTheRest)
+{
+    for (const std::uint64_t length : {0U, 1U, 254U, 255U, 256U, 0xFFFDU, 0xFFFEU, 0xFFFFU, 0x10000U}) {
+        for (const bool wide : {false, true}) {
+            SCOPED_TRACE(testing::Message() << length << ' ' << wide);
+            Bytes bytes = Store([&](CArchive& a_archive) { AfxWriteStringLength(a_archive, length, wide); });
+            bytes.resize(bytes.size() + length * (wide ? 2 : 1));
+            const auto read = [&](CArchive& a_archive) {
+                int characterSize = 0;
+                EXPECT_EQ(AfxReadStringLength(a_archive, characterSize), length);
+                EXPECT_EQ(characterSize, wide ? 2 : 1);
+            };
+            EXPECT_EQ(CauseOf(bytes, read), CArchiveException::none);
+            if (length > 0) {
+                bytes.pop_back();
+                EXPECT_EQ(CauseOf(bytes, read), CArchiveException::badIndex);
+            }
+        }
+    }
+    int characterSize = 0;
+    EXPECT_EQ(CauseOf(FromHex("ff fe ff ff fe ff 01 41 41 "),
+                      [&](CArchive& a_archive) { AfxReadStringLength(a_archive, characterSize); }),
+              CArchiveException::badIndex);
+}
+
+} // namespace
