@@ -1,0 +1,301 @@
+#include "series/SettableVariables.h"
+#include "series/CurrentState.h"
+#include "series/Offers.h"
+#include "series/Series.h"
+
+#include "SeriesTestTools.h"
+#include "platform/CodePage.h"
+#include "time/KalventoException.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <optional>
+#include <random>
+
+namespace {
+
+using kalvento::tests::At;
+using kalvento::tests::RaisedText;
+
+const std::set<ESeriesId> S_ids{Price, Volume, Reference, Bid1};
+
+/// The rules, told once more without states in the middle of a container: what is known, and what of it is new.
+struct PlainVariables {
+    struct Value {
+        double number = 0.0;
+        bool isKnown = false;
+        bool isNew = false;
+    };
+    std::map<ESeriesId, Value> values;
+
+    void Set(ESeriesId a_id, double a_number)
+    {
+        if (values.contains(a_id))
+            values[a_id] = {a_number, true, true};
+    }
+    void SetIfChanged(ESeriesId a_id, double a_number)
+    {
+        if (values.contains(a_id) && (!values[a_id].isKnown || values[a_id].number != a_number))
+            Set(a_id, a_number);
+    }
+    void Forget(ESeriesId a_id)
+    {
+        if (values.contains(a_id))
+            values[a_id].isKnown = values[a_id].isNew = false;
+    }
+    void Seen()
+    {
+        for (auto& [id, value] : values)
+            value.isNew = false;
+    }
+    void Merge(const PlainVariables& a_later)
+    {
+        for (const auto& [id, later] : a_later.values) {
+            if (!later.isKnown)
+                Forget(id);
+            else if (later.isNew)
+                Set(id, later.number);
+        }
+    }
+};
+
+void ExpectSame(const PlainVariables& a_plain, const SettableVariables& a_variables)
+{
+    ASSERT_EQ(a_variables.SeriesCount(), a_plain.values.size());
+    auto plain = a_plain.values.begin();
+    for (const auto& [id, value] : a_variables) {
+        SCOPED_TRACE(id);
+        EXPECT_EQ(id, plain->first);
+        EXPECT_EQ(value.value, plain->second.number);
+        EXPECT_EQ(value.state, plain->second.isKnown ? (plain->second.isNew ? 1 : 2) : 0);
+        ++plain;
+    }
+}
+
+TEST(SettableVariablesTest, AnyRunOfCallsFollowsThePlainRules)
+{
+    std::mt19937 random(20210304);
+    const std::set<ESeriesId> shapes[] = {S_ids, {Price, Reference, Ask1}};
+    SettableVariables variables[] = {SettableVariables(shapes[0]), SettableVariables(shapes[1])};
+    PlainVariables plain[2];
+    for (std::size_t side = 0; side < 2; ++side)
+        for (const ESeriesId id : shapes[side])
+            plain[side].values[id];
+
+    const ESeriesId ids[] = {Price, Volume, Reference, Bid1, Ask1, Open};
+    const double numbers[] = {0.0, -0.0, 1.0, 2.0};
+    for (int step = 0; step < 20000; ++step) {
+        const std::size_t side = random() % 2;
+        const ESeriesId id = ids[random() % 6];
+        const double number = numbers[random() % 4];
+        switch (random() % 12) {
+        case 0:
+        case 1:
+        case 2:
+            variables[side].SetData(id, number);
+            plain[side].Set(id, number);
+            break;
+        case 3:
+        case 4:
+        case 5:
+        case 6:
+            variables[side].SetDataIfChanged(id, number);
+            plain[side].SetIfChanged(id, number);
+            break;
+        case 7:
+        case 8:
+            variables[side].ResetDataSeries(id);
+            plain[side].Forget(id);
+            break;
+        case 9:
+            variables[side].ClearUsageChangedValue();
+            plain[side].Seen();
+            break;
+        case 10:
+            variables[side].MergeChangesValues(variables[1 - side]);
+            plain[side].Merge(plain[1 - side]);
+            break;
+        default:
+            if (random() % 10 == 0) {
+                variables[side].ResetAllSeries();
+                for (const ESeriesId held : shapes[side])
+                    plain[side].Forget(held);
+            }
+        }
+        SCOPED_TRACE(step);
+        ExpectSame(plain[side], variables[side]);
+        if (testing::Test::HasFailure())
+            return;
+    }
+}
+
+TEST(SettableVariablesTest, ASnapshotMergedOnceMoreChangesNothing)
+{
+    SettableVariables snapshot(S_ids);
+    snapshot.SetData(Price, 10.0);
+    snapshot.SetData(Volume, 5.0);
+    snapshot.SetTime(At(9, 0));
+    snapshot.ClearUsageChangedValue();
+    snapshot.SetData(Price, 11.0);
+    snapshot.ResetDataSeries(Reference);
+
+    SettableVariables target(S_ids);
+    target.SetData(Volume, 7.0);
+    target.SetData(Reference, 3.0);
+    target.MergeChangesValues(snapshot);
+    const SettableVariables once = target;
+    target.MergeChangesValues(snapshot);
+    EXPECT_EQ(target.find(Price)->second.value, 11.0);
+    EXPECT_EQ(target.find(Volume)->second.value, 7.0) << "what the snapshot merely still knows is left alone";
+    EXPECT_FALSE(target.find(Reference)->second.IsSet());
+    EXPECT_FALSE(target.TimeFieldIsSet()) << "an unchanged time is not handed on";
+    for (auto left = once.begin(), right = static_cast<const SettableVariables&>(target).begin();
+         left != once.end(); ++left, ++right) {
+        EXPECT_EQ(left->second.value, right->second.value);
+        EXPECT_EQ(left->second.state, right->second.state);
+    }
+}
+
+TEST(SettableVariablesTest, TheTimeIsMergedLikeASeries)
+{
+    for (const int state : {0, 1, 2}) {
+        SCOPED_TRACE(state);
+        SettableVariables later(S_ids);
+        if (state != 0)
+            later.SetTime(At(10, 0));
+        if (state == 2)
+            later.ClearUsageChangedValue();
+        later.SetGeneratedTime(At(11, 0));
+
+        SettableVariables target(S_ids);
+        target.SetTime(At(9, 0));
+        target.ClearUsageChangedValue();
+        target.MergeChangesValues(later);
+        EXPECT_EQ(target.GetTime().state, state);
+        EXPECT_EQ(target.GetTime().value, state == 1 ? At(10, 0) : At(9, 0));
+        EXPECT_TRUE(target.GetGeneratedTime().IsEmpty());
+    }
+}
+
+TEST(SettableVariablesTest, ANotANumberAlwaysCountsAsAChange)
+{
+    SettableVariables variables(S_ids);
+    variables.SetData(Price, std::nan(""));
+    variables.ClearUsageChangedValue();
+    variables.SetDataIfChanged(Price, std::nan(""));
+    EXPECT_EQ(variables.find(Price)->second.state, 1);
+}
+
+TEST(SettableVariablesTest, SetOrChangedMeansKnown)
+{
+    SettableVariables variables(S_ids);
+    variables.SetTime(At(9, 0));
+    EXPECT_FALSE(variables.IsAnyDataSeriesSetOrChanged());
+    EXPECT_TRUE(variables.IsAnySeriesSetOrChanged());
+    variables.ResetAllSeries();
+    EXPECT_FALSE(variables.IsAnySeriesSetOrChanged());
+    EXPECT_EQ(variables.GetTime().value, At(9, 0)) << "a reset keeps the value";
+    variables.SetData(Price, 0.0);
+    variables.ClearUsageChangedValue();
+    EXPECT_TRUE(variables.IsAnyDataSeriesSetOrChanged());
+}
+
+TEST(SettableVariablesTest, ValidityAsksForASeriesAndABearableTime)
+{
+    SettableVariables variables(S_ids);
+    EXPECT_TRUE(variables.IsValid()) << "nothing needs to be set";
+    variables.SetData(Price, 1.0);
+    variables.SetTime(NDateTime(2021, 2, 30));
+    EXPECT_FALSE(variables.IsValid());
+    variables.ResetAllSeries();
+    EXPECT_TRUE(variables.IsValid()) << "a time that isn't set doesn't count";
+    variables.SetGeneratedTime(At(9, 0));
+    variables.Clear();
+    EXPECT_FALSE(variables.IsValid());
+    EXPECT_EQ(variables.GetGeneratedTime(), At(9, 0));
+    variables.SetData(Price, 1.0);
+    EXPECT_EQ(variables.SeriesCount(), 0U);
+}
+
+TEST(SettableVariablesTest, AnEmptySetIsRefusedByTheLibrarysOwnException)
+{
+    const std::string text = RaisedText<KalventoException>([] { CurrentState state{std::set<DSProp>()}; });
+    EXPECT_NE(text.find("SettableVariables::SettableVariables\t"), std::string::npos);
+    EXPECT_NE(text.find("zbiór serii jest pusty: a_series"_cp1250), std::string::npos);
+    EXPECT_THROW(Offers{std::set<ESeriesId>()}, KalventoException);
+}
+
+TEST(SettableVariablesTest, IndicatorsShareAnIdentifierAndTheFirstIsMeant)
+{
+    CurrentState state(std::set<DSProp>{DSProp(Indicator, EAggrTypeLast, L"b", EPrecision2),
+                                        DSProp(Indicator, EAggrTypeLast, L"a", EPrecision2), DSProp(Price)});
+    ASSERT_EQ(state.SeriesCount(), 3U);
+    state.SetData(Indicator, 4.0);
+    EXPECT_EQ(state.begin()->first, Price);
+    EXPECT_EQ((state.begin() + 1)->second.value, 4.0);
+    EXPECT_FALSE((state.begin() + 2)->second.IsSet());
+}
+
+TEST(OffersTest, EachSetterFillsItsOwnLine)
+{
+    struct Case {
+        const char* name;
+        void (Offers::*set)(const std::vector<double>&);
+        unsigned int first;
+    };
+    const Case cases[] = {
+        {"buy", &Offers::SetBuyIfChanged, 20},          {"sell", &Offers::SetSellIfChanged, 25},
+        {"buy volumes", &Offers::SetQBuyIfChanged, 30}, {"sell volumes", &Offers::SetQSellIfChanged, 35},
+        {"buy orders", &Offers::SetNBuyIfChanged, 40},  {"sell orders", &Offers::SetNSellIfChanged, 45},
+    };
+    for (const Case& testCase : cases) {
+        SCOPED_TRACE(testCase.name);
+        Offers offers;
+        (offers.*testCase.set)({1, 2, 3, 4, 5, 6, 7});
+        for (const auto& [id, value] : offers) {
+            const bool isOfLine = id >= testCase.first && id < testCase.first + 5;
+            EXPECT_EQ(value.state, isOfLine ? 1 : 0) << id;
+            EXPECT_EQ(value.value, isOfLine ? id - testCase.first + 1.0 : 0.0) << id;
+        }
+        offers.ClearUsageChangedValue();
+        (offers.*testCase.set)({1, 9});
+        const auto first = offers.find(static_cast<ESeriesId>(testCase.first));
+        EXPECT_EQ(first->second.state, 2) << "an equal value is no change";
+        EXPECT_EQ((first + 1)->second.value, 9.0);
+        EXPECT_EQ((first + 2)->second.value, 3.0) << "deeper levels keep what they held";
+    }
+}
+
+TEST(OffersTest, LevelsThatAreNotHeldAreSkipped)
+{
+    Offers offers(std::set<ESeriesId>{Bid2});
+    offers.SetBuyIfChanged({1.0, 2.0, 3.0});
+    offers.SetQSellIfChanged({1.0});
+    ASSERT_EQ(offers.SeriesCount(), 1U);
+    EXPECT_EQ(offers.begin()->second.value, 2.0);
+}
+
+TEST(OffersTest, SeriesAndTheirDefaultsCoverTheBook)
+{
+    ASSERT_EQ(Offers::Series.size(), 30U);
+    ASSERT_EQ(Offers::DefaultDSProp.size(), 30U);
+    auto property = Offers::DefaultDSProp.begin();
+    for (const ESeriesId id : Offers::Series) {
+        SCOPED_TRACE(id);
+        EXPECT_TRUE(VeloTools::Series::CheckIfCSorOffersContainsGivenSeries(std::set<ESeriesId>(), id));
+        // The defaults of the book are those of the series one by one.
+        EXPECT_EQ(property->GetSeriesID(), id);
+        EXPECT_EQ(property->GetAggrType(), DSProp(id).GetAggrType());
+        EXPECT_EQ(property->GetLabel(), DSProp(id).GetLabel());
+        EXPECT_EQ(property->GetMinPrecision(), DSProp(id).GetMinPrecision());
+        EXPECT_EQ(property->GetMaxPrecision(), DSProp(id).GetMaxPrecision());
+        ++property;
+    }
+    EXPECT_EQ(*Offers::Series.begin(), Bid1);
+    EXPECT_EQ(*Offers::Series.rbegin(), AskOrders5);
+}
+
+} // namespace
