@@ -37,8 +37,8 @@ public:
     /// the mediator must be set; a name that the host doesn't know leaves the provider null.
     explicit Asset(const Settings& a_settings);
     /// Reads what Serialize gave. The host looks the provider up as above. What is not an object with the five texts
-    /// raises the exception of the JSON library: boost::system::system_error where something is not an object or not
-    /// a text, std::out_of_range where a key is missing.
+    /// raises the exception of the JSON library: std::invalid_argument, "not an object" or "not a string", or
+    /// std::out_of_range where a key is missing.
     explicit Asset(const boost::json::value& a_json);
     Asset(const Asset& a_other);
     Asset(Asset&& a_other) noexcept;
