@@ -124,7 +124,7 @@ ESeriesId GenerateId(std::wstring_view a_name)
 {
     NameHash hash;
     for (const wchar_t character : a_name) {
-        const auto codePoint = static_cast<std::uint32_t>(character);
+        const auto codePoint = static_cast<char32_t>(character);
         if (codePoint < 0x10000U) {
             hash.AddUnit(codePoint);
         } else {
