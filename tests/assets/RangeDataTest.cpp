@@ -1,0 +1,152 @@
+#include "assets/RangeData.h"
+
+#include "settings/Settings.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+const NDateTime S_first(2021, 3, 1);
+const NDateTime S_second(2021, 3, 2);
+
+NDateTime Invalid()
+{
+    return {2021, 2, 30};
+}
+
+// Exact, where operator== of the time lets half a second pass.
+bool Same(const NDateTime& a_left, const NDateTime& a_right)
+{
+    return a_left.ToDouble() == a_right.ToDouble() && a_left.GetMilliSec() == a_right.GetMilliSec() &&
+           a_left.IsValid() == a_right.IsValid();
+}
+
+} // namespace
+
+TEST(RangeDataTest, DefaultReachesFromTheZeroTimeToTheEndOfTime)
+{
+    const RangeData range;
+    EXPECT_TRUE(Same(range.GetDates().from, NDateTime::Empty()));
+    EXPECT_TRUE(Same(range.GetDates().to, NDateTime(2099, 12, 31)));
+    EXPECT_TRUE(range.Validate());
+}
+
+TEST(RangeDataTest, ConstructorsKeepHoursAndWrongOrder)
+{
+    const NDateTime afternoon(2021, 3, 1, 14, 0, 0, 0);
+    const NDateTime morning(2021, 3, 1, 9, 0, 0, 0);
+    RangeData range(afternoon, morning);
+    EXPECT_TRUE(Same(range.GetDates().from, afternoon));
+    EXPECT_TRUE(Same(range.GetDates().to, morning));
+    EXPECT_FALSE(range.Validate());
+
+    ASSERT_TRUE(range.SetDates(afternoon, morning));
+    EXPECT_TRUE(Same(range.GetDates().from, S_first));
+    EXPECT_TRUE(Same(range.GetDates().to, S_first));
+    EXPECT_TRUE(range.Validate());
+}
+
+TEST(RangeDataTest, RefusedDatesChangeNothing)
+{
+    struct Case {
+        const char* what;
+        bool (*set)(RangeData&);
+    };
+    const std::vector<Case> cases = {
+        {"beginning after the end", [](RangeData& a_range) { return a_range.SetDates(S_second, S_first); }},
+        {"invalid beginning", [](RangeData& a_range) { return a_range.SetDates(Invalid(), S_second); }},
+        {"invalid end", [](RangeData& a_range) { return a_range.SetDates(S_first, Invalid()); }},
+        {"both invalid", [](RangeData& a_range) { return a_range.SetDates(Invalid(), Invalid()); }},
+        {"later beginning", [](RangeData& a_range) { return a_range.SetDateFrom(NDateTime(2021, 3, 6)); }},
+        {"earlier end", [](RangeData& a_range) { return a_range.SetDateTo(NDateTime(2021, 2, 27)); }},
+        {"invalid beginning alone", [](RangeData& a_range) { return a_range.SetDateFrom(Invalid()); }},
+        {"invalid end alone", [](RangeData& a_range) { return a_range.SetDateTo(Invalid()); }},
+    };
+    const NDateTime from(2021, 2, 28, 12, 0, 0, 0);
+    const NDateTime to(2021, 3, 5, 12, 0, 0, 7);
+    for (const auto& refused : cases) {
+        SCOPED_TRACE(refused.what);
+        RangeData range(from, to);
+        EXPECT_FALSE(refused.set(range));
+        EXPECT_TRUE(Same(range.GetDates().from, from));
+        EXPECT_TRUE(Same(range.GetDates().to, to));
+    }
+}
+
+TEST(RangeDataTest, BothEndsMayFallOnOneDay)
+{
+    RangeData range(S_first, S_second);
+    ASSERT_TRUE(range.SetDateFrom(NDateTime(2021, 3, 2, 23, 59, 59, 0)));
+    EXPECT_TRUE(Same(range.GetDates().from, S_second));
+    EXPECT_TRUE(range.SetDateTo(S_second));
+    EXPECT_TRUE(range.Validate());
+}
+
+// Whatever is set, a valid range stays one, made of whole days.
+TEST(RangeDataTest, SettersKeepARangeValid)
+{
+    std::mt19937 random(20210301);
+    std::uniform_int_distribution<unsigned int> day(0, 31);
+    std::uniform_int_distribution<unsigned int> hour(0, 23);
+    std::uniform_int_distribution<int> operation(0, 2);
+    RangeData range(S_first, S_second);
+    for (int step = 0; step < 2000; ++step) {
+        const NDateTime one(2021, 3, day(random), hour(random), 0, 0, 0);
+        const NDateTime other(2021, 3, day(random), hour(random), 0, 0, 0);
+        switch (operation(random)) {
+        case 0:
+            range.SetDates(one, other);
+            break;
+        case 1:
+            range.SetDateFrom(one);
+            break;
+        default:
+            range.SetDateTo(other);
+        }
+        ASSERT_TRUE(range.Validate()) << step;
+        ASSERT_EQ(range.GetDates().from.GetAbsoluteTime(), 0U) << step;
+        ASSERT_EQ(range.GetDates().to.GetAbsoluteTime(), 0U) << step;
+    }
+}
+
+// A day lies in the narrowed range exactly if it lies in both.
+TEST(RangeDataTest, NarrowingGivesTheCommonDays)
+{
+    const auto holds = [](const RangeData& a_range, const NDateTime& a_day) {
+        return a_range.GetDates().from <= a_day && a_day <= a_range.GetDates().to;
+    };
+    for (unsigned int from = 1; from <= 6; ++from) {
+        for (unsigned int to = from; to <= 6; ++to) {
+            const RangeData mine(NDateTime(2021, 3, 3), NDateTime(2021, 3, 4));
+            const RangeData other(NDateTime(2021, 3, from), NDateTime(2021, 3, to));
+            RangeData narrowed = other;
+            mine.GetMinRangeData(narrowed);
+            bool anyDay = false;
+            for (unsigned int day = 1; day <= 6; ++day) {
+                const NDateTime date(2021, 3, day);
+                EXPECT_EQ(holds(narrowed, date), holds(mine, date) && holds(other, date))
+                    << from << '-' << to << ": " << day;
+                anyDay = anyDay || holds(narrowed, date);
+            }
+            EXPECT_EQ(narrowed.Validate(), anyDay) << from << '-' << to;
+        }
+    }
+}
+
+TEST(RangeDataTest, StoredFormKeepsHoursAndCounters)
+{
+    const RangeData written(NDateTime(2021, 3, 1, 14, 30, 5, 65535), NDateTime(2021, 3, 1, 9, 0, 0, 12));
+    Settings settings;
+    written.SerializeState(settings);
+    EXPECT_EQ(static_cast<unsigned int>(settings["From"]["Millisecond"]), 65535U);
+    EXPECT_EQ(static_cast<int>(static_cast<double>(settings["To"]["DateTime"])), 44256);
+
+    const RangeData read(settings);
+    EXPECT_TRUE(read.GetDates().from == written.GetDates().from);
+    EXPECT_TRUE(read.GetDates().to == written.GetDates().to);
+    EXPECT_EQ(read.Validate(), written.Validate());
+}

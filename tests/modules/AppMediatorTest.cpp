@@ -1,0 +1,68 @@
+#include "modules/IAppMediator.h"
+
+#include "TemporaryFolder.h"
+#include "dragdrop/DragDropManager.h"
+#include "platform/WidePath.h"
+#include "support/TestMediator.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+TEST(AppMediatorTest, StopWorkEndsWhatWasToBeKept)
+{
+    const TemporaryFolder folder;
+    TestMediator mediator;
+    std::vector<std::ifstream> pipes;
+    for (const char* name : {"first", "second"}) {
+        const auto pipe = folder / name;
+        ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+        ASSERT_TRUE(
+            mediator.OpenProcess(L"sh", L"-c \"exec sleep 1000 > " + WidePath::ToWide(pipe) + L"\"", true));
+        pipes.emplace_back(pipe); // opens once the program runs
+    }
+    mediator.StopWork();
+    // The end of a pipe tells that its program is gone.
+    for (auto& pipe : pipes)
+        EXPECT_EQ(pipe.get(), std::ifstream::traits_type::eof());
+    // Forgotten, so a second end of work finds nothing.
+    mediator.StopWork();
+}
+
+TEST(AppMediatorTest, StopWorkSparesWhatWasLetGo)
+{
+    const TemporaryFolder folder;
+    const auto pipe = folder / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    TestMediator mediator;
+    const std::wstring path = WidePath::ToWide(pipe);
+    ASSERT_TRUE(
+        mediator.OpenProcess(L"sh", L"-c \"read line < " + path + L"; echo $line > " + path + L"\"", false));
+    mediator.StopWork();
+    std::ofstream(pipe) << "alive\n";
+    std::string line;
+    std::ifstream(pipe) >> line;
+    EXPECT_EQ(line, "alive");
+}
+
+TEST(AppMediatorTest, AProgramThatIsNotThereIsNotOpened)
+{
+    TestMediator mediator;
+    EXPECT_FALSE(mediator.OpenProcess(L"/nie/ma/takiego", L"", true));
+    mediator.StopWork();
+}
+
+TEST(AppMediatorTest, NoDragRunsAtFirst)
+{
+    const TestMediator mediator;
+    ASSERT_NE(mediator.GetDragDropMgr(), nullptr);
+    EXPECT_FALSE(mediator.GetDragDropMgr()->IsDropInProgress());
+    bool seenElsewhere = true;
+    std::thread([&] { seenElsewhere = mediator.IsDroppingInProgress(); }).join();
+    EXPECT_FALSE(seenElsewhere);
+}

@@ -1,0 +1,174 @@
+#include "modules/PluginBase.h"
+
+#include "modules/IAppMediator.h"
+#include "platform/CodePage.h"
+#include "platform/ThreadId.h"
+#include "support/TestMediator.h"
+#include "time/KalventoException.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+class PlainModule : public PluginBase {
+public:
+    explicit PlainModule(unsigned int a_kind = 1)
+        : PluginBase(static_cast<EGenericModule>(a_kind), L"Moduł", L"")
+    {}
+    bool SaveObjectAvailable() const override { return false; }
+    bool SaveWindowToFile(HWND /*a_window*/, const wchar_t* /*a_path*/, int /*a_mode*/) override
+    {
+        return false;
+    }
+    void SerialiseState(Settings& /*a_settings*/) const override {}
+    void UnserialiseState(const Settings& /*a_settings*/) override {}
+    void PostUnserialisePanelState(const Settings& /*a_settings*/, CWnd* /*a_panel*/) override {}
+    void EmptySessionNotification(CWnd* /*a_panel*/) override {}
+    HICON GetTitleBarIconHandle() override { return nullptr; }
+    void OnStopWork() override
+    {
+        ++stops;
+        runningWhenStopped = IsRunning();
+    }
+
+    int stops = 0;
+    bool runningWhenStopped = true;
+};
+
+} // namespace
+
+TEST(GenericModuleTest, KindsOneToThirteenHaveTheirFamily)
+{
+    for (unsigned int kind = 0; kind < 20; ++kind)
+        EXPECT_EQ(PlainModule(kind).GetBookmarkFamilyType(),
+                  kind >= 1 && kind <= 13 ? static_cast<int>(kind) : -1)
+            << kind;
+    EXPECT_EQ(PlainModule(0xFFFFFFFFU).GetBookmarkFamilyType(), -1);
+}
+
+TEST(GenericModuleTest, WindowsAreNumberedFromTheSecondOn)
+{
+    PlainModule module;
+    EXPECT_EQ(module.RegisterConsumerName(L"Wykres"), L"Wykres");
+    EXPECT_EQ(module.RegisterConsumerName(L"Wykres"), L"Wykres (2)");
+    EXPECT_EQ(module.RegisterConsumerName(L"Wykres"), L"Wykres (3)");
+    module.UnregisterConsumerName(L"Wykres (2)");
+    EXPECT_EQ(module.RegisterConsumerName(L"Wykres"), L"Wykres (2)");
+    EXPECT_EQ(module.RegisterConsumerName(L"Wykres"), L"Wykres (4)");
+    // A template that reads like a numbered name is a template all the same.
+    EXPECT_EQ(module.RegisterConsumerName(L"Wykres (2)"), L"Wykres (2) (2)");
+    // Nor is it a format.
+    EXPECT_EQ(module.RegisterConsumerName(L"%s %n"), L"%s %n");
+    EXPECT_EQ(module.RegisterConsumerName(L"%s %n"), L"%s %n (2)");
+}
+
+TEST(GenericModuleTest, NoNameIsGivenForNoTemplate)
+{
+    PlainModule module;
+    EXPECT_EQ(module.RegisterConsumerName(L""), L"");
+    EXPECT_EQ(module.RegisterConsumerName(L""), L"");
+    module.UnregisterConsumerName(L"");
+}
+
+// Windows come and go: living ones never share a name, and a freed number is the next one given.
+TEST(GenericModuleTest, LivingWindowsNeverShareAName)
+{
+    std::mt19937 random(7);
+    PlainModule module;
+    std::vector<std::wstring> living;
+    const std::vector<std::wstring> templates = {L"A", L"B", L"A (2)"};
+    for (int step = 0; step < 400; ++step) {
+        if (!living.empty() && random() % 8 < 3) {
+            const auto gone = living.begin() + static_cast<std::ptrdiff_t>(random() % living.size());
+            module.UnregisterConsumerName(*gone);
+            living.erase(gone);
+            continue;
+        }
+        const std::wstring& nameTemplate = templates.at(random() % templates.size());
+        std::wstring expected = nameTemplate;
+        for (int number = 2; std::find(living.begin(), living.end(), expected) != living.end(); ++number)
+            expected = nameTemplate + L" (" + std::to_wstring(number) + L")";
+        const std::wstring name = module.RegisterConsumerName(nameTemplate);
+        ASSERT_EQ(name, expected) << step;
+        living.push_back(name);
+    }
+}
+
+TEST(PluginBaseTest, AModuleRunsFromItsConstructionToItsStop)
+{
+    PlainModule module;
+    EXPECT_TRUE(module.IsRunning());
+    module.StopWork();
+    EXPECT_FALSE(module.IsRunning());
+    EXPECT_EQ(module.stops, 1);
+    EXPECT_FALSE(module.runningWhenStopped);
+    module.Run();
+    EXPECT_TRUE(module.IsRunning());
+    EXPECT_EQ(module.stops, 1);
+}
+
+TEST(PluginBaseTest, AStyleIsLetGoOf)
+{
+    PlainModule module;
+    const auto anything = std::make_shared<int>(1);
+    module.SetDefaultStyle(std::shared_ptr<StyleBase>(anything, nullptr));
+    EXPECT_EQ(anything.use_count(), 1);
+}
+
+TEST(PluginBaseTest, WithoutAMediatorTextsAreDropped)
+{
+    ASSERT_FALSE(PluginBase::IsAppMediatorValid());
+    PluginBase::ShowMessage(L"nic");
+    PluginBase::ShowNotificationMessage(L"nic");
+    EXPECT_EQ(PluginBase::ShowMessage(L"tytuł", L"pytanie", 4), -1);
+    EXPECT_EQ(PluginBase::GetMainThreadId(), 0U);
+}
+
+TEST(PluginBaseTest, TextsReachTheHost)
+{
+    TestMediator mediator;
+    mediator.messageBoxAnswer = 7;
+    PluginBase::ShowMessage(L"pierwszy");
+    EXPECT_EQ(PluginBase::ShowMessage(L"tytuł", L"drugi", 4), 7);
+    PluginBase::ShowNotificationMessage(L"trzeci");
+    EXPECT_EQ(mediator.Calls(),
+              (std::vector<std::string>{"ShowMessage", "ShowMessage 4", "ShowNotificationMessage"}));
+    EXPECT_EQ(mediator.Texts(), (std::vector<std::wstring>{L"pierwszy", L"tytuł|drugi", L"trzeci"}));
+}
+
+TEST(PluginBaseTest, TheMainThreadIsTheMediators)
+{
+    EXPECT_THROW(PluginBase::CheckMainThreadCondition(), KalventoException);
+
+    TestMediator mediator;
+    EXPECT_NO_THROW(PluginBase::CheckMainThreadCondition());
+    EXPECT_EQ(PluginBase::GetMainThreadId(), GetCurrentThreadId());
+    std::string text;
+    std::thread([&text] {
+        try {
+            PluginBase::CheckMainThreadCondition();
+        } catch (const KalventoException& failure) {
+            text = failure.what();
+        }
+    }).join();
+    EXPECT_TRUE(text.starts_with("PluginBase::CheckMainThreadCondition\t")) << text;
+    EXPECT_TRUE(text.ends_with("Wywołanie operacji z wątku który nie jest wątkiem głównym"_cp1250)) << text;
+}
+
+TEST(PluginBaseTest, AnotherThreadBecomesTheMainOneByConstructingTheMediator)
+{
+    bool passed = false;
+    std::thread([&passed] {
+        const TestMediator mediator;
+        PluginBase::CheckMainThreadCondition();
+        passed = true;
+    }).join();
+    EXPECT_TRUE(passed);
+}

@@ -1,0 +1,93 @@
+#include "modules/RequestParams.h"
+
+#include "settings/Settings.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+const NDateTime S_from(2021, 3, 1);
+const NDateTime S_to(2021, 3, 5);
+
+RequestParams HistoryOf(unsigned int a_interval, unsigned int a_multiplicity)
+{
+    return {8, static_cast<EInterval>(a_interval), a_multiplicity, S_from, S_to, false};
+}
+
+} // namespace
+
+TEST(RequestParamsTest, OnlyHistoryIsHeldAgainstRangeAndInterval)
+{
+    struct Case {
+        const char* what;
+        RequestParams params;
+        bool valid;
+    };
+    const std::vector<Case> cases = {
+        {"nothing asked for", RequestParams(), false},
+        {"synchronization alone", RequestParams(4), true},
+        {"history with all defaults", RequestParams(8), true},
+        {"wrong order", RequestParams(8, EIntervalTick, 1, S_to, S_from, false), false},
+        {"wrong order beside synchronization", RequestParams(12, EIntervalTick, 1, S_to, S_from, false),
+         false},
+        {"wrong order without history", RequestParams(7, EIntervalEmpty, 0, S_to, S_from, false), true},
+        {"minutes at the limit", HistoryOf(3, 59), true},
+        {"minutes over it", HistoryOf(3, 60), false},
+        {"no multiplicity", HistoryOf(3, 0), false},
+        {"no interval", HistoryOf(0, 1), false},
+        {"many ticks", HistoryOf(1, 4294967295U), true},
+        {"many years", HistoryOf(8, 4294967295U), true},
+        {"weeks over the limit", HistoryOf(6, 52), false},
+        {"an unknown interval", HistoryOf(9, 2), false},
+    };
+    for (const auto& tried : cases) {
+        SCOPED_TRACE(tried.what);
+        EXPECT_EQ(tried.params.IsValid(), tried.valid);
+    }
+}
+
+TEST(RequestParamsTest, SingleTickIsOneOfThem)
+{
+    RequestParams params(8);
+    EXPECT_TRUE(params.IsSingleTick());
+    params.SetIntervalAndMultiplicity(EIntervalTick, 2);
+    EXPECT_FALSE(params.IsSingleTick());
+    params.SetIntervalAndMultiplicity(EIntervalSecond, 1);
+    EXPECT_FALSE(params.IsSingleTick());
+}
+
+TEST(RequestParamsTest, DatesComeInUnchangedAndAreSetByDay)
+{
+    const NDateTime noon(2021, 3, 2, 12, 0, 0, 9);
+    RequestParams params(8, EIntervalDay, 1, RangeData::Dates{noon, S_to}, true);
+    EXPECT_EQ(params.GetDates().from.ToDouble(), noon.ToDouble());
+    EXPECT_FALSE(params.SetDates(S_to, S_from));
+    EXPECT_EQ(params.GetDates().from.ToDouble(), noon.ToDouble());
+    EXPECT_TRUE(params.SetDates(RangeData::Dates{noon, S_to}));
+    EXPECT_EQ(params.GetDates().from.ToDouble(), 44257.0);
+}
+
+TEST(RequestParamsTest, StoredFormReadsBack)
+{
+    const RequestParams written(13, EIntervalMinute, 15, NDateTime(2021, 3, 1, 9, 30, 0, 7), S_to, true);
+    Settings settings;
+    const ParamsBase& base = written;
+    base.SerializeState(settings);
+    EXPECT_EQ(static_cast<unsigned int>(settings["KindData"]), 13U);
+    EXPECT_EQ(static_cast<unsigned int>(settings["Interval"]), 3U);
+    EXPECT_EQ(static_cast<unsigned int>(settings["Multipl"]), 15U);
+    EXPECT_EQ(static_cast<unsigned int>(settings["From"]["Millisecond"]), 7U);
+    EXPECT_EQ(static_cast<double>(settings["To"]["DateTime"]), 44260.0);
+    EXPECT_TRUE(static_cast<bool>(settings["DataOper"]));
+
+    const RequestParams read(settings);
+    EXPECT_EQ(read.GetKindData(), 13U);
+    EXPECT_EQ(read.GetInterval(), EIntervalMinute);
+    EXPECT_EQ(read.GetMultiplicity(), 15U);
+    EXPECT_TRUE(read.GetDates().from == written.GetDates().from);
+    EXPECT_TRUE(read.GetDates().to == written.GetDates().to);
+    EXPECT_TRUE(read.NeedsDataOperationInfo());
+    EXPECT_FALSE(RequestParams(Settings()).IsValid());
+}
