@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
 
 namespace FileTools {
 
@@ -151,6 +152,22 @@ bool Replace(const std::filesystem::path& a_target, std::string_view a_bytes)
            file.FlushAndClose() && file.Rename(a_target) && FlushFolder(folder);
 }
 
+// Never over a file that is there already.
+bool RenameOnly(const std::filesystem::path& a_from, const std::filesystem::path& a_to)
+{
+    if (::renameat2(AT_FDCWD, a_from.c_str(), AT_FDCWD, a_to.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    // Some network file systems don't know the flag.
+    if (errno != EINVAL && errno != ENOSYS)
+        return false;
+    struct stat taken {};
+    if (::lstat(a_to.c_str(), &taken) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    return errno == ENOENT && ::rename(a_from.c_str(), a_to.c_str()) == 0;
+}
+
 } // namespace
 
 std::optional<std::string> ReadFile(const std::filesystem::path& a_path, std::size_t a_mostBytes,
@@ -212,6 +229,35 @@ bool ReplaceFile(const std::filesystem::path& a_path, std::string_view a_bytes, 
         return false;
     }
     return true;
+}
+
+std::optional<std::filesystem::path> KeepAside(const std::filesystem::path& a_path,
+                                               std::chrono::system_clock::time_point a_when,
+                                               std::error_code& a_error)
+{
+    a_error.clear();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(a_when);
+    std::tm local{};
+    char stamp[32];
+    if (::localtime_r(&seconds, &local) == nullptr ||
+        std::strftime(stamp, sizeof(stamp), ".damaged-%Y%m%d-%H%M%S", &local) == 0) {
+        a_error = std::make_error_code(std::errc::value_too_large);
+        return std::nullopt;
+    }
+    for (int attempt = 1; attempt <= S_mostNames; ++attempt) {
+        std::filesystem::path aside = a_path;
+        aside += stamp;
+        if (attempt > 1)
+            aside += "-" + std::to_string(attempt);
+        if (RenameOnly(a_path, aside)) {
+            a_error.clear();
+            return aside;
+        }
+        a_error = LastError();
+        if (a_error != std::errc::file_exists)
+            return std::nullopt;
+    }
+    return std::nullopt;
 }
 
 } // namespace FileTools

@@ -2,6 +2,7 @@
 
 #include "platform/Export.h"
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
@@ -24,5 +25,12 @@ KALVENTO_API std::optional<std::string> ReadFile(const std::filesystem::path& a_
 /// The new bytes wait in a file ".kalvento-<process>-<number>.tmp" in the same folder, which a kill may leave behind.
 KALVENTO_API bool ReplaceFile(const std::filesystem::path& a_path, std::string_view a_bytes,
                               std::error_code& a_error);
+
+/// Moves what the user made out of the way of a file that is about to be written: from "name" to
+/// "name.damaged-YYYYMMDD-HHMMSS" beside it, a_when in local time; "-2", "-3" and so on follow where that is taken. Returns
+/// the new path; empty with a_error set, and the file in its place, where it can't be moved. A symbolic link moves itself.
+KALVENTO_API std::optional<std::filesystem::path> KeepAside(const std::filesystem::path& a_path,
+                                                            std::chrono::system_clock::time_point a_when,
+                                                            std::error_code& a_error);
 
 } // namespace FileTools

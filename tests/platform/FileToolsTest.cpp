@@ -7,9 +7,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string>
 
 namespace {
@@ -116,4 +118,28 @@ TEST_F(FileToolsTest, FailureLeavesTheOldFileAndNothingElse)
     EXPECT_EQ(m_error, std::errc::filename_too_long);
     EXPECT_EQ(Get(path), "old");
     EXPECT_EQ(CountFiles(), 2);
+}
+
+TEST_F(FileToolsTest, WhatIsKeptAsideTakesNobodysPlace)
+{
+    const auto when = std::chrono::system_clock::from_time_t(1'700'000'000);
+    std::set<std::filesystem::path> names;
+    for (const char* const bytes : {"one", "two", "three"}) {
+        Put(m_folder / "name.xml", bytes);
+        const auto aside = FileTools::KeepAside(m_folder / "name.xml", when, m_error);
+        ASSERT_TRUE(aside);
+        EXPECT_FALSE(m_error);
+        EXPECT_FALSE(std::filesystem::exists(m_folder / "name.xml"));
+        EXPECT_EQ(Get(*aside), bytes);
+        names.insert(*aside);
+    }
+    ASSERT_EQ(names.size(), 3U);
+    const std::string first = names.begin()->filename().string();
+    EXPECT_TRUE(first.starts_with("name.xml.damaged-2023111")) << first;
+    EXPECT_EQ(first.size(), std::string("name.xml.damaged-YYYYMMDD-HHMMSS").size());
+    EXPECT_TRUE(names.contains(m_folder / (first + "-2")));
+    EXPECT_TRUE(names.contains(m_folder / (first + "-3")));
+
+    EXPECT_FALSE(FileTools::KeepAside(m_folder / "missing", when, m_error));
+    EXPECT_EQ(m_error, std::errc::no_such_file_or_directory);
 }
