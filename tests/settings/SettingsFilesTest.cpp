@@ -1,0 +1,219 @@
+#include "settings/GeneralSettingsBase.h"
+#include "settings/SettingsManager.h"
+
+#include "TemporaryFolder.h"
+#include "platform/DpiHelper.h"
+#include "platform/WidePath.h"
+#include "settings/PanelSettings.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <string>
+#include <vector>
+
+namespace {
+
+const std::string S_damaged = "<Module><Colour>moje</Colour>";
+
+/// A module's settings of one value. "Version" is what an update brings up.
+class ModuleSettings : public GeneralSettingsBase {
+public:
+    explicit ModuleSettings(std::filesystem::path a_folder) : m_folder(std::move(a_folder)) {}
+
+    std::wstring GenerateFilePath(bool a_userFile) const override
+    {
+        return WidePath::ToWide(m_folder / (a_userFile ? "user.xml" : "factory.xml"));
+    }
+    std::string GetRootName() const override { return "Module"; }
+    bool LoadSettings(const Settings& a_node) override
+    {
+        m_colour = static_cast<const std::string&>(a_node["Colour"]);
+        return m_colour != "unusable";
+    }
+    void RestoreSettings(const Settings& a_node) override
+    {
+        m_colour = "restored " + static_cast<const std::string&>(a_node["Colour"]);
+    }
+    bool UpdateOldVersionUserSettings(const Settings& a_factory, Settings& a_user) const override
+    {
+        if (static_cast<int>(a_user["Version"]) == static_cast<int>(a_factory["Version"]))
+            return false;
+        a_user["Version"] = static_cast<int>(a_factory["Version"]);
+        return true;
+    }
+
+    std::string m_colour = "none";
+
+private:
+    std::filesystem::path m_folder;
+};
+
+class SettingsFilesTest : public testing::Test {
+protected:
+    void Put(const std::string& a_name, const std::string& a_bytes) const
+    {
+        std::ofstream(m_folder / a_name, std::ios::binary) << a_bytes;
+    }
+    std::string Get(const std::filesystem::path& a_name) const
+    {
+        std::ifstream file(m_folder / a_name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    /// Names of the files that were kept aside.
+    std::vector<std::string> KeptAside() const
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.GetPath())) {
+            if (std::regex_match(entry.path().filename().string(),
+                                 std::regex(R"(user\.xml\.damaged-\d{8}-\d{6}(-\d+)?)")))
+                names.push_back(entry.path().filename().string());
+        }
+        return names;
+    }
+    std::ptrdiff_t CountFiles() const
+    {
+        return std::distance(std::filesystem::directory_iterator(m_folder.GetPath()), {});
+    }
+
+    TemporaryFolder m_folder;
+    ModuleSettings m_settings{m_folder.GetPath()};
+    const std::string m_factory = "<Module><Colour>red</Colour><Version>1</Version></Module>";
+};
+
+} // namespace
+
+TEST_F(SettingsFilesTest, WithoutFilesThereIsNothingToPrepare)
+{
+    EXPECT_FALSE(m_settings.Prepare());
+    EXPECT_EQ(m_settings.m_colour, "none");
+    EXPECT_EQ(CountFiles(), 0);
+}
+
+TEST_F(SettingsFilesTest, AFirstStartCopiesTheFactoryFile)
+{
+    Put("factory.xml", m_factory);
+    EXPECT_TRUE(m_settings.Prepare());
+    EXPECT_EQ(m_settings.m_colour, "red");
+    EXPECT_NE(Get("user.xml").find("<Colour>red</Colour>"), std::string::npos);
+    EXPECT_EQ(Get("factory.xml"), m_factory);
+    EXPECT_EQ(CountFiles(), 2);
+
+    Put("factory.xml", "<Module><Colour>unusable</Colour></Module>");
+    std::filesystem::remove(m_folder / "user.xml");
+    EXPECT_FALSE(m_settings.Prepare()); // what LoadSettings answers
+}
+
+TEST_F(SettingsFilesTest, TheUsersFileWinsAndIsWrittenOnlyByAnUpdate)
+{
+    const std::string user = "<Module><Colour>blue</Colour><Version>1</Version></Module>";
+    Put("factory.xml", m_factory);
+    Put("user.xml", user);
+    EXPECT_TRUE(m_settings.Prepare());
+    EXPECT_EQ(m_settings.m_colour, "blue");
+    EXPECT_EQ(Get("user.xml"), user);
+
+    Put("factory.xml", "<Module><Colour>red</Colour><Version>2</Version></Module>");
+    EXPECT_TRUE(m_settings.Prepare());
+    EXPECT_EQ(m_settings.m_colour, "blue");
+    EXPECT_NE(Get("user.xml").find("<Version>2</Version>"), std::string::npos);
+    EXPECT_EQ(CountFiles(), 2);
+}
+
+TEST_F(SettingsFilesTest, WithoutTheFactoryFileTheUsersIsNotTakenOver)
+{
+    Put("user.xml", "<Module><Colour>blue</Colour></Module>");
+    EXPECT_FALSE(m_settings.Prepare());
+    EXPECT_EQ(m_settings.m_colour, "none");
+    EXPECT_NE(m_settings.LoadCurrentSettingsNode(), nullptr);
+    EXPECT_EQ(m_settings.LoadFabricSettingsNode(), nullptr);
+}
+
+TEST_F(SettingsFilesTest, ADamagedFileOfTheUserIsKeptAside)
+{
+    Put("factory.xml", m_factory);
+    // Broken, of another root, empty.
+    const std::vector<std::string> files = {S_damaged, "<Other/>", ""};
+    for (std::size_t place = 0; place < files.size(); ++place) {
+        SCOPED_TRACE(files[place]);
+        Put("user.xml", files[place]);
+        const auto node = m_settings.LoadCurrentSettingsNode();
+        ASSERT_NE(node, nullptr);
+        EXPECT_EQ(static_cast<const std::string&>((*node)["Colour"]), "red");
+        EXPECT_NE(Get("user.xml").find("<Colour>red</Colour>"), std::string::npos);
+        const std::vector<std::string> aside = KeptAside();
+        ASSERT_EQ(aside.size(), 1U);
+        EXPECT_EQ(Get(aside[0]), files[place]);
+        std::filesystem::remove(m_folder / aside[0]);
+    }
+    // A second damage within the second takes nothing from the first.
+    for (int damage = 0; damage < 3; ++damage) {
+        Put("user.xml", S_damaged);
+        m_settings.LoadCurrentSettingsNode();
+    }
+    EXPECT_EQ(KeptAside().size(), 3U);
+}
+
+TEST_F(SettingsFilesTest, ADamagedFileStaysWhereNothingReplacesIt)
+{
+    Put("user.xml", S_damaged);
+    EXPECT_EQ(m_settings.LoadCurrentSettingsNode(), nullptr);
+    EXPECT_EQ(Get("user.xml"), S_damaged);
+    EXPECT_EQ(CountFiles(), 1);
+}
+
+TEST_F(SettingsFilesTest, SavingOverADamagedFileKeepsItToo)
+{
+    Settings node;
+    node["Colour"] = "green";
+    Put("user.xml", S_damaged);
+    EXPECT_TRUE(m_settings.SaveGivenSettingsAsCurrent(node));
+    ASSERT_EQ(KeptAside().size(), 1U);
+    EXPECT_EQ(Get(KeptAside()[0]), S_damaged);
+    EXPECT_NE(Get("user.xml").find("green"), std::string::npos);
+
+    node["Colour"] = "white";
+    EXPECT_TRUE(m_settings.SaveGivenSettingsAsCurrent(node));
+    EXPECT_EQ(CountFiles(), 2);
+    EXPECT_FALSE(ModuleSettings(m_folder / "missing").SaveGivenSettingsAsCurrent(node));
+}
+
+TEST_F(SettingsFilesTest, RestoringLeavesTheUsersFile)
+{
+    m_settings.RestoreDefaultSettings();
+    EXPECT_EQ(m_settings.m_colour, "none");
+    Put("factory.xml", m_factory);
+    Put("user.xml", S_damaged);
+    m_settings.RestoreDefaultSettings();
+    EXPECT_EQ(m_settings.m_colour, "restored red");
+    EXPECT_EQ(Get("user.xml"), S_damaged);
+}
+
+TEST(PanelSettingsTest, PositionsAreStoredAt96Dpi)
+{
+    struct DpiGuard {
+        ~DpiGuard() { XTPDpiHelper().SetDpi(DpiHelper::BaseDpi); }
+    } guard;
+    XTPDpiHelper().SetDpi(144);
+    PanelSettings panel;
+    panel.SetInspectorPosition({-30, 15, 300, 450});
+    panel.SetInspectorVisible(false);
+    Settings node;
+    panel.SerializeState(node);
+    EXPECT_EQ(static_cast<CRect>(node["PanelSettings"]["InspPos"]), (CRect{-20, 10, 200, 300}));
+    EXPECT_FALSE(static_cast<bool>(node["PanelSettings"]["InspVis"]));
+
+    PanelSettings back;
+    back.UnSerializeState(node);
+    EXPECT_EQ(back.GetInspectorData(), std::pair(CRect{-30, 15, 300, 450}, false));
+    XTPDpiHelper().SetDpi(96);
+    back.UnSerializeState(node);
+    EXPECT_EQ(back.GetInspectorData().first, (CRect{-20, 10, 200, 300}));
+
+    PanelSettings untouched;
+    untouched.UnSerializeState(Settings());
+    EXPECT_EQ(untouched.GetInspectorData(), std::pair(CRect{10, 10, 110, 110}, true));
+}
