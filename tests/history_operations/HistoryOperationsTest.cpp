@@ -1,0 +1,250 @@
+#include "history_operations/HistoryOperations.h"
+
+#include "TemporaryFolder.h"
+#include "platform/WidePath.h"
+#include "settings/Settings.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+// Everything of a list, to the bit, as one text that a failed test can show.
+std::string Shown(const HistoryOperations& a_operations)
+{
+    Settings settings;
+    a_operations.SerializeState(settings);
+    return settings.ConvertToString();
+}
+
+HistoryOperations Parsed(std::string_view a_text)
+{
+    HistoryOperations operations;
+    EXPECT_TRUE(operations.Parse(a_text));
+    return operations;
+}
+
+std::size_t CountOf(const HistoryOperations& a_operations)
+{
+    return static_cast<std::size_t>(std::distance(a_operations.begin(), a_operations.end()));
+}
+
+} // namespace
+
+TEST(HistoryOperationsTest, ARefusedTextLeavesNothingBehind)
+{
+    const std::vector<std::string> texts = {
+        "",
+        "\n\n\n",
+        "7\n1,2103,2,0.5",
+        "7\n1,210315,2",
+        "7\n1,210315,2,",
+        "7\n1,210315,2,0.5\n2,,2,0.5",
+        "7\n1,210315,2,0.5\n2,2103150,2,0.5\n",
+        "7\n1,000000,2,0.5",
+        "7\n1;210315;2;0.5",
+        "7\n,,,,",
+        // What an operation looks like has to begin on the line behind the version, whatever the version says.
+        "1,210315,2,0.5\n1,x21031,2,0.5",
+    };
+    for (const std::string& text : texts) {
+        SCOPED_TRACE(text);
+        HistoryOperations operations = Parsed("3\n9,200102,7,0.9");
+        EXPECT_FALSE(operations.Parse(text));
+        EXPECT_EQ(Shown(operations), Shown(HistoryOperations()));
+    }
+}
+
+TEST(HistoryOperationsTest, OneOperationInEveryDress)
+{
+    const std::string plain = Shown(Parsed("7\n1,210315,2,0.5"));
+    const std::vector<std::string> texts = {
+        "7\n\n1,210315,2,0.5\n",
+        "7\r\n1,210315,2,0.5\r\n\r\n",
+        "\n\n7\n1,210315,2,0.5",
+        " 7\t\n 1 , 21 03 15,\v2, 0 . 5\f",
+        "7\n,1,210315,2,0.5",
+        "7\n,,,1,210315,2,0.5",
+        "7\n1,210315,2,0.5,further,fields,,",
+        "7 apples\n1,210315,2,0.5",
+        "+7\n1x,210315,2.9,0.5x",
+        "7\n1,210315,2,5e-1",
+    };
+    for (const std::string& text : texts) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(Shown(Parsed(text)), plain);
+    }
+}
+
+TEST(HistoryOperationsTest, TheFirstLineIsTheVersionWhateverItHolds)
+{
+    struct Case {
+        std::string text;
+        int version;
+    };
+    const std::vector<Case> cases = {
+        {"7", 7},
+        {"-7\n", -7},
+        {"1,210315,2,0.5", 1},
+        {"version", 0},
+        {" \n", 0},
+        {"99999999999999999999", std::numeric_limits<int>::max()},
+        {"-3000000000", std::numeric_limits<int>::min()},
+    };
+    for (const Case& oneCase : cases) {
+        SCOPED_TRACE(oneCase.text);
+        const HistoryOperations operations = Parsed(oneCase.text);
+        EXPECT_EQ(operations.Version(), oneCase.version);
+        EXPECT_EQ(CountOf(operations), 0U);
+    }
+}
+
+TEST(HistoryOperationsTest, UnreadableNumbersAreZero)
+{
+    struct Case {
+        std::string line;
+        int id;
+        int type;
+        double factor;
+    };
+    const double infinity = std::numeric_limits<double>::infinity();
+    const std::vector<Case> cases = {
+        {"x,210315,x,x", 0, 0, 0.0},
+        {"-5,210315,-2147483648,-0.25", -5, std::numeric_limits<int>::min(), -0.25},
+        {"2147483648,210315,99999999999,1e999", 0, 0, 0.0},
+        {"+1,210315,,+0.5", 0, 0, 0.0},
+        {"1,210315,2,inf", 1, 2, infinity},
+        {"1,210315,2,-infinity", 1, 2, -infinity},
+        {"1,210315,2,0x10", 1, 2, 0.0},
+        {"1,210315,2,.5", 1, 2, 0.5},
+        {"1,210315,2,1e-400", 1, 2, 0.0},
+    };
+    for (const Case& oneCase : cases) {
+        SCOPED_TRACE(oneCase.line);
+        const HistoryOperations operations = Parsed("1\n" + oneCase.line);
+        ASSERT_EQ(CountOf(operations), 1U);
+        EXPECT_EQ(operations.begin()->GetId(), oneCase.id);
+        EXPECT_EQ(operations.begin()->GetType(), oneCase.type);
+        EXPECT_EQ(operations.begin()->GetStoredFactor(), oneCase.factor);
+    }
+    EXPECT_TRUE(std::isnan(Parsed("1\n1,210315,2,nan").begin()->GetStoredFactor()));
+}
+
+TEST(HistoryOperationsTest, TwoDigitYearsTurnAtFifty)
+{
+    const HistoryOperations operations = Parsed("1\n1,490101,2,1\n2,500101,2,1");
+    EXPECT_EQ(operations.begin()[0].GetDate(), NDateTime(2049, 1, 1));
+    EXPECT_EQ(operations.begin()[1].GetDate(), NDateTime(1950, 1, 1));
+}
+
+TEST(HistoryOperationsTest, FactorsOfTwoTypesTakeEffectInverted)
+{
+    for (int type = -20; type < 40; ++type) {
+        SCOPED_TRACE(type);
+        const auto kind = static_cast<SingleHistoryOperation::Type>(type);
+        const bool inverted = type == 4 || type == 14;
+        EXPECT_EQ(SingleHistoryOperation(1, NDateTime(), kind, 0.25).GetFactor(), inverted ? 4.0 : 0.25);
+        EXPECT_EQ(SingleHistoryOperation(1, NDateTime(), kind, 0.0).GetFactor(),
+                  inverted ? std::numeric_limits<double>::infinity() : 0.0);
+    }
+}
+
+TEST(HistoryOperationsTest, TheStoredFile)
+{
+    const TemporaryFolder folder;
+    const std::filesystem::path path = folder / "DataOperation.xml";
+    const std::wstring widePath = WidePath::ToWide(path);
+    const std::string bytes = R"(<?xml version="1.0" encoding="UTF-8"?>
+<DataOperation>
+    <Version>7</Version>
+    <Operations>
+        <item>
+            <Id>11</Id>
+            <CorrectionFactor>0.05</CorrectionFactor>
+            <Type>4</Type>
+            <Date>
+                <DateTime>39995</DateTime>
+                <Millisecond>0</Millisecond>
+            </Date>
+        </item>
+    </Operations>
+</DataOperation>
+)";
+    HistoryOperations operations = Parsed("7\n11,090701,4,0.05");
+    operations.Save(widePath);
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), bytes);
+
+    HistoryOperations loaded = Parsed("1\n9,200102,7,0.9\n9,200102,7,0.9");
+    EXPECT_TRUE(loaded.Load(widePath));
+    EXPECT_EQ(Shown(loaded), Shown(operations));
+    EXPECT_EQ(loaded.begin()->GetDate(), NDateTime(2009, 7, 1));
+}
+
+TEST(HistoryOperationsTest, AFileThatDoesNotLoadChangesNothing)
+{
+    const TemporaryFolder folder;
+    const std::filesystem::path path = folder / "DataOperation.xml";
+    const std::vector<std::string> files = {"", "<DataOperation><Version>1</Version>", "<Other/>",
+                                            "7\n1,210315,2,0.5"};
+    HistoryOperations operations = Parsed("7\n11,090701,4,0.05");
+    const std::string before = Shown(operations);
+    EXPECT_FALSE(operations.Load(WidePath::ToWide(folder / "missing.xml")));
+    for (const std::string& bytes : files) {
+        SCOPED_TRACE(bytes);
+        std::ofstream(path, std::ios::binary) << bytes;
+        EXPECT_FALSE(operations.Load(WidePath::ToWide(path)));
+        EXPECT_EQ(Shown(operations), before);
+    }
+    // Missing values are zeros, as everywhere in stored trees.
+    std::ofstream(path, std::ios::binary)
+        << "<DataOperation><Operations><item/></Operations></DataOperation>";
+    EXPECT_TRUE(operations.Load(WidePath::ToWide(path)));
+    EXPECT_EQ(operations.Version(), 0);
+    ASSERT_EQ(CountOf(operations), 1U);
+    EXPECT_EQ(operations.begin()->GetStoredFactor(), 0.0);
+}
+
+TEST(HistoryOperationsTest, AListIsUsableWhereCuttingItDropsNothing)
+{
+    std::mt19937 random(5);
+    for (int round = 0; round < 200; ++round) {
+        std::string text = "5\n";
+        const std::size_t count = random() % 5;
+        for (std::size_t line = 0; line < count; ++line)
+            text += std::to_string(line) + ",21031" + std::to_string(random() % 8) + ",2,0.5\n";
+        SCOPED_TRACE(text);
+        const HistoryOperations operations = Parsed(text);
+        for (unsigned int day = 10; day < 19; ++day) {
+            const NDateTime date(2021, 3, day);
+            const HistoryOperations usable = operations.PrapareOperationThatCanBeUse(date);
+            EXPECT_EQ(operations.CanBeUse(date), CountOf(usable) == CountOf(operations));
+            EXPECT_TRUE(usable.CanBeUse(date));
+            EXPECT_EQ(usable.Version(), -5);
+
+            // What is left stands in its old order, and none of it was dropped wrongly.
+            auto next = usable.begin();
+            for (const SingleHistoryOperation& operation : operations) {
+                if (operation.GetDate().GetDay() < day) {
+                    ASSERT_NE(next, usable.end());
+                    EXPECT_EQ(next++->GetId(), operation.GetId());
+                }
+            }
+            EXPECT_EQ(next, usable.end());
+
+            HistoryOperations again = usable.PrapareOperationThatCanBeUse(date);
+            EXPECT_EQ(again.Version(), 5);
+            again.Update(again);
+            EXPECT_EQ(CountOf(again), CountOf(usable));
+        }
+    }
+    EXPECT_EQ(Parsed("-2147483648").PrapareOperationThatCanBeUse(NDateTime()).Version(),
+              std::numeric_limits<int>::min());
+}

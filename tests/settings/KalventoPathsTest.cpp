@@ -1,0 +1,136 @@
+#include "settings/KalventoPaths.h"
+
+#include "TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// A copy of the probe, installed in a folder of its own, with a home folder of its own. What stands in these paths
+/// depends on where the running program lies, so a test can't ask in its own process.
+class KalventoPathsTest : public testing::Test {
+protected:
+    KalventoPathsTest()
+    {
+        std::filesystem::create_directories(m_binary);
+        std::filesystem::create_directories(m_home);
+        std::filesystem::copy_file(KALVENTO_PATHS_PROBE, m_binary / "program");
+    }
+
+    /// What the probe prints: the values of each name, in order. a_arguments: for the shell.
+    std::map<std::string, std::vector<std::string>> Run(const std::string& a_arguments) const
+    {
+        const std::string command = "env -u XDG_CONFIG_HOME -u XDG_DOCUMENTS_DIR HOME='" + m_home.string() +
+                                    "' '" + (m_binary / "program").string() + "' " + a_arguments;
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> output(::popen(command.c_str(), "r"), ::pclose);
+        std::map<std::string, std::vector<std::string>> values;
+        char line[4096];
+        while (output != nullptr && std::fgets(line, sizeof(line), output.get()) != nullptr) {
+            std::string text = line;
+            text.pop_back();
+            const std::size_t sign = text.find('=');
+            values[text.substr(0, sign)].push_back(text.substr(sign + 1));
+        }
+        return values;
+    }
+
+    /// Folders and files in a folder, by name.
+    static std::set<std::string> NamesIn(const std::filesystem::path& a_folder)
+    {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(a_folder))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    TemporaryFolder m_folder;
+    std::filesystem::path m_install = m_folder / "Zażółć  app";
+    std::filesystem::path m_binary = m_install / "bin";
+    std::filesystem::path m_home = m_folder / "home";
+};
+
+} // namespace
+
+TEST_F(KalventoPathsTest, TheTreeFollowsTheProgramAndTheUser)
+{
+    auto paths = Run("'Kalvento Ą'");
+    const std::string documents = (m_home / "Documents" / "Kalvento Ą").string();
+    const std::vector<std::pair<std::string, std::string>> expected = {
+        {"Before", "Bad optional access"},
+        {"Binary", m_binary.string()},
+        {"Install", m_install.string()},
+        {"Data", (m_install / "Data").string()},
+        {"Log", (m_install / "Logs").string()},
+        {"Crash", (m_install / "CrashReports").string()},
+        {"Styles", (m_install / "Styles").string()},
+        {"Resources", (m_install / "Resources").string()},
+        {"AmirBroker", (m_install / "AmiBroker").string()},
+        {"DefaultSettings", (m_install / "DefaultSettings").string()},
+        {"UserSettings", (m_install / "UserSettings").string()},
+        {"UserDocuments", documents},
+        {"UserDesktops", documents + "/Pulpity"},
+        {"UserWindows", documents + "/Okna"},
+        {"UserTemplates", documents + "/Szablony"},
+        {"UserQRL", documents + "/Formuły QRL"},
+        {"UserFile", (m_install / "UserSettings" / "Żółty.xml").string()},
+        {"FactoryFile", (m_install / "DefaultSettings" / "a.b.txt").string()},
+    };
+    for (const auto& [name, value] : expected)
+        EXPECT_EQ(paths[name], std::vector<std::string>{value}) << name;
+}
+
+TEST_F(KalventoPathsTest, AFirstStartMakesTheFoldersItWritesInto)
+{
+    Run("Kalvento");
+    EXPECT_EQ(NamesIn(m_install),
+              (std::set<std::string>{"bin", "Data", "Logs", "CrashReports", "UserSettings"}));
+    EXPECT_EQ(NamesIn(m_home / "Documents" / "Kalvento"), std::set<std::string>{"Szablony"});
+}
+
+TEST_F(KalventoPathsTest, AnotherNameMovesTheDocumentsOnly)
+{
+    auto paths = Run("First Second");
+    for (const auto& [name, values] : paths) {
+        if (values.size() != 2)
+            continue;
+        SCOPED_TRACE(name);
+        const bool ofDocuments = values[0].find("/Documents/First") != std::string::npos;
+        EXPECT_EQ(name.starts_with("User") && name != "UserSettings" && name != "UserFile", ofDocuments);
+        EXPECT_EQ(values[0] == values[1], !ofDocuments);
+    }
+    EXPECT_EQ(NamesIn(m_home / "Documents"), (std::set<std::string>{"First", "Second"}));
+}
+
+TEST_F(KalventoPathsTest, FoldersThatCanNotBeMadeDoNotFail)
+{
+    std::FILE* const file = std::fopen((m_install / "Data").c_str(), "w");
+    ASSERT_NE(file, nullptr);
+    std::fclose(file);
+    auto paths = Run("Kalvento");
+    EXPECT_EQ(paths["Failure"], std::vector<std::string>());
+    EXPECT_EQ(paths["Operations"],
+              std::vector<std::string>{(m_install / "Data/Dostawca/WIG20/DataOperation.xml").string()});
+}
+
+TEST_F(KalventoPathsTest, HistoriesLieBelowTheDataFolder)
+{
+    auto paths = Run("Kalvento");
+    const std::filesystem::path history = m_install / "Data" / "Dostawca";
+    EXPECT_EQ(paths["HistoryBefore"], std::vector<std::string>{""});
+    EXPECT_EQ(paths["History"], std::vector<std::string>{history.string()});
+    EXPECT_EQ(paths["Symbol"], std::vector<std::string>{(history / "Łódź").string()});
+    EXPECT_EQ(paths["Again"], paths["Symbol"]);
+    EXPECT_EQ(paths["Operations"],
+              std::vector<std::string>{(history / "WIG20" / "DataOperation.xml").string()});
+    EXPECT_EQ(paths["Copy"], paths["History"]);
+    EXPECT_EQ(NamesIn(history), (std::set<std::string>{"WIG20", "Łódź"}));
+    EXPECT_EQ(NamesIn(history / "WIG20"), std::set<std::string>());
+}
