@@ -94,7 +94,7 @@ SessionGenerator::SessionGenerator(const GeneratorOptions& a_options)
     if (m_options.rows / m_options.sessions > S_maxRowsPerSession)
         throw std::invalid_argument("at most " + std::to_string(S_maxRowsPerSession) +
                                     " rows a session: ask for more sessions");
-    const auto lastDay = m_day + std::chrono::days(std::int64_t{m_options.sessions} / 5 * 7 + 7);
+    const auto lastDay = m_day + std::chrono::days(m_options.sessions / 5 * 7 + 7);
     if (year_month_day(m_day).year() < std::chrono::year(1900) ||
         year_month_day(lastDay).year() > std::chrono::year(9999))
         throw std::invalid_argument("the sessions must lie in the years 1900 to 9999");
@@ -133,7 +133,7 @@ std::int64_t SessionGenerator::Bell()
     const std::uint64_t bits = Random();
     const std::uint64_t sum =
         (bits & 0xFFFFU) + (bits >> 16U & 0xFFFFU) + (bits >> 32U & 0xFFFFU) + (bits >> 48U);
-    return static_cast<std::int64_t>(sum) - 2 * 0xFFFF;
+    return static_cast<std::int64_t>(sum) - std::int64_t{2} * 0xFFFF;
 }
 
 void SessionGenerator::MovePrice(std::int64_t a_size)
