@@ -339,6 +339,10 @@ struct RowReader::Impl {
     bool ReadText(RowBlock& a_block, std::size_t a_limit, std::size_t a_keep);
     const char* ReadPlainLine(const char* a_line, WallTime& a_time, std::size_t a_row);
     const char* ReadPlainTime(const char* a_text, WallTime& a_time);
+    const char* ReadPlainUnix(const char* a_text, WallTime& a_time) const;
+    const char* ReadPlainDate(const char* a_text, WallTime& a_time);
+    const char* ReadPlainClock(const char* a_text, WallTime& a_time) const;
+    std::string_view PlainField(const char* a_text) const;
     const char* ReadPlainSymbol(const char* a_text, std::size_t a_row);
     bool ReadAnyLine(std::string_view a_line, WallTime& a_time, std::size_t a_row);
     bool Refuse(std::string_view a_line, std::size_t a_column, const std::string& a_text);
@@ -380,6 +384,8 @@ struct RowReader::Impl {
     std::int64_t cachedDateFront = 0;
     std::int64_t cachedDateBack = 0;
     std::int64_t cachedDay = 0;
+    std::string cachedDate; // of a column of its own
+    std::int64_t cachedDateDay = 0;
     TimeMaker maker;
     std::vector<LastRow> last;
 
@@ -677,7 +683,8 @@ void RowReader::Impl::PlanByPlaces(std::size_t a_count)
         std::size_t place = 0;
         const auto [rest, error] = std::from_chars(theirs.data(), theirs.data() + theirs.size(), place);
         if (error != std::errc() || rest != theirs.data() + theirs.size() || place == 0 || place > a_count)
-            throw ToolError(EExitUsage, "--columns: found " + Quote(ours + "=" + theirs) +
+            throw ToolError(EExitUsage, "--columns: found " +
+                                            Quote(std::string(ours).append("=").append(theirs)) +
                                             ", expected a place from 1 to " + std::to_string(a_count) +
                                             ", since the input has no header");
         ColumnPlan& column = plan[place - 1];
@@ -755,7 +762,7 @@ void RowReader::Impl::PlanFolds()
         const bool fits = type && (*found == Price) == (*type < EAggrTypeSum);
         if (!fits || VeloTools::Series::IsAggregationSeries(*found))
             throw ToolError(EExitUsage,
-                            "--fold: found " + Quote(name + "=" + fold) +
+                            "--fold: found " + Quote(std::string(name).append("=").append(fold)) +
                                 ", accepted are ohlc, ohlcsum, ohlclast for the price, sum and last for "
                                 "the others; open, high and low follow the price");
         layout.folds[static_cast<std::size_t>(found - layout.series.begin())] = *type;
@@ -925,7 +932,7 @@ const char* RowReader::Impl::ReadPlainTime(const char* a_text, WallTime& a_time)
     const std::int64_t back = Load8(a_text + 2);
     if (front != cachedDateFront || back != cachedDateBack) {
         if (a_text[4] != '-' || a_text[7] != '-')
-            return nullptr;
+            return ReadPlainUnix(a_text, a_time);
         const auto days = ParseDateText(std::string_view(a_text, 10));
         if (!days)
             return nullptr;
@@ -966,6 +973,81 @@ const char* RowReader::Impl::ReadPlainTime(const char* a_text, WallTime& a_time)
         ++place;
     }
     return place;
+}
+
+// Counts since 1970 in the lengths that our days have. Null for all other forms.
+const char* RowReader::Impl::ReadPlainUnix(const char* a_text, WallTime& a_time) const
+{
+    const char* place = a_text;
+    std::uint64_t digits = 0;
+    unsigned int digit = 0;
+    while (place - a_text < 19 && (digit = static_cast<unsigned char>(*place) - unsigned{'0'}) < 10) {
+        digits = digits * 10 + digit;
+        ++place;
+    }
+    std::int64_t unit = 0;
+    switch (place - a_text) {
+    case 10:
+        unit = 1;
+        break;
+    case 13:
+        unit = 1'000;
+        break;
+    case 16:
+        unit = 1'000'000;
+        break;
+    case 19:
+        unit = 1'000'000'000;
+        break;
+    default:
+        return nullptr;
+    }
+    if (digits > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
+        return nullptr;
+    const auto count = static_cast<std::int64_t>(digits);
+    a_time.seconds = count / unit;
+    a_time.nanoseconds = static_cast<std::int32_t>(count % unit * (1'000'000'000 / unit));
+    a_time.absolute = true;
+    return place;
+}
+
+// A field without quotes and blanks, up to the delimiter; empty where it isn't one.
+std::string_view RowReader::Impl::PlainField(const char* a_text) const
+{
+    const char* place = a_text;
+    while (*place != delimiter && *place != '\n' && *place != '\r' && *place != '"' && *place != ' ')
+        ++place;
+    if (*place == '"' || *place == ' ')
+        return {};
+    return {a_text, static_cast<std::size_t>(place - a_text)};
+}
+
+const char* RowReader::Impl::ReadPlainDate(const char* a_text, WallTime& a_time)
+{
+    const std::string_view field = PlainField(a_text);
+    if (!options.timeFormat.empty() || field.empty())
+        return nullptr;
+    if (field != cachedDate) {
+        const auto days = ParseDateText(field);
+        if (!days)
+            return nullptr;
+        cachedDate = field;
+        cachedDateDay = *days * S_daySeconds;
+    }
+    a_time.seconds += cachedDateDay;
+    return a_text + field.size();
+}
+
+const char* RowReader::Impl::ReadPlainClock(const char* a_text, WallTime& a_time) const
+{
+    const std::string_view field = PlainField(a_text);
+    const auto clock = ParseClockText(field);
+    if (!clock)
+        return nullptr;
+    a_time.seconds += clock->seconds;
+    a_time.nanoseconds = clock->nanoseconds;
+    a_time.absolute = clock->absolute;
+    return a_text + field.size();
 }
 
 const char* RowReader::Impl::ReadPlainSymbol(const char* a_text, std::size_t a_row)

@@ -355,7 +355,7 @@ std::optional<WallTime> ParseTimeByFormat(std::string_view a_text, std::string_v
     const auto days = DaysFromDate(year, month, day);
     if (!cursor.AtEnd() || !days || hour > 23 || minute > 59 || second > 59)
         return std::nullopt;
-    time.seconds = *days * S_daySeconds + hour * 3600 + minute * 60 + second - offset;
+    time.seconds = *days * S_daySeconds + ((std::int64_t{hour} * 60) + minute) * 60 + second - offset;
     return time;
 }
 

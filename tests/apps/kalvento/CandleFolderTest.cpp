@@ -95,6 +95,7 @@ protected:
         std::vector<std::vector<double>> columns(3, std::vector<double>(rows.rows));
         columns.insert(columns.end(), rows.columns.begin(), rows.columns.end());
         std::vector<double*> fields;
+        fields.reserve(columns.size());
         for (auto& column : columns)
             fields.push_back(column.data());
         Aggregator aggregator(a_case.output.GetInterval(),
@@ -116,7 +117,10 @@ protected:
         ASSERT_EQ(a_found.rows, a_expected.rows);
         ASSERT_EQ(a_found.columns.size(), a_expected.columns.size());
         for (std::size_t row = 0; row < a_found.rows; ++row) {
-            ASSERT_EQ(std::memcmp(&a_found.times[row], &a_expected.times[row], sizeof(NDateTime)), 0) << row;
+            ASSERT_EQ(std::memcmp(static_cast<const void*>(&a_found.times[row]),
+                                  static_cast<const void*>(&a_expected.times[row]), sizeof(NDateTime)),
+                      0)
+                << row;
             for (std::size_t column = 0; column < a_found.columns.size(); ++column)
                 ASSERT_EQ(a_found.columns[column][row], a_expected.columns[column][row])
                     << row << ' ' << column;

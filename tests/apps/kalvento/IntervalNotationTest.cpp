@@ -20,7 +20,7 @@ std::string Utf8(const std::wstring& a_text)
 {
     std::string utf8;
     for (const wchar_t sign : a_text) {
-        const auto code = static_cast<unsigned>(sign);
+        const auto code = static_cast<char32_t>(sign);
         if (code < 0x80) {
             utf8 += static_cast<char>(code);
         } else {

@@ -76,7 +76,10 @@ protected:
     }
     void ExpectSameBits(std::size_t a_row, const NDateTime& a_expected) const
     {
-        EXPECT_EQ(std::memcmp(&times[a_row], &a_expected, sizeof(NDateTime)), 0) << "row " << a_row;
+        EXPECT_EQ(std::memcmp(static_cast<const void*>(&times[a_row]), static_cast<const void*>(&a_expected),
+                              sizeof(NDateTime)),
+                  0)
+            << "row " << a_row;
     }
 
     std::istringstream in;
@@ -131,6 +134,27 @@ TEST_F(RowReaderTest, WhereReadsEndDoesNotMatter)
         EXPECT_EQ(times, whole.first);
         EXPECT_EQ(columns, whole.second);
     }
+}
+
+// Each form is read by a fast road or by a careful one, chosen row by row: quotes force the careful one.
+TEST_F(RowReaderTest, BothRoadsReadTheSame)
+{
+    for (const char* row :
+         {"1723161255,10,0", "1723161255342,0,0", "1723161255342001,-1.5,x", "1723161255342001002,.5,",
+          "2024-08-08 23:54:15.1234567891,+1,x", "2024-08-08T23:54:15Z,1e2,x", "2024-08-08,1.,x"}) {
+        SCOPED_TRACE(row);
+        const std::string text = row;
+        const std::size_t comma = text.find(',');
+        Read("time,price,note\n" + text + "\n");
+        const auto plain = std::make_pair(times, columns);
+        Read("time,price,note\n\"" + text.substr(0, comma) + "\"" + text.substr(comma) + "\n");
+        EXPECT_EQ(times, plain.first);
+        EXPECT_EQ(columns, plain.second);
+    }
+    Read("date,time,price\n20240808,93000,1\n20240808,\"093001.5\",2\n2024-08-09,09:30Z,3\n");
+    ExpectSameBits(0, NDateTime(2024, 8, 8, 9, 30, 0, 0));
+    ExpectSameBits(1, NDateTime(2024, 8, 8, 9, 30, 1, 0));
+    ExpectSameBits(2, NDateTime(2024, 8, 9, 9, 30, 0, 0));
 }
 
 TEST_F(RowReaderTest, TimesAreThoseOfTheLibrary)

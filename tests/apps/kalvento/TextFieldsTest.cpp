@@ -71,7 +71,7 @@ TEST(TimeTextTest, TakesTheUsualForms)
         bool absolute;
     };
     const std::int64_t midnight = S_august8 * S_day;
-    const std::int64_t quarter = midnight + 23 * 3600 + 54 * 60 + 15;
+    const std::int64_t quarter = midnight + 86055;
     const std::array<Row, 24> rows = {{{"2024-08-08", midnight, 0, false},
                                        {"2024/8/8", midnight, 0, false},
                                        {"2024.08.08", midnight, 0, false},
@@ -150,7 +150,7 @@ TEST(TimeTextTest, FormatsOfTheUser)
 {
     const auto american = ParseTimeByFormat("8/9/2024 23:54", "%m/%d/%Y %H:%M");
     ASSERT_TRUE(american);
-    EXPECT_EQ(american->seconds, (S_august8 + 1) * S_day + 23 * 3600 + 54 * 60);
+    EXPECT_EQ(american->seconds, (S_august8 + 1) * S_day + 86040);
     EXPECT_EQ(ParseTimeByFormat("080824", "%d%m%y")->seconds, S_august8 * S_day);
     EXPECT_EQ(ParseTimeByFormat("-1.0", "unix"), std::nullopt);
     EXPECT_EQ(ParseTimeByFormat("-1500", "unixms")->seconds, -2);
