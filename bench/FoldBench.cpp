@@ -242,6 +242,90 @@ void BM_WrapperAgainstFold(benchmark::State& a_state, const Market& a_market, do
     a_state.SetItemsProcessed(a_state.iterations() * folder.count);
 }
 
+/// A candle as one would write it by hand for this one case: the same rows and the same rules for late rows and windows.
+struct HandWrittenCandle {
+    void Update(const NDateTime& a_time, double a_price, double a_volume)
+    {
+        if (a_time < last)
+            return;
+        last = a_time;
+        const auto minute = static_cast<int>(a_time.GetHour() * 60 + a_time.GetMinute());
+        const auto day = static_cast<int>(a_time.GetDayOfYear());
+        if (minute != openMinute || day != openDay) {
+            openMinute = minute;
+            openDay = day;
+            open = high = low = close = a_price;
+            volume = a_volume;
+            return;
+        }
+        high = a_price > high ? a_price : high;
+        low = a_price < low ? a_price : low;
+        close = a_price;
+        volume += a_volume;
+    }
+
+    NDateTime last;
+    int openMinute = -1;
+    int openDay = -1;
+    double open = 0.0, high = 0.0, low = 0.0, close = 0.0, volume = 0.0;
+};
+
+constexpr Market S_day = {28'800, 1, 0, false, false, false};
+
+/// A live row into the engine, as the last step before a consumer sees it.
+void BM_LiveRowAgainstHandWritten(benchmark::State& a_state, bool a_wrapper, double a_bar)
+{
+    const Rows& source = RowsOf(S_day);
+    const std::set<DSProp> series = {DSProp(Price), DSProp(Volume)};
+    Aggregator aggregator(EIntervalMinute, 1, ELastRecordTime, S_types);
+    AggregatorWrapper wrapper(series, ELastRecordTime, EIntervalMinute, 1);
+    HandWrittenCandle candle;
+    double row[5] = {};
+    std::vector<double*> fields = {row, row + 1, row + 2, row + 3, row + 4};
+    const Record tick(series);
+    std::vector<Record> records;
+    for (std::size_t place = 0; a_wrapper && place < source.times.size(); ++place) {
+        records.push_back(tick);
+        records.back().SetTime(source.times[place]);
+        records.back().SetData(Price, source.columns[3][place]);
+        records.back().SetData(Volume, source.columns[4][place]);
+    }
+    std::vector<Record> work;
+    const auto fold = [&] {
+        for (std::size_t place = 0; place < source.times.size(); ++place) {
+            NDateTime time = source.times[place];
+            row[3] = source.columns[3][place];
+            row[4] = source.columns[4][place];
+            benchmark::DoNotOptimize(aggregator.SumWithWindow(&time, &fields, false));
+            benchmark::DoNotOptimize(row);
+        }
+    };
+    const auto wrap = [&] {
+        bool sameWindow = false;
+        for (Record& live : work) {
+            benchmark::DoNotOptimize(wrapper.AggregateRecord(live, sameWindow));
+            benchmark::DoNotOptimize(sameWindow);
+        }
+    };
+    const auto prepareSubject = [&] {
+        aggregator.SetCurrentRecord(nullptr, nullptr);
+        wrapper.ClearLastValue();
+        work = records;
+    };
+    const auto byHand = [&] {
+        for (std::size_t place = 0; place < source.times.size(); ++place) {
+            candle.Update(source.times[place], source.columns[3][place], source.columns[4][place]);
+            benchmark::DoNotOptimize(candle);
+        }
+    };
+    const auto prepareOther = [&] { candle = {}; };
+    if (a_wrapper)
+        pair::Run(a_state, pair::Wanted::SubjectTime, a_bar, prepareSubject, wrap, prepareOther, byHand);
+    else
+        pair::Run(a_state, pair::Wanted::SubjectTime, a_bar, prepareSubject, fold, prepareOther, byHand);
+    a_state.SetItemsProcessed(a_state.iterations() * static_cast<std::int64_t>(source.times.size()));
+}
+
 #define FOLD_BENCHMARK(name, function, rounds, ...)                                                          \
     BENCHMARK_CAPTURE(function, name, __VA_ARGS__)                                                           \
         ->UseManualTime()                                                                                    \
@@ -262,6 +346,9 @@ FOLD_BENCHMARK(in_cache_1min, BM_AgainstReference, 2001, S_inCache, EIntervalMin
 FOLD_BENCHMARK(minutes_to_5min, BM_AgainstReference, 15, S_minutes, EIntervalMinute, 5, 3.0);
 FOLD_BENCHMARK(minutes_to_1h, BM_AgainstReference, 15, S_minutes, EIntervalHour, 1, 3.0);
 FOLD_BENCHMARK(minutes_to_1d, BM_AgainstReference, 15, S_minutes, EIntervalDay, 1, 3.0);
+
+FOLD_BENCHMARK(SumWithWindow, BM_LiveRowAgainstHandWritten, 101, false, 2.5);
+FOLD_BENCHMARK(AggregateRecord, BM_LiveRowAgainstHandWritten, 101, true, 6.0);
 
 } // namespace
 

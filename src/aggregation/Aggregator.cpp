@@ -38,6 +38,8 @@ bool IsUnset(const NDateTime& a_time)
 /// Before the first row there is no last time, and nothing is late.
 bool IsLate(const NDateTime& a_time, const NDateTime& a_lastTime)
 {
+    if (a_lastTime.IsValid() && a_lastTime.ToDouble() >= 0.0 && NotEarlier(a_lastTime, a_time))
+        return false;
     return a_time < a_lastTime && !IsUnset(a_lastTime);
 }
 
@@ -46,6 +48,30 @@ bool IsLate(const NDateTime& a_time, const NDateTime& a_lastTime)
 bool RefusesLateRows(EAggrTimeResult a_timeResult)
 {
     return a_timeResult != EMetaStockWindowEnd && a_timeResult != EWindowBorder;
+}
+
+/// a_call with the interval, one of the eight that have windows, as its template argument.
+template<typename Call>
+auto WithInterval(EInterval a_interval, const Call& a_call)
+{
+    switch (a_interval) {
+    case EIntervalTick:
+        return a_call.template operator()<EIntervalTick>();
+    case EIntervalSecond:
+        return a_call.template operator()<EIntervalSecond>();
+    case EIntervalMinute:
+        return a_call.template operator()<EIntervalMinute>();
+    case EIntervalHour:
+        return a_call.template operator()<EIntervalHour>();
+    case EIntervalDay:
+        return a_call.template operator()<EIntervalDay>();
+    case EIntervalWeek:
+        return a_call.template operator()<EIntervalWeek>();
+    case EIntervalMonth:
+        return a_call.template operator()<EIntervalMonth>();
+    default:
+        return a_call.template operator()<EIntervalYear>();
+    }
 }
 
 /// Columns of a history on their way to candles.
@@ -165,6 +191,10 @@ Aggregator::Aggregator(EInterval a_interval, unsigned short a_multiplicity, EAgg
             "Aggregator::Aggregator", __LINE__,
             "Wyjątek Aggregator! Krotność interwału wyjściowego musi być większa od zera."_cp1250);
     InitAggrTypeForSeries(a_types);
+    WithInterval(a_interval, [&]<EInterval Interval>() {
+        m_slotCalendar = WindowScope<Interval>::S_slotCalendar;
+        m_slotClock = WindowScope<Interval>::S_slotClock;
+    });
 }
 
 Aggregator::Aggregator(const Aggregator& a_other)
@@ -172,7 +202,9 @@ Aggregator::Aggregator(const Aggregator& a_other)
       m_outputMultiplicity(a_other.m_outputMultiplicity),
       m_awaitsCurrentRecord(a_other.m_awaitsCurrentRecord),
       m_lastTime(a_other.m_lastTime),
-      m_values(a_other.m_values)
+      m_values(a_other.m_values),
+      m_slotCalendar(a_other.m_slotCalendar),
+      m_slotClock(a_other.m_slotClock)
 {
     if (a_other.m_window != nullptr)
         m_window = AggrWindowsFactory::GetAggrWindowClass(m_outputInterval, m_outputMultiplicity,
@@ -238,8 +270,8 @@ bool Aggregator::SumWithWindow(NDateTime* a_time, std::vector<double*>* a_fields
         return true;
     }
 
+    const bool inWindow = IsInWindow(*a_time);
     m_lastTime = *a_time;
-    const bool inWindow = m_window->IsInCurrentWindow(*a_time);
     if (!inWindow)
         StampWindow(*a_time);
     if (timeResult != ELastRecordTime)
@@ -255,6 +287,17 @@ bool Aggregator::SumWithWindow(NDateTime* a_time, std::vector<double*>* a_fields
             m_values[field].Set(*fields[S_main + field]);
     }
     return inWindow;
+}
+
+bool Aggregator::IsInWindow(const NDateTime& a_time)
+{
+    const std::uint32_t change =
+        ((NDateTimeWords::Calendar(a_time) ^ NDateTimeWords::Calendar(m_lastTime)) & m_slotCalendar) |
+        ((NDateTimeWords::Clock(a_time) ^ NDateTimeWords::Clock(m_lastTime)) & m_slotClock);
+    if (m_lastRowIsInWindow && change == 0)
+        return true;
+    m_lastRowIsInWindow = m_outputInterval != EIntervalTick;
+    return m_window->IsInCurrentWindow(a_time);
 }
 
 void Aggregator::StampWindow(const NDateTime& a_time)
@@ -280,6 +323,7 @@ void Aggregator::StampWindow(const NDateTime& a_time)
 void Aggregator::StartOver()
 {
     m_lastTime = NDateTime();
+    m_lastRowIsInWindow = false;
     if (m_window != nullptr)
         m_window->ResetOpenWindow();
 }
@@ -336,38 +380,11 @@ unsigned int Aggregator::FoldHistory(bool a_useOhl, unsigned int a_count, NDateT
             "Wyjątek Aggregator! Wymagane wywołanie SetCurrentRecord po Aggregate."_cp1250);
 
     const bool refusesLateRows = RefusesLateRows(m_window->m_timeResult);
-    const auto fold = [&]<EInterval Interval>() {
+    const unsigned int candles = WithInterval(m_outputInterval, [&]<EInterval Interval>() {
         return refusesLateRows
                    ? FoldHistoryOf<Interval, true>(a_useOhl, a_count, a_times, a_columns, a_room)
                    : FoldHistoryOf<Interval, false>(a_useOhl, a_count, a_times, a_columns, a_room);
-    };
-    unsigned int candles = 0;
-    switch (m_outputInterval) {
-    case EIntervalTick:
-        candles = fold.template operator()<EIntervalTick>();
-        break;
-    case EIntervalSecond:
-        candles = fold.template operator()<EIntervalSecond>();
-        break;
-    case EIntervalMinute:
-        candles = fold.template operator()<EIntervalMinute>();
-        break;
-    case EIntervalHour:
-        candles = fold.template operator()<EIntervalHour>();
-        break;
-    case EIntervalDay:
-        candles = fold.template operator()<EIntervalDay>();
-        break;
-    case EIntervalWeek:
-        candles = fold.template operator()<EIntervalWeek>();
-        break;
-    case EIntervalMonth:
-        candles = fold.template operator()<EIntervalMonth>();
-        break;
-    default:
-        candles = fold.template operator()<EIntervalYear>();
-        break;
-    }
+    });
     m_awaitsCurrentRecord = true;
     return candles;
 }
@@ -392,12 +409,10 @@ unsigned int Aggregator::FoldHistoryOf(bool a_useOhl, unsigned int a_count, NDat
     };
 
     typename WindowScope<Interval>::RunEnd next{0, true, false};
-    bool lastIsPlain = false; // the last row in time is valid and not below zero
     while (next.row < a_count) {
         const std::size_t row = next.row;
         const NDateTime time = a_times[row];
-        if (RefusesLate && !next.isInTime && !(lastIsPlain && NotEarlier(m_lastTime, time)) &&
-            IsLate(time, m_lastTime)) {
+        if (RefusesLate && !next.isInTime && IsLate(time, m_lastTime)) {
             if (bearsRowTime)
                 candleTime = m_window->m_windowTime;
             next = {row + 1, false, false};
@@ -405,7 +420,6 @@ unsigned int Aggregator::FoldHistoryOf(bool a_useOhl, unsigned int a_count, NDat
         }
 
         m_lastTime = time;
-        lastIsPlain = time.IsValid() && time.ToDouble() >= 0.0;
         const bool knownInside = !isTick && !next.isOutside && scope.Holds(time);
         if (knownInside || m_window->IsInCurrentWindow(time)) {
             FoldRows(m_values, sums, columns, a_useOhl, row, row + 1);
@@ -421,7 +435,7 @@ unsigned int Aggregator::FoldHistoryOf(bool a_useOhl, unsigned int a_count, NDat
             scope.Open(time, m_window->m_currentWindow, m_outputMultiplicity);
 
         next = {row + 1, false, false};
-        if (!RefusesLate || lastIsPlain) {
+        if (!RefusesLate || (time.IsValid() && time.ToDouble() >= 0.0)) {
             std::size_t limit = std::min<std::size_t>(a_count, row + S_rowsAtOnce);
             if constexpr (isTick)
                 limit = std::min(limit, row + 1 + static_cast<AggrTickWindow&>(*m_window).RowsLeft());
@@ -452,6 +466,7 @@ void Aggregator::ClearLastValue()
 {
     m_awaitsCurrentRecord = false;
     m_lastTime = NDateTime();
+    m_lastRowIsInWindow = false;
     for (AggrValue& value : m_values)
         value.Clear();
 }

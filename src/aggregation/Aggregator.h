@@ -9,6 +9,8 @@
 #include "time/EInterval.h"
 #include "time/NDateTime.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -68,6 +70,7 @@ private:
     void InitAggrTypeForSeries(const std::vector<EAggrType>& a_types);
     void CheckHistory(EInterval a_inputInterval, unsigned short a_inputMultiplicity, unsigned int a_count,
                       std::size_t a_columnCount) const;
+    bool IsInWindow(const NDateTime& a_time);
     void StampWindow(const NDateTime& a_time);
     void StartOver();
     unsigned int FoldHistory(bool a_useOhl, unsigned int a_count, NDateTime* a_times,
@@ -82,4 +85,9 @@ private:
     std::unique_ptr<AggrBase> m_window; // null only when moved from
     NDateTime m_lastTime;               // of the last row in time, as it was given
     std::vector<AggrValue> m_values;    // main series first
+    // Fields in which a row must equal the last one to lie in its window without the window being asked.
+    std::uint32_t m_slotCalendar = 0;
+    std::uint32_t m_slotClock = 0;
+    bool m_lastRowIsInWindow =
+        false; // the last row in time lies in the open window, which isn't one of ticks
 };

@@ -72,8 +72,19 @@ std::size_t FindChange(const NDateTime* a_times, std::size_t a_first, std::size_
 template<EInterval Interval>
 class WindowScope {
     using Words = NDateTimeWords;
+    static constexpr bool S_belowDay = Interval <= EIntervalHour;
+    static constexpr bool S_ofYear = !S_belowDay && Interval != EIntervalYear;
 
 public:
+    // Fields whose equality in two rows means one slot of one day or year, and so one window.
+    static constexpr std::uint32_t S_slotCalendar =
+        (S_belowDay && Interval != EIntervalTick ? Words::S_hourMask : 0) |
+        (Interval == EIntervalSecond || Interval == EIntervalMinute ? Words::S_minuteMask : 0) |
+        (S_belowDay ? 0 : Words::S_yearMask) | (Interval == EIntervalMonth ? Words::S_monthMask : 0);
+    static constexpr std::uint32_t S_slotClock =
+        (S_belowDay || Interval == EIntervalDay || Interval == EIntervalWeek ? Words::S_dayOfYearMask : 0) |
+        (Interval == EIntervalSecond ? Words::S_secondMask : 0);
+
     /// a_time lies in the window a_window of a_multiplicity slots.
     void Open(const NDateTime& a_time, int a_window, unsigned short a_multiplicity)
     {
@@ -150,22 +161,11 @@ private:
                 ((Words::Clock(a_time) & S_sharedClock) ^ m_clock)) == 0;
     }
 
-    static constexpr bool S_belowDay = Interval <= EIntervalHour;
-    static constexpr bool S_ofYear = !S_belowDay && Interval != EIntervalYear;
     // Rows in one slot after which the lanes take over; fewer are placed faster one by one.
     static constexpr std::size_t S_streakForLanes = 8;
-
     // Fields that every row of the window shares with the row that opened it: the year, or the day of the year.
     static constexpr std::uint32_t S_sharedCalendar = S_ofYear ? Words::S_yearMask : 0;
     static constexpr std::uint32_t S_sharedClock = S_belowDay ? Words::S_dayOfYearMask : 0;
-    // Fields whose equality in two rows means one slot of one day or year.
-    static constexpr std::uint32_t S_slotCalendar =
-        (S_belowDay && Interval != EIntervalTick ? Words::S_hourMask : 0) |
-        (Interval == EIntervalSecond || Interval == EIntervalMinute ? Words::S_minuteMask : 0) |
-        (S_belowDay ? 0 : Words::S_yearMask) | (Interval == EIntervalMonth ? Words::S_monthMask : 0);
-    static constexpr std::uint32_t S_slotClock =
-        (S_belowDay || Interval == EIntervalDay || Interval == EIntervalWeek ? Words::S_dayOfYearMask : 0) |
-        (Interval == EIntervalSecond ? Words::S_secondMask : 0);
     // Slots that a time of day can have; rows with an hour or minute that no day has are placed by the window itself.
     static constexpr std::uint64_t S_slots = Interval == EIntervalSecond   ? 24U * 60U * 60U
                                              : Interval == EIntervalMinute ? 24U * 60U
