@@ -36,11 +36,16 @@ bool IsUnset(const NDateTime& a_time)
 }
 
 /// Before the first row there is no last time, and nothing is late.
-bool IsLate(const NDateTime& a_time, const NDateTime& a_lastTime)
+bool IsLateInAnyOrder(const NDateTime& a_time, const NDateTime& a_lastTime)
 {
-    if (a_lastTime.IsValid() && a_lastTime.ToDouble() >= 0.0 && NotEarlier(a_lastTime, a_time))
-        return false;
     return a_time < a_lastTime && !IsUnset(a_lastTime);
+}
+
+/// As IsLateInAnyOrder; most rows are shown to be in time by a few comparisons.
+[[gnu::always_inline]] inline bool IsLate(const NDateTime& a_time, const NDateTime& a_lastTime)
+{
+    const bool isPlain = a_lastTime.IsValid() && a_lastTime.ToDouble() >= 0.0;
+    return !(isPlain && NotEarlier(a_lastTime, a_time)) && IsLateInAnyOrder(a_time, a_lastTime);
 }
 
 /// Candles stamped with their window's end are later than the rows that continue them, so under these time results an
@@ -142,8 +147,9 @@ private:
 }
 
 /// Folds further rows of one candle in, column by column: the bits are those of one row at a time.
-void FoldRows(std::vector<AggrValue>& a_values, std::vector<ColumnSum>& a_sums, const Columns& a_columns,
-              bool a_useOhl, std::size_t a_first, std::size_t a_behind)
+[[gnu::always_inline]] inline void FoldRows(std::vector<AggrValue>& a_values, std::vector<ColumnSum>& a_sums,
+                                            const Columns& a_columns, bool a_useOhl, std::size_t a_first,
+                                            std::size_t a_behind)
 {
     const std::size_t count = a_behind - a_first;
     AggrValue& main = a_values.front();
@@ -241,6 +247,17 @@ void Aggregator::InitAggrTypeForSeries(const std::vector<EAggrType>& a_types)
     }
 }
 
+inline bool Aggregator::IsInWindow(const NDateTime& a_time)
+{
+    const std::uint32_t change =
+        ((NDateTimeWords::Calendar(a_time) ^ NDateTimeWords::Calendar(m_lastTime)) & m_slotCalendar) |
+        ((NDateTimeWords::Clock(a_time) ^ NDateTimeWords::Clock(m_lastTime)) & m_slotClock);
+    if (m_lastRowIsInWindow && change == 0)
+        return true;
+    m_lastRowIsInWindow = m_outputInterval != EIntervalTick;
+    return m_window->IsInCurrentWindow(a_time);
+}
+
 bool Aggregator::SumWithWindow(NDateTime* a_time, std::vector<double*>* a_fields, bool a_useOhl)
 {
     if (m_awaitsCurrentRecord)
@@ -287,17 +304,6 @@ bool Aggregator::SumWithWindow(NDateTime* a_time, std::vector<double*>* a_fields
             m_values[field].Set(*fields[S_main + field]);
     }
     return inWindow;
-}
-
-bool Aggregator::IsInWindow(const NDateTime& a_time)
-{
-    const std::uint32_t change =
-        ((NDateTimeWords::Calendar(a_time) ^ NDateTimeWords::Calendar(m_lastTime)) & m_slotCalendar) |
-        ((NDateTimeWords::Clock(a_time) ^ NDateTimeWords::Clock(m_lastTime)) & m_slotClock);
-    if (m_lastRowIsInWindow && change == 0)
-        return true;
-    m_lastRowIsInWindow = m_outputInterval != EIntervalTick;
-    return m_window->IsInCurrentWindow(a_time);
 }
 
 void Aggregator::StampWindow(const NDateTime& a_time)

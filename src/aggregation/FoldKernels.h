@@ -157,8 +157,9 @@ public:
 private:
     bool SharesFields(const NDateTime& a_time) const
     {
-        return (((Words::Calendar(a_time) & S_sharedCalendar) ^ m_calendar) |
-                ((Words::Clock(a_time) & S_sharedClock) ^ m_clock)) == 0;
+        if constexpr (S_sharedClock != 0)
+            return (Words::Clock(a_time) & S_sharedClock) == m_clock;
+        return (Words::Calendar(a_time) & S_sharedCalendar) == m_calendar;
     }
 
     // Rows in one slot after which the lanes take over; fewer are placed faster one by one.
