@@ -2,6 +2,7 @@
 #include "kalvento/ByteSource.h"
 #include "kalvento/Commands.h"
 #include "kalvento/IntervalNotation.h"
+#include "kalvento/LogCollector.h"
 #include "kalvento/OutputTarget.h"
 #include "kalvento/ReadOptions.h"
 #include "kalvento/RowReader.h"
@@ -10,9 +11,7 @@
 #include "kalvento/TextForms.h"
 #include "kalvento/TimeText.h"
 #include "kalvento/Tool.h"
-#include "platform/CodePage.h"
 #include "series/VectorTimeTester.h"
-#include "velo/Log.h"
 
 #include <CLI/CLI.hpp>
 
@@ -34,26 +33,6 @@ struct CheckOptions {
 };
 
 constexpr std::size_t S_rowsAtOnce = 8192;
-
-/// While it lives, collects what the library writes to the log, in UTF-8.
-class LogCollector {
-public:
-    LogCollector()
-        : m_sink(
-              VeloTools::Log::Instance().AddSink([this](std::string_view, int, std::string_view a_message) {
-                  m_text += (m_text.empty() ? "" : "; ") + CodePage::Cp1250ToUtf8(a_message);
-              }))
-    {}
-    ~LogCollector() { VeloTools::Log::Instance().RemoveSink(m_sink); }
-    LogCollector(const LogCollector&) = delete;
-    LogCollector& operator=(const LogCollector&) = delete;
-
-    const std::string& GetText() const { return m_text; }
-
-private:
-    std::string m_text;
-    VeloTools::Log::SinkId m_sink;
-};
 
 /// The answers of a check, printed as they come.
 class Report {
