@@ -2,9 +2,11 @@
 #include "kalvento/CandleFolder.h"
 #include "kalvento/Commands.h"
 #include "kalvento/IntervalNotation.h"
+#include "kalvento/OperationsFile.h"
 #include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
 #include "kalvento/ReadOptions.h"
+#include "kalvento/RowAdjuster.h"
 #include "kalvento/RowReader.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
@@ -40,6 +42,7 @@ struct CandlesOptions {
     std::string output;
     std::string splitFolder;
     std::string outFolder;
+    std::string operations;
     unsigned int jobs = 1;
     ReadOptions read;
 };
@@ -125,6 +128,8 @@ private:
     IntervalAndMultiplicity m_interval;
     EAggrTimeResult m_stamp = EWindowBegin;
     RowLayout m_input;
+    std::optional<HistoryOperations> m_operations;
+    std::unique_ptr<RowAdjuster> m_adjuster; // null without operations
     std::unique_ptr<CandleFolder> m_folder;
     RowBlock m_rows;
     RowBlock m_candles;
@@ -144,6 +149,8 @@ void CandlesRun::Run()
     m_interval = *interval;
     // Charts and exchanges stamp a candle with its window's begin; ticks have no window in time.
     m_stamp = m_options.stamp.value_or(m_interval.IsTick() ? ELastRecordTime : EWindowBegin);
+    if (!m_options.operations.empty())
+        m_operations = ReadOperationsForRows(m_options.operations, m_options.read.symbolColumn, m_context);
 
     std::vector<std::unique_ptr<ByteSource>> sources;
     std::uint64_t total = 0;
@@ -195,6 +202,8 @@ void CandlesRun::Start(const RowReader& a_reader, const std::string& a_file)
     }
     m_input = layout;
     m_folder = std::make_unique<CandleFolder>(layout, m_interval, m_stamp);
+    if (m_operations)
+        m_adjuster = std::make_unique<RowAdjuster>(*m_operations, layout);
     if (!layout.hasSymbols) {
         if (!m_options.splitFolder.empty())
             throw ToolError(EExitUsage, "--split needs --symbol-column");
@@ -228,6 +237,8 @@ void CandlesRun::Close()
 void CandlesRun::FoldFile(RowReader& a_reader, std::uint64_t a_bytesBefore, Progress& a_progress)
 {
     while (a_reader.Read(m_rows, S_blockRows, m_kept)) {
+        if (m_adjuster)
+            m_adjuster->Adjust(m_rows, m_kept);
         if (m_input.hasSymbols) {
             FoldSymbols(m_rows);
         } else {
@@ -379,7 +390,7 @@ int RunEachFile(const CandlesOptions& a_options, ToolContext& a_context)
 
 void RunCandles(const CandlesOptions& a_options, ToolContext& a_context)
 {
-    if (std::count(a_options.files.begin(), a_options.files.end(), "-") > 1)
+    if (std::count(a_options.files.begin(), a_options.files.end(), "-") + (a_options.operations == "-") > 1)
         throw ToolError(EExitUsage, "standard input can be read only once");
     if (!a_options.splitFolder.empty() && (!a_options.output.empty() || !a_options.outFolder.empty()))
         throw ToolError(EExitUsage, "--split names its own files; leave --output and --out-dir out");
@@ -389,6 +400,8 @@ void RunCandles(const CandlesOptions& a_options, ToolContext& a_context)
     }
     if (!a_options.output.empty() || !a_options.read.rejectFile.empty())
         throw ToolError(EExitUsage, "--out-dir names its own files; leave --output and --reject-file out");
+    if (!a_options.operations.empty())
+        throw ToolError(EExitUsage, "--operations: a list is that of one instrument; leave --out-dir out");
     a_context.exitCode = RunEachFile(a_options, a_context);
 }
 
@@ -401,6 +414,8 @@ constexpr const char* S_examples = R"(Examples:
       Warsaw days from other column names and times in UTC
   kalvento candles stocks.csv -i 1min --symbol-column symbol --split candles/
       one file for each instrument
+  kalvento candles shares.csv -i 1week --operations operations.txt
+      weeks on the scale of the present, corrected for splits and dividends
   zcat ticks.csv.gz | kalvento candles - -i 30s --format jsonl
   kalvento candles 2024-*.csv -i 1h --out-dir hours/ --jobs 4
       every file on its own, four at once; without --out-dir the files are one series, in the order given
@@ -455,6 +470,10 @@ void AddCandlesCommand(CLI::App& a_app, ToolContext& a_context)
     command->add_option("--jobs,-j", options->jobs, "Files folded at once with --out-dir (default: 1)")
         ->check(CLI::Range(1U, 256U))
         ->type_name("N");
+    command
+        ->add_option("--operations", options->operations,
+                     "List of corporate operations to correct the rows by before they are folded")
+        ->type_name("FILE");
     AddReadOptions(*command, options->read);
     command->footer(S_examples + ExitCodesHelp());
     command->callback([options, &a_context] { RunCandles(*options, a_context); });

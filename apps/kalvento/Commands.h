@@ -11,6 +11,9 @@ class App;
 /// ToolContext::exitCode.
 namespace kalvento::tool {
 
+/// `kalvento adjust`: corrects a history by the instrument's corporate operations.
+void AddAdjustCommand(CLI::App& a_app, ToolContext& a_context);
+
 /// `kalvento candles`: folds rows of CSV files or of a binary series block into candles.
 void AddCandlesCommand(CLI::App& a_app, ToolContext& a_context);
 
@@ -22,6 +25,9 @@ void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context);
 
 /// `kalvento live`: follows a growing file of ticks and prints each change of a candle.
 void AddLiveCommand(CLI::App& a_app, ToolContext& a_context);
+
+/// `kalvento operations`: shows, checks and converts a list of corporate operations.
+void AddOperationsCommand(CLI::App& a_app, ToolContext& a_context);
 
 /// `kalvento series`: lists the vocabulary of series.
 void AddSeriesCommand(CLI::App& a_app, ToolContext& a_context);

@@ -28,6 +28,8 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
     app.add_flag("--quiet,-q", a_context.quiet, "No notes and no progress on standard error; errors remain");
     app.footer(ExitCodesHelp());
     AddCandlesCommand(app, a_context);
+    AddAdjustCommand(app, a_context);
+    AddOperationsCommand(app, a_context);
     AddCheckCommand(app, a_context);
     AddGenerateCommand(app, a_context);
     AddLiveCommand(app, a_context);

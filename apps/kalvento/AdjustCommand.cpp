@@ -1,0 +1,121 @@
+#include "kalvento/ByteSource.h"
+#include "kalvento/Commands.h"
+#include "kalvento/OperationsFile.h"
+#include "kalvento/OutputTarget.h"
+#include "kalvento/Progress.h"
+#include "kalvento/ReadOptions.h"
+#include "kalvento/RowAdjuster.h"
+#include "kalvento/RowReader.h"
+#include "kalvento/RowWriter.h"
+#include "kalvento/Tool.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+#include <ostream>
+#include <string>
+
+namespace kalvento::tool {
+
+namespace {
+
+constexpr std::size_t S_blockRows = 8192;
+
+struct AdjustOptions {
+    std::string history;
+    std::string operations;
+    EOutputFormat format = EOutputCsv;
+    std::string output;
+    ReadOptions read;
+};
+
+void Report(const RowCounts& a_counts, ToolContext& a_context)
+{
+    if (a_context.quiet)
+        return;
+    const auto note = [&](std::uint64_t a_count, const char* a_text) {
+        if (a_count > 0)
+            a_context.err << "kalvento: " << a_count << ' ' << a_text << '\n';
+    };
+    note(a_counts.bad, "lines set aside that could not be read");
+    note(a_counts.dropped, "rows left out, their times not later than the ones before");
+    note(a_counts.raised, "rows with falling times moved up behind the ones before");
+    if (a_counts.rows == 0)
+        a_context.err << "kalvento: no rows" << (a_counts.outside > 0 ? " between --from and --to" : "")
+                      << '\n';
+}
+
+void RunAdjust(const AdjustOptions& a_options, ToolContext& a_context)
+{
+    if (a_options.history == "-" && a_options.operations == "-")
+        throw ToolError(EExitUsage, "standard input can be read only once");
+    HistoryOperations operations =
+        ReadOperationsForRows(a_options.operations, a_options.read.symbolColumn, a_context);
+
+    const auto source = ByteSource::Open(a_options.history, a_context);
+    std::unique_ptr<OutputTarget> rejects;
+    if (!a_options.read.rejectFile.empty())
+        rejects = std::make_unique<OutputTarget>(a_options.read.rejectFile, a_context);
+    RowReader reader(*source, a_options.read, a_context, rejects.get());
+    const RowLayout& layout = reader.GetLayout();
+    RowAdjuster adjuster(std::move(operations), layout);
+    OutputTarget target(a_options.output, a_context);
+    const auto writer = RowWriter::Make(a_options.format, layout, layout.interval.IsEod(), target);
+
+    Progress progress(a_context, source->GetSize());
+    RowBlock rows;
+    while (reader.Read(rows, S_blockRows)) {
+        adjuster.Adjust(rows, 0);
+        writer->Write(rows, {});
+        progress.Show(reader.GetBytesRead(), reader.GetCounts().rows);
+    }
+    writer->Finish();
+    target.Commit();
+    if (rejects)
+        rejects->Commit();
+    Report(reader.GetCounts(), a_context);
+}
+
+constexpr const char* S_help =
+    "Puts the prices and volumes of a history on the scale of the present: each operation scales the rows up to the end of its\n"
+    "day. Prices, open, high and low are multiplied by its factor (divided, for the types 4 and 14); types up to 6 scale volume\n"
+    "and open interest the other way. Other columns stay. A history bears no mark of it: adjust it once.\n"
+    "Days are those of the rows as written, after --output-zone.\n\n"
+    "Examples:\n"
+    "  kalvento adjust orcl.csv --operations orcl.txt -o orcl-adjusted.csv\n"
+    "  kalvento adjust wig20.block --operations DataOperation.xml --format block -o adjusted.block\n"
+    "  kalvento operations orcl.txt && kalvento adjust orcl.csv --operations orcl.txt | head\n\n";
+
+} // namespace
+
+void AddAdjustCommand(CLI::App& a_app, ToolContext& a_context)
+{
+    CLI::App* command =
+        a_app.add_subcommand("adjust", "Correct a history by the instrument's corporate operations");
+    const auto options = std::make_shared<AdjustOptions>();
+    command->add_option("HISTORY", options->history, "CSV file or series block, - for standard input")
+        ->required()
+        ->type_name("");
+    command
+        ->add_option(
+            "--operations", options->operations,
+            "List of operations: text (version, then lines id,date,type,factor) or DataOperation.xml")
+        ->required()
+        ->type_name("FILE");
+    command
+        ->add_option_function<std::string>(
+            "--format",
+            [options](const std::string& a_text) { options->format = *OutputFormatFromName(a_text); },
+            "csv, jsonl, table (aligned, for reading) or block (binary series block); default: csv")
+        ->check(CLI::IsMember({"csv", "jsonl", "table", "block"}))
+        ->type_name("FORM");
+    command
+        ->add_option("--output,-o", options->output,
+                     "File to write, whole or not at all (default: standard output)")
+        ->type_name("FILE");
+    AddReadOptions(*command, options->read);
+    command->footer(S_help + ExitCodesHelp());
+    command->callback([options, &a_context] { RunAdjust(*options, a_context); });
+}
+
+} // namespace kalvento::tool
