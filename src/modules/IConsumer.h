@@ -25,7 +25,8 @@ class Synchronization;
 ///  2. where history was asked for: ProcessHistory, any number of times, then ProcessHistoryEnd once;
 ///  3. where synchronization was asked for: ProcessSynchronization, and no ProcessRecord before it;
 ///  4. what is live, for as long as it lasts: ProcessRecord, ProcessCurrentState, ProcessOffers, ProcessLatestRecords in
-///     any order. The first ProcessCurrentState doesn't wait for 1 to 3. After a break of the connection comes a new
+///     any order, but the first ProcessCurrentState comes before the other two of its kind, and doesn't wait for 1 to 3; a
+///     ProcessRecord waits for them. After a break of the connection comes a new
 ///     ProcessSynchronization, and changed operations come by a new ProcessOperations;
 ///  5. RequestRefused or RequestEnded, at most one of them and once, and nothing after it. A request for history alone
 ///     always ends so; one for live data only if the provider ends it. After StopSubscription neither comes.
@@ -37,8 +38,9 @@ class Synchronization;
 /// by const & live until the callback returns. What a callback throws is the provider's to catch and to log; the
 /// subscription goes on.
 ///
-/// StopSubscription may be called from inside of a callback. From any other thread it waits for a running callback of its
-/// number, so don't hold there a lock that a callback takes.
+/// StopSubscription may be called from inside of a callback, for the number of that callback only: two threads that stop
+/// each other's would wait for ever. From any other thread it waits for a running callback of its number, so don't hold
+/// there a lock that a callback takes.
 class KALVENTO_API IConsumer {
 public:
     virtual ~IConsumer();

@@ -32,8 +32,9 @@ class StopParams;
 ///
 /// Who calls what: the host calls Init once after construction, then SwitchConnection, ProviderCommand and the login
 /// operations, on the main thread. Subscriptions and questions about assets come from any thread, after Init, also while
-/// there is no connection; they answer from what the provider holds and don't wait for the source. After StopWork
-/// subscriptions are refused, and the notifications below are dropped.
+/// there is no connection; they answer from what the provider holds and don't wait for the source. OnStopWork ends all
+/// subscriptions: when it returns, no callback runs or comes. After that they are refused, and the notifications below are
+/// dropped.
 ///
 /// Operations that only a host and its providers would agree on are not here until something needs them.
 class KALVENTO_API ProviderBase : public PluginBase, public AssetsGroupProvider, public IStatusProvider {
@@ -68,8 +69,8 @@ public:
     /// Ends a subscription, or some kinds of its data (StopParams::GetRequestParams); when no kind is left, all of it. When
     /// this returns, no callback for the number (or of those kinds) runs or comes any more, except that called from inside
     /// of one it doesn't wait for that one. Finds it by StopParams::Suit and removes it by
-    /// ProvidersHelper::RemovePairToContainer. A subscription that isn't booked is ignored. Any thread, and also after
-    /// StopWork, so that consumers can always be destroyed.
+    /// ProvidersHelper::RemovePairToContainer. Where nothing is booked there is nothing to end, but it still waits for a
+    /// RequestEnded or RequestRefused that runs: the consumer may be about to die. Any thread, and also after StopWork.
     virtual void StopSubscription(const Subscribe::StopParams& a_params) = 0;
     /// All assets that can be subscribed to, each once, in the order of Asset::operator<. Any thread.
     virtual std::vector<std::shared_ptr<Asset>> GetAssets() const = 0;

@@ -1,0 +1,151 @@
+#include "modules/ProvidersHelper.h"
+
+#include "assets/Asset.h"
+#include "modules/RequestParams.h"
+#include "modules/Subscribe.h"
+#include "platform/CodePage.h"
+#include "support/CheckingConsumer.h"
+#include "support/TestProvider.h"
+#include "velo/Log.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+using ProvidersHelper::SubscribersContainer;
+
+namespace {
+
+// The message is all that tells one refusal from another.
+class Refusals {
+public:
+    Refusals()
+        : m_sink(VeloTools::Log::Instance().AddSink(
+              [this](std::string_view a_source, int /*a_line*/, std::string_view a_message) {
+                  if (a_source == "ProvidersHelper::ValidateSubscribeParameters")
+                      messages.emplace_back(a_message);
+              }))
+    {}
+    ~Refusals() { VeloTools::Log::Instance().RemoveSink(m_sink); }
+    Refusals(const Refusals&) = delete;
+    Refusals& operator=(const Refusals&) = delete;
+
+    std::vector<std::string> messages;
+
+private:
+    VeloTools::Log::SinkId m_sink;
+};
+
+} // namespace
+
+// Against the plainest model, a list of texts: order of subscription kept, nobody twice, true when nobody is left.
+TEST(ProvidersHelperTest, BookingFollowsAPlainList)
+{
+    std::array<CheckingConsumer, 3> consumers;
+    std::mt19937 random(62);
+    for (int round = 0; round < 40; ++round) {
+        SubscribersContainer container;
+        std::vector<std::string> model;
+        for (int step = 0; step < 60; ++step) {
+            const std::size_t consumer = random() % consumers.size();
+            const auto number = static_cast<unsigned int>(random() % 3 + 1);
+            const std::string name = std::to_string(consumer) + ":" + std::to_string(number);
+            const auto known = std::find(model.begin(), model.end(), name);
+            if (random() % 2 == 0) {
+                const auto& pair =
+                    ProvidersHelper::AddPairToContainer(number, &consumers.at(consumer), container);
+                EXPECT_TRUE(&pair >= container.data() && &pair < container.data() + container.size());
+                EXPECT_EQ(pair.first, &consumers.at(consumer));
+                EXPECT_EQ(pair.second, number);
+                if (known == model.end())
+                    model.push_back(name);
+            } else {
+                if (known != model.end())
+                    model.erase(known);
+                EXPECT_EQ(ProvidersHelper::RemovePairToContainer(number, &consumers.at(consumer), container),
+                          model.empty());
+            }
+            std::vector<std::string> booked;
+            for (const auto& [who, what] : container)
+                booked.push_back(std::to_string(static_cast<CheckingConsumer*>(who) - consumers.data()) +
+                                 ":" + std::to_string(what));
+            ASSERT_EQ(booked, model) << round << '/' << step;
+        }
+    }
+}
+
+TEST(ProvidersHelperTest, NobodyLeftIsToldEvenWhereNobodyWas)
+{
+    CheckingConsumer consumer;
+    SubscribersContainer container;
+    EXPECT_TRUE(ProvidersHelper::RemovePairToContainer(1, &consumer, container));
+    container.emplace_back(nullptr, 1);
+    EXPECT_FALSE(ProvidersHelper::RemovePairToContainer(1, &consumer, container));
+    EXPECT_EQ(container.size(), 1U);
+}
+
+TEST(ProvidersHelperTest, TheFirstFailureIsTheOneLogged)
+{
+    TestProvider mine(L"Giełda");
+    TestProvider stopped(L"Giełda");
+    stopped.StopWork();
+    TestProvider stranger(L"Inna");
+    TestProvider namesake(L"Giełda");
+    CheckingConsumer consumer;
+    const RequestParams valid(ParamsBase::S_kindDataRecord);
+    const RequestParams invalid;
+
+    struct Case {
+        const char* what;
+        const ProviderBase* provider;
+        ProviderBase* assetsProvider;
+        const IConsumer* consumer;
+        const RequestParams* params;
+        std::string message; // empty where the subscription is good
+    };
+    const std::string notRunning = "Dostawca nie pracuje"_cp1250;
+    const std::string foreign = "Subskrypcja waloru z innego dostawcy"_cp1250;
+    const std::string nobody = "Podczas subskrybcji nie podano odbiorcy"_cp1250;
+    const std::string badParams = "Niepoprawne parametry subskrybcji"_cp1250;
+    const std::vector<Case> cases = {
+        {"no provider", nullptr, &mine, &consumer, &valid, notRunning},
+        {"stopped, and all else wrong", &stopped, &stranger, nullptr, &invalid, notRunning},
+        {"foreign asset, and all behind wrong", &mine, &stranger, nullptr, &invalid, foreign},
+        {"no consumer, and bad parameters", &mine, &mine, nullptr, &invalid, nobody},
+        {"bad parameters", &mine, &mine, &consumer, &invalid, badParams},
+        {"all good", &mine, &mine, &consumer, &valid, ""},
+        {"the same name is the same provider", &mine, &namesake, &consumer, &valid, ""},
+    };
+    for (const auto& tried : cases) {
+        SCOPED_TRACE(tried.what);
+        const Refusals log;
+        const Asset asset(tried.assetsProvider, "KGH", "KGHM", "GPW", "PLKGHM000017");
+        EXPECT_EQ(ProvidersHelper::ValidateSubscribeParameters(tried.provider, tried.consumer, 0, asset,
+                                                               *tried.params),
+                  tried.message.empty());
+        EXPECT_EQ(log.messages, tried.message.empty() ? std::vector<std::string>()
+                                                      : std::vector<std::string>{tried.message});
+    }
+}
+
+TEST(SubscribeTest, ASubscriptionIsItsConsumerAndItsNumber)
+{
+    TestProvider provider(L"Giełda");
+    std::array<CheckingConsumer, 2> consumers;
+    const Asset first(&provider, "A", "A", "GPW", "PL1");
+    const Asset second(&provider, "B", "B", "GPW", "PL2");
+    const Subscribe::StartParams running(&consumers[0], 7, first, RequestParams(2));
+
+    const auto stop = [&](std::size_t a_consumer, unsigned int a_number, const Asset& a_asset) {
+        return Subscribe::StopParams(&consumers.at(a_consumer), a_number, a_asset, std::nullopt);
+    };
+    EXPECT_TRUE(stop(0, 7, first).Suit(running));
+    EXPECT_TRUE(stop(0, 7, second).Suit(running));
+    EXPECT_FALSE(stop(0, 8, first).Suit(running));
+    EXPECT_FALSE(stop(1, 7, first).Suit(running));
+}
