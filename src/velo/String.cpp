@@ -19,7 +19,7 @@ constexpr auto S_lower = [] {
             byte >= 0xC0 && byte <= 0xDE && byte != 0xD7; // D7 is the sign of multiplication
         table[byte] = static_cast<unsigned char>(ascii || accented ? byte + 0x20 : byte);
     }
-    for (const std::size_t letter : {0x8A, 0x8C, 0x8D, 0x8E, 0x8F, 0xAA, 0xAF})
+    for (const std::size_t letter : {0x8AU, 0x8CU, 0x8DU, 0x8EU, 0x8FU, 0xAAU, 0xAFU})
         table[letter] = static_cast<unsigned char>(letter + 0x10);
     table[0xA3] = 0xB3; // L with stroke
     table[0xA5] = 0xB9; // A with ogonek
