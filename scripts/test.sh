@@ -39,11 +39,11 @@ run_tests() {
         { grep --line-buffered -vE '^ +Start +[0-9]+:|^ *[0-9]+/[0-9]+ Test +#.* Passed |^(Test project|Internal ctest) ' || true; }
 }
 
-# The test programs that start threads, by the rule that the tests of src/NAME are the program NAME_tests. The others
+# The test programs that start threads, by the rule that the tests of a folder NAME are the program NAME_tests. The others
 # have one thread, about which ThreadSanitizer has nothing to say.
 thread_programs() {
     grep -rlE 'std::(thread|jthread|async|execution::par)' --include='*.cpp' tests/ |
-        sed -nE 's#^tests/([a-z_]+)/[A-Za-z0-9_]+\.cpp$#\1_tests#p' | sort -u
+        sed -nE 's#^.*/([a-z_]+)/[A-Za-z0-9_]+\.cpp$#\1_tests#p' | sort -u
 }
 
 for preset in "${presets[@]}"; do
