@@ -19,7 +19,8 @@ class Image;
 }
 
 /// A plug-in that shows or uses market data. Its windows live on the main thread, while the callbacks of IConsumer come on
-/// the provider's: a consumer passes them on by a window message, or guards itself by CheckMainThreadCondition.
+/// the provider's: a consumer passes them on by a posted window message, or guards itself by CheckMainThreadCondition. A
+/// message that is sent would wait for the main thread, which may be waiting in StopSubscription for that callback.
 /// The host calls everything that is added here on the main thread, after Init, which comes first.
 class KALVENTO_API ConsumerBase : public PluginBase, public IConsumer {
 public:

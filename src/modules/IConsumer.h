@@ -25,9 +25,9 @@ class Synchronization;
 ///  2. where history was asked for: ProcessHistory, any number of times, then ProcessHistoryEnd once;
 ///  3. where synchronization was asked for: ProcessSynchronization, and no ProcessRecord before it;
 ///  4. what is live, for as long as it lasts: ProcessRecord, ProcessCurrentState, ProcessOffers, ProcessLatestRecords in
-///     any order, but the first ProcessCurrentState comes before the other two of its kind, and doesn't wait for 1 to 3; a
-///     ProcessRecord waits for them. After a break of the connection comes a new
-///     ProcessSynchronization, and changed operations come by a new ProcessOperations;
+///     any order, but that a first ProcessCurrentState comes before the other two of its kind. These three don't wait for
+///     1 to 3, ProcessRecord does. After a break of the connection comes a new ProcessSynchronization, and changed
+///     operations come by a new ProcessOperations;
 ///  5. RequestRefused or RequestEnded, at most one of them and once, and nothing after it. A request for history alone
 ///     always ends so; one for live data only if the provider ends it. After StopSubscription neither comes.
 /// SymbolDeleted may come at any time before 5, and is no end by itself.
