@@ -1194,7 +1194,9 @@ bool RowReader::Impl::TakeRow(const WallTime& a_time, std::string_view a_line, s
     if (seconds > before.shownSecond) {
         before.shownSecond = seconds;
         before.time = maker.Make(seconds);
-    } else if (before.time.GetMilliSec() < S_greatestCounter) {
+    } else if (before.time.GetMilliSec() < S_greatestCounter && before.time.ToDouble() >= 0.0) {
+        // Below day number zero a step would move the time back, and the engine would leave the row out as a late one:
+        // rows of one second share their time there.
         before.time = TimeMaker::NextStep(before.time);
     }
     times[a_row] = before.time;

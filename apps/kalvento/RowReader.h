@@ -55,7 +55,7 @@ struct RowCounts {
 /// Rows come out strictly rising in time (for each symbol): whole seconds, with the ordering counter telling rows of one
 /// second apart, given as DateTimeTools::ShiftTimeIfNeed gives it. From the 50,001st row of one second on, rows share
 /// their time: a greater counter would come within half a second of the next second, where times no longer compare
-/// by their seconds. A text's memory doesn't grow with its length; a block is read whole. One thread at a time.
+/// by their seconds. Before 1899-12-30 they always share it, for the counter counts backward there. A text's memory doesn't grow with its length; a block is read whole. One thread at a time.
 class RowReader {
 public:
     /// Reads the header and the first rows to learn the shape. The source, the context and a_rejects outlive the reader.

@@ -202,6 +202,18 @@ TEST_F(RowReaderTest, AVeryBusySecondStaysBeforeTheNext)
     ExpectSameBits(70000, NDateTime(2024, 8, 8, 10, 0, 1, 0));
 }
 
+// A step of the counter would move a time of those days back, so that the row counted as late and was left out.
+TEST_F(RowReaderTest, RowsBeforeTheFirstDayNumberStayInOrder)
+{
+    Read(
+        "time,price\n1012-04-04 06:00:00,1\n1012-04-04 06:00:00,2\n1899-12-29 18:00:00,3\n1899-12-29 17:00:00,4\n"
+        "1899-12-30,5\n1899-12-30,6\n");
+    ASSERT_EQ(times.size(), 6U);
+    for (std::size_t row = 1; row < times.size(); ++row)
+        EXPECT_FALSE(times[row] < times[row - 1]) << row;
+    EXPECT_TRUE(times[4] < times[5]);
+}
+
 TEST_F(RowReaderTest, OrderRules)
 {
     const std::string text =
