@@ -13,7 +13,8 @@ namespace kalvento::tool {
 /// without their accents. Blanks and letter case don't matter; no count means 1. The result is always valid
 /// (IntervalAndMultiplicity::IsValid). When it is empty, *a_reason (if given) says what was found and what would be
 /// accepted, in UTF-8.
-std::optional<IntervalAndMultiplicity> ParseInterval(std::string_view a_text, std::string* a_reason = nullptr);
+std::optional<IntervalAndMultiplicity> ParseInterval(std::string_view a_text,
+                                                     std::string* a_reason = nullptr);
 
 /// The shortest notation that ParseInterval reads back: `tick`, `5min`, `1d`. "none" for a pair that isn't valid.
 std::string FormatInterval(IntervalAndMultiplicity a_interval);

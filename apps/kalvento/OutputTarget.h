@@ -24,8 +24,8 @@ public:
 
 private:
     ToolContext& m_context;
-    std::string m_path;     // empty: standard output
-    std::string m_beside;   // the file while it is written
+    std::string m_path;   // empty: standard output
+    std::string m_beside; // the file while it is written
     int m_file = -1;
 };
 

@@ -16,8 +16,8 @@ std::map<std::string, std::string> ParsePairs(const std::vector<std::string>& a_
     for (const std::string& pair : a_pairs) {
         const auto sign = pair.find('=');
         if (sign == std::string::npos || sign == 0 || sign + 1 == pair.size())
-            throw CLI::ValidationError(a_option, "found \"" + pair + "\", expected name=value pairs such as " +
-                                                     a_example);
+            throw CLI::ValidationError(a_option, "found \"" + pair +
+                                                     "\", expected name=value pairs such as " + a_example);
         if (!result.emplace(pair.substr(0, sign), pair.substr(sign + 1)).second)
             throw CLI::ValidationError(a_option, "\"" + pair.substr(0, sign) + "\" is given twice");
     }
@@ -27,15 +27,16 @@ std::map<std::string, std::string> ParsePairs(const std::vector<std::string>& a_
 char ParseSign(const std::string& a_text, const char* a_option, std::string_view a_accepted)
 {
     const std::string text = a_text == "tab" || a_text == "\\t" ? "\t"
-                             : a_text == "comma"               ? ","
-                             : a_text == "semicolon"           ? ";"
-                             : a_text == "pipe"                ? "|"
-                             : a_text == "space"               ? " "
-                             : a_text == "point"               ? "."
-                                                               : a_text;
+                             : a_text == "comma"                ? ","
+                             : a_text == "semicolon"            ? ";"
+                             : a_text == "pipe"                 ? "|"
+                             : a_text == "space"                ? " "
+                             : a_text == "point"                ? "."
+                                                                : a_text;
     if (text.size() != 1 || a_accepted.find(text[0]) == std::string_view::npos)
-        throw CLI::ValidationError(a_option, "found \"" + a_text + "\", expected one of comma, semicolon, tab, "
-                                             "pipe, space (--delimiter) or point, comma (--decimal)");
+        throw CLI::ValidationError(a_option, "found \"" + a_text +
+                                                 "\", expected one of comma, semicolon, tab, "
+                                                 "pipe, space (--delimiter) or point, comma (--decimal)");
     return text[0];
 }
 
@@ -55,7 +56,9 @@ void AddReadOptions(CLI::App& a_command, ReadOptions& a_options)
     a_command
         .add_option_function<std::string>(
             "--decimal",
-            [&a_options](const std::string& a_text) { a_options.decimal = ParseSign(a_text, "--decimal", ".,"); },
+            [&a_options](const std::string& a_text) {
+                a_options.decimal = ParseSign(a_text, "--decimal", ".,");
+            },
             "Decimal sign: point or comma (default: found out)")
         ->group(group);
     a_command
@@ -81,14 +84,18 @@ void AddReadOptions(CLI::App& a_command, ReadOptions& a_options)
             "How columns fold: sum or last; the price: ohlc, ohlcsum or ohlclast (turnover=sum)")
         ->delimiter(',')
         ->group(group);
-    a_command.add_flag("--strict", a_options.strict, "Refuse columns that mean nothing instead of leaving them out")
+    a_command
+        .add_flag("--strict", a_options.strict,
+                  "Refuse columns that mean nothing instead of leaving them out")
         ->group(group);
     a_command
-        .add_option("--time-format", a_options.timeFormat,
-                    "Form of times, as %Y-%m-%d %H:%M:%S, or unix, unixms, unixus, unixns (default: found out)")
+        .add_option(
+            "--time-format", a_options.timeFormat,
+            "Form of times, as %Y-%m-%d %H:%M:%S, or unix, unixms, unixus, unixns (default: found out)")
         ->group(group);
     a_command
-        .add_option("--zone", a_options.zone, "Zone of input times that bear none, as Europe/Warsaw (default: as written)")
+        .add_option("--zone", a_options.zone,
+                    "Zone of input times that bear none, as Europe/Warsaw (default: as written)")
         ->group(group);
     a_command
         .add_option("--output-zone", a_options.outputZone,
@@ -97,7 +104,8 @@ void AddReadOptions(CLI::App& a_command, ReadOptions& a_options)
     a_command.add_option("--from", a_options.from, "First day taken, YYYY-MM-DD")->group(group);
     a_command.add_option("--to", a_options.to, "Last day taken, YYYY-MM-DD, whole")->group(group);
     a_command
-        .add_option("--symbol-column", a_options.symbolColumn, "Column that tells several instruments in one file apart")
+        .add_option("--symbol-column", a_options.symbolColumn,
+                    "Column that tells several instruments in one file apart")
         ->group(group);
     a_command
         .add_option("--input-interval", a_options.inputInterval,
@@ -105,15 +113,17 @@ void AddReadOptions(CLI::App& a_command, ReadOptions& a_options)
         ->group(group);
     a_command
         .add_option_function<std::string>(
-            "--input-stamp", [&a_options](const std::string& a_text) { a_options.stampedWithEnd = a_text == "end"; },
+            "--input-stamp",
+            [&a_options](const std::string& a_text) { a_options.stampedWithEnd = a_text == "end"; },
             "Whether input candles bear the begin or the end of their window (default: begin)")
         ->check(CLI::IsMember({"begin", "end"}))
         ->group(group);
     a_command
-        .add_option("--order", a_options.order,
-                    "A row not later than the one before: raise (move it up behind), refuse, drop (default: raise)")
-        ->transform(CLI::CheckedTransformer(
-            std::map<std::string, EOrderRule>{{"raise", EOrderRaise}, {"refuse", EOrderRefuse}, {"drop", EOrderDrop}}))
+        .add_option(
+            "--order", a_options.order,
+            "A row not later than the one before: raise (move it up behind), refuse, drop (default: raise)")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, EOrderRule>{
+            {"raise", EOrderRaise}, {"refuse", EOrderRefuse}, {"drop", EOrderDrop}}))
         ->type_name("RULE")
         ->group(group);
     a_command
@@ -123,7 +133,8 @@ void AddReadOptions(CLI::App& a_command, ReadOptions& a_options)
             std::map<std::string, EBadLines>{{"stop", EBadLinesStop}, {"reject", EBadLinesReject}}))
         ->type_name("RULE")
         ->group(group);
-    a_command.add_option("--reject-file", a_options.rejectFile, "Where rejected lines go, with the header")->group(group);
+    a_command.add_option("--reject-file", a_options.rejectFile, "Where rejected lines go, with the header")
+        ->group(group);
 }
 
 } // namespace kalvento::tool

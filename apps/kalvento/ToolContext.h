@@ -12,13 +12,13 @@ namespace kalvento::tool {
 /// The streams outlive the run. One thread at a time, but for files folded in parallel, which write notes in order
 /// after the threads have ended.
 struct ToolContext {
-    std::istream& in;            ///< What "-" reads.
-    std::ostream& out;           ///< Results, and nothing else.
-    std::ostream& err;           ///< Notes, errors, progress.
-    bool errIsTerminal = false;  ///< Progress is shown only then.
+    std::istream& in;           ///< What "-" reads.
+    std::ostream& out;          ///< Results, and nothing else.
+    std::ostream& err;          ///< Notes, errors, progress.
+    bool errIsTerminal = false; ///< Progress is shown only then.
     bool outIsTerminal = false;
-    bool quiet = false;          ///< Neither notes nor progress; errors always.
-    int exitCode = EExitOk;      ///< Set by a command that ends without raising.
+    bool quiet = false;     ///< Neither notes nor progress; errors always.
+    int exitCode = EExitOk; ///< Set by a command that ends without raising.
 };
 
 /// Ends the command with an exit code and a text for standard error. The text says what, where, and what would be
