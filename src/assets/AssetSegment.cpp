@@ -6,9 +6,9 @@ namespace AssetSegment {
 
 namespace {
 
-constexpr unsigned int Packed(char a_first, char a_second)
+constexpr unsigned int Packed(const char (&a_code)[3])
 {
-    return static_cast<unsigned int>(a_first) * 256U + static_cast<unsigned int>(a_second);
+    return static_cast<unsigned int>(a_code[0]) * 256U + static_cast<unsigned int>(a_code[1]);
 }
 
 } // namespace
@@ -16,13 +16,13 @@ constexpr unsigned int Packed(char a_first, char a_second)
 Value ToSegmentValue(std::string_view a_code)
 {
     switch (kalvento::internal::PackFeedCode(a_code)) {
-    case Packed('I', 'N'):
-    case Packed('L', 'E'):
-    case Packed('N', 'M'):
+    case Packed("IN"):
+    case Packed("LE"):
+    case Packed("NM"):
         return SegmentInstruments;
-    case Packed('I', 'X'):
+    case Packed("IX"):
         return SegmentIndices;
-    case Packed('D', 'N'):
+    case Packed("DN"):
         return SegmentDerivatives;
     default:
         return SegmentUnknown;
