@@ -11,9 +11,9 @@ struct HFontTag;
 using HFONT = HFontTag*;
 
 /// A window. Means something only inside the run of one process; a stale one is never a window again.
-struct HWND__;
-using HWND = HWND__*;
+struct HWndTag;
+using HWND = HWndTag*;
 
 /// An icon of the window system.
-struct HICON__;
-using HICON = HICON__*;
+struct HIconTag;
+using HICON = HIconTag*;
