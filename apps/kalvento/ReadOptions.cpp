@@ -118,19 +118,27 @@ void AddReadOptions(CLI::App& a_command, ReadOptions& a_options)
             "Whether input candles bear the begin or the end of their window (default: begin)")
         ->check(CLI::IsMember({"begin", "end"}))
         ->group(group);
+    // The enumerations are of bytes, which the command line parser would show as characters.
     a_command
-        .add_option(
-            "--order", a_options.order,
+        .add_option_function<std::string>(
+            "--order",
+            [&a_options](const std::string& a_text) {
+                a_options.order = a_text == "refuse" ? EOrderRefuse
+                                  : a_text == "drop" ? EOrderDrop
+                                                     : EOrderRaise;
+            },
             "A row not later than the one before: raise (move it up behind), refuse, drop (default: raise)")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, EOrderRule>{
-            {"raise", EOrderRaise}, {"refuse", EOrderRefuse}, {"drop", EOrderDrop}}))
+        ->check(CLI::IsMember({"raise", "refuse", "drop"}))
         ->type_name("RULE")
         ->group(group);
     a_command
-        .add_option("--bad-lines", a_options.badLines,
-                    "A line that can't be read: stop, or reject (set it aside and count it; default: stop)")
-        ->transform(CLI::CheckedTransformer(
-            std::map<std::string, EBadLines>{{"stop", EBadLinesStop}, {"reject", EBadLinesReject}}))
+        .add_option_function<std::string>(
+            "--bad-lines",
+            [&a_options](const std::string& a_text) {
+                a_options.badLines = a_text == "reject" ? EBadLinesReject : EBadLinesStop;
+            },
+            "A line that can't be read: stop, or reject (set it aside and count it; default: stop)")
+        ->check(CLI::IsMember({"stop", "reject"}))
         ->type_name("RULE")
         ->group(group);
     a_command.add_option("--reject-file", a_options.rejectFile, "Where rejected lines go, with the header")
