@@ -116,18 +116,18 @@ TEST(AssetSegmentTest, SeveralCodesFallOnOneSegment)
 TEST(AssetToolsTest, OrdersAreForInstrumentsAndDerivatives)
 {
     struct Case {
-        AssetSegment::Value segment;
         const char* shortName;
+        AssetSegment::Value segment;
         bool transaction, cash, contract;
     };
     const Case cases[] = {
-        {AssetSegment::SegmentInstruments, "KGHM", true, true, false},
-        {AssetSegment::SegmentInstruments, "FW20", true, true, false},
-        {AssetSegment::SegmentIndices, "WIG20", false, true, false},
-        {AssetSegment::SegmentDerivatives, "FW20H21", true, false, true},
-        {AssetSegment::SegmentDerivatives, "FW20", false, false, true},
-        {AssetSegment::SegmentUnknown, "KGHM", false, false, false},
-        {static_cast<AssetSegment::Value>(4), "KGHM", false, false, false},
+        {"KGHM", AssetSegment::SegmentInstruments, true, true, false},
+        {"FW20", AssetSegment::SegmentInstruments, true, true, false},
+        {"WIG20", AssetSegment::SegmentIndices, false, true, false},
+        {"FW20H21", AssetSegment::SegmentDerivatives, true, false, true},
+        {"FW20", AssetSegment::SegmentDerivatives, false, false, true},
+        {"KGHM", AssetSegment::SegmentUnknown, false, false, false},
+        {"KGHM", static_cast<AssetSegment::Value>(4), false, false, false},
     };
     for (const Case& entry : cases) {
         SCOPED_TRACE(std::string(entry.shortName) + " " + std::to_string(entry.segment));

@@ -120,6 +120,7 @@ TEST(AssetsGroupTest, MergesAsAPlainListDoes)
             }
 
             std::vector<std::string> expected;
+            expected.reserve(model.size());
             for (const Asset& asset : model)
                 expected.push_back(asset.GetIsin() + '|' + asset.GetShortName());
             std::sort(expected.begin(), expected.end());
