@@ -1,8 +1,9 @@
 #include "aggregation/AggrHourWindow.h"
 
-#include "aggregation/DayClock.h"
 #include "platform/CodePage.h"
 #include "time/KalventoException.h"
+
+#include <algorithm>
 
 using namespace kalvento::internal;
 
@@ -11,50 +12,23 @@ constexpr int S_slots = 24;
 }
 
 AggrHourWindow::AggrHourWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
-    : AggrBase(a_multiplicity, a_timeResult)
+    : SlotWindow(a_multiplicity, a_timeResult)
 {
     if (a_multiplicity > 24)
         throw KalventoException("AggrHourWindow::AggrHourWindow", __LINE__,
                                 "Wyjątek AggrHourWindow! Zbyt duża krotność interwału godzinowego."_cp1250);
 
-    m_slotsPerDay = S_slots;
     m_hourBySlot.reserve(S_slots);
-    m_slotByHour.reserve(S_slots);
+    m_slotByPlace.reserve(S_slots);
     for (int slot = 0; slot < S_slots; ++slot) {
         m_hourBySlot.push_back(static_cast<unsigned short>(slot));
-        m_slotByHour.push_back(slot);
+        m_slotByPlace.push_back(slot);
     }
 }
 
-void AggrHourWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
+NDateTime AggrHourWindow::AtSlot(const NDateTime& a_time, std::size_t a_slot) const
 {
-    const int window = WindowOfSlot(EntryOrFirst(m_slotByHour, a_time.GetHour()), m_multiplicity);
-    if (a_begin != nullptr)
-        *a_begin = GetBeginingOfWindowTime(a_time, window);
-    if (a_end != nullptr)
-        *a_end = GetBorderOfWindowTime(a_time, window);
-}
-
-bool AggrHourWindow::IsInCurrentWindow(const NDateTime& a_time)
-{
-    const int window = WindowOfSlot(EntryOrFirst(m_slotByHour, a_time.GetHour()), m_multiplicity);
-    const int dayOfYear = static_cast<int>(a_time.GetDayOfYear());
-    // The day of the year and not the date: a row exactly a year later counts as the same window. Candles stored by
-    // earlier versions were folded this way and must stay reproducible.
-    if (window == m_currentWindow && dayOfYear == m_currentDay)
-        return true;
-    m_currentWindow = window;
-    m_currentDay = dayOfYear;
-    return false;
-}
-
-NDateTime AggrHourWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const
-{
-    const std::int64_t first = FirstSlot(a_window, m_multiplicity);
-    if (first >= S_slots)
-        return NextMidnight(a_time);
-    const auto slot = static_cast<std::size_t>(first);
-    return AtTimeOfDay(a_time, m_hourBySlot[slot], 0, 0);
+    return AtTimeOfDay(a_time, m_hourBySlot[a_slot], 0, 0);
 }
 
 NDateTime AggrHourWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const
@@ -62,12 +36,4 @@ NDateTime AggrHourWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_w
     const auto slot =
         static_cast<std::size_t>(std::min<std::int64_t>(FirstSlot(a_window, m_multiplicity), 23));
     return AtTimeOfDay(a_time, std::min(23U, m_hourBySlot[slot] + m_multiplicity - 1U), 59, 59);
-}
-
-NDateTime AggrHourWindow::GetBeginingOfNextWindowTime(const NDateTime& a_time, int a_window) const
-{
-    const std::int64_t first = FirstSlot(std::int64_t{a_window} + 1, m_multiplicity);
-    if (first >= S_slots)
-        return NextMidnight(a_time);
-    return GetBeginingOfWindowTime(a_time, a_window + 1);
 }

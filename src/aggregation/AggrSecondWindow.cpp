@@ -1,6 +1,5 @@
 #include "aggregation/AggrSecondWindow.h"
 
-#include "aggregation/DayClock.h"
 #include "platform/CodePage.h"
 #include "time/KalventoException.h"
 
@@ -11,66 +10,31 @@ constexpr int S_slots = 24 * 60 * 60;
 }
 
 AggrSecondWindow::AggrSecondWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
-    : AggrBase(a_multiplicity, a_timeResult)
+    : SlotWindow(a_multiplicity, a_timeResult)
 {
     if (a_multiplicity > 59)
         throw KalventoException("AggrSecondWindow::AggrSecondWindow", __LINE__,
                                 "Wyjątek AggrSecondWindow! Zbyt duża krotność interwału sekundowego."_cp1250);
 
-    m_slotsPerDay = S_slots;
     m_hourBySlot.reserve(S_slots);
     m_minuteBySlot.reserve(S_slots);
     m_secondBySlot.reserve(S_slots);
-    m_slotBySecond.reserve(S_slots);
+    m_slotByPlace.reserve(S_slots);
     for (int slot = 0; slot < S_slots; ++slot) {
         m_hourBySlot.push_back(static_cast<unsigned short>(slot / 3600));
         m_minuteBySlot.push_back(static_cast<unsigned short>(slot / 60 % 60));
         m_secondBySlot.push_back(static_cast<unsigned short>(slot % 60));
-        m_slotBySecond.push_back(slot);
+        m_slotByPlace.push_back(slot);
     }
 }
 
-void AggrSecondWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
+NDateTime AggrSecondWindow::AtSlot(const NDateTime& a_time, std::size_t a_slot) const
 {
-    const int window = WindowOfSlot(EntryOrFirst(m_slotBySecond, a_time.GetAbsoluteTime()), m_multiplicity);
-    if (a_begin != nullptr)
-        *a_begin = GetBeginingOfWindowTime(a_time, window);
-    if (a_end != nullptr)
-        *a_end = GetBorderOfWindowTime(a_time, window);
-}
-
-bool AggrSecondWindow::IsInCurrentWindow(const NDateTime& a_time)
-{
-    const int window = WindowOfSlot(EntryOrFirst(m_slotBySecond, a_time.GetAbsoluteTime()), m_multiplicity);
-    const int dayOfYear = static_cast<int>(a_time.GetDayOfYear());
-    // The day of the year and not the date: a row exactly a year later counts as the same window. Candles stored by
-    // earlier versions were folded this way and must stay reproducible.
-    if (window == m_currentWindow && dayOfYear == m_currentDay)
-        return true;
-    m_currentWindow = window;
-    m_currentDay = dayOfYear;
-    return false;
-}
-
-NDateTime AggrSecondWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const
-{
-    const std::int64_t first = FirstSlot(a_window, m_multiplicity);
-    if (first >= S_slots)
-        return NextMidnight(a_time);
-    const auto slot = static_cast<std::size_t>(first);
-    return AtTimeOfDay(a_time, m_hourBySlot[slot], m_minuteBySlot[slot], m_secondBySlot[slot]);
+    return AtTimeOfDay(a_time, m_hourBySlot[a_slot], m_minuteBySlot[a_slot], m_secondBySlot[a_slot]);
 }
 
 NDateTime AggrSecondWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const
 {
     const auto slot = static_cast<std::size_t>(LastSlot(a_window, m_multiplicity, S_slots));
-    return AtTimeOfDay(a_time, m_hourBySlot[slot], m_minuteBySlot[slot], m_secondBySlot[slot]);
-}
-
-NDateTime AggrSecondWindow::GetBeginingOfNextWindowTime(const NDateTime& a_time, int a_window) const
-{
-    const std::int64_t first = FirstSlot(std::int64_t{a_window} + 1, m_multiplicity);
-    if (first >= S_slots)
-        return NextMidnight(a_time);
-    return GetBeginingOfWindowTime(a_time, a_window + 1);
+    return AtSlot(a_time, slot);
 }

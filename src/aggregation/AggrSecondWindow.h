@@ -1,26 +1,25 @@
 #pragma once
 
-#include "aggregation/AggrBase.h"
+#include "aggregation/SlotWindow.h"
 
 #include <vector>
 
 /// Windows of 1 to 59 seconds, counted from midnight.
 /// Made by AggrWindowsFactory only.
-class KALVENTO_API AggrSecondWindow : public AggrBase {
+class KALVENTO_API AggrSecondWindow : public kalvento::internal::SlotWindow<AggrSecondWindow, 24 * 60 * 60> {
 public:
-    void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const override;
-    bool IsInCurrentWindow(const NDateTime& a_time) override;
-    NDateTime GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const override;
     NDateTime GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const override;
-    NDateTime GetBeginingOfNextWindowTime(const NDateTime& a_time, int a_window) const override;
 
 private:
     friend class AggrWindowsFactory;
+    friend class kalvento::internal::SlotWindow<AggrSecondWindow, 24 * 60 * 60>;
     AggrSecondWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult);
+
+    static std::size_t PlaceOf(const NDateTime& a_time) { return a_time.GetAbsoluteTime(); }
+    NDateTime AtSlot(const NDateTime& a_time, std::size_t a_slot) const;
 
     // By slot: the time of day at which it begins. Lookups, so that no window start needs a calendar conversion.
     std::vector<unsigned short> m_hourBySlot;
     std::vector<unsigned short> m_minuteBySlot;
     std::vector<unsigned short> m_secondBySlot;
-    std::vector<int> m_slotBySecond; // by second of the day
 };

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "aggregation/AggrBase.h"
+#include "aggregation/DayClock.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace kalvento::internal {
+
+/// What windows of seconds, minutes and hours share: a day is a row of slots, and a window is so many of them, counted
+/// from midnight. Window gives `PlaceOf(time)`, the place of a time in the day, and `AtSlot(time, slot)`, the begin of a
+/// slot on the date of a time.
+template<typename Window, int Slots>
+class SlotWindow : public AggrBase {
+public:
+    void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const override
+    {
+        const int window = WindowOf(a_time);
+        if (a_begin != nullptr)
+            *a_begin = GetBeginingOfWindowTime(a_time, window);
+        if (a_end != nullptr)
+            *a_end = GetBorderOfWindowTime(a_time, window);
+    }
+
+    bool IsInCurrentWindow(const NDateTime& a_time) override
+    {
+        const int window = WindowOf(a_time);
+        const int dayOfYear = static_cast<int>(a_time.GetDayOfYear());
+        // The day of the year and not the date: a row exactly a year later counts as the same window. Candles stored
+        // by earlier versions were folded this way and must stay reproducible.
+        if (window == m_currentWindow && dayOfYear == m_currentDay)
+            return true;
+        m_currentWindow = window;
+        m_currentDay = dayOfYear;
+        return false;
+    }
+
+    NDateTime GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const override
+    {
+        return BeginOf(a_time, a_window);
+    }
+
+    NDateTime GetBeginingOfNextWindowTime(const NDateTime& a_time, int a_window) const override
+    {
+        return BeginOf(a_time, std::int64_t{a_window} + 1);
+    }
+
+protected:
+    SlotWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
+        : AggrBase(a_multiplicity, a_timeResult)
+    {
+        m_slotsPerDay = Slots;
+    }
+
+    std::vector<int> m_slotByPlace; // by second, minute or hour of the day
+
+private:
+    int WindowOf(const NDateTime& a_time) const
+    {
+        return WindowOfSlot(EntryOrFirst(m_slotByPlace, Window::PlaceOf(a_time)), m_multiplicity);
+    }
+
+    NDateTime BeginOf(const NDateTime& a_time, std::int64_t a_window) const
+    {
+        const std::int64_t first = FirstSlot(a_window, m_multiplicity);
+        if (first >= Slots)
+            return NextMidnight(a_time);
+        return static_cast<const Window&>(*this).AtSlot(a_time, static_cast<std::size_t>(first));
+    }
+};
+
+} // namespace kalvento::internal
