@@ -1,6 +1,7 @@
 #include "kalvento/ByteSource.h"
 #include "kalvento/Commands.h"
 #include "kalvento/OperationsFile.h"
+#include "kalvento/OutputOptions.h"
 #include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
 #include "kalvento/ReadOptions.h"
@@ -102,17 +103,7 @@ void AddAdjustCommand(CLI::App& a_app, ToolContext& a_context)
             "List of operations: text (version, then lines id,date,type,factor) or DataOperation.xml")
         ->required()
         ->type_name("FILE");
-    command
-        ->add_option_function<std::string>(
-            "--format",
-            [options](const std::string& a_text) { options->format = *OutputFormatFromName(a_text); },
-            "csv, jsonl, table (aligned, for reading) or block (binary series block); default: csv")
-        ->check(CLI::IsMember({"csv", "jsonl", "table", "block"}))
-        ->type_name("FORM");
-    command
-        ->add_option("--output,-o", options->output,
-                     "File to write, whole or not at all (default: standard output)")
-        ->type_name("FILE");
+    AddOutputOptions(*command, options->format, options->output);
     AddReadOptions(*command, options->read);
     command->footer(S_help + ExitCodesHelp());
     command->callback([options, &a_context] { RunAdjust(*options, a_context); });

@@ -3,6 +3,7 @@
 #include "kalvento/Commands.h"
 #include "kalvento/IntervalNotation.h"
 #include "kalvento/OperationsFile.h"
+#include "kalvento/OutputOptions.h"
 #include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
 #include "kalvento/ReadOptions.h"
@@ -450,17 +451,7 @@ void AddCandlesCommand(CLI::App& a_app, ToolContext& a_context)
             "below a day only) or the border (last instant inside); default: begin, for ticks last")
         ->check(CLI::IsMember({"first", "last", "begin", "end", "border"}))
         ->type_name("TIME");
-    command
-        ->add_option_function<std::string>(
-            "--format",
-            [options](const std::string& a_text) { options->format = *OutputFormatFromName(a_text); },
-            "csv, jsonl, table (aligned, for reading) or block (binary series block); default: csv")
-        ->check(CLI::IsMember({"csv", "jsonl", "table", "block"}))
-        ->type_name("FORM");
-    command
-        ->add_option("--output,-o", options->output,
-                     "File to write, whole or not at all (default: standard output)")
-        ->type_name("FILE");
+    AddOutputOptions(*command, options->format, options->output);
     command
         ->add_option("--split", options->splitFolder, "Folder for one file a symbol (with --symbol-column)")
         ->type_name("DIR");

@@ -1,5 +1,6 @@
 #include "kalvento/Commands.h"
 #include "kalvento/OperationsFile.h"
+#include "kalvento/OutputOptions.h"
 #include "kalvento/OutputTarget.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/TextForms.h"
@@ -98,10 +99,7 @@ void AddOperationsCommand(CLI::App& a_app, ToolContext& a_context)
                      "table, text (version, then lines id,date,type,factor) or xml")
         ->check(CLI::IsMember({"table", "text", "xml"}))
         ->capture_default_str();
-    command
-        ->add_option("--output,-o", options->output,
-                     "File to write, whole or not at all (default: standard output)")
-        ->type_name("FILE");
+    AddOutputOption(*command, options->output);
     command->footer(
         "Shows the list, or writes it in one of its forms, and tells on standard error what nobody can have meant:\n"
         "numbers that can't be read (they count as 0), dates that no calendar has, factors of 0 and below, identifiers given\n"

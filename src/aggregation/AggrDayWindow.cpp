@@ -7,7 +7,7 @@
 using namespace kalvento::internal;
 
 AggrDayWindow::AggrDayWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
-    : AggrBase(a_multiplicity, a_timeResult)
+    : WindowOfYear(a_multiplicity, a_timeResult)
 {
     if (a_multiplicity > 365)
         throw KalventoException("AggrDayWindow::AggrDayWindow", __LINE__,
@@ -25,15 +25,7 @@ void AggrDayWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin,
 
 bool AggrDayWindow::IsInCurrentWindow(const NDateTime& a_time)
 {
-    const int window = WindowNumber(a_time.GetDayOfYear(), m_multiplicity);
-    const int year = static_cast<int>(a_time.GetYear());
-    // Without an open window nothing matches, also not the number -1 that a time without a calendar can have.
-    if (m_currentDay != -1 && window == m_currentWindow && year == m_currentYear)
-        return true;
-    m_currentWindow = window;
-    m_currentYear = year;
-    m_currentDay = static_cast<int>(a_time.GetDayOfYear());
-    return false;
+    return StaysInWindow(a_time, WindowNumber(a_time.GetDayOfYear(), m_multiplicity));
 }
 
 NDateTime AggrDayWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "aggregation/AggrBase.h"
+#include "aggregation/WindowOfYear.h"
 
 /// Windows of 1 to 365 days, counted from 1 January.
 /// Made by AggrWindowsFactory only.
-class KALVENTO_API AggrDayWindow : public AggrBase {
+class KALVENTO_API AggrDayWindow : public kalvento::internal::WindowOfYear {
 public:
     void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const override;
     bool IsInCurrentWindow(const NDateTime& a_time) override;
@@ -15,6 +15,4 @@ public:
 private:
     friend class AggrWindowsFactory;
     AggrDayWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult);
-
-    int m_currentYear = -1;
 };

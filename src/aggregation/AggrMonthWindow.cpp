@@ -17,7 +17,7 @@ std::int64_t MonthNumber(std::int64_t a_month)
 } // namespace
 
 AggrMonthWindow::AggrMonthWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
-    : AggrBase(a_multiplicity, a_timeResult)
+    : WindowOfYear(a_multiplicity, a_timeResult)
 {
     if (a_multiplicity > 11)
         throw KalventoException("AggrMonthWindow::AggrMonthWindow", __LINE__,
@@ -42,15 +42,7 @@ void AggrMonthWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begi
 
 bool AggrMonthWindow::IsInCurrentWindow(const NDateTime& a_time)
 {
-    const int window = WindowNumber(a_time.GetMonth(), m_multiplicity);
-    const int year = static_cast<int>(a_time.GetYear());
-    // Without an open window nothing matches, also not the number -1 that a time without a calendar can have.
-    if (m_currentDay != -1 && window == m_currentWindow && year == m_currentYear)
-        return true;
-    m_currentWindow = window;
-    m_currentYear = year;
-    m_currentDay = static_cast<int>(a_time.GetDayOfYear());
-    return false;
+    return StaysInWindow(a_time, WindowNumber(a_time.GetMonth(), m_multiplicity));
 }
 
 NDateTime AggrMonthWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const

@@ -16,7 +16,7 @@ constexpr std::size_t S_days = 366;
 } // namespace
 
 AggrWeekWindow::AggrWeekWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
-    : AggrBase(a_multiplicity, a_timeResult)
+    : WindowOfYear(a_multiplicity, a_timeResult)
 {
     if (a_multiplicity > 51)
         throw KalventoException("AggrWeekWindow::AggrWeekWindow", __LINE__,
@@ -73,15 +73,7 @@ void AggrWeekWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin
 bool AggrWeekWindow::IsInCurrentWindow(const NDateTime& a_time)
 {
     FillTables(static_cast<unsigned int>(a_time.GetYear()));
-    const int window = WeekOf(a_time) / m_multiplicity;
-    const int year = static_cast<int>(a_time.GetYear());
-    // Without an open window nothing matches, also not the number -1 that a time without a calendar can have.
-    if (m_currentDay != -1 && window == m_currentWindow && year == m_currentYear)
-        return true;
-    m_currentWindow = window;
-    m_currentYear = year;
-    m_currentDay = static_cast<int>(a_time.GetDayOfYear());
-    return false;
+    return StaysInWindow(a_time, WeekOf(a_time) / m_multiplicity);
 }
 
 NDateTime AggrWeekWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const

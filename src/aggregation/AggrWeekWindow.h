@@ -1,12 +1,12 @@
 #pragma once
 
-#include "aggregation/AggrBase.h"
+#include "aggregation/WindowOfYear.h"
 
 #include <vector>
 
 /// Windows of 1 to 51 weeks from Monday to Sunday, counted from 1 January, whose week may be short.
 /// Made by AggrWindowsFactory only.
-class KALVENTO_API AggrWeekWindow : public AggrBase {
+class KALVENTO_API AggrWeekWindow : public kalvento::internal::WindowOfYear {
 public:
     void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const override;
     bool IsInCurrentWindow(const NDateTime& a_time) override;
@@ -22,7 +22,6 @@ private:
     void FillTables(unsigned int a_year) const;
     int WeekOf(const NDateTime& a_time) const;
 
-    int m_currentYear = -1;
     // The tables of one year at a time; rebuilt for a row of another year.
     mutable std::vector<unsigned int> m_startMonthByWeek;
     mutable std::vector<unsigned int> m_startDayByWeek;
