@@ -27,12 +27,23 @@ void HandleSignal(int)
     errno = savedError;
 }
 
+/// The one descriptor of the process. It stays open: a signal that another thread is still handling may write to it
+/// after the command that waited has gone, and a number given back could by then be somebody else's file.
+int SharedDescriptor()
+{
+    static const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    return descriptor;
+}
+
 } // namespace
 
-Interruption::Interruption() : m_descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+Interruption::Interruption() : m_descriptor(SharedDescriptor())
 {
     if (m_descriptor < 0)
         throw ToolError(EExitFailure, std::string("can't wait for signals: ") + std::strerror(errno));
+    // What an earlier command was told is no news to this one.
+    std::uint64_t count = 0;
+    [[maybe_unused]] const auto drained = read(m_descriptor, &count, sizeof count);
     S_descriptor = m_descriptor;
     struct sigaction action {};
     action.sa_handler = HandleSignal;
@@ -44,8 +55,6 @@ Interruption::~Interruption()
 {
     sigaction(SIGINT, &m_oldInterrupt, nullptr);
     sigaction(SIGTERM, &m_oldTerminate, nullptr);
-    S_descriptor = -1;
-    close(m_descriptor);
 }
 
 bool Interruption::IsRaised() const
