@@ -48,6 +48,8 @@ struct ConsumerContractCase {
 class WatchedFeed : public FeedProvider {
 public:
     using FeedProvider::FeedProvider;
+    // The feed's thread calls virtual operations, so it must have ended before this part of the object goes.
+    ~WatchedFeed() override { OnStopWork(); }
 
     bool StartSubscription(const Subscribe::StartParams& a_params) override
     {
