@@ -277,8 +277,12 @@ bool LiveRun::WaitForMore(int a_interruption)
         m_source->ReleaseLastLine();
         TakeRows(true);
         return false;
-    case GrowingSource::EWaitTimeout:
     case GrowingSource::EWaitInterrupted:
+        // What was written before the signal is seen; a signal and an append may well come in one moment.
+        if (m_source->IsFile())
+            TakeRows(false);
+        return false;
+    case GrowingSource::EWaitTimeout:
         return false;
     }
     return false;
