@@ -68,6 +68,8 @@ def check(ours, theirs):
 
 
 def main():
+    if len(sys.argv) < 2:
+        sys.exit(__doc__ or "usage: csv_vs_pandas.py KALVENTO [ROWS [ROUNDS]]")
     tool = sys.argv[1]
     rows = int(sys.argv[2]) if len(sys.argv) > 2 else 5_000_000
     rounds = int(sys.argv[3]) if len(sys.argv) > 3 else 3
