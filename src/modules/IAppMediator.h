@@ -6,6 +6,7 @@
 #include "velo/Process.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -33,7 +34,8 @@ class Settings;
 ///
 /// Threads: the notifications of providers (AssetsChanged, NotifyChangeConnectionStatus, the two of the progress bar) and
 /// the three that show a text come from any thread, and the host hops to the main one by itself. GetProviderByName and
-/// GetModuleByName are asked from any thread that reads saved data. All others are called on the main thread only.
+/// GetModuleByName are asked from any thread that reads saved data, PostToMainThread and RequestExit from any at all. All
+/// others are called on the main thread only.
 ///
 /// These are the operations that somebody calls. What only a host and its plug-ins would agree on is not here until
 /// something needs it; a new operation goes to its place in this order, and all plug-ins are built anew.
@@ -124,6 +126,15 @@ public:
     virtual void ShowContextMenu(IKalventoContextMenu* a_menu, CPoint a_point, CWnd* a_parent) = 0;
     /// A passing notification that doesn't stop the user.
     virtual void ShowNotificationMessage(std::wstring_view a_text) = 0;
+
+    // The main thread.
+
+    /// Has the function called on the main thread, behind all that was posted before, and returns at once. This is how
+    /// what a provider delivered on its thread reaches a window. What it raises is logged. After StopWork of the mediator
+    /// functions are dropped uncalled: a module waits for none of its own at its end. Any thread.
+    virtual void PostToMainThread(std::function<void()> a_function) = 0;
+    /// Asks the host to end with that exit code, as if the user had closed it; the first call counts. Any thread.
+    virtual void RequestExit(int a_exitCode) = 0;
 
     /// The thread that constructed this object. May be asked from any thread.
     std::uint32_t GetMainThreadId() const { return m_mainThreadId; }

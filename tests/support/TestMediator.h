@@ -7,9 +7,11 @@
 #include "modules/ProviderBase.h"
 
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// A host for tests. Makes itself known for as long as it lives, finds what a test puts into its lists, and notes down what
@@ -123,6 +125,28 @@ public:
     {
         Note("ShowNotificationMessage", std::wstring(a_text));
     }
+    void PostToMainThread(std::function<void()> a_function) override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_posted.push_back(std::move(a_function));
+    }
+    void RequestExit(int a_exitCode) override { Note("RequestExit " + std::to_string(a_exitCode)); }
+
+    /// Calls what was posted, and what that posts, on the calling thread.
+    void RunPosted()
+    {
+        for (;;) {
+            std::vector<std::function<void()>> posted;
+            {
+                const std::lock_guard lock(m_mutex);
+                posted.swap(m_posted);
+            }
+            if (posted.empty())
+                return;
+            for (const auto& function : posted)
+                function();
+        }
+    }
 
 protected:
     void Note(std::string a_call)
@@ -141,4 +165,5 @@ private:
     mutable std::mutex m_mutex; // providers tell from their own threads
     std::vector<std::string> m_calls;
     std::vector<std::wstring> m_texts;
+    std::vector<std::function<void()>> m_posted;
 };

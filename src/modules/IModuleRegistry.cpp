@@ -1,0 +1,3 @@
+#include "modules/IModuleRegistry.h"
+
+IModuleRegistry::~IModuleRegistry() = default;
