@@ -3,11 +3,13 @@ include(CMakePackageConfigHelpers)
 
 set(KALVENTO_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/KalventoIncludes")
 
-install(TARGETS kalvento_core EXPORT KalventoIncludesTargets
+install(TARGETS kalvento_core kalvento_provider_kit EXPORT KalventoIncludesTargets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kalvento"
+    FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/plugins/provider_kit" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kalvento"
     FILES_MATCHING PATTERN "*.h")
 install(EXPORT KalventoIncludesTargets NAMESPACE KalventoIncludes:: DESTINATION "${KALVENTO_PACKAGE_DIR}")
 
@@ -17,7 +19,8 @@ configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/KalventoIncludesConfig.
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/KalventoIncludesConfigVersion.cmake"
     COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/KalventoIncludesConfig.cmake"
-    "${PROJECT_BINARY_DIR}/KalventoIncludesConfigVersion.cmake" DESTINATION "${KALVENTO_PACKAGE_DIR}")
+    "${PROJECT_BINARY_DIR}/KalventoIncludesConfigVersion.cmake" "${CMAKE_CURRENT_LIST_DIR}/KalventoPlugins.cmake"
+    DESTINATION "${KALVENTO_PACKAGE_DIR}")
 
 # The file finds its prefix from its own place, so that an installed tree can be moved.
 file(RELATIVE_PATH KALVENTO_PC_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
