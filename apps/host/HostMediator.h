@@ -1,0 +1,93 @@
+#pragma once
+
+#include "modules/IAppMediator.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+
+namespace kalvento::host {
+
+class IHostView;
+class MainThreadExecutor;
+class ModuleDirectory;
+
+/// The mediator of a host without windows. What providers tell and what is to be shown hops to the main thread and goes to
+/// the view there; the questions about windows answer that there are none. A host with windows derives from it and
+/// overrides these. Threads as IAppMediator says.
+class HostMediator : public IAppMediator {
+public:
+    /// On the main thread. The view is not owned; it is called no more once the executor is closed.
+    HostMediator(IHostView& a_view, std::shared_ptr<MainThreadExecutor> a_executor,
+                 std::shared_ptr<ModuleDirectory> a_directory);
+    ~HostMediator() override;
+
+    /// From the end of its Init on a module is found.
+    ProviderBase* GetProviderByName(std::wstring_view a_name) override;
+    IGenericModule* GetModuleByName(const std::wstring& a_name) override;
+
+    /// A worker thread waits for the answer; -1, as without a mediator, where the host is about to end.
+    int ShowMessage(std::wstring_view a_caption, std::wstring_view a_text, unsigned int a_flags) override;
+    void ShowMessage(std::wstring_view a_text) override;
+    void ShowNotificationMessage(std::wstring_view a_text) override;
+
+    void AssetsChanged(ProviderBase* a_provider) override;
+    void NotifyChangeConnectionStatus() override;
+    void AddOperationsToDoToProgress(unsigned int a_count) override;
+    void SetOperationsDidToProgress(unsigned int a_count) override;
+
+    void PostToMainThread(std::function<void()> a_function) override;
+    /// HasExited is true when all that was posted before has been called.
+    void RequestExit(int a_exitCode) override;
+
+    /// Whether the exit that was asked for has come. Main thread.
+    bool HasExited() const { return m_hasExited; }
+    /// Empty until RequestExit. Any thread.
+    std::optional<int> GetExitCode() const;
+
+    // There are no windows.
+    KalventoWindow* GetActiveWindow() override;
+    void WindowActivationChanged(KalventoWindow* a_window, bool a_active, bool a_byDeactivation) override;
+    void RefreshRibbonContext() override;
+    void RefreshRibbonContextCaption() override;
+    /// Black.
+    COLORREF GetSkinColor(int a_index) override;
+    std::shared_ptr<Settings> GetWindowTemplate(const ModuleWndBase* a_window) override;
+    bool TemplateExists(IGenericModule* a_module, const std::wstring& a_guid) override;
+    const IGeneralSettings& GetGeneralSettings() override;
+    IChooseAssetDlgFactory* GetChooseAssetDlgFactory() override;
+    CCmdTarget* GetCmdTarget(ConsumerBase* a_consumer) override;
+    bool IsActiveView(CWnd* a_window) override;
+    CWnd* GetActiveView() override;
+    void InstrumentAddedFromQuickDialog(const Asset& a_asset) override;
+    void WindowResized(ModuleWndBase* a_window) override;
+    bool WindowsFollowActiveView() override;
+    bool IsDesktopChanging() override;
+    bool IsWindowInView(KalventoWindow* a_window) override;
+    void DesktopChanged() override;
+    void ShowContextMenu(IKalventoContextMenu* a_menu, CPoint a_point, CWnd* a_parent) override;
+
+protected:
+    IHostView& GetView() const { return m_view; }
+    MainThreadExecutor& GetExecutor() const { return *m_executor; }
+
+private:
+    void TellProgress();
+    // A text is shown at once on the main thread, so that what a module says while it stops is still seen.
+    void CallOrPost(std::function<void()> a_function);
+
+    IHostView& m_view;
+    const std::shared_ptr<MainThreadExecutor> m_executor;
+    const std::shared_ptr<ModuleDirectory> m_directory;
+    const std::unique_ptr<IGeneralSettings> m_generalSettings;
+    bool m_hasExited = false; // main thread only
+
+    mutable std::mutex m_mutex; // of all below
+    std::optional<int> m_exitCode;
+    bool m_statusPosted = false; // a change of status is on its way to the view
+    bool m_progressPosted = false;
+    unsigned int m_operationsDone = 0;
+    unsigned int m_operationsTotal = 0;
+};
+
+} // namespace kalvento::host
