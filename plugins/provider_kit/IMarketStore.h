@@ -29,7 +29,7 @@ struct StoreInstrument {
 };
 
 /// What a store tells the provider over it, on threads of its own and never while it holds a lock that an operation of
-/// IMarketStore takes.
+/// IMarketStore takes. The provider's answer is quick: it reads on a thread of its own.
 class IMarketStoreListener {
 public:
     virtual ~IMarketStoreListener() = default;
@@ -51,9 +51,10 @@ protected:
 };
 
 /// A store of market data in which the rows of each instrument are numbered from 0 on, in order of time. A row that was seen
-/// once keeps its number and its contents for as long as the store is open: that is what lets history, synchronization and
-/// live data of a subscription meet without a gap and without a row told twice, whatever breaks in between. Times rise
-/// strictly from one row to the next (NDateTime's ordering counter tells rows of one second apart).
+/// once keeps its number and its contents for as long as the store object lives, also from one Open to the next: that is
+/// what lets history, synchronization and live data of a subscription meet without a gap and without a row told twice,
+/// whatever breaks in between. Times rise strictly from one row to the next (NDateTime's ordering counter tells rows of one
+/// second apart). A source whose past was rewritten lets the instrument go and come again (InstrumentsChanged twice).
 ///
 /// All operations may be called from any thread. Those that read raise std::exception when the store can't be read now
 /// (no connection, a damaged file), with a text for the log; the provider asks again after Restored. An instrument that
