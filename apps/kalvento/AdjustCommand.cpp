@@ -1,14 +1,14 @@
-#include "kalvento/ByteSource.h"
+#include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
-#include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
-#include "kalvento/ReadOptions.h"
 #include "kalvento/RowAdjuster.h"
-#include "kalvento/RowReader.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
+#include "rows/ByteSource.h"
+#include "rows/OutputTarget.h"
+#include "rows/RowReader.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,8 +1,8 @@
 #include "kalvento/BlockFile.h"
 
-#include "kalvento/ByteSource.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/ToolContext.h"
+#include "rows/ByteSource.h"
+#include "rows/ToolContext.h"
 
 #include <fstream>
 #include <istream>

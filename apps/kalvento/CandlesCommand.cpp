@@ -1,16 +1,16 @@
-#include "kalvento/ByteSource.h"
-#include "kalvento/CandleFolder.h"
+#include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
-#include "kalvento/IntervalNotation.h"
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
-#include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
-#include "kalvento/ReadOptions.h"
 #include "kalvento/RowAdjuster.h"
-#include "kalvento/RowReader.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
+#include "rows/ByteSource.h"
+#include "rows/CandleFolder.h"
+#include "rows/IntervalNotation.h"
+#include "rows/OutputTarget.h"
+#include "rows/RowReader.h"
 
 #include <CLI/CLI.hpp>
 

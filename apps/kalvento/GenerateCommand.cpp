@@ -1,8 +1,8 @@
 #include "kalvento/Commands.h"
-#include "kalvento/OutputTarget.h"
 #include "kalvento/SessionGenerator.h"
 #include "kalvento/TargetStream.h"
 #include "kalvento/Tool.h"
+#include "rows/OutputTarget.h"
 #include "series/DataSeriesSet.h"
 #include "time/DateTimeTools.h"
 

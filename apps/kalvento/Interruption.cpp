@@ -1,6 +1,6 @@
 #include "kalvento/Interruption.h"
 
-#include "kalvento/ToolContext.h"
+#include "rows/ToolContext.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,10 +1,10 @@
 #include "kalvento/Commands.h"
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
-#include "kalvento/OutputTarget.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
+#include "rows/OutputTarget.h"
 
 #include "history_operations/OperationsText.h"
 

@@ -1,11 +1,11 @@
 #include "kalvento/OperationsFile.h"
 
-#include "kalvento/ByteSource.h"
 #include "kalvento/LogCollector.h"
 #include "kalvento/RowWriter.h"
-#include "kalvento/ToolContext.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
+#include "rows/ByteSource.h"
+#include "rows/ToolContext.h"
 
 #include <algorithm>
 #include <charconv>

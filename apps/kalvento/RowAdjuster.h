@@ -1,7 +1,7 @@
 #pragma once
 
 #include "history_operations/HistoryOperations.h"
-#include "kalvento/RowReader.h"
+#include "rows/RowReader.h"
 #include "series/History.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "kalvento/RowWriter.h"
 
-#include "kalvento/OutputTarget.h"
-#include "kalvento/SeriesNames.h"
+#include "rows/OutputTarget.h"
+#include "rows/SeriesNames.h"
 #include "series/DataSeriesSet.h"
 #include "series/ESeriesId.h"
 

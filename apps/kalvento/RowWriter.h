@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalvento/RowReader.h"
+#include "rows/RowReader.h"
 
 #include <cstdint>
 #include <memory>

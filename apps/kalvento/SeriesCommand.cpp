@@ -1,8 +1,8 @@
 #include "kalvento/Commands.h"
-#include "kalvento/OutputTarget.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
+#include "rows/OutputTarget.h"
 #include "series/Series.h"
 #include "series/SeriesTable.h"
 

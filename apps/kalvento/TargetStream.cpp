@@ -1,6 +1,6 @@
 #include "kalvento/TargetStream.h"
 
-#include "kalvento/OutputTarget.h"
+#include "rows/OutputTarget.h"
 
 #include <exception>
 #include <streambuf>

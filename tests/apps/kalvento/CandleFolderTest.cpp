@@ -1,4 +1,4 @@
-#include "kalvento/CandleFolder.h"
+#include "rows/CandleFolder.h"
 
 #include "aggregation/AggregatorWrapper.h"
 #include "series/ESeriesId.h"

@@ -1,4 +1,4 @@
-#include "kalvento/GrowingSource.h"
+#include "rows/GrowingSource.h"
 
 #include "RunToolHere.h"
 

@@ -1,6 +1,6 @@
-#include "kalvento/RowReader.h"
+#include "rows/RowReader.h"
 
-#include "kalvento/ByteSource.h"
+#include "rows/ByteSource.h"
 #include "series/ESeriesId.h"
 #include "time/DateTimeTools.h"
 

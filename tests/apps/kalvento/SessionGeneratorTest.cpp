@@ -2,9 +2,9 @@
 
 #include "RunToolHere.h"
 #include "kalvento/BlockFile.h"
-#include "kalvento/ByteSource.h"
-#include "kalvento/ReadOptions.h"
-#include "kalvento/RowReader.h"
+#include "rows/ByteSource.h"
+#include "rows/ReadOptions.h"
+#include "rows/RowReader.h"
 #include "series/Series.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "kalvento/NumberText.h"
-#include "kalvento/TimeText.h"
+#include "rows/NumberText.h"
+#include "rows/TimeText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "kalvento/IntervalNotation.h"
+#include "rows/IntervalNotation.h"
 
 #include "time/MaxMultiplicity.h"
 

@@ -1,6 +1,6 @@
-#include "kalvento/GrowingSource.h"
+#include "rows/GrowingSource.h"
 
-#include "kalvento/ToolContext.h"
+#include "rows/ToolContext.h"
 
 #include <algorithm>
 #include <array>

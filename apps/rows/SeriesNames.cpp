@@ -1,4 +1,4 @@
-#include "kalvento/SeriesNames.h"
+#include "rows/SeriesNames.h"
 
 #include "series/ESeriesId.h"
 #include "series/SeriesTable.h"

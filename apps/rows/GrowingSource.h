@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalvento/ByteSource.h"
+#include "rows/ByteSource.h"
 
 #include <chrono>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalvento/ExitCodes.h"
+#include "rows/ExitCodes.h"
 
 #include <iosfwd>
 #include <stdexcept>

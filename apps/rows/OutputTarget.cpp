@@ -1,4 +1,4 @@
-#include "kalvento/OutputTarget.h"
+#include "rows/OutputTarget.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "kalvento/TimeText.h"
+#include "rows/TimeText.h"
 
 #include <array>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "kalvento/NumberText.h"
+#include "rows/NumberText.h"
 
 #include <fast_float/fast_float.h>
 

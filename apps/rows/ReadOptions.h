@@ -7,10 +7,6 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace kalvento::tool {
 
 /// What happens to a row whose time isn't later than the time before it.
@@ -48,8 +44,5 @@ struct ReadOptions {
     bool growing = false; ///< The source may grow: a last line waits for its line feed, and no end is final.
     std::string rejectFile; ///< Where lines go that were set aside; empty: nowhere.
 };
-
-/// Adds the options that fill a ReadOptions, which must outlive the parse.
-void AddReadOptions(CLI::App& a_command, ReadOptions& a_options);
 
 } // namespace kalvento::tool

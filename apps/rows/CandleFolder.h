@@ -2,7 +2,7 @@
 
 #include "aggregation/Aggregator.h"
 #include "aggregation/EAggrTimeResult.h"
-#include "kalvento/RowReader.h"
+#include "rows/RowReader.h"
 #include "time/IntervalAndMultiplicity.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "kalvento/ReadOptions.h"
-#include "kalvento/ToolContext.h"
+#include "rows/ReadOptions.h"
+#include "rows/ToolContext.h"
 #include "time/IntervalAndMultiplicity.h"
 #include "time/NDateTime.h"
 

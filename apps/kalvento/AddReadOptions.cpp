@@ -1,4 +1,6 @@
-#include "kalvento/ReadOptions.h"
+#include "kalvento/AddReadOptions.h"
+
+#include "rows/ReadOptions.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,6 +1,6 @@
-#include "kalvento/ByteSource.h"
+#include "rows/ByteSource.h"
 
-#include "kalvento/ToolContext.h"
+#include "rows/ToolContext.h"
 
 #include <cerrno>
 #include <cstring>

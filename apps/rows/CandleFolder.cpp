@@ -1,7 +1,7 @@
-#include "kalvento/CandleFolder.h"
+#include "rows/CandleFolder.h"
 
 #include "aggregation/AggrWindowsFactory.h"
-#include "kalvento/IntervalNotation.h"
+#include "rows/IntervalNotation.h"
 #include "series/ESeriesId.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalvento/ToolContext.h"
+#include "rows/ToolContext.h"
 
 #include <string>
 #include <string_view>
