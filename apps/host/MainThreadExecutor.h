@@ -30,6 +30,9 @@ public:
     /// Close it is dropped: destroyed uncalled, on the caller's thread. Any thread.
     void Post(std::function<void()> a_function);
 
+    /// Whether Close was called. Any thread.
+    bool IsClosed();
+
     /// Calls the function on the main thread and waits for its answer; on the main thread itself it is called at once.
     /// Empty where the function raised, which is logged, and where the main thread has no time for it any more (EndWaiting,
     /// Close): then it isn't called later either, so it may refer to what is on the caller's stack. Any thread.
@@ -62,7 +65,6 @@ public:
 private:
     void RunAndWait(const std::function<void()>& a_function);
     bool RunOne();
-    bool IsClosed();
 
     const std::thread::id m_mainThread = std::this_thread::get_id();
     const kalvento::internal::UniqueFd

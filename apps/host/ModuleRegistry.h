@@ -18,7 +18,7 @@ class ModuleDirectory;
 class ModuleRegistry : public IModuleRegistry {
 public:
     explicit ModuleRegistry(std::shared_ptr<ModuleDirectory> a_directory);
-    /// Frees the names and destroys the modules, consumers first, each in the reverse order of its coming.
+    /// Destroys the modules, consumers first.
     ~ModuleRegistry() override;
 
     /// Raises std::invalid_argument, with a Polish text, for null and for a name that another module bears.
@@ -32,11 +32,14 @@ public:
     /// Nobody finds these modules from now on, and their names are free for others. What is added later is kept, and not
     /// found.
     void Withdraw();
+    // The last module first. Only when the plug-in adds no more.
     void DestroyConsumers();
     void DestroyProviders();
 
 private:
     void CheckName(const std::wstring& a_name);
+    template<typename Module>
+    void DestroyAll(std::vector<std::unique_ptr<Module>>& a_modules);
 
     const std::shared_ptr<ModuleDirectory> m_directory;
     mutable std::mutex m_mutex; // of all below

@@ -1,0 +1,232 @@
+#include "host/HostMediator.h"
+
+#include "host/IHostView.h"
+#include "host/MainThreadExecutor.h"
+#include "host/ModuleDirectory.h"
+#include "modules/IGeneralSettings.h"
+#include "modules/ProviderBase.h"
+
+#include <string>
+#include <utility>
+
+namespace kalvento::host {
+
+namespace {
+
+// What there is to say of windows where there are none.
+class NoWindowsSettings : public IGeneralSettings {
+public:
+    int GetWindowMargin() const override { return 0; }
+    std::uint32_t GetFlashTime() const override { return 0; }
+};
+
+} // namespace
+
+HostMediator::HostMediator(IHostView& a_view, std::shared_ptr<MainThreadExecutor> a_executor,
+                           std::shared_ptr<ModuleDirectory> a_directory)
+    : m_view(a_view),
+      m_executor(std::move(a_executor)),
+      m_directory(std::move(a_directory)),
+      m_generalSettings(std::make_unique<NoWindowsSettings>())
+{}
+
+HostMediator::~HostMediator() = default;
+
+ProviderBase* HostMediator::GetProviderByName(std::wstring_view a_name)
+{
+    return m_directory->FindProvider(a_name);
+}
+
+IGenericModule* HostMediator::GetModuleByName(const std::wstring& a_name)
+{
+    return m_directory->FindModule(a_name);
+}
+
+int HostMediator::ShowMessage(std::wstring_view a_caption, std::wstring_view a_text, unsigned int a_flags)
+{
+    return m_executor->CallAndWait([&] { return m_view.Ask(a_caption, a_text, a_flags); }).value_or(-1);
+}
+
+void HostMediator::ShowMessage(std::wstring_view a_text)
+{
+    CallOrPost([this, text = std::wstring(a_text)] { m_view.ShowText(text); });
+}
+
+void HostMediator::ShowNotificationMessage(std::wstring_view a_text)
+{
+    CallOrPost([this, text = std::wstring(a_text)] { m_view.ShowNotification(text); });
+}
+
+void HostMediator::CallOrPost(std::function<void()> a_function)
+{
+    if (!m_executor->IsMainThread())
+        m_executor->Post(std::move(a_function));
+    else if (!m_executor->IsClosed())
+        a_function();
+}
+
+void HostMediator::AssetsChanged(ProviderBase* a_provider)
+{
+    m_executor->Post([this, a_provider] {
+        // It may have been dropped on the way, or not be ready yet.
+        if (m_directory->IsThere(a_provider))
+            m_view.AssetsChanged(*a_provider);
+    });
+}
+
+void HostMediator::NotifyChangeConnectionStatus()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (std::exchange(m_statusPosted, true))
+            return;
+    }
+    m_executor->Post([this] {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_statusPosted = false; // before the view asks: a change while it asks is told again
+        }
+        m_view.ConnectionStatusChanged();
+    });
+}
+
+void HostMediator::AddOperationsToDoToProgress(unsigned int a_count)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_operationsDone >= m_operationsTotal)
+            m_operationsDone = m_operationsTotal = 0;
+        m_operationsTotal += a_count;
+    }
+    TellProgress();
+}
+
+void HostMediator::SetOperationsDidToProgress(unsigned int a_count)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_operationsDone = a_count;
+    }
+    TellProgress();
+}
+
+void HostMediator::TellProgress()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (std::exchange(m_progressPosted, true))
+            return;
+    }
+    m_executor->Post([this] {
+        unsigned int done = 0;
+        unsigned int total = 0;
+        {
+            const std::lock_guard lock(m_mutex);
+            m_progressPosted = false;
+            done = m_operationsDone;
+            total = m_operationsTotal;
+        }
+        m_view.Progress(done, total);
+    });
+}
+
+void HostMediator::PostToMainThread(std::function<void()> a_function)
+{
+    m_executor->Post(std::move(a_function));
+}
+
+void HostMediator::RequestExit(int a_exitCode)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_exitCode)
+            return;
+        m_exitCode = a_exitCode;
+    }
+    m_executor->Post([this] { m_hasExited = true; });
+}
+
+std::optional<int> HostMediator::GetExitCode() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_exitCode;
+}
+
+KalventoWindow* HostMediator::GetActiveWindow()
+{
+    return nullptr;
+}
+
+void HostMediator::WindowActivationChanged(KalventoWindow* /*a_window*/, bool /*a_active*/,
+                                           bool /*a_byDeactivation*/)
+{}
+
+void HostMediator::RefreshRibbonContext() {}
+
+void HostMediator::RefreshRibbonContextCaption() {}
+
+COLORREF HostMediator::GetSkinColor(int /*a_index*/)
+{
+    return 0;
+}
+
+std::shared_ptr<Settings> HostMediator::GetWindowTemplate(const ModuleWndBase* /*a_window*/)
+{
+    return nullptr;
+}
+
+bool HostMediator::TemplateExists(IGenericModule* /*a_module*/, const std::wstring& /*a_guid*/)
+{
+    return false;
+}
+
+const IGeneralSettings& HostMediator::GetGeneralSettings()
+{
+    return *m_generalSettings;
+}
+
+IChooseAssetDlgFactory* HostMediator::GetChooseAssetDlgFactory()
+{
+    return nullptr;
+}
+
+CCmdTarget* HostMediator::GetCmdTarget(ConsumerBase* /*a_consumer*/)
+{
+    return nullptr;
+}
+
+bool HostMediator::IsActiveView(CWnd* /*a_window*/)
+{
+    return false;
+}
+
+CWnd* HostMediator::GetActiveView()
+{
+    return nullptr;
+}
+
+void HostMediator::InstrumentAddedFromQuickDialog(const Asset& /*a_asset*/) {}
+
+void HostMediator::WindowResized(ModuleWndBase* /*a_window*/) {}
+
+bool HostMediator::WindowsFollowActiveView()
+{
+    return false;
+}
+
+bool HostMediator::IsDesktopChanging()
+{
+    return false;
+}
+
+bool HostMediator::IsWindowInView(KalventoWindow* /*a_window*/)
+{
+    return false;
+}
+
+void HostMediator::DesktopChanged() {}
+
+void HostMediator::ShowContextMenu(IKalventoContextMenu* /*a_menu*/, CPoint /*a_point*/, CWnd* /*a_parent*/)
+{}
+
+} // namespace kalvento::host

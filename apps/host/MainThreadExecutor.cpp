@@ -1,0 +1,163 @@
+#include "host/MainThreadExecutor.h"
+
+#include "velo/LogAllExceptions.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+namespace kalvento::host {
+
+namespace {
+
+int MakeEvent()
+{
+    const int event = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (event < 0)
+        throw std::system_error(errno, std::generic_category(), "eventfd");
+    return event;
+}
+
+void CallLogged(const std::function<void()>& a_function)
+{
+    try {
+        a_function();
+    } catch (...) {
+        LogAllExceptions("kalvento::host::MainThreadExecutor", __LINE__);
+    }
+}
+
+// In milliseconds for poll, rounded up: rounded down, the last one would be spent looping.
+int TimeTo(std::optional<std::chrono::steady_clock::time_point> a_deadline)
+{
+    if (!a_deadline)
+        return -1;
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(*a_deadline - std::chrono::steady_clock::now());
+    constexpr std::chrono::milliseconds longest = std::chrono::hours(1); // then poll is called again
+    return static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), longest).count());
+}
+
+} // namespace
+
+MainThreadExecutor::MainThreadExecutor() : m_event(MakeEvent()) {}
+
+MainThreadExecutor::~MainThreadExecutor()
+{
+    Close();
+}
+
+void MainThreadExecutor::Post(std::function<void()> a_function)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_closed)
+        return;
+    if (m_waiting.empty())
+        ::eventfd_write(m_event.Get(), 1);
+    m_waiting.push_back(std::move(a_function));
+}
+
+bool MainThreadExecutor::IsClosed()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_closed;
+}
+
+void MainThreadExecutor::RunAndWait(const std::function<void()>& a_function)
+{
+    if (IsMainThread()) {
+        if (!IsClosed())
+            CallLogged(a_function);
+        return;
+    }
+
+    struct Call {
+        bool isStarted = false;
+        bool isOver = false;
+    };
+    const auto call =
+        std::make_shared<Call>(); // outlives the caller's wait in a function that is never called
+    Post([this, call, &a_function] {
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_waitingEnded)
+                return; // the caller has gone, and a_function with it
+            call->isStarted = true;
+        }
+        CallLogged(a_function);
+        const std::lock_guard lock(m_mutex);
+        call->isOver = true;
+        m_answered.notify_all();
+    });
+    std::unique_lock lock(m_mutex);
+    m_answered.wait(lock, [&] { return call->isOver || (m_waitingEnded && !call->isStarted); });
+}
+
+bool MainThreadExecutor::RunOne()
+{
+    std::function<void()> function;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_waiting.empty())
+            return false;
+        function = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        if (eventfd_t count = 0; m_waiting.empty())
+            ::eventfd_read(m_event.Get(), &count);
+    }
+    CallLogged(function);
+    return true;
+}
+
+void MainThreadExecutor::RunPending()
+{
+    std::size_t count = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        count = m_waiting.size();
+    }
+    while (count-- > 0 && RunOne()) {
+    }
+}
+
+bool MainThreadExecutor::RunUntil(const std::function<bool()>& a_done,
+                                  std::optional<std::chrono::steady_clock::time_point> a_deadline)
+{
+    for (;;) {
+        if (a_done())
+            return true;
+        if (IsClosed() || (a_deadline && std::chrono::steady_clock::now() >= *a_deadline))
+            return false;
+        if (RunOne())
+            continue;
+        pollfd event{m_event.Get(), POLLIN, 0};
+        ::poll(&event, 1, TimeTo(a_deadline)); // a signal only ends the wait early
+    }
+}
+
+void MainThreadExecutor::EndWaiting()
+{
+    const std::lock_guard lock(m_mutex);
+    m_waitingEnded = true;
+    m_answered.notify_all();
+}
+
+void MainThreadExecutor::Close()
+{
+    EndWaiting();
+    std::deque<std::function<void()>>
+        dropped; // destroyed without the lock: what they hold may post at its end
+    const std::lock_guard lock(m_mutex);
+    m_closed = true;
+    dropped.swap(m_waiting);
+    if (eventfd_t count = 0; !dropped.empty())
+        ::eventfd_read(m_event.Get(), &count);
+}
+
+} // namespace kalvento::host
