@@ -29,6 +29,9 @@ void AddLiveCommand(CLI::App& a_app, ToolContext& a_context);
 /// `kalvento operations`: shows, checks and converts a list of corporate operations.
 void AddOperationsCommand(CLI::App& a_app, ToolContext& a_context);
 
+/// `kalvento prove`: folds ticks on every road that live data takes and compares the candles bit for bit.
+void AddProveCommand(CLI::App& a_app, ToolContext& a_context);
+
 /// `kalvento series`: lists the vocabulary of series.
 void AddSeriesCommand(CLI::App& a_app, ToolContext& a_context);
 

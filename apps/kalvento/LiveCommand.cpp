@@ -9,8 +9,8 @@
 #include "rows/IntervalNotation.h"
 #include "rows/OutputTarget.h"
 #include "rows/RowReader.h"
+#include "rows/RowSeries.h"
 #include "rows/SeriesNames.h"
-#include "series/Series.h"
 #include "series/Synchronization.h"
 #include "time/DateTimeTools.h"
 
@@ -174,17 +174,6 @@ struct Instrument {
     std::vector<NDateTime> times;
     DataSeriesSet::Columns columns;
 };
-
-std::set<DSProp> PropertiesOf(const RowLayout& a_layout)
-{
-    std::set<DSProp> properties;
-    for (std::size_t place = 0; place < a_layout.series.size(); ++place) {
-        const ESeriesId series = a_layout.series[place];
-        properties.emplace(series, a_layout.folds[place], VeloTools::Series::DefaultLabel(series),
-                           EPrecisionNone);
-    }
-    return properties;
-}
 
 /// Whether a_left lies in an earlier whole second than a_right.
 bool IsSecondEarlier(const NDateTime& a_left, const NDateTime& a_right)

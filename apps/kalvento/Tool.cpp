@@ -33,6 +33,7 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
     AddCheckCommand(app, a_context);
     AddGenerateCommand(app, a_context);
     AddLiveCommand(app, a_context);
+    AddProveCommand(app, a_context);
     AddSeriesCommand(app, a_context);
     AddShowCommand(app, a_context);
 
