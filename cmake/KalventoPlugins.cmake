@@ -16,6 +16,8 @@ function(kalvento_add_plugin name)
     endif()
     set_target_properties(${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY "${KALVENTO_PLUGIN_DIR}"
         CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    # A unique symbol, such as the table of a standard template, could keep the plug-in loaded until the process ends.
+    target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
     # What no library of the plug-in has is found here and not at its loading. A sanitizer's part comes with the program.
     if(NOT KALVENTO_SANITIZE)
         target_link_options(${name} PRIVATE -Wl,--no-undefined)
