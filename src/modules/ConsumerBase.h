@@ -21,7 +21,7 @@ class Image;
 /// A plug-in that shows or uses market data. Its windows live on the main thread, while the callbacks of IConsumer come on
 /// the provider's: a consumer passes them on by a posted window message, or guards itself by CheckMainThreadCondition. A
 /// message that is sent would wait for the main thread, which may be waiting in StopSubscription for that callback.
-/// The host calls everything that is added here on the main thread, after Init, which comes first.
+/// The host calls everything that is added here on the main thread, after Init, which comes first and on a starter thread.
 class KALVENTO_API ConsumerBase : public PluginBase, public IConsumer {
 public:
     ConsumerBase(EGenericModule a_moduleKind, std::wstring a_name, std::wstring a_stateFileExtension);
@@ -37,7 +37,8 @@ public:
     void PostUnserialisePanelState(const Settings& a_settings, CWnd* a_panel) override;
     void EmptySessionNotification(CWnd* a_panel) override;
 
-    /// Second stage of construction, called by the host once. False: the consumer can't work, and the host drops it.
+    /// Second stage of construction, called by the host once; no window is touched yet. False: the consumer can't work, and
+    /// the host drops its plug-in. By now all providers are found.
     virtual bool Init();
     /// Adds the asset to the given window. 0 means that nothing was added.
     virtual unsigned int AddInstrument(HWND a_window, const Asset& a_asset);
