@@ -26,6 +26,8 @@ struct StoreInstrument {
         firstDay; ///< Days on which there are rows, both included; with no rows firstDay is after lastDay.
     NDateTime lastDay;
     bool live = false; ///< Rows can be added; only for single ticks.
+    /// Another number tells that rows that were there before are others now: whoever was served from them is told the end.
+    std::uint64_t generation = 0;
 };
 
 /// What a store tells the provider over it, on threads of its own and never while it holds a lock that an operation of
@@ -54,7 +56,7 @@ protected:
 /// once keeps its number and its contents for as long as the store object lives, also from one Open to the next: that is
 /// what lets history, synchronization and live data of a subscription meet without a gap and without a row told twice,
 /// whatever breaks in between. Times rise strictly from one row to the next (NDateTime's ordering counter tells rows of one
-/// second apart). A source whose past was rewritten lets the instrument go and come again (InstrumentsChanged twice).
+/// second apart). A source whose past was rewritten gives the instrument another generation (InstrumentsChanged).
 ///
 /// All operations may be called from any thread. Those that read raise std::exception when the store can't be read now
 /// (no connection, a damaged file), with a text for the log; the provider asks again after Restored. An instrument that
@@ -73,7 +75,7 @@ public:
     virtual std::vector<StoreInstrument> ReadInstruments() = 0;
     /// Corporate operations of the instrument; none for one without.
     virtual HistoryOperations ReadOperations(const std::string& a_isin) = 0;
-    /// How many rows can be seen now.
+    /// How many rows can be seen now. Also asked by StartSubscription, on its caller's thread, so it should be quick.
     virtual std::uint64_t GetRowCount(const std::string& a_isin) = 0;
     /// Number of the first row, among those to be seen now, whose time isn't before a_time; GetRowCount where there is none.
     virtual std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) = 0;

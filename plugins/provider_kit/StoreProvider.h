@@ -6,6 +6,10 @@
 #include <memory>
 #include <string>
 
+namespace kalvento::internal {
+class StoreEngine;
+}
+
 /// A whole provider over a store of numbered rows: what is left to a plug-in is the store, and ProviderCommand or the
 /// login where it has something of its own to say there.
 ///
@@ -75,6 +79,5 @@ protected:
     IMarketStore& GetStore() const;
 
 private:
-    class Engine;
-    std::unique_ptr<Engine> m_engine; // the threads and all that they share
+    std::unique_ptr<kalvento::internal::StoreEngine> m_engine; // the threads and all that they share
 };

@@ -1,0 +1,49 @@
+#include "provider_kit/InstrumentList.h"
+
+#include "modules/ProviderBase.h"
+#include "platform/CodePage.h"
+#include "provider_kit/StoreProvider.h"
+#include "velo/Log.h"
+
+#include <algorithm>
+#include <utility>
+
+InstrumentList::InstrumentList(ProviderBase& a_provider, std::vector<StoreInstrument>&& a_instruments)
+{
+    std::map<std::wstring, std::vector<std::shared_ptr<Asset>>> groups;
+    for (StoreInstrument& instrument : a_instruments) {
+        const std::string isin = instrument.isin;
+        if (!StoreProvider::IsServable(isin) || m_entries.contains(isin)) {
+            VeloTools::Log::Instance().Write("InstrumentList::InstrumentList", __LINE__,
+                                             "Pominięty walor: "_cp1250 + isin);
+            continue;
+        }
+        const auto asset = std::make_shared<Asset>(&a_provider, instrument.shortName, instrument.longName,
+                                                   instrument.market, isin);
+        for (const std::wstring& group : instrument.groups)
+            groups[group].push_back(asset);
+        m_assets.push_back(asset);
+        m_entries.emplace(isin, Entry{std::move(instrument), asset});
+    }
+    std::ranges::sort(m_assets, [](const auto& a_left, const auto& a_right) { return *a_left < *a_right; });
+    unsigned int number = 0;
+    for (const auto& [name, members] : groups) {
+        AssetsGroup group(++number, false, name, a_provider.GetName(), &a_provider);
+        for (const auto& asset : members)
+            group.AddAsset(asset);
+        group.SortAssets();
+        m_groups.push_back(std::move(group));
+    }
+}
+
+const StoreInstrument* InstrumentList::Find(const std::string& a_isin) const
+{
+    const auto entry = m_entries.find(a_isin);
+    return entry != m_entries.end() ? &entry->second.instrument : nullptr;
+}
+
+std::shared_ptr<Asset> InstrumentList::FindAsset(const std::string& a_isin) const
+{
+    const auto entry = m_entries.find(a_isin);
+    return entry != m_entries.end() ? entry->second.asset : nullptr;
+}

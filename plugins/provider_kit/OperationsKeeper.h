@@ -1,0 +1,25 @@
+#pragma once
+
+#include "history_operations/HistoryOperations.h"
+
+#include <mutex>
+#include <string>
+
+class IMarketStore;
+
+/// Corporate operations of a store, each list kept in a file beside the instrument's history as well, so that they are
+/// there while the store can't be read. Any thread.
+class OperationsKeeper {
+public:
+    explicit OperationsKeeper(IMarketStore& a_store) : m_store(a_store) {}
+
+    /// The store's list; the file's where the store can't be read. a_path: the file, empty for none.
+    HistoryOperations Read(const std::string& a_isin, const std::wstring& a_path);
+
+    /// The same version and the same operations in the same order.
+    static bool AreEqual(const HistoryOperations& a_left, const HistoryOperations& a_right);
+
+private:
+    IMarketStore& m_store;
+    std::mutex m_mutex; // of the files
+};

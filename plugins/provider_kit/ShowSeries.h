@@ -1,0 +1,8 @@
+#pragma once
+
+#include "series/SettableVariables.h"
+
+/// SetDataIfChanged that tells whether it did anything.
+bool ShowSeries(SettableVariables& a_values, ESeriesId a_series, double a_value);
+/// ResetDataSeries that tells whether it did anything.
+bool HideSeries(SettableVariables& a_values, ESeriesId a_series);

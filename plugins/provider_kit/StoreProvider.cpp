@@ -1,0 +1,215 @@
+#include "provider_kit/StoreProvider.h"
+
+#include "assets/Asset.h"
+#include "assets/AssetAdditProp.h"
+#include "assets/AssetParams.h"
+#include "assets/AssetsGroup.h"
+#include "provider_kit/StoreEngine.h"
+#include "provider_kit/TickShape.h"
+#include "velo/String.h"
+
+#include <algorithm>
+#include <utility>
+
+using kalvento::internal::StoreEngine;
+
+StoreProvider::StoreProvider(EGenericModule a_moduleKind, std::wstring a_name,
+                             std::unique_ptr<IMarketStore> a_store)
+    : ProviderBase(a_moduleKind, std::move(a_name)),
+      m_engine(std::make_unique<StoreEngine>(*this, std::move(a_store)))
+{}
+
+StoreProvider::~StoreProvider()
+{
+    m_engine->End();
+}
+
+bool StoreProvider::Init()
+{
+    if (!ProviderBase::Init())
+        return false;
+    m_engine->KeepOperations();
+    return true;
+}
+
+void StoreProvider::OnStopWork()
+{
+    m_engine->End();
+}
+
+bool StoreProvider::IsStatusVisible() const
+{
+    return true;
+}
+
+std::wstring StoreProvider::GetStatusName() const
+{
+    return GetName();
+}
+
+EStatusLevel StoreProvider::GetStatusLevel() const
+{
+    switch (m_engine->GetStatus()) {
+    case EConnectionStatusConnected:
+        return EStatusLevelGood;
+    case EConnectionStatusConnecting:
+        return m_engine->GetBreakReason().empty() ? EStatusLevelWorking : EStatusLevelProblem;
+    case EConnectionStatusDisconnected:
+        break;
+    }
+    return EStatusLevelIdle;
+}
+
+std::wstring StoreProvider::GetStatusLabel() const
+{
+    switch (m_engine->GetStatus()) {
+    case EConnectionStatusConnected:
+        return L"połączony";
+    case EConnectionStatusConnecting:
+        return L"łączenie…";
+    case EConnectionStatusDisconnected:
+        break;
+    }
+    return L"rozłączony";
+}
+
+std::wstring StoreProvider::GetStatusToolTip() const
+{
+    std::wstring text = GetName() + L": " + GetStatusLabel();
+    if (const std::wstring reason = m_engine->GetBreakReason(); !reason.empty())
+        text += L"\n" + reason;
+    return text + L"\nWalory: " + std::to_wstring(m_engine->GetInstruments()->GetAssets().size());
+}
+
+EConnectionStatus StoreProvider::GetConnectionStatus() const
+{
+    return m_engine->GetStatus();
+}
+
+void StoreProvider::SwitchConnection(bool a_connect)
+{
+    m_engine->SwitchConnection(a_connect);
+}
+
+void StoreProvider::Disconnect(bool /*a_forget*/)
+{
+    m_engine->SwitchConnection(false);
+}
+
+void StoreProvider::ProviderCommand()
+{
+    m_engine->InstrumentsChanged();
+}
+
+bool StoreProvider::StartSubscription(const Subscribe::StartParams& a_params)
+{
+    return m_engine->Start(a_params);
+}
+
+void StoreProvider::StopSubscription(const Subscribe::StopParams& a_params)
+{
+    m_engine->Stop(a_params);
+}
+
+std::vector<std::shared_ptr<Asset>> StoreProvider::GetAssets() const
+{
+    return m_engine->GetInstruments()->GetAssets();
+}
+
+std::vector<AssetsGroup> StoreProvider::GetAssetsGroups() const
+{
+    return m_engine->GetInstruments()->GetGroups();
+}
+
+std::optional<AssetsGroup> StoreProvider::GetAssetsGroupForAssetsGroupId(const AssetsGroupId& a_groupId)
+{
+    const auto instruments = m_engine->GetInstruments();
+    for (const AssetsGroup& group : instruments->GetGroups())
+        if (group.GetId().GetId() == a_groupId.GetId())
+            return group;
+    return std::nullopt;
+}
+
+std::shared_ptr<Asset> StoreProvider::GetAssetByIsin(const std::string& a_isin)
+{
+    return m_engine->GetInstruments()->FindAsset(a_isin);
+}
+
+AssetParams StoreProvider::GetAssetParams(const std::string& a_isin)
+{
+    const auto instruments = m_engine->GetInstruments();
+    const StoreInstrument* const instrument = instruments->Find(a_isin);
+    if (instrument == nullptr)
+        return {};
+    constexpr unsigned int live = ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord;
+    const unsigned int kinds = ParamsBase::S_kindDataCS | (instrument->live ? live : 0U);
+    const auto days = m_engine->GetDays(a_isin);
+    if (!days)
+        return AssetParams(kinds);
+    return {kinds | ParamsBase::S_kindDataHistory,
+            instrument->interval.GetMultiplicity(),
+            {{instrument->interval.GetInterval(), *days}}};
+}
+
+std::set<DSProp> StoreProvider::GetAssetSeries(const Asset& a_asset)
+{
+    return TickShapeOf(GetAssetSeriesAlternative(a_asset));
+}
+
+std::set<DSProp> StoreProvider::GetAssetSeriesAlternative(const Asset& a_asset)
+{
+    const auto instruments = m_engine->GetInstruments();
+    const StoreInstrument* const instrument = instruments->Find(a_asset.GetIsin());
+    return instrument != nullptr ? instrument->series : std::set<DSProp>();
+}
+
+std::optional<NDateTime> StoreProvider::GetAssetSessionDate(const Asset& a_asset)
+{
+    const auto days = m_engine->GetDays(a_asset.GetIsin());
+    return days ? std::optional(days->GetDates().to) : std::nullopt;
+}
+
+std::optional<AssetAdditProp> StoreProvider::GetAssetAdditProp(const Asset& a_asset)
+{
+    const auto instruments = m_engine->GetInstruments();
+    const StoreInstrument* const instrument = instruments->Find(a_asset.GetIsin());
+    if (instrument == nullptr)
+        return std::nullopt;
+    std::wstring groups;
+    for (const std::wstring& group : instrument->groups)
+        groups += (groups.empty() ? L"" : L", ") + group;
+    AssetAdditProp properties;
+    properties.text1 = VeloTools::String::AnsiToWide(instrument->longName);
+    properties.text2 = VeloTools::String::AnsiToWide(instrument->market);
+    properties.text3 = std::move(groups);
+    properties.date = GetAssetSessionDate(a_asset);
+    return properties;
+}
+
+HistoryOperations StoreProvider::GetHistoryOperations(const Asset& a_asset)
+{
+    const auto instruments = m_engine->GetInstruments();
+    return instruments->Find(a_asset.GetIsin()) != nullptr ? m_engine->ReadOperations(a_asset.GetIsin())
+                                                           : HistoryOperations();
+}
+
+bool StoreProvider::StartSessionStatistics(IStatisticsSessionReceiver* /*a_receiver*/)
+{
+    return false;
+}
+
+void StoreProvider::StopSessionStatistics(IStatisticsSessionReceiver* /*a_receiver*/) {}
+
+bool StoreProvider::IsServable(const std::string& a_isin)
+{
+    constexpr std::size_t longestName = 120; // in UTF-8 it may take twice as many bytes
+    return !a_isin.empty() && a_isin.size() <= longestName && a_isin != "." && a_isin != ".." &&
+           std::ranges::none_of(a_isin, [](char a_sign) {
+               return a_sign == '/' || a_sign == '\\' || static_cast<unsigned char>(a_sign) < ' ';
+           });
+}
+
+IMarketStore& StoreProvider::GetStore() const
+{
+    return m_engine->GetStore();
+}

@@ -1,0 +1,216 @@
+#pragma once
+
+#include "provider_kit/IMarketStore.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// A store in memory, which a test fills, breaks and restores. Tells its listener on the thread that calls it.
+class MemoryStore : public IMarketStore {
+public:
+    // What a test does.
+
+    /// The day fields follow the rows. With the ISIN of one that is there it takes its place, rows included.
+    void AddInstrument(StoreInstrument a_instrument)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            const std::string isin = a_instrument.isin;
+            std::vector<ESeriesId> series;
+            for (const DSProp& property : a_instrument.series)
+                series.push_back(property.GetSeriesID());
+            m_items.insert_or_assign(isin, Item{std::move(a_instrument),
+                                                {},
+                                                std::vector<std::vector<double>>(series.size()),
+                                                std::move(series),
+                                                {},
+                                                std::nullopt});
+        }
+        Tell([](IMarketStoreListener& a_listener) { a_listener.InstrumentsChanged(); });
+    }
+    void RemoveInstrument(const std::string& a_isin)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_items.erase(a_isin);
+        }
+        Tell([](IMarketStoreListener& a_listener) { a_listener.InstrumentsChanged(); });
+    }
+    /// a_values: by series, ascending.
+    void AddRow(const std::string& a_isin, const NDateTime& a_time, const std::vector<double>& a_values)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            Item& item = m_items.at(a_isin);
+            item.times.push_back(a_time);
+            for (std::size_t series = 0; series < a_values.size(); ++series)
+                item.columns[series].push_back(a_values[series]);
+            if (m_broken)
+                return;
+        }
+        Tell([&](IMarketStoreListener& a_listener) { a_listener.RowsAdded(a_isin); });
+    }
+    void SetOperations(const std::string& a_isin, const HistoryOperations& a_operations)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_items.at(a_isin).operations = a_operations;
+        }
+        Tell([](IMarketStoreListener& a_listener) { a_listener.InstrumentsChanged(); });
+    }
+    void SetOffers(const std::string& a_isin, const std::optional<Offers>& a_offers)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_items.at(a_isin).offers = a_offers;
+    }
+    /// Nothing can be read from now on, or after so many more readings.
+    void Break(unsigned int a_afterReadings = 0)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_readingsLeft = a_afterReadings;
+            if (a_afterReadings > 0 || std::exchange(m_broken, true))
+                return;
+        }
+        TellBroken();
+    }
+    void Restore()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_readingsLeft.reset();
+            m_broken = false;
+        }
+        Tell([](IMarketStoreListener& a_listener) { a_listener.Restored(); });
+    }
+
+    // What a provider does.
+
+    void Open(IMarketStoreListener& a_listener) override
+    {
+        const std::lock_guard telling(m_telling);
+        m_listener = &a_listener;
+        m_listener->Restored();
+    }
+    void Close() override
+    {
+        const std::lock_guard telling(m_telling);
+        m_listener = nullptr;
+    }
+    std::vector<StoreInstrument> ReadInstruments() override
+    {
+        CountReading();
+        const std::lock_guard lock(m_mutex);
+        std::vector<StoreInstrument> instruments;
+        for (const auto& [isin, item] : m_items) {
+            instruments.push_back(item.instrument);
+            instruments.back().firstDay =
+                item.times.empty() ? NDateTime(2099, 12, 31) : DayOf(item.times.front());
+            instruments.back().lastDay =
+                item.times.empty() ? NDateTime(1950, 1, 1) : DayOf(item.times.back());
+        }
+        return instruments;
+    }
+    HistoryOperations ReadOperations(const std::string& a_isin) override
+    {
+        CountReading();
+        const std::lock_guard lock(m_mutex);
+        const auto item = m_items.find(a_isin);
+        return item != m_items.end() ? item->second.operations : HistoryOperations();
+    }
+    std::uint64_t GetRowCount(const std::string& a_isin) override
+    {
+        CountReading();
+        const std::lock_guard lock(m_mutex);
+        const auto item = m_items.find(a_isin);
+        return item != m_items.end() ? item->second.times.size() : 0;
+    }
+    std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) override
+    {
+        CountReading();
+        const std::lock_guard lock(m_mutex);
+        const auto item = m_items.find(a_isin);
+        if (item == m_items.end())
+            return 0;
+        const auto& times = item->second.times;
+        return static_cast<std::uint64_t>(std::ranges::lower_bound(times, a_time) - times.begin());
+    }
+    History ReadRows(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last) override
+    {
+        CountReading();
+        const std::lock_guard lock(m_mutex);
+        const Item& item = m_items.at(a_isin);
+        const auto cut = [&](const auto& a_column) {
+            const auto size = static_cast<std::uint64_t>(a_column.size());
+            return std::remove_cvref_t<decltype(a_column)>(
+                a_column.begin() + static_cast<std::ptrdiff_t>(std::min(a_first, size)),
+                a_column.begin() + static_cast<std::ptrdiff_t>(std::min(a_last, size)));
+        };
+        History::Columns columns;
+        for (std::size_t series = 0; series < item.series.size(); ++series)
+            columns.emplace_back(item.series[series], cut(item.columns[series]));
+        const IntervalAndMultiplicity interval = item.instrument.interval;
+        return {interval.GetInterval(), interval.GetMultiplicity(), cut(item.times), std::move(columns)};
+    }
+    std::optional<Offers> ReadOffers(const std::string& a_isin) override
+    {
+        CountReading();
+        const std::lock_guard lock(m_mutex);
+        return m_items.at(a_isin).offers;
+    }
+
+private:
+    struct Item {
+        StoreInstrument instrument;
+        std::vector<NDateTime> times;
+        std::vector<std::vector<double>> columns;
+        std::vector<ESeriesId> series;
+        HistoryOperations operations;
+        std::optional<Offers> offers;
+    };
+
+    static NDateTime DayOf(const NDateTime& a_time)
+    {
+        return {a_time.GetYear(), a_time.GetMonth(), a_time.GetDay()};
+    }
+    template<class Call>
+    void Tell(const Call& a_call)
+    {
+        const std::lock_guard telling(m_telling);
+        if (m_listener != nullptr)
+            a_call(*m_listener);
+    }
+    void TellBroken()
+    {
+        Tell([](IMarketStoreListener& a_listener) { a_listener.Broken(L"Próba"); });
+    }
+    void CountReading()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            const bool breaks = !m_broken && m_readingsLeft && (*m_readingsLeft)-- == 0;
+            if (!breaks && !m_broken)
+                return;
+            if (!std::exchange(m_broken, true))
+                m_readingsLeft.reset();
+            if (!breaks)
+                throw std::runtime_error("broken");
+        }
+        TellBroken();
+        throw std::runtime_error("broken");
+    }
+
+    std::mutex m_telling; // held while the listener is told; never taken by what reads while it is held
+    IMarketStoreListener* m_listener = nullptr;
+    std::mutex m_mutex; // of all that follows
+    std::map<std::string, Item> m_items;
+    bool m_broken = false;
+    std::optional<unsigned int> m_readingsLeft;
+};
