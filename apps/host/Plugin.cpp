@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
-#include <ranges>
 #include <string_view>
 #include <utility>
 

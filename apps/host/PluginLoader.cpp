@@ -7,7 +7,7 @@
 #include "settings/KalventoPaths.h"
 
 #include <algorithm>
-#include <ranges>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -136,33 +136,29 @@ void PluginLoader::MakeReports()
     std::ranges::move(missing, std::back_inserter(m_reports));
 }
 
+void PluginLoader::FromLast(void (Plugin::*a_step)())
+{
+    for (auto entry = m_entries.rbegin(); entry != m_entries.rend(); ++entry)
+        if (entry->plugin)
+            ((*entry->plugin).*a_step)();
+}
+
 void PluginLoader::StopModules()
 {
-    for (const Entry& entry : m_entries | std::views::reverse)
-        if (entry.plugin)
-            entry.plugin->StopConsumers();
-    for (const Entry& entry : m_entries | std::views::reverse)
-        if (entry.plugin)
-            entry.plugin->StopProviders();
+    FromLast(&Plugin::StopConsumers);
+    FromLast(&Plugin::StopProviders);
 }
 
 void PluginLoader::DestroyModules()
 {
-    for (const Entry& entry : m_entries | std::views::reverse)
-        if (entry.plugin)
-            entry.plugin->DestroyConsumers();
-    for (const Entry& entry : m_entries | std::views::reverse)
-        if (entry.plugin)
-            entry.plugin->DestroyProviders();
+    FromLast(&Plugin::DestroyConsumers);
+    FromLast(&Plugin::DestroyProviders);
 }
 
 void PluginLoader::Unload()
 {
-    if (IsLoaderBlocked())
-        return;
-    for (const Entry& entry : m_entries | std::views::reverse)
-        if (entry.plugin)
-            entry.plugin->Unload();
+    if (!IsLoaderBlocked())
+        FromLast(&Plugin::Unload);
 }
 
 void PluginLoader::KeepForEver(std::shared_ptr<const void> a_object)

@@ -48,6 +48,7 @@ private:
     std::vector<std::filesystem::path> FindFiles();
     void Load(const std::filesystem::path& a_file);
     void MakeReports();
+    void FromLast(void (Plugin::*a_step)());
 
     const std::shared_ptr<const HostOptions> m_options;
     const std::shared_ptr<MainThreadExecutor> m_executor;

@@ -15,6 +15,7 @@
 
 #include <dlfcn.h>
 
+#include <bit>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -71,7 +72,7 @@ protected:
     void Tell(const std::string& a_plugin, const wchar_t* a_module, const std::string& a_behaviour = {})
     {
         Settings& told = options.pluginOptions[a_plugin];
-        told["recorder"] = reinterpret_cast<std::uint64_t>(recorder);
+        told["recorder"] = std::bit_cast<std::uint64_t>(recorder);
         told["behaviour"] = a_behaviour;
         told["name"] = a_module;
     }

@@ -31,6 +31,7 @@ TEST(MainThreadExecutorTest, EachThreadsFunctionsComeInTheirOrder)
     MainThreadExecutor executor;
     std::vector<std::pair<int, int>> came;
     std::vector<std::thread> posting;
+    posting.reserve(threads);
     for (int number = 0; number < threads; ++number)
         posting.emplace_back([&, number] {
             for (int turn = 0; turn < each; ++turn)

@@ -8,6 +8,7 @@
 #include "support/TestProvider.h"
 #include "velo/ConverterMultiByteToWideChar.h"
 
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
@@ -100,7 +101,7 @@ void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
     const std::uint64_t address = a_options["recorder"];
     const std::wstring behaviour = a_options["behaviour"];
     const std::wstring name = a_options["name"];
-    const Task task{reinterpret_cast<Recorder*>(address), {behaviour.begin(), behaviour.end()}};
+    const Task task{std::bit_cast<Recorder*>(address), {behaviour.begin(), behaviour.end()}};
     a_registry.AddProvider(std::make_unique<Provider>(name + L"P", task));
     if (task.behaviour == "throw in create")
         throw std::runtime_error("no keys");
