@@ -1,0 +1,432 @@
+#include "console_consumer/ConsoleConsumer.h"
+
+#include "modules/IAppMediator.h"
+#include "modules/ProviderBase.h"
+#include "modules/Subscribe.h"
+#include "platform/CodePage.h"
+#include "series/CurrentState.h"
+#include "series/Synchronization.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <optional>
+#include <ostream>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr milliseconds S_refreshInterval(50);
+constexpr milliseconds S_sizeInterval(250); // a changed size of the terminal shows at the latest then
+constexpr std::size_t S_screenCandles = 400;
+
+constexpr std::array<IntervalAndMultiplicity, 6> S_intervals = {{{EIntervalSecond, 10},
+                                                                 {EIntervalMinute, 1},
+                                                                 {EIntervalMinute, 5},
+                                                                 {EIntervalMinute, 15},
+                                                                 {EIntervalHour, 1},
+                                                                 {EIntervalDay, 1}}};
+
+int MakeEvent()
+{
+    const int descriptor = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    if (descriptor < 0)
+        throw std::system_error(errno, std::generic_category(), "eventfd");
+    return descriptor;
+}
+
+void Signal(int a_event)
+{
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = write(a_event, &one, sizeof(one));
+}
+
+void ClearSignal(int a_event)
+{
+    std::uint64_t count = 0;
+    [[maybe_unused]] const auto taken = read(a_event, &count, sizeof(count));
+}
+
+} // namespace
+
+ConsoleConsumer::ConsoleConsumer(const ConsoleOptions& a_options, std::ostream& a_out)
+    : ConsumerBase(EGenericModuleNone, L"Konsola", L""),
+      m_options(a_options),
+      m_out(a_out),
+      m_interval(a_options.interval),
+      m_event(MakeEvent())
+{}
+
+ConsoleConsumer::~ConsoleConsumer()
+{
+    ConsoleConsumer::OnStopWork();
+}
+
+void ConsoleConsumer::OnStopWork()
+{
+    StopAll();
+    m_quit = true;
+    Signal(m_event.Get());
+    if (m_thread.joinable())
+        m_thread.join();
+    m_screen.reset();
+}
+
+unsigned int ConsoleConsumer::AddInstrument(HWND /*a_window*/, const Asset& a_asset)
+{
+    if (!IsRunning())
+        return 0;
+    WatchPtr watch = Watch::Make(a_asset, m_interval, m_options);
+    if (!watch)
+        return 0;
+    if (!m_options.plain && !m_screen) {
+        m_screen = std::make_unique<CursesScreen>();
+        m_hasScreen = true;
+    }
+    StartThread();
+    const unsigned int requestId = Start(std::move(watch));
+    if (requestId != 0)
+        m_shown.push_back(requestId);
+    Wake();
+    return requestId;
+}
+
+void ConsoleConsumer::RemoveInstrument(const Asset& a_asset)
+{
+    std::erase_if(m_shown, [&](unsigned int a_requestId) {
+        const WatchPtr watch = Find(a_requestId);
+        if (!watch || watch->GetAsset() != a_asset)
+            return false;
+        Stop(a_requestId);
+        return true;
+    });
+    m_place = 0;
+}
+
+unsigned int ConsoleConsumer::Start(WatchPtr a_watch)
+{
+    const unsigned int requestId = m_requestIds.GetNextRequestId();
+    {
+        // Before the start: the first callback may come from within it.
+        const std::lock_guard lock(m_mutex);
+        m_watches[requestId] = a_watch;
+    }
+    const Subscribe::StartParams params(this, requestId, a_watch->GetAsset(), a_watch->GetRequestParams());
+    if (a_watch->GetAsset().GetProvider()->StartSubscription(params))
+        return requestId;
+    const std::lock_guard lock(m_mutex);
+    m_watches.erase(requestId);
+    return 0;
+}
+
+void ConsoleConsumer::Stop(unsigned int a_requestId)
+{
+    const WatchPtr watch = Find(a_requestId);
+    if (!watch)
+        return;
+    watch->GetAsset().GetProvider()->StopSubscription(
+        Subscribe::StopParams(this, a_requestId, watch->GetAsset(), std::nullopt));
+    const std::lock_guard lock(m_mutex);
+    m_watches.erase(a_requestId);
+}
+
+void ConsoleConsumer::StopAll()
+{
+    std::vector<unsigned int> numbers;
+    std::vector<WatchPtr> watches;
+    {
+        const std::lock_guard lock(m_mutex);
+        for (const auto& [number, watch] : m_watches) {
+            numbers.push_back(number);
+            watches.push_back(watch);
+        }
+    }
+    for (const unsigned int number : numbers)
+        Stop(number);
+    if (m_options.plain) {
+        for (const WatchPtr& watch : watches)
+            m_out << watch->TakeLines();
+        m_out.flush();
+    }
+    m_shown.clear();
+}
+
+// The nearest interval of the list in that direction, for all instruments.
+void ConsoleConsumer::ChangeInterval(int a_step)
+{
+    const auto isShorter = [](IntervalAndMultiplicity a_left, IntervalAndMultiplicity a_right) {
+        return std::pair(a_left.GetInterval(), a_left.GetMultiplicity()) <
+               std::pair(a_right.GetInterval(), a_right.GetMultiplicity());
+    };
+    std::optional<IntervalAndMultiplicity> chosen;
+    for (const IntervalAndMultiplicity interval : S_intervals) {
+        if (a_step > 0 && isShorter(m_interval, interval) && !chosen)
+            chosen = interval;
+        if (a_step < 0 && isShorter(interval, m_interval))
+            chosen = interval;
+    }
+    if (!chosen)
+        return;
+    m_interval = *chosen;
+    for (unsigned int& number : m_shown) {
+        const WatchPtr watch = Find(number);
+        if (!watch)
+            continue;
+        Stop(number);
+        if (WatchPtr next = Watch::Make(watch->GetAsset(), m_interval, m_options))
+            number = Start(std::move(next));
+    }
+    std::erase(m_shown, 0U);
+    m_place = m_shown.empty() ? 0 : std::min(m_place, m_shown.size() - 1);
+}
+
+ConsoleConsumer::WatchPtr ConsoleConsumer::Find(unsigned int a_requestId) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_watches.find(a_requestId);
+    return found == m_watches.end() ? nullptr : found->second;
+}
+
+void ConsoleConsumer::Deliver(unsigned int a_requestId, const std::function<void(Watch&)>& a_deliver)
+{
+    const WatchPtr watch = Find(a_requestId);
+    if (!watch)
+        return;
+    a_deliver(*watch);
+    ++m_delivered;
+    Wake();
+}
+
+void ConsoleConsumer::SymbolDeleted(unsigned int a_requestId, const std::string& /*a_isin*/)
+{
+    Deliver(a_requestId, [](Watch& a_watch) { a_watch.End(L"Instrument wycofany z notowań"); });
+}
+
+void ConsoleConsumer::ProcessOperations(unsigned int a_requestId, const HistoryOperations& a_operations)
+{
+    Deliver(a_requestId, [&](Watch& a_watch) { a_watch.SetOperations(a_operations); });
+}
+
+void ConsoleConsumer::ProcessHistory(unsigned int a_requestId, History&& a_history)
+{
+    Deliver(a_requestId, [&](Watch& a_watch) { a_watch.AddHistory(std::move(a_history)); });
+}
+
+void ConsoleConsumer::ProcessHistoryEnd(unsigned int a_requestId)
+{
+    Deliver(a_requestId, [](Watch& a_watch) { a_watch.HistoryEnd(); });
+}
+
+void ConsoleConsumer::ProcessSynchronization(unsigned int a_requestId, Synchronization&& a_synchronization)
+{
+    Deliver(a_requestId, [&](Watch& a_watch) { a_watch.SetSynchronization(std::move(a_synchronization)); });
+}
+
+void ConsoleConsumer::ProcessRecord(unsigned int a_requestId, const Record& a_record)
+{
+    Deliver(a_requestId, [&](Watch& a_watch) { a_watch.AddRecord(a_record); });
+}
+
+void ConsoleConsumer::ProcessCurrentState(unsigned int a_requestId, const CurrentState& a_state)
+{
+    Deliver(a_requestId, [&](Watch& a_watch) { a_watch.SetState(a_state); });
+}
+
+void ConsoleConsumer::ProcessOffers(unsigned int a_requestId, const Offers& a_offers)
+{
+    Deliver(a_requestId, [&](Watch& a_watch) { a_watch.SetOffers(a_offers); });
+}
+
+void ConsoleConsumer::ProcessLatestRecords(unsigned int a_requestId, const LatestRecords& a_records)
+{
+    Deliver(a_requestId, [&](Watch& a_watch) { a_watch.SetTrades(a_records); });
+}
+
+void ConsoleConsumer::RequestRefused(unsigned int a_requestId, std::wstring_view a_reason)
+{
+    Deliver(a_requestId, [&](Watch& a_watch) { a_watch.End(a_reason); });
+}
+
+void ConsoleConsumer::RequestEnded(unsigned int a_requestId)
+{
+    Deliver(a_requestId, [](Watch& a_watch) { a_watch.End(L"Koniec danych"); });
+}
+
+void ConsoleConsumer::ShowMessageLine(std::wstring_view a_text)
+{
+    m_message = a_text;
+    Wake();
+}
+
+void ConsoleConsumer::StartThread()
+{
+    if (!m_thread.joinable())
+        m_thread = std::thread([this] { Work(); });
+}
+
+void ConsoleConsumer::Wake()
+{
+    if (!m_dirty.exchange(true))
+        Signal(m_event.Get());
+}
+
+void ConsoleConsumer::PostRefresh()
+{
+    IAppMediator* const mediator = GetAppMediator();
+    if (mediator == nullptr || m_refreshPosted.exchange(true))
+        return;
+    m_dirty = false;
+    mediator->PostToMainThread([this, alive = std::weak_ptr(m_alive)] {
+        if (!alive.expired())
+            Refresh();
+    });
+}
+
+void ConsoleConsumer::Work()
+{
+    Clock::time_point lastRefresh = Clock::now() - S_refreshInterval;
+    Clock::time_point lastData = Clock::now();
+    std::uint64_t delivered = m_delivered;
+    while (!m_quit) {
+        const Clock::time_point now = Clock::now();
+        const auto sinceRefresh = std::chrono::duration_cast<milliseconds>(now - lastRefresh);
+        if ((m_dirty && sinceRefresh >= S_refreshInterval && !m_refreshPosted) ||
+            (m_hasScreen && sinceRefresh >= S_sizeInterval)) {
+            PostRefresh();
+            lastRefresh = now;
+        }
+        if (m_delivered != delivered) {
+            delivered = m_delivered;
+            lastData = now;
+        } else if (m_options.idleExit > 0 && now - lastData >= std::chrono::seconds(m_options.idleExit)) {
+            if (IAppMediator* const mediator = GetAppMediator())
+                mediator->RequestExit(0);
+            lastData = now;
+        }
+        const bool isWaiting = m_dirty || m_hasScreen || m_options.idleExit > 0;
+        std::array<pollfd, 2> descriptors = {
+            {{m_event.Get(), POLLIN, 0}, {m_hasScreen && !m_keysPosted ? STDIN_FILENO : -1, POLLIN, 0}}};
+        poll(descriptors.data(), descriptors.size(),
+             isWaiting ? static_cast<int>(S_refreshInterval.count()) : -1);
+        ClearSignal(m_event.Get());
+        if (descriptors[1].revents != 0 && !m_quit) {
+            m_keysPosted = true;
+            if (IAppMediator* const mediator = GetAppMediator())
+                mediator->PostToMainThread([this, alive = std::weak_ptr(m_alive)] {
+                    if (!alive.expired())
+                        ReadKeys();
+                });
+        }
+    }
+}
+
+void ConsoleConsumer::ReadKeys()
+{
+    if (m_screen) {
+        bool any = false;
+        while (const std::optional<EScreenKey> key = m_screen->ReadKey()) {
+            any = true;
+            Obey(*key);
+        }
+        // Readable, and no key: the terminal has gone.
+        if (!any)
+            Obey(EKeyQuit);
+        Paint();
+    }
+    m_keysPosted = false;
+    Signal(m_event.Get());
+}
+
+void ConsoleConsumer::Obey(EScreenKey a_key)
+{
+    const std::size_t count = std::max<std::size_t>(m_shown.size(), 1);
+    switch (a_key) {
+    case EKeyNextInstrument:
+        m_place = (m_place + 1) % count;
+        break;
+    case EKeyPreviousInstrument:
+        m_place = (m_place + count - 1) % count;
+        break;
+    case EKeyLongerInterval:
+        ChangeInterval(1);
+        break;
+    case EKeyShorterInterval:
+        ChangeInterval(-1);
+        break;
+    case EKeyFreeze:
+        m_frozen = !m_frozen;
+        break;
+    case EKeyChart:
+        m_asTable = false;
+        break;
+    case EKeyTable:
+        m_asTable = true;
+        break;
+    case EKeyQuit:
+        if (IAppMediator* const mediator = GetAppMediator())
+            mediator->RequestExit(0);
+        break;
+    case EKeyOther:
+        m_message.clear();
+        break;
+    }
+}
+
+void ConsoleConsumer::Refresh()
+{
+    m_refreshPosted = false;
+    if (!IsRunning())
+        return;
+    if (m_options.plain)
+        Print();
+    else if (m_screen && !m_frozen)
+        Paint();
+    if (!m_options.exitAtEnd || m_exitRequested || m_shown.empty())
+        return;
+    m_exitRequested = std::all_of(m_shown.begin(), m_shown.end(), [this](unsigned int a_requestId) {
+        const WatchPtr watch = Find(a_requestId);
+        return !watch || watch->HasEnded();
+    });
+    if (m_exitRequested && GetAppMediator() != nullptr)
+        GetAppMediator()->RequestExit(0);
+}
+
+void ConsoleConsumer::Print()
+{
+    bool any = false;
+    for (const unsigned int number : m_shown) {
+        const WatchPtr watch = Find(number);
+        if (!watch)
+            continue;
+        const std::string lines = watch->TakeLines();
+        any = any || !lines.empty();
+        m_out << lines;
+    }
+    if (any)
+        m_out.flush();
+    // The reader has gone: there is nobody to print for.
+    if (!m_out && GetAppMediator() != nullptr)
+        GetAppMediator()->RequestExit(0);
+}
+
+void ConsoleConsumer::Paint()
+{
+    const auto [width, height] = m_screen->FollowSize();
+    const WatchPtr watch = m_place < m_shown.size() ? Find(m_shown[m_place]) : nullptr;
+    if (!watch)
+        return;
+    const Asset& asset = watch->GetAsset();
+    m_screen->Paint(
+        RenderScreen({CodePage::Utf8ToWide(asset.GetShortName()), CodePage::Utf8ToWide(asset.GetLongName()),
+                      asset.GetProvider()->GetName(), asset.GetProvider()->GetConnectionStatus(), m_place,
+                      m_shown.size(), m_frozen, m_asTable, m_message, watch->Look(S_screenCandles)},
+                     width, height));
+}

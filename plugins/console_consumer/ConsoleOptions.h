@@ -1,0 +1,52 @@
+#pragma once
+
+#include "settings/Settings.h"
+#include "time/EInterval.h"
+#include "time/IntervalAndMultiplicity.h"
+
+#include <cstddef>
+#include <string_view>
+
+/// What the plug-in is told at its start. An absent key leaves the default.
+struct ConsoleOptions {
+    static constexpr std::string_view XML_INTERVAL_ID = "IntervalId";
+    static constexpr std::string_view XML_MULTIPLICITY = "Multiplicity";
+    static constexpr std::string_view XML_PLAIN = "Plain";
+    static constexpr std::string_view XML_BOOK = "Book";
+    static constexpr std::string_view XML_TRADES = "Trades";
+    static constexpr std::string_view XML_CANDLES = "Candles";
+    static constexpr std::string_view XML_EXIT_AT_END = "ExitAtEnd";
+    static constexpr std::string_view XML_IDLE_EXIT = "IdleExit";
+
+    IntervalAndMultiplicity interval = {EIntervalMinute, 1};
+    bool plain = false;        ///< Lines on standard output instead of a screen.
+    bool book = false;         ///< Plain: lines of the order book too.
+    bool trades = false;       ///< Plain: lines of transactions too.
+    std::size_t candles = 0;   ///< Plain: candles of the past to print; 0: all.
+    bool exitAtEnd = false;    ///< Ends the host when all subscriptions have ended.
+    unsigned int idleExit = 0; ///< Ends the host after so many seconds without data; 0: never.
+
+    ConsoleOptions() = default;
+    explicit ConsoleOptions(const Settings& a_settings)
+    {
+        const auto read = [&](std::string_view a_key, auto& a_value) {
+            if (const Settings& value = a_settings[a_key]; value.Exists())
+                a_value = static_cast<std::remove_reference_t<decltype(a_value)>>(value);
+        };
+        int intervalId = EIntervalMinute;
+        unsigned int multiplicity = 1;
+        unsigned int candleCount = 0;
+        read(XML_INTERVAL_ID, intervalId);
+        read(XML_MULTIPLICITY, multiplicity);
+        read(XML_PLAIN, plain);
+        read(XML_BOOK, book);
+        read(XML_TRADES, trades);
+        read(XML_CANDLES, candleCount);
+        read(XML_EXIT_AT_END, exitAtEnd);
+        read(XML_IDLE_EXIT, idleExit);
+        const IntervalAndMultiplicity asked(static_cast<EInterval>(intervalId), multiplicity);
+        if (asked.IsValid())
+            interval = asked;
+        candles = candleCount;
+    }
+};

@@ -1,0 +1,132 @@
+// The wide form of the functions below.
+#define NCURSES_WIDECHAR 1
+
+#include "console_consumer/CursesScreen.h"
+
+#include "platform/CodePage.h"
+
+#include <clocale>
+#include <cstdio>
+#include <cstring>
+#include <langinfo.h>
+#include <ncurses.h>
+#include <stdexcept>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace {
+
+short PairOf(EScreenInk a_ink)
+{
+    return static_cast<short>(a_ink + 1);
+}
+
+attr_t AttributesOf(const ScreenCell& a_cell)
+{
+    attr_t attributes = A_NORMAL;
+    if (a_cell.bold)
+        attributes |= A_BOLD;
+    if (a_cell.reversed)
+        attributes |= A_REVERSE;
+    if (a_cell.ink == EInkDim)
+        attributes |= A_DIM;
+    return attributes;
+}
+
+} // namespace
+
+CursesScreen::CursesScreen()
+{
+    // Characters only: numbers of the whole process would else be written with the locale's comma.
+    std::setlocale(LC_CTYPE, "");
+    if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
+        std::setlocale(LC_CTYPE, "C.UTF-8");
+    if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0 || newterm(nullptr, stdout, stdin) == nullptr)
+        throw std::runtime_error("Standardowe wyjście nie jest terminalem"_cp1250);
+    cbreak();
+    noecho();
+    nonl();
+    curs_set(0);
+    keypad(stdscr, TRUE);
+    nodelay(stdscr, TRUE);
+    set_escdelay(25);
+    if (has_colors()) {
+        start_color();
+        use_default_colors();
+        init_pair(PairOf(EInkNormal), -1, -1);
+        init_pair(PairOf(EInkDim), -1, -1);
+        init_pair(PairOf(EInkUp), COLOR_GREEN, -1);
+        init_pair(PairOf(EInkDown), COLOR_RED, -1);
+        init_pair(PairOf(EInkAccent), COLOR_CYAN, -1);
+    }
+}
+
+CursesScreen::~CursesScreen()
+{
+    endwin();
+}
+
+std::pair<int, int> CursesScreen::FollowSize()
+{
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0 &&
+        is_term_resized(size.ws_row, size.ws_col))
+        resizeterm(size.ws_row, size.ws_col);
+    return {COLS, LINES};
+}
+
+void CursesScreen::Paint(const ScreenCells& a_cells)
+{
+    erase();
+    for (int row = 0; row < a_cells.GetHeight() && row < LINES; ++row) {
+        for (int column = 0; column < a_cells.GetWidth() && column < COLS; ++column) {
+            const ScreenCell cell = a_cells.At(column, row);
+            const wchar_t text[2] = {cell.text, L'\0'};
+            cchar_t character;
+            setcchar(&character, text, AttributesOf(cell), PairOf(cell.ink), nullptr);
+            mvadd_wch(row, column, &character);
+        }
+    }
+    refresh();
+}
+
+std::optional<EScreenKey> CursesScreen::ReadKey()
+{
+    wint_t key = 0;
+    const int kind = get_wch(&key);
+    if (kind == ERR)
+        return {};
+    if (kind == KEY_CODE_YES) {
+        switch (key) {
+        case KEY_RIGHT:
+            return EKeyNextInstrument;
+        case KEY_LEFT:
+            return EKeyPreviousInstrument;
+        default:
+            return EKeyOther;
+        }
+    }
+    switch (key) {
+    case L'n':
+        return EKeyNextInstrument;
+    case L'p':
+        return EKeyPreviousInstrument;
+    case L'+':
+    case L'=':
+    case L'i':
+        return EKeyLongerInterval;
+    case L'-':
+        return EKeyShorterInterval;
+    case L' ':
+        return EKeyFreeze;
+    case L'c':
+        return EKeyChart;
+    case L't':
+        return EKeyTable;
+    case L'q':
+    case L'Q':
+        return EKeyQuit;
+    default:
+        return EKeyOther;
+    }
+}

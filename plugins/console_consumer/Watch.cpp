@@ -1,0 +1,206 @@
+#include "console_consumer/Watch.h"
+
+#include "assets/AssetParams.h"
+#include "console_consumer/PlainLines.h"
+#include "modules/ProviderBase.h"
+#include "series/CurrentState.h"
+#include "series/Synchronization.h"
+
+#include <algorithm>
+#include <utility>
+
+std::unique_ptr<Watch> Watch::Make(const Asset& a_asset, IntervalAndMultiplicity a_interval,
+                                   const ConsoleOptions& a_options)
+{
+    if (!a_asset.IsProviderSet())
+        return nullptr;
+    const AssetParams offered = a_asset.GetParams();
+    const std::set<DSProp> series = a_asset.GetProvider()->GetAssetSeries(a_asset);
+    if (offered.GetKindData() == 0 || series.empty())
+        return nullptr;
+
+    RequestParams request(offered.GetKindData(), true);
+    if (offered.IsSetHistory()) {
+        std::optional<RangeData::Dates> dates = offered.GetDates(a_interval.GetInterval());
+        if (!dates && offered.begin() != offered.end()) {
+            a_interval = {offered.begin()->first, offered.GetMultiplicity()};
+            dates = offered.begin()->second.GetDates();
+        }
+        if (dates && offered.IsSetOnlyHistory())
+            request.SetDates(*dates);
+    }
+    request.SetIntervalAndMultiplicity(a_interval.GetInterval(), a_interval.GetMultiplicity());
+    return std::unique_ptr<Watch>(new Watch(a_asset, series, std::move(request), a_options));
+}
+
+Watch::Watch(const Asset& a_asset, const std::set<DSProp>& a_series, RequestParams a_request,
+             const ConsoleOptions& a_options)
+    : m_asset(a_asset),
+      m_request(std::move(a_request)),
+      m_options(a_options),
+      m_model(a_series, m_request.GetInterval(), static_cast<unsigned short>(m_request.GetMultiplicity())),
+      m_pastPrinted(!m_request.IsSetHistory() && !m_request.IsSetSynchro())
+{
+    const auto price = a_series.find(DSProp(Price));
+    if (price != a_series.end())
+        m_decimals = std::clamp(static_cast<int>(price->GetMaxPrecision()), 0, 8);
+}
+
+void Watch::SetOperations(const HistoryOperations& a_operations)
+{
+    const std::lock_guard lock(m_mutex);
+    m_model.SetOperations(a_operations);
+}
+
+void Watch::AddHistory(History&& a_history)
+{
+    const std::lock_guard lock(m_mutex);
+    m_model.AddHistory(std::move(a_history));
+}
+
+void Watch::HistoryEnd()
+{
+    const std::lock_guard lock(m_mutex);
+    m_model.HistoryEnd();
+    if (!m_request.IsSetSynchro())
+        PrintPast();
+    if (!m_lastPrice && m_model.GetCount() > 0)
+        NotePrice(m_model.GetCandle(m_model.GetCount() - 1).find(Price)->second);
+}
+
+void Watch::SetSynchronization(Synchronization&& a_synchronization)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_pastPrinted || !m_options.plain) {
+        m_model.SetSynchronization(std::move(a_synchronization));
+        PrintPast();
+    } else {
+        // After a break the candles are what they were up to some place, and only those behind it are told.
+        const History before = m_model.GetLastCandles(m_model.GetCount());
+        m_model.SetSynchronization(std::move(a_synchronization));
+        std::size_t place = 0;
+        const auto isSame = [&] {
+            const Record candle = m_model.GetCandle(place);
+            auto column = before.begin();
+            return candle.GetTime() == before.TimeSeries()[place] &&
+                   std::all_of(candle.begin(), candle.end(), [&](const auto& a_value) {
+                       return (column++)->second[place] == a_value.second;
+                   });
+        };
+        while (place < std::min(m_model.GetCount(), before.GetRecordsCount()) && isSame())
+            ++place;
+        for (; place < m_model.GetCount(); ++place)
+            m_lines += PlainLines::Candle(m_asset.GetShortName(),
+                                          place < before.GetRecordsCount() ? "changed" : "new",
+                                          m_model.GetCandle(place));
+    }
+    if (m_model.GetCount() > 0)
+        NotePrice(m_model.GetCandle(m_model.GetCount() - 1).find(Price)->second);
+}
+
+void Watch::PrintPast()
+{
+    if (m_pastPrinted)
+        return;
+    m_pastPrinted = true;
+    if (!m_options.plain)
+        return;
+    const std::size_t count = m_model.GetCount();
+    const std::size_t shown = m_options.candles == 0 ? count : std::min(count, m_options.candles);
+    for (std::size_t place = count - shown; place < count; ++place)
+        m_lines += PlainLines::Candle(m_asset.GetShortName(), "history", m_model.GetCandle(place));
+}
+
+void Watch::AddRecord(const Record& a_record)
+{
+    const std::lock_guard lock(m_mutex);
+    const std::optional<CandleModel::Change> change = m_model.AddRecord(a_record);
+    if (!change)
+        return;
+    NotePrice(change->candle.find(Price)->second);
+    if (m_options.plain)
+        m_lines +=
+            PlainLines::Candle(m_asset.GetShortName(), change->isNew ? "new" : "changed", change->candle);
+}
+
+void Watch::SetState(const CurrentState& a_state)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto reference = a_state.find(Reference);
+    if (reference != a_state.end() && reference->second.IsSet())
+        m_reference = reference->second.value;
+    const auto price = a_state.find(Price);
+    if (price != a_state.end() && price->second.IsSet())
+        NotePrice(price->second.value);
+}
+
+void Watch::SetOffers(const Offers& a_offers)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_offers)
+        m_offers = a_offers;
+    else
+        m_offers->MergeChangesValues(a_offers);
+    if (m_options.plain && m_options.book)
+        m_lines += PlainLines::Book(m_asset.GetShortName(), *m_offers);
+}
+
+void Watch::SetTrades(const LatestRecords& a_trades)
+{
+    const std::lock_guard lock(m_mutex);
+    std::vector<LatestRecords::LastRecord> trades(a_trades.begin(), a_trades.end());
+    if (m_options.plain && m_options.trades) {
+        // The newest stand in front, and those told before end where the former newest one stands.
+        auto known = trades.end();
+        if (!m_trades.empty())
+            known = std::find_if(trades.begin(), trades.end(), [&](const auto& a_trade) {
+                return a_trade.time == m_trades.front().time && a_trade.price == m_trades.front().price &&
+                       a_trade.volume == m_trades.front().volume;
+            });
+        while (known != trades.begin())
+            m_lines += PlainLines::Trade(m_asset.GetShortName(), *--known);
+    }
+    m_trades = std::move(trades);
+}
+
+void Watch::End(std::wstring_view a_reason)
+{
+    const std::lock_guard lock(m_mutex);
+    PrintPast();
+    m_hasEnded = true;
+    m_endReason = a_reason;
+}
+
+bool Watch::HasEnded() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_hasEnded;
+}
+
+Watch::Snapshot Watch::Look(std::size_t a_candleCount) const
+{
+    const std::lock_guard lock(m_mutex);
+    return {m_model.GetInterval(),
+            m_model.GetLastCandles(a_candleCount),
+            m_offers,
+            m_trades,
+            m_lastPrice,
+            m_direction,
+            m_reference,
+            m_decimals,
+            m_model.HasHistoryEnded(),
+            m_endReason};
+}
+
+std::string Watch::TakeLines()
+{
+    const std::lock_guard lock(m_mutex);
+    return std::exchange(m_lines, {});
+}
+
+void Watch::NotePrice(double a_price)
+{
+    if (m_lastPrice && a_price != *m_lastPrice)
+        m_direction = a_price > *m_lastPrice ? 1 : -1;
+    m_lastPrice = a_price;
+}
