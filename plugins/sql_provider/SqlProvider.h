@@ -1,0 +1,20 @@
+#pragma once
+
+#include "provider_kit/StoreProvider.h"
+
+#include <string>
+
+/// The provider "Baza": serves the instruments of a database that terminals share. docs/sql_provider.md tells its users how.
+class SqlProvider : public StoreProvider {
+public:
+    static constexpr const wchar_t* S_name = L"Baza";
+
+    /// a_connection: as SqlAddress takes it, UTF-8, and raises what that raises; empty where the user named no database.
+    explicit SqlProvider(const std::string& a_connection);
+
+    /// Says so where no database was named.
+    std::wstring GetStatusLabel() const override;
+
+private:
+    bool m_hasDatabase;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "time/NDateTime.h"
+
+#include <pqxx/pqxx>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// How values stand in the database, there and back bit for bit. What comes from the database is not trusted: a text of
+/// another form raises std::runtime_error (CP1250).
+namespace SqlRowForm {
+
+/// A time in whole numbers that people can query, and the day number beside them: values of one calendar time differ in it,
+/// by whether the ordering counter is part of it.
+struct TimeColumns {
+    std::string day;       ///< "2024-05-17".
+    std::string second;    ///< Of the day, 0 to 86399.
+    std::string counter;   ///< 0 to 65535.
+    std::string dayNumber; ///< Shortest text that reads back to the same bits.
+};
+
+/// Empty for a time that the columns can't hold: one that isn't valid, or whose fields aren't those of a calendar time (the
+/// all-zero time).
+std::optional<TimeColumns> WriteTime(const NDateTime& a_time);
+/// What to select, for ReadTime: four columns in this order. The day goes as a count from 1970-01-01.
+inline constexpr const char* S_timeColumns = "day - date '1970-01-01', second, counter, day_number";
+/// The four fields from a_first on.
+NDateTime ReadTime(const pqxx::row& a_row, int a_first);
+
+/// Infinities and NaN included; all NaNs are the one NaN of the database.
+std::string WriteNumber(double a_value);
+double ReadNumber(std::string_view a_text);
+/// "{1.5,NaN,-Infinity}".
+std::string WriteNumbers(const std::vector<double>& a_values);
+/// Replaces the contents of a_values, so that its memory serves for many rows.
+void ReadNumbers(std::string_view a_text, std::vector<double>& a_values);
+
+/// Opaque bytes, as a parameter and out of a column of type bytea.
+pqxx::binarystring WriteBytes(std::string_view a_bytes);
+std::string ReadBytes(const pqxx::field& a_field);
+/// Wide text stands in bytea as UTF-8.
+pqxx::binarystring WriteText(std::wstring_view a_text);
+std::wstring ReadText(const pqxx::field& a_field);
+
+/// The texts of libpqxx and of the server are UTF-8; of this program's log CP1250.
+std::string ToLogText(std::string_view a_utf8);
+
+} // namespace SqlRowForm

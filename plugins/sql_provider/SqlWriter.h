@@ -1,0 +1,59 @@
+#pragma once
+
+#include "history_operations/HistoryOperations.h"
+#include "provider_kit/IMarketStore.h"
+#include "series/History.h"
+#include "series/Offers.h"
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+/// What was asked for contradicts what the database holds; asking again won't help. Text in CP1250.
+class SqlConflict : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Puts instruments and rows into the database that SqlStore reads. Every operation is one transaction, seen by others as a
+/// whole or not at all, and safe on the disk when it returns. Connects at the first need and again after a break.
+///
+/// A std::exception other than SqlConflict: the server could not be reached or failed. Whether the change was made is then
+/// not known, for the answer may be what got lost. Every operation can be repeated with the same arguments, until it
+/// succeeds, with the effect of having done it once. Any number of writers may work at once; one of them is one thread's.
+class SqlWriter {
+public:
+    /// a_connection: as SqlAddress takes it; raises std::invalid_argument for another text, or an empty one. Creates the
+    /// tables at the first need.
+    explicit SqlWriter(const std::string& a_connection);
+    ~SqlWriter();
+
+    /// Adds the instrument, or changes names, market, groups and `live` of one that is there. firstDay and lastDay are not
+    /// looked at. Conflict: other series or another interval than it has; a description that no rows can have.
+    void CreateInstrument(const StoreInstrument& a_instrument);
+    /// Rows and all. False where there is none.
+    bool RemoveInstrument(const std::string& a_isin);
+
+    /// Numbers the rows from a_expectedPosition on and returns how many the instrument has then. Rows of these numbers that
+    /// are there already are skipped where they are equal, bit for bit. Conflict: a row that is there is another one, so
+    /// somebody else wrote; rows before a_expectedPosition are missing; times don't rise strictly; other series or another
+    /// interval; no such instrument. Nothing is changed then.
+    std::uint64_t AppendRows(const std::string& a_isin, std::uint64_t a_expectedPosition,
+                             const History& a_rows);
+    /// How many rows there are; 0 for no such instrument.
+    std::uint64_t GetRowCount(const std::string& a_isin);
+
+    /// In place of those that are there. Conflict: no such instrument, or a date that isn't one.
+    void SetOperations(const std::string& a_isin, const HistoryOperations& a_operations);
+    /// The book as it stands now: what is set in a_offers, whether changed or not, and its time. Conflict: no such
+    /// instrument, or a time that isn't valid.
+    void SetOffers(const std::string& a_isin, const Offers& a_offers);
+
+    SqlWriter(const SqlWriter&) = delete;
+    SqlWriter& operator=(const SqlWriter&) = delete;
+
+private:
+    class Session;
+    std::unique_ptr<Session> m_session;
+};

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "provider_kit/IMarketStore.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+/// An instrument of single ticks with price and volume.
+inline StoreInstrument TickInstrument(const std::string& a_isin)
+{
+    StoreInstrument instrument;
+    instrument.isin = a_isin;
+    instrument.shortName = a_isin;
+    instrument.longName = a_isin;
+    instrument.market = "GPW";
+    instrument.series = {DSProp(Price), DSProp(Volume)};
+    instrument.live = true;
+    return instrument;
+}
+
+/// Time of the row of that number: ten rows a second from 2024-05-06 9:00 on, told apart by the counter; 20000 rows a day.
+inline NDateTime TimeOfRow(std::uint64_t a_number)
+{
+    const auto second = static_cast<unsigned long>(a_number % 20000 / 10);
+    NDateTime time(2024, 5, 6, 9 + second / 3600, second / 60 % 60, second % 60, a_number % 10);
+    time.ShiftDays(static_cast<int>(a_number / 20000));
+    return time;
+}
+
+/// Rows a_first to before a_last; the volume is the number of the row.
+inline History RowsOf(std::uint64_t a_first, std::uint64_t a_last)
+{
+    std::vector<NDateTime> times;
+    DataSeriesSet::Columns columns{{Price, {}}, {Volume, {}}};
+    for (std::uint64_t number = a_first; number < a_last; ++number) {
+        times.push_back(TimeOfRow(number));
+        columns[0].second.push_back(100.0 + static_cast<double>(number % 7) / 3);
+        columns[1].second.push_back(static_cast<double>(number));
+    }
+    return {EIntervalTick, 1, std::move(times), std::move(columns)};
+}
+
+/// Notes down what a store tells, and waits for it.
+class NotingListener : public IMarketStoreListener {
+public:
+    void RowsAdded(const std::string& a_isin) override
+    {
+        Note([&] {
+            ++rowsAdded;
+            lastIsin = a_isin;
+        });
+    }
+    void Broken(const std::wstring& a_reason) override
+    {
+        Note([&] {
+            ++broken;
+            reason = a_reason;
+        });
+    }
+    void Restored() override
+    {
+        Note([&] { ++restored; });
+    }
+    void InstrumentsChanged() override
+    {
+        Note([&] { ++instrumentsChanged; });
+    }
+
+    /// False where that doesn't become true in time.
+    template<class Condition>
+    bool WaitUntil(Condition a_condition)
+    {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, std::chrono::seconds(60), a_condition);
+    }
+    bool WaitForRestored(int a_count)
+    {
+        return WaitUntil([&] { return restored >= a_count; });
+    }
+
+    // To be read inside of a condition, or when the store is closed.
+    int rowsAdded = 0;
+    int broken = 0;
+    int restored = 0;
+    int instrumentsChanged = 0;
+    std::string lastIsin;
+    std::wstring reason;
+
+private:
+    template<class Change>
+    void Note(Change a_change)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            a_change();
+        }
+        m_changed.notify_all();
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+};
