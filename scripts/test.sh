@@ -39,10 +39,10 @@ run_tests() {
         { grep --line-buffered -vE '^ +Start +[0-9]+:|^ *[0-9]+/[0-9]+ Test +#.* Passed |^(Test project|Internal ctest) ' || true; }
 }
 
-# The test programs that start threads, by the rule that the tests of a folder NAME are the program NAME_tests. The others
-# have one thread, about which ThreadSanitizer has nothing to say.
+# The test programs with several threads, their own or those of the modules that they test, by the rule that the tests of a
+# folder NAME are the program NAME_tests. The others have one thread, about which ThreadSanitizer has nothing to say.
 thread_programs() {
-    grep -rlE 'std::(thread|jthread|async|execution::par)' --include='*.cpp' tests/ |
+    grep -rlE 'std::(thread|jthread|async|execution::par)|support/(Provider|Consumer)Contract\.h|"host/' --include='*Test.cpp' tests/ |
         sed -nE 's#^.*/([a-z_]+)/[A-Za-z0-9_]+\.cpp$#\1_tests#p' | sort -u
 }
 
@@ -54,9 +54,11 @@ for preset in "${presets[@]}"; do
     fi
     mapfile -t programs < <(thread_programs)
     [ ${#programs[@]} -gt 0 ] || continue
-    build tsan tsan -- "${programs[@]}"
+    build tsan tsan -- "${programs[@]}" feed_load
     for program in "${programs[@]}"; do
         step "$program under ThreadSanitizer"
         "$(find build/tsan/tests -type f -name "$program" -print -quit)" --gtest_brief=1
     done
+    step "A market through plug-ins under ThreadSanitizer"
+    quietly build/tsan/tests/load/feed_load --seconds 2 --rate 2000 --instruments 50
 done
