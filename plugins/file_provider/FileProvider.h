@@ -1,0 +1,27 @@
+#pragma once
+
+#include "file_provider/FileStore.h"
+#include "provider_kit/StoreProvider.h"
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+/// The provider "Pliki": serves what a folder holds, and plays a recorded day of it back.
+class FileProvider : public StoreProvider {
+public:
+    static constexpr const wchar_t* S_name = L"Pliki";
+
+    /// a_now: the clock of the playback; empty for the machine's (see FileStoreHost::now).
+    explicit FileProvider(FileStoreOptions a_options,
+                          std::function<std::chrono::steady_clock::time_point()> a_now = {});
+
+    /// Says so where no folder was chosen.
+    std::wstring GetStatusLabel() const override;
+
+    /// The store behind it, which lives as long as the provider.
+    FileStore& GetFileStore() const;
+
+private:
+    bool m_hasFolder;
+};

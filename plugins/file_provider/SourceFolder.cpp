@@ -1,0 +1,149 @@
+#include "file_provider/SourceFolder.h"
+
+#include "platform/WidePath.h"
+
+#include <algorithm>
+#include <set>
+#include <system_error>
+
+namespace kalvento::files {
+
+namespace {
+
+constexpr std::string_view S_bookEnding = ".book";
+constexpr std::string_view S_operationsEnding = ".operations";
+constexpr std::string_view S_operationsStart = "operations_";
+
+std::string LowerCase(std::string_view a_text)
+{
+    std::string lower(a_text);
+    for (char& sign : lower)
+        sign = sign >= 'A' && sign <= 'Z' ? static_cast<char>(sign - 'A' + 'a') : sign;
+    return lower;
+}
+
+void TakeFile(const std::filesystem::path& a_path, const std::filesystem::path& a_subFolder,
+              FolderContents& a_contents)
+{
+    const std::string extension = LowerCase(a_path.extension().string());
+    const std::string stem = a_path.stem().string();
+    const std::string lower = LowerCase(stem);
+    const auto stamp = StampOf(a_path);
+    const bool isText = extension == ".csv" || extension == ".txt" || extension == ".tsv";
+    if (!stamp || stem.empty() || stem.front() == '.' || (!isText && extension != ".block"))
+        return;
+    if (extension == ".txt" &&
+        (lower.ends_with(S_operationsEnding) || lower.starts_with(S_operationsStart))) {
+        a_contents.operations.push_back({a_path, *stamp});
+        return;
+    }
+    SourceFile source;
+    source.path = a_path;
+    source.stamp = *stamp;
+    source.name = SafeName(stem);
+    source.market = a_subFolder.empty() ? "PLIKI" : SafeName(a_subFolder.string());
+    source.group = WidePath::ToWide(a_subFolder);
+    source.isBook = isText && lower.ends_with(S_bookEnding);
+    a_contents.sources.push_back(std::move(source));
+}
+
+// Goes on behind what can't be read: the rest of the folder is still good.
+std::vector<std::filesystem::directory_entry> EntriesOf(const std::filesystem::path& a_folder)
+{
+    std::vector<std::filesystem::directory_entry> entries;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(a_folder, error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+        entries.push_back(*entry);
+    std::sort(entries.begin(), entries.end());
+    return entries;
+}
+
+// Two files can be of one safe name, in two sub-folders or by their extensions: the later ones are numbered.
+void MakeNamesUnique(std::vector<SourceFile>& a_sources)
+{
+    std::set<std::string> taken;
+    for (SourceFile& source : a_sources) {
+        const std::string wanted = source.name;
+        for (unsigned int number = 2; !taken.insert(source.name).second; ++number)
+            source.name = wanted + "-" + std::to_string(number);
+    }
+}
+
+} // namespace
+
+bool FolderContents::Differs(const FolderContents& a_other) const
+{
+    const auto same = [](const auto& a_left, const auto& a_right) {
+        return a_left.path == a_right.path && a_left.stamp == a_right.stamp;
+    };
+    return exists != a_other.exists ||
+           !std::equal(sources.begin(), sources.end(), a_other.sources.begin(), a_other.sources.end(),
+                       same) ||
+           !std::equal(operations.begin(), operations.end(), a_other.operations.begin(),
+                       a_other.operations.end(), same);
+}
+
+FolderContents ScanFolder(const std::filesystem::path& a_folder)
+{
+    FolderContents contents;
+    std::error_code error;
+    contents.exists = !a_folder.empty() && std::filesystem::is_directory(a_folder, error);
+    if (!contents.exists)
+        return contents;
+    std::vector<std::filesystem::path> subFolders;
+    for (const auto& entry : EntriesOf(a_folder)) {
+        if (!entry.is_directory(error))
+            TakeFile(entry.path(), {}, contents);
+        else if (!entry.path().filename().string().starts_with('.'))
+            subFolders.push_back(entry.path());
+    }
+    for (const auto& subFolder : subFolders) {
+        for (const auto& entry : EntriesOf(subFolder))
+            TakeFile(entry.path(), subFolder.filename(), contents);
+    }
+    MakeNamesUnique(contents.sources);
+    return contents;
+}
+
+std::optional<FileStamp> StampOf(const std::filesystem::path& a_path)
+{
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(a_path, error))
+        return std::nullopt;
+    FileStamp stamp;
+    stamp.size = std::filesystem::file_size(a_path, error);
+    if (error)
+        return std::nullopt;
+    stamp.modified = std::filesystem::last_write_time(a_path, error).time_since_epoch().count();
+    return error ? std::nullopt : std::optional(stamp);
+}
+
+std::string SafeName(std::string_view a_name)
+{
+    constexpr std::string_view marks = "._-";
+    std::string safe(a_name);
+    for (char& sign : safe) {
+        const bool isKept = (sign >= 'A' && sign <= 'Z') || (sign >= 'a' && sign <= 'z') ||
+                            (sign >= '0' && sign <= '9') || marks.find(sign) != std::string_view::npos;
+        sign = isKept ? sign : '_';
+    }
+    return safe.empty() || safe.front() == '.' ? "_" + safe : safe;
+}
+
+std::optional<std::filesystem::path> FindOperations(const FolderContents& a_contents,
+                                                    const SourceFile& a_source, std::string_view a_name)
+{
+    const std::string name = LowerCase(a_name);
+    for (const std::string& wanted :
+         {name + std::string(S_operationsEnding), std::string(S_operationsStart) + name}) {
+        for (const OperationsSource& operations : a_contents.operations) {
+            if (operations.path.parent_path() == a_source.path.parent_path() &&
+                LowerCase(operations.path.stem().string()) == wanted)
+                return operations.path;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace kalvento::files

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The files of a folder that hold rows, and what lies beside them.
+namespace kalvento::files {
+
+/// What tells a file that changed from one that didn't, without reading it.
+struct FileStamp {
+    std::uint64_t size = 0;
+    std::int64_t modified = 0; ///< Of the file system's clock, in its own steps.
+
+    friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
+/// One file of rows.
+struct SourceFile {
+    std::filesystem::path path;
+    FileStamp stamp;
+    std::string
+        name; ///< Of the file without its extension, safe as the name of a folder; one of its kind in a folder.
+    std::string market;  ///< The sub-folder's name, safe; "PLIKI" at the top.
+    std::wstring group;  ///< The sub-folder's name as the user sees it; empty at the top.
+    bool isBook = false; ///< Rows of an order book, of the instrument `name` without its ".book".
+};
+
+/// A file that is no rows but belongs to the instruments: a list of corporate operations.
+struct OperationsSource {
+    std::filesystem::path path;
+    FileStamp stamp;
+};
+
+/// All that a folder holds, each list in the order of the paths.
+struct FolderContents {
+    bool exists = false;
+    std::vector<SourceFile> sources;
+    std::vector<OperationsSource> operations;
+
+    /// Whether files came, went or changed.
+    bool Differs(const FolderContents& a_other) const;
+};
+
+/// Looks through a folder and its sub-folders, those of one level. Rows: *.csv, *.txt, *.tsv, *.block; a book: *.book.csv;
+/// operations: *.operations.txt, operations_*.txt. Hidden files are passed over. Never raises for what it finds.
+FolderContents ScanFolder(const std::filesystem::path& a_folder);
+
+/// The size and time of a regular file; empty where there is none.
+std::optional<FileStamp> StampOf(const std::filesystem::path& a_path);
+
+/// A name in which every byte but A-Z a-z 0-9 . _ - is a '_', never empty, and never with a point in front.
+std::string SafeName(std::string_view a_name);
+
+/// The list of operations of an instrument among those beside its file: NAME.operations.txt, then operations_NAME.txt;
+/// letter case doesn't matter. Empty where there is none.
+std::optional<std::filesystem::path> FindOperations(const FolderContents& a_contents,
+                                                    const SourceFile& a_source, std::string_view a_name);
+
+} // namespace kalvento::files

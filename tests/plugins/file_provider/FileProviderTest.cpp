@@ -1,0 +1,90 @@
+#include "file_provider/FileProvider.h"
+
+#include "file_provider/FileProviderSettings.h"
+#include "plugins/file_provider/StoreFixture.h"
+#include "settings/KalventoPaths.h"
+#include "settings/Settings.h"
+#include "support/ProviderContract.h"
+
+#include <cstdlib>
+
+namespace {
+
+/// Folders of the application, thrown away with the home folder that they lie in; histories lie in a folder of their own.
+class FileSubject : public ProviderSubject {
+public:
+    FileSubject()
+    {
+        ::setenv("HOME", m_home.GetPath().c_str(), 1);
+        KalventoPaths::Initialize(L"FileProviderTest");
+        std::filesystem::copy_file(std::filesystem::path(KALVENTO_SHARED_DATA) /
+                                       "ticks/coinbase_btcusd_2023-09-05_16h.csv",
+                                   m_sources / "BTCUSD.csv");
+        m_provider = std::make_unique<FileProvider>(FileStoreOptions{m_sources.GetPath(), {}, 1.0, {}},
+                                                    [this] { return m_clock.Now(); });
+        EXPECT_TRUE(m_provider->Init());
+        m_histories = WidePath::ToPath(m_provider->GetHistorySymbolPath("BTCUSD"));
+        m_provider->SwitchConnection(true);
+        // The list comes from the store's thread.
+        const auto until = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+        while (m_provider->GetAssets().empty() && std::chrono::steady_clock::now() < until)
+            std::this_thread::yield();
+    }
+    ~FileSubject() override
+    {
+        m_provider.reset();
+        std::filesystem::remove_all(m_histories);
+    }
+    ProviderBase& Provider() override { return *m_provider; }
+    bool MakeLiveData(const Asset& a_asset) override
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto wait = m_provider->GetFileStore().GetTimeToNextRow(a_asset.GetIsin());
+        if (!wait)
+            return false;
+        m_clock.Advance(*wait);
+        m_provider->GetFileStore().ClockMoved();
+        return true;
+    }
+
+private:
+    TemporaryFolder m_home;
+    TemporaryFolder m_sources;
+    std::filesystem::path m_histories;
+    HandClock m_clock;
+    std::mutex m_mutex; // one step of the clock at a time
+    std::unique_ptr<FileProvider> m_provider;
+};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(Files, ProviderContract,
+                         testing::Values(ProviderContractCase{
+                             "Folder", [] { return std::make_unique<FileSubject>(); }}),
+                         [](const auto& a_info) { return std::string(a_info.param.name); });
+
+TEST(FileProviderTest, WithoutAFolderItSaysSo)
+{
+    const TestMediator mediator;
+    FileProvider provider({});
+    EXPECT_EQ(provider.GetStatusLabel(), L"nie wskazano folderu");
+    EXPECT_TRUE(provider.GetAssets().empty());
+    provider.StopWork();
+}
+
+TEST(FileProviderSettingsTest, OptionsGoBeforeWhatWasKept)
+{
+    FileProviderSettings kept;
+    kept.options = {"/some/fołder", "2024-08-08", 12.5, "09:30"};
+    Settings stored;
+    kept.WriteSettings(stored);
+    Settings options;
+    options["Speed"] = "0";
+    FileProviderSettings read;
+    read.ReadSettings(stored);
+    read.ReadSettings(options);
+    EXPECT_EQ(read.options.folder, kept.options.folder);
+    EXPECT_EQ(read.options.day, "2024-08-08");
+    EXPECT_EQ(read.options.speed, 0.0);
+    EXPECT_EQ(read.options.start, "09:30");
+}
