@@ -20,6 +20,9 @@ void AddCandlesCommand(CLI::App& a_app, ToolContext& a_context);
 /// `kalvento check`: tells whether a series block or a text file of rows is sound, and where the first fault lies.
 void AddCheckCommand(CLI::App& a_app, ToolContext& a_context);
 
+/// `kalvento explain`: tells which rows made a candle, and how.
+void AddExplainCommand(CLI::App& a_app, ToolContext& a_context);
+
 /// `kalvento generate`: writes trades of an invented exchange, the same ones for the same options on every machine.
 void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context);
 

@@ -31,6 +31,7 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
     AddAdjustCommand(app, a_context);
     AddOperationsCommand(app, a_context);
     AddCheckCommand(app, a_context);
+    AddExplainCommand(app, a_context);
     AddGenerateCommand(app, a_context);
     AddLiveCommand(app, a_context);
     AddProveCommand(app, a_context);

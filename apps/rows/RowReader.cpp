@@ -348,6 +348,7 @@ struct RowReader::Impl {
     bool Refuse(std::string_view a_line, std::size_t a_column, const std::string& a_text);
     bool TakeRow(const WallTime& a_time, std::string_view a_line, std::size_t a_row);
     std::uint32_t SymbolPlace(std::string_view a_symbol);
+    void Tell(LineFate::EFate a_fate, std::int64_t a_seconds, std::size_t a_row);
 
     // Blocks.
     void ReadBlock();
@@ -357,6 +358,7 @@ struct RowReader::Impl {
     const ReadOptions& options;
     ToolContext& context;
     OutputTarget* rejects;
+    std::function<void(const LineFate&)> watcher;
     RowLayout layout;
     RowCounts counts;
     std::uint64_t bytesRead = 0;
@@ -1085,7 +1087,15 @@ bool RowReader::Impl::Refuse(std::string_view a_line, std::size_t a_column, cons
         rejects->Write(std::string(a_line) + "\n");
     }
     ++counts.bad;
+    if (watcher)
+        watcher({LineFate::EFateBad, line, 0, NDateTime(), a_text});
     return false;
+}
+
+void RowReader::Impl::Tell(LineFate::EFate a_fate, std::int64_t a_seconds, std::size_t a_row)
+{
+    if (watcher)
+        watcher({a_fate, line, layout.hasSymbols ? symbolRows[a_row] : 0, maker.Make(a_seconds), {}});
 }
 
 bool RowReader::Impl::ReadAnyLine(std::string_view a_line, WallTime& a_time, std::size_t a_row)
@@ -1170,14 +1180,17 @@ bool RowReader::Impl::TakeRow(const WallTime& a_time, std::string_view a_line, s
         return Refuse(a_line, 1, "the time lies outside of the years 100 to 4095");
     if ((from && seconds < *from) || (to && seconds >= *to)) {
         ++counts.outside;
+        Tell(LineFate::EFateOutside, seconds, a_row);
         return false;
     }
 
+    LineFate::EFate fate = LineFate::EFateTaken;
     LastRow& before = last[layout.hasSymbols ? symbolRows[a_row] : 0];
     if (seconds < before.seconds || (seconds == before.seconds && a_time.nanoseconds <= before.nanoseconds)) {
         const bool falls = seconds < before.seconds || a_time.nanoseconds < before.nanoseconds;
         if (options.order == EOrderDrop) {
             ++counts.dropped;
+            Tell(LineFate::EFateDropped, seconds, a_row);
             return false;
         }
         if (options.order == EOrderRefuse)
@@ -1187,6 +1200,7 @@ bool RowReader::Impl::TakeRow(const WallTime& a_time, std::string_view a_line, s
                     " the one before; expected rising times (--order raise or drop takes such rows)");
         if (falls && counts.raised++ == 0)
             counts.firstRaised = line;
+        fate = falls ? LineFate::EFateRaised : LineFate::EFateTaken;
     } else {
         before.seconds = seconds;
         before.nanoseconds = a_time.nanoseconds;
@@ -1200,6 +1214,7 @@ bool RowReader::Impl::TakeRow(const WallTime& a_time, std::string_view a_line, s
         before.time = TimeMaker::NextStep(before.time);
     }
     times[a_row] = before.time;
+    Tell(fate, seconds, a_row);
     return true;
 }
 
@@ -1274,6 +1289,11 @@ void RowReader::ContinueFrom(const RowReader& a_before)
     m_impl->last = a_before.m_impl->last;
     m_impl->symbols = a_before.m_impl->symbols;
     m_impl->symbolPlaces = a_before.m_impl->symbolPlaces;
+}
+
+void RowReader::WatchLines(std::function<void(const LineFate&)> a_watcher)
+{
+    m_impl->watcher = std::move(a_watcher);
 }
 
 const RowLayout& RowReader::GetLayout() const

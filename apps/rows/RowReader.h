@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -50,6 +51,22 @@ struct RowCounts {
     std::uint64_t outside = 0;     ///< Outside of `from` and `to`.
 };
 
+/// What became of one line of a text that holds a row.
+struct LineFate {
+    enum EFate : std::uint8_t {
+        EFateTaken, ///< Handed out; where the one before has the same time, told apart by the ordering counter.
+        EFateRaised,  ///< Handed out with a later time than its own (EOrderRaise).
+        EFateDropped, ///< Left out for its time (EOrderDrop).
+        EFateOutside, ///< Outside of `from` and `to`.
+        EFateBad      ///< Set aside: it can't be read, or its time can't be taken.
+    };
+    EFate fate = EFateTaken;
+    std::uint64_t line = 0;   ///< From 1.
+    std::uint32_t symbol = 0; ///< Place in RowReader::GetSymbols; of no meaning for bad lines.
+    NDateTime written;        ///< The line's own time in the zone of the output; zero for bad lines.
+    std::string reason;       ///< Of bad lines: what was found and what would be accepted.
+};
+
 /// Reads rows of one text input (delimited columns) or of a binary series block, which it recognises by itself.
 ///
 /// Rows come out strictly rising in time (for each symbol): whole seconds, with the ordering counter telling rows of one
@@ -70,6 +87,9 @@ public:
     /// This input goes on where another one of the same series ended: times must rise behind its last rows, symbols keep
     /// their places. To be called before the first Read.
     void ContinueFrom(const RowReader& a_before);
+
+    /// From now on a_watcher is told of each line of a text, in their order, from within Read. It must not raise.
+    void WatchLines(std::function<void(const LineFate&)> a_watcher);
 
     const RowLayout& GetLayout() const;
     /// Keeps the first a_keep rows of a_block and puts the next rows of the input behind them, at most a_limit. False where
