@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-FileProvider::FileProvider(FileStoreOptions a_options,
+FileProvider::FileProvider(const FileStoreOptions& a_options,
                            std::function<std::chrono::steady_clock::time_point()> a_now)
     : StoreProvider(EGenericModuleNone, S_name, std::make_unique<FileStore>(a_options)),
       m_hasFolder(!a_options.folder.empty())

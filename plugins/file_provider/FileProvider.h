@@ -13,7 +13,7 @@ public:
     static constexpr const wchar_t* S_name = L"Pliki";
 
     /// a_now: the clock of the playback; empty for the machine's (see FileStoreHost::now).
-    explicit FileProvider(FileStoreOptions a_options,
+    explicit FileProvider(const FileStoreOptions& a_options,
                           std::function<std::chrono::steady_clock::time_point()> a_now = {});
 
     /// Says so where no folder was chosen.

@@ -127,6 +127,13 @@ struct Instrument {
     std::uint64_t visibleBook = 0;
 };
 
+/// Where the rows of an instrument are that can be seen now.
+struct Place {
+    std::shared_ptr<RowCache> cache;
+    std::size_t symbol = 0;
+    std::uint64_t visible = 0;
+};
+
 /// All that is served, made anew when files change.
 struct Catalog {
     FolderContents folder;
@@ -204,11 +211,6 @@ struct FileStore::Impl {
     void Wait(const std::stop_token& a_stop);
 
     // Any thread.
-    struct Place {
-        std::shared_ptr<RowCache> cache;
-        std::size_t symbol = 0;
-        std::uint64_t visible = 0;
-    };
     std::optional<Place> FindPlace(const std::string& a_isin);
     template<class Action>
     auto WithPlace(const std::string& a_isin, Action a_action, decltype(a_action(Place())) a_none);
@@ -531,7 +533,7 @@ void FileStore::Impl::Wait(const std::stop_token& a_stop)
     clockMoved = false;
 }
 
-std::optional<FileStore::Impl::Place> FileStore::Impl::FindPlace(const std::string& a_isin)
+std::optional<Place> FileStore::Impl::FindPlace(const std::string& a_isin)
 {
     const std::lock_guard lock(mutex);
     const auto& instruments = TheCatalog().instruments;
@@ -627,7 +629,7 @@ std::uint64_t FileStore::FindRow(const std::string& a_isin, const NDateTime& a_t
 {
     return m_impl->WithPlace(
         a_isin,
-        [&](const Impl::Place& a_place) {
+        [&](const Place& a_place) {
             return std::min(a_place.cache->FindRow(a_place.symbol, a_time), a_place.visible);
         },
         0);
@@ -637,7 +639,7 @@ History FileStore::ReadRows(const std::string& a_isin, std::uint64_t a_first, st
 {
     return m_impl->WithPlace(
         a_isin,
-        [&](const Impl::Place& a_place) {
+        [&](const Place& a_place) {
             return a_place.cache->ReadRows(a_place.symbol, a_first, std::min(a_last, a_place.visible));
         },
         History(EIntervalTick, 1));

@@ -293,10 +293,10 @@ TEST_F(FileStoreTest, TheMarketGoesOnWhileClosed)
 
 TEST_F(FileStoreTest, ChangedFilesAreServedAnew)
 {
-    const std::string start = "time,price\n2024-08-08 10:00:00,2\n2024-08-08 10:00:02,3\n";
+    const std::string start = "time,price\n2024-08-08 10:00:00,2\n2024-08-08 10:00:01,3\n";
     WriteSource("A.csv", start);
     FileStore& store = OpenStore(1.0);
-    Move(2s);
+    Move(1s); // too early for the thread to look at the folder, which is about to change
     ASSERT_TRUE(m_listener->WaitFor("rows A"));
 
     // Rows that were appended break nothing.
@@ -304,6 +304,7 @@ TEST_F(FileStoreTest, ChangedFilesAreServedAnew)
     WriteSource("B.csv", start);
     Move(2s);
     ASSERT_TRUE(m_listener->WaitFor("changed"));
+    ASSERT_TRUE(m_listener->WaitFor("rows A", 2));
     EXPECT_EQ(store.GetRowCount("A"), 3U);
     EXPECT_EQ(store.ReadInstruments().size(), 2U);
     auto told = m_listener->Told();
