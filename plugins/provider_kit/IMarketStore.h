@@ -32,6 +32,7 @@ struct StoreInstrument {
 
 /// What a store tells the provider over it, on threads of its own and never while it holds a lock that an operation of
 /// IMarketStore takes. The provider's answer is quick: it reads on a thread of its own.
+/// News comes one at a time and in the order of what happened: the last of Broken and Restored holds.
 class IMarketStoreListener {
 public:
     virtual ~IMarketStoreListener() = default;

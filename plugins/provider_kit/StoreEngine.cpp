@@ -62,7 +62,8 @@ struct StoreEngine::Served : SubscriptionBook::Subscription {
     std::uint64_t firstSynchronized = 0;
     std::uint64_t endSynchronized = 0; // also where records go on without a synchronization
     std::unique_ptr<HistoryFold> fold;
-    bool mustSynchronize = false; // once more, after a break
+    bool mustSynchronize = false;     // once more, after a break
+    bool mustCheckOperations = false; // they may have changed since they were told
     bool historyDone = false;
     // Under Lock; the flag is looked at without it too, so that nobody waits for a past that is being told.
     std::atomic<bool> isLive = false;
@@ -374,6 +375,7 @@ void StoreEngine::Refuse(Served& a_served, std::wstring_view a_reason)
 
 StoreEngine::EStep StoreEngine::TellOperations(Served& a_served)
 {
+    a_served.mustCheckOperations = false;
     if (a_served.GetParams().GetRequestParams().NeedsDataOperationInfo()) {
         HistoryOperations operations = ReadOperations(a_served.GetIsin());
         if (!a_served.operations || !OperationsKeeper::AreEqual(*a_served.operations, operations)) {
@@ -391,9 +393,14 @@ StoreEngine::EStep StoreEngine::TellOperations(Served& a_served)
         a_served.stage = Served::ELive;
         return EStepDone;
     }
-    const std::uint64_t count = m_store->GetRowCount(a_served.GetIsin());
-    a_served.firstSynchronized = FindWindow(a_served, count);
-    a_served.endSynchronized = count;
+    // From the window of the last row that was told: windows may have passed during the break.
+    std::uint64_t told = 0;
+    {
+        const auto lock = a_served.Lock();
+        told = a_served.nextRow;
+    }
+    a_served.firstSynchronized = FindWindow(a_served, told);
+    a_served.endSynchronized = m_store->GetRowCount(a_served.GetIsin());
     a_served.mustSynchronize = false;
     a_served.stage = Served::ESynchronize;
     return EStepMore;
@@ -494,9 +501,13 @@ StoreEngine::EStep StoreEngine::CatchUp(Served& a_served)
             return EStepMore;
         }
     }
-    a_served.stage = Served::ELive;
     a_served.isLive = true;
     MarkItem(isin);
+    if (a_served.mustCheckOperations) {
+        a_served.stage = Served::EOperations;
+        return EStepMore;
+    }
+    a_served.stage = Served::ELive;
     return EStepDone;
 }
 
@@ -643,15 +654,19 @@ void StoreEngine::Revisit(bool a_synchronize)
     std::vector<ServedPtr> revisited;
     for (const auto& subscription : subscriptions) {
         auto served = std::static_pointer_cast<Served>(subscription);
-        if (!served->isLive)
+        served->mustCheckOperations = served->GetParams().GetRequestParams().NeedsDataOperationInfo();
+        // From the catching up on, the first synchronization has been told.
+        const bool synchronizes = a_synchronize && (served->isLive || served->stage == Served::ECatchUp) &&
+                                  served->instrument->live && served->Wants(ParamsBase::S_kindDataSynchro);
+        if (!served->isLive && !synchronizes)
             continue;
         const bool isQueued = served->stage != Served::ELive; // by an earlier visit
-        if (a_synchronize && served->instrument->live && served->Wants(ParamsBase::S_kindDataSynchro)) {
+        if (synchronizes) {
             // What comes from now on comes behind the new synchronization.
             const auto lock = served->Lock();
             served->isLive = false;
             served->mustSynchronize = true;
-        } else if (!served->GetParams().GetRequestParams().NeedsDataOperationInfo()) {
+        } else if (!served->isLive || !served->mustCheckOperations) {
             continue;
         }
         served->stage = Served::EOperations;

@@ -83,12 +83,14 @@ public:
     }
     void Restore()
     {
+        const std::lock_guard telling(m_telling);
         {
             const std::lock_guard lock(m_mutex);
             m_readingsLeft.reset();
             m_broken = false;
         }
-        Tell([](IMarketStoreListener& a_listener) { a_listener.Restored(); });
+        if (m_listener != nullptr)
+            m_listener->Restored();
     }
 
     // What a provider does.
@@ -189,7 +191,15 @@ private:
     }
     void TellBroken()
     {
-        Tell([](IMarketStoreListener& a_listener) { a_listener.Broken(L"Próba"); });
+        Tell([this](IMarketStoreListener& a_listener) {
+            {
+                // News comes in order: a break that is over by now is none.
+                const std::lock_guard lock(m_mutex);
+                if (!m_broken)
+                    return;
+            }
+            a_listener.Broken(L"Próba");
+        });
     }
     void CountReading()
     {

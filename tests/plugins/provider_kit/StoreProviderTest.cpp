@@ -1,0 +1,316 @@
+#include "provider_kit/StoreProvider.h"
+
+#include "StoreTestTools.h"
+#include "aggregation/AggregatorWrapper.h"
+#include "assets/AssetParams.h"
+#include "assets/AssetsGroup.h"
+#include "modules/RequestParams.h"
+#include "modules/Subscribe.h"
+#include "support/CheckingConsumer.h"
+#include "support/TestMediator.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <condition_variable>
+#include <optional>
+#include <random>
+
+namespace {
+
+constexpr const char* S_isin = "PLTEST000001";
+constexpr unsigned int S_candleKinds =
+    ParamsBase::S_kindDataHistory | ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord;
+
+/// A candle as numbers that tell every bit.
+struct Candle {
+    NDateTime time;
+    std::vector<std::pair<ESeriesId, std::uint64_t>> values;
+    bool operator==(const Candle& a_other) const
+    {
+        return time == a_other.time && time.ToDouble() == a_other.time.ToDouble() && values == a_other.values;
+    }
+};
+
+Candle CandleOf(const Record& a_record)
+{
+    Candle candle{a_record.GetTime(), {}};
+    for (const auto& [series, value] : a_record)
+        candle.values.emplace_back(series, std::bit_cast<std::uint64_t>(value));
+    return candle;
+}
+
+std::vector<Record> RowsOf(const DataSeriesSet& a_set)
+{
+    std::vector<Record> rows;
+    for (std::size_t place = 0; place < a_set.GetRecordsCount(); ++place) {
+        Record& row = rows.emplace_back(a_set.GetEmptyRecord());
+        for (const auto& [series, column] : a_set)
+            row.SetData(series, column.at(place));
+        row.SetTime(a_set.TimeSeries()[place]);
+    }
+    return rows;
+}
+
+std::vector<Candle> CandlesOf(const DataSeriesSet& a_set)
+{
+    std::vector<Candle> candles;
+    for (const Record& row : RowsOf(a_set))
+        candles.push_back(CandleOf(row));
+    return candles;
+}
+
+AggregatorWrapper WrapperOf(IntervalAndMultiplicity a_interval)
+{
+    return {TickMaker::Instrument(S_isin).series, ELastRecordTime, a_interval.GetInterval(),
+            static_cast<unsigned short>(a_interval.GetMultiplicity())};
+}
+
+/// Builds candles as the documentation of IConsumer tells, and checks the order on the way.
+class BuildingConsumer : public CheckingConsumer {
+public:
+    explicit BuildingConsumer(IntervalAndMultiplicity a_interval)
+        : m_interval(a_interval), m_wrapper(WrapperOf(a_interval))
+    {}
+
+    void ProcessHistory(unsigned int a_requestId, History&& a_history) override
+    {
+        {
+            History part = a_history;
+            if (m_interval.IsSingleTick())
+                WrapperOf(m_interval).AgregateHistory(part);
+            const std::lock_guard lock(m_mutex);
+            for (Candle& candle : CandlesOf(part))
+                m_candles.push_back(std::move(candle));
+        }
+        CheckingConsumer::ProcessHistory(a_requestId, std::move(a_history));
+    }
+    void ProcessSynchronization(unsigned int a_requestId, Synchronization&& a_synchronization) override
+    {
+        {
+            Synchronization block = a_synchronization;
+            const std::lock_guard lock(m_mutex);
+            const NDateTime first = block.TimeSeries().front();
+            std::erase_if(m_candles, [&](const Candle& a_candle) { return !(a_candle.time < first); });
+            m_wrapper = WrapperOf(m_interval);
+            // A window of ticks is counted on by its rows alone; the others are gone on with by their candle.
+            if (m_interval.IsTick()) {
+                for (const Record& row : RowsOf(block))
+                    Fold(row);
+            } else {
+                EXPECT_TRUE(m_wrapper->AgregateSynchro(block));
+                for (const Record& candle : RowsOf(block))
+                    m_candles.push_back(CandleOf(candle));
+            }
+        }
+        CheckingConsumer::ProcessSynchronization(a_requestId, std::move(a_synchronization));
+        m_changed.notify_all();
+    }
+    void ProcessRecord(unsigned int a_requestId, const Record& a_record) override
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            Fold(a_record);
+        }
+        CheckingConsumer::ProcessRecord(a_requestId, a_record);
+        m_changed.notify_all();
+    }
+
+    bool WaitForTime(const NDateTime& a_time)
+    {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, S_patience,
+                                  [&] { return !m_candles.empty() && m_candles.back().time == a_time; });
+    }
+    std::vector<Candle> Candles()
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_candles;
+    }
+
+private:
+    void Fold(Record a_row)
+    {
+        bool sameWindow = false;
+        EXPECT_TRUE(m_wrapper->AggregateRecord(a_row, sameWindow));
+        if (sameWindow && !m_candles.empty())
+            m_candles.back() = CandleOf(a_row);
+        else
+            m_candles.push_back(CandleOf(a_row));
+    }
+
+    const IntervalAndMultiplicity m_interval;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<Candle> m_candles;
+    std::optional<AggregatorWrapper> m_wrapper;
+};
+
+class StoreProviderTest : public testing::Test {
+protected:
+    Asset TheAsset() { return *m_quotes.provider.GetAssetByIsin(S_isin); }
+    bool Start(CheckingConsumer& a_consumer, unsigned int a_number, const RequestParams& a_request)
+    {
+        a_consumer.Open(a_number, a_request);
+        return m_quotes.provider.StartSubscription({&a_consumer, a_number, TheAsset(), a_request});
+    }
+
+    TestMediator m_mediator;
+    CheckingConsumer m_consumer; // before the provider
+    StoreQuotes m_quotes;
+};
+
+RequestParams RequestOf(unsigned int a_kinds, IntervalAndMultiplicity a_interval = {EIntervalTick, 1},
+                        bool a_operations = false)
+{
+    return {a_kinds,
+            a_interval.GetInterval(),
+            a_interval.GetMultiplicity(),
+            NDateTime(1990, 1, 1),
+            NDateTime(2099, 12, 31),
+            a_operations};
+}
+
+} // namespace
+
+// Whatever is there at the start, whatever comes when, whatever breaks: the candles are those of all rows folded at once.
+TEST(StoreProviderLawTest, WhatAConsumerBuildsIsOneFoldOfAllRows)
+{
+    const TestMediator mediator;
+    constexpr std::size_t rows = 12 * TickMaker::S_rowsPerDay - 3;
+    std::mt19937 random(11);
+    for (const IntervalAndMultiplicity interval :
+         {IntervalAndMultiplicity(EIntervalTick, 1), IntervalAndMultiplicity(EIntervalTick, 3),
+          IntervalAndMultiplicity(EIntervalMinute, 1), IntervalAndMultiplicity(EIntervalHour, 1),
+          IntervalAndMultiplicity(EIntervalDay, 1), IntervalAndMultiplicity(EIntervalWeek, 1)}) {
+        History all = TickMaker::Rows(0, rows);
+        ASSERT_TRUE(WrapperOf(interval).AgregateHistory(all));
+        const std::vector<Candle> expected = CandlesOf(all);
+        for (unsigned int round = 0; round < 25; ++round) {
+            SCOPED_TRACE(testing::Message() << interval.GetInterval() << ' ' << interval.GetMultiplicity()
+                                            << " round " << round);
+            BuildingConsumer consumer(interval);
+            StoreQuotes quotes;
+            std::size_t there = round == 0 ? 0 : random() % rows;
+            quotes.AddTicks(S_isin, there);
+            quotes.Connect();
+            const RequestParams request = RequestOf(S_candleKinds, interval);
+            consumer.Open(1, request);
+            ASSERT_TRUE(quotes.provider.StartSubscription(
+                {&consumer, 1, *quotes.provider.GetAssetByIsin(S_isin), request}));
+            while (there < rows) {
+                const std::size_t count = std::min<std::size_t>(rows - there, 1 + random() % 60);
+                quotes.AddTicks(S_isin, count);
+                there += count;
+                switch (random() % 6) {
+                case 0:
+                    quotes.store.Break(static_cast<unsigned int>(random() % 12));
+                    break;
+                case 1:
+                    quotes.store.Restore();
+                    break;
+                case 2:
+                    quotes.provider.SwitchConnection(false);
+                    quotes.provider.SwitchConnection(true);
+                    break;
+                default:
+                    std::this_thread::yield();
+                }
+            }
+            quotes.store.Restore();
+            ASSERT_TRUE(consumer.WaitForTime(TickMaker::TimeOf(rows - 1)));
+            quotes.provider.StopWork();
+            EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
+            EXPECT_TRUE(consumer.Candles() == expected);
+        }
+    }
+}
+
+TEST_F(StoreProviderTest, AHistoryOfManyPartsIsWholeAndLetsOthersIn)
+{
+    constexpr std::size_t rows = 50'000;
+    m_quotes.AddTicks(S_isin, rows);
+    m_quotes.AddTicks("PLTEST000002", 1);
+    m_quotes.Connect();
+    // A long history that waits in its first part doesn't hold up what is live for another.
+    std::atomic<bool> held = true;
+    CheckingConsumer holding;
+    holding.SetReaction(
+        [&](unsigned int /*a_number*/, CheckingConsumer::EEvent /*a_event*/) { held.wait(true); });
+    ASSERT_TRUE(Start(m_consumer, 1, RequestOf(ParamsBase::S_kindDataRecord)));
+    ASSERT_TRUE(Start(m_consumer, 2, RequestOf(ParamsBase::S_kindDataHistory)));
+    ASSERT_TRUE(m_consumer.WaitForEnd(2));
+    EXPECT_EQ(m_consumer.HistoryRows(2), rows);
+    ASSERT_TRUE(Start(holding, 1, RequestOf(ParamsBase::S_kindDataHistory)));
+    ASSERT_TRUE(holding.WaitForAny(1));
+    m_quotes.AddTicks(S_isin, 1);
+    EXPECT_TRUE(m_consumer.WaitFor(1, CheckingConsumer::ERecord));
+    held = false;
+    held.notify_all();
+    EXPECT_TRUE(holding.WaitForEnd(1));
+    EXPECT_EQ(m_consumer.Violations(), std::vector<std::string>());
+    m_quotes.provider.StopWork();
+}
+
+TEST_F(StoreProviderTest, DaysOfARequestAreWhole)
+{
+    m_quotes.AddTicks(S_isin, 5 * TickMaker::S_rowsPerDay);
+    m_quotes.Connect();
+    RequestParams request = RequestOf(ParamsBase::S_kindDataHistory);
+    ASSERT_TRUE(request.SetDates(TickMaker::TimeOf(TickMaker::S_rowsPerDay),
+                                 TickMaker::TimeOf(2 * TickMaker::S_rowsPerDay)));
+    ASSERT_TRUE(Start(m_consumer, 1, request));
+    ASSERT_TRUE(m_consumer.WaitForEnd(1));
+    EXPECT_EQ(m_consumer.HistoryRows(1), 2 * TickMaker::S_rowsPerDay);
+}
+
+TEST_F(StoreProviderTest, WhatCannotBeServedIsRefused)
+{
+    StoreInstrument daily = TickMaker::Instrument(S_isin);
+    daily.interval.Set(EIntervalDay, 1);
+    daily.series.insert({DSProp(IntervalOpen), DSProp(IntervalMax), DSProp(IntervalMin)});
+    daily.live = false;
+    m_quotes.store.AddInstrument(daily);
+    StoreInstrument outside = TickMaker::Instrument("../outside");
+    m_quotes.store.AddInstrument(outside);
+    m_quotes.Connect();
+    EXPECT_EQ(m_quotes.provider.GetAssets().size(), 1U) << "one isn't a name for a folder";
+    EXPECT_EQ(m_quotes.provider.GetAssetSeries(TheAsset()).size(), 2U);
+    EXPECT_EQ(m_quotes.provider.GetAssetSeriesAlternative(TheAsset()).size(), 5U);
+    ASSERT_TRUE(Start(m_consumer, 1, RequestOf(ParamsBase::S_kindDataRecord)));
+    ASSERT_TRUE(Start(m_consumer, 2, RequestOf(ParamsBase::S_kindDataHistory, {EIntervalMinute, 1})));
+    for (const unsigned int number : {1U, 2U}) {
+        ASSERT_TRUE(m_consumer.WaitForEnd(number));
+        EXPECT_EQ(m_consumer.Events(number), std::vector{CheckingConsumer::ERefused});
+    }
+}
+
+TEST_F(StoreProviderTest, ASymbolThatGoesEndsItsSubscriptions)
+{
+    m_quotes.AddTicks(S_isin, 10);
+    m_quotes.Connect();
+    ASSERT_TRUE(Start(m_consumer, 1, RequestOf(15)));
+    ASSERT_TRUE(m_consumer.WaitFor(1, CheckingConsumer::ESynchronization));
+    m_quotes.store.RemoveInstrument(S_isin);
+    ASSERT_TRUE(m_consumer.WaitForEnd(1));
+    EXPECT_EQ(m_consumer.Count(1, CheckingConsumer::EDeleted), 1U);
+    EXPECT_EQ(m_consumer.Events(1).back(), CheckingConsumer::EEnded);
+    EXPECT_EQ(m_quotes.provider.GetAssetByIsin(S_isin), nullptr);
+}
+
+TEST_F(StoreProviderTest, ChangedOperationsComeAgainAndEqualOnesDont)
+{
+    m_quotes.AddTicks(S_isin, 10);
+    m_quotes.Connect();
+    ASSERT_TRUE(Start(m_consumer, 1, RequestOf(15, {EIntervalTick, 1}, true)));
+    ASSERT_TRUE(m_consumer.WaitFor(1, CheckingConsumer::ESynchronization));
+    m_quotes.store.Restore(); // as after a break that nobody saw
+    ASSERT_TRUE(m_consumer.WaitFor(1, CheckingConsumer::ESynchronization, 2));
+    EXPECT_EQ(m_consumer.Count(1, CheckingConsumer::EOperations), 1U);
+    HistoryOperations operations;
+    ASSERT_TRUE(operations.Parse("3\n9,200102,7,0.9"));
+    m_quotes.store.SetOperations(S_isin, operations);
+    EXPECT_TRUE(m_consumer.WaitFor(1, CheckingConsumer::EOperations, 2));
+}
