@@ -207,6 +207,7 @@ struct FileStore::Impl {
     void StartClock(const Catalog& a_catalog);
     void Publish(std::shared_ptr<Catalog> a_catalog);
     std::vector<std::string> MoveTo(std::int64_t a_second);
+    std::vector<std::string> MoveLocked(std::int64_t a_second); // mutex held
     void Play(const std::stop_token& a_stop);
     void Wait(const std::stop_token& a_stop);
 
@@ -468,15 +469,24 @@ void FileStore::Impl::StartClock(const Catalog& a_catalog)
     position = made.SecondAt(made.started);
 }
 
+// Rows that aren't due yet may not show for a moment: the new list comes with all of its counts in one go.
 void FileStore::Impl::Publish(std::shared_ptr<Catalog> a_catalog)
 {
+    std::vector<std::string> grown;
     {
         const std::lock_guard lock(mutex);
         StartClock(*a_catalog);
+        for (auto& [isin, instrument] : a_catalog->instruments) {
+            const auto before = catalog ? catalog->instruments.find(isin) : a_catalog->instruments.end();
+            if (!instrument.info.live || !catalog || before == catalog->instruments.end())
+                continue;
+            instrument.visible = before->second.visible;
+            instrument.visibleBook = before->second.visibleBook;
+        }
         catalog = std::move(a_catalog);
+        grown = MoveLocked(position);
     }
     // Told where something is told at all: the first time Restored says it for all.
-    const auto grown = MoveTo(position);
     for (const std::string& isin : grown) {
         if (connected.value_or(false))
             listener->RowsAdded(isin);
@@ -485,11 +495,16 @@ void FileStore::Impl::Publish(std::shared_ptr<Catalog> a_catalog)
         cache->RemoveOldParts();
 }
 
-// Lets be seen what is due up to that second; returns whose rows or book those were.
 std::vector<std::string> FileStore::Impl::MoveTo(std::int64_t a_second)
 {
-    std::vector<std::string> grown;
     const std::lock_guard lock(mutex);
+    return MoveLocked(a_second);
+}
+
+// Lets be seen what is due up to that second; returns whose rows or book those were.
+std::vector<std::string> FileStore::Impl::MoveLocked(std::int64_t a_second)
+{
+    std::vector<std::string> grown;
     position = a_second;
     for (auto& [isin, instrument] : catalog->instruments) {
         if (!instrument.info.live)
