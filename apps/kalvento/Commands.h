@@ -41,4 +41,7 @@ void AddSeriesCommand(CLI::App& a_app, ToolContext& a_context);
 /// `kalvento show`: prints what a series block holds.
 void AddShowCommand(CLI::App& a_app, ToolContext& a_context);
 
+/// `kalvento watch`: shows instruments of a provider plug-in in the terminal, as they are traded.
+void AddWatchCommand(CLI::App& a_app, ToolContext& a_context);
+
 } // namespace kalvento::tool

@@ -37,6 +37,7 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
     AddProveCommand(app, a_context);
     AddSeriesCommand(app, a_context);
     AddShowCommand(app, a_context);
+    AddWatchCommand(app, a_context);
 
     try {
         // The parser takes its arguments from the back.

@@ -1,0 +1,371 @@
+#include "assets/Asset.h"
+#include "console_consumer/ConsoleOptions.h"
+#include "console_consumer/IMessageLine.h"
+#include "host/Host.h"
+#include "host/HostMediator.h"
+#include "host/IHostView.h"
+#include "host/MainThreadExecutor.h"
+#include "kalvento/Commands.h"
+#include "kalvento/Interruption.h"
+#include "modules/ConsumerBase.h"
+#include "modules/ProviderBase.h"
+#include "platform/CodePage.h"
+#include "platform/WidePath.h"
+#include "rows/IntervalNotation.h"
+#include "settings/KalventoPaths.h"
+#include "velo/Log.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <poll.h>
+#include <string>
+#include <sys/eventfd.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace kalvento::tool {
+
+namespace {
+
+constexpr const char* S_consolePlugin = "console_consumer";
+
+struct WatchOptions {
+    std::vector<std::string> symbols;
+    IntervalAndMultiplicity interval = {EIntervalMinute, 1};
+    std::string provider;
+    std::string pluginFolder;
+    std::string folder;
+    std::string day;
+    std::string start;
+    std::optional<double> speed;
+    std::string database;
+    unsigned int candles = 0;
+    unsigned int idleExit = 0;
+    unsigned int patience = 15;
+    bool plain = false;
+    bool book = false;
+    bool trades = false;
+    bool list = false;
+};
+
+// Letters of the alphabet only, which is what symbols are made of.
+std::string Lower(std::string a_text)
+{
+    for (char& letter : a_text)
+        if (letter >= 'A' && letter <= 'Z')
+            letter = static_cast<char>(letter - 'A' + 'a');
+    return a_text;
+}
+
+/// Passes what modules say on to the console's line of messages, or to standard error as long as there is none.
+class WatchView : public host::IHostView {
+public:
+    explicit WatchView(ToolContext& a_context) : m_context(a_context) {}
+
+    void SetMessageLine(IMessageLine* a_line) { m_line = a_line; }
+    void ShowText(std::wstring_view a_text) override { Show(a_text); }
+    void ShowNotification(std::wstring_view a_text) override { Show(a_text); }
+
+private:
+    void Show(std::wstring_view a_text)
+    {
+        if (m_line != nullptr)
+            m_line->ShowMessageLine(a_text);
+        else if (!m_context.quiet)
+            m_context.err << "kalvento: " << CodePage::WideToUtf8(a_text) << '\n';
+    }
+
+    ToolContext& m_context;
+    IMessageLine* m_line = nullptr;
+};
+
+/// Requests the host's exit when the user interrupts.
+class ExitOnInterruption {
+public:
+    explicit ExitOnInterruption(host::HostMediator& a_mediator)
+        : m_end(eventfd(0, EFD_CLOEXEC)), m_thread([this, &a_mediator] { Wait(a_mediator); })
+    {}
+    ExitOnInterruption(const ExitOnInterruption&) = delete;
+    ExitOnInterruption& operator=(const ExitOnInterruption&) = delete;
+    ~ExitOnInterruption()
+    {
+        const std::uint64_t one = 1;
+        [[maybe_unused]] const auto written = write(m_end, &one, sizeof(one));
+        m_thread.join();
+        close(m_end);
+    }
+
+private:
+    void Wait(host::HostMediator& a_mediator) const
+    {
+        std::array<pollfd, 2> descriptors = {
+            {{m_interruption.GetDescriptor(), POLLIN, 0}, {m_end, POLLIN, 0}}};
+        while (poll(descriptors.data(), descriptors.size(), -1) < 0 && errno == EINTR) {
+        }
+        if (descriptors[0].revents != 0)
+            a_mediator.RequestExit(EExitOk);
+    }
+
+    const Interruption m_interruption;
+    const int m_end;
+    std::thread m_thread;
+};
+
+host::HostOptions MakeHostOptions(const WatchOptions& a_options)
+{
+    host::HostOptions options;
+    options.pluginFolder = CodePage::Utf8ToWide(a_options.pluginFolder);
+    Settings& file = options.pluginOptions["file_provider"];
+    if (!a_options.folder.empty())
+        file["Folder"] = CodePage::Utf8ToWide(std::filesystem::absolute(a_options.folder).string());
+    if (!a_options.day.empty())
+        file["Day"] = a_options.day;
+    if (!a_options.start.empty())
+        file["Start"] = a_options.start;
+    if (a_options.speed)
+        file["Speed"] = *a_options.speed;
+    if (!a_options.database.empty())
+        options.pluginOptions["sql_provider"]["Connection"] = a_options.database;
+
+    Settings& console = options.pluginOptions[S_consolePlugin];
+    console[ConsoleOptions::XML_INTERVAL_ID] = static_cast<int>(a_options.interval.GetInterval());
+    console[ConsoleOptions::XML_MULTIPLICITY] = a_options.interval.GetMultiplicity();
+    console[ConsoleOptions::XML_PLAIN] = a_options.plain;
+    console[ConsoleOptions::XML_BOOK] = a_options.book;
+    console[ConsoleOptions::XML_TRADES] = a_options.trades;
+    console[ConsoleOptions::XML_CANDLES] = a_options.candles;
+    console[ConsoleOptions::XML_IDLE_EXIT] = a_options.idleExit;
+    console[ConsoleOptions::XML_EXIT_AT_END] = a_options.plain;
+    return options;
+}
+
+void ReportFailures(const host::Host& a_host, ToolContext& a_context)
+{
+    for (const host::PluginReport& report : a_host.GetReports())
+        if (report.state != host::EPluginStateRunning)
+            a_context.err << "kalvento: wtyczka " << CodePage::WideToUtf8(report.name) << ": "
+                          << CodePage::WideToUtf8(report.phase) << ": " << CodePage::WideToUtf8(report.reason)
+                          << '\n';
+}
+
+/// The providers that may serve the symbols: all, or the one of that name.
+std::vector<ProviderBase*> ChooseProviders(const host::Host& a_host, const WatchOptions& a_options)
+{
+    std::vector<ProviderBase*> providers = a_host.GetProviders();
+    if (a_options.provider.empty())
+        return providers;
+    std::string known;
+    for (const ProviderBase* provider : providers)
+        known += (known.empty() ? "" : ", ") + CodePage::WideToUtf8(provider->GetName());
+    std::erase_if(providers, [&](const ProviderBase* a_provider) {
+        return Lower(CodePage::WideToUtf8(a_provider->GetName())) != Lower(a_options.provider);
+    });
+    if (providers.empty())
+        throw ToolError(EExitUsage, "no provider \"" + a_options.provider +
+                                        "\", there is: " + (known.empty() ? "none" : known));
+    return providers;
+}
+
+std::shared_ptr<Asset> FindAsset(const std::vector<ProviderBase*>& a_providers, const std::string& a_symbol)
+{
+    for (const ProviderBase* provider : a_providers)
+        for (const auto& asset : provider->GetAssets())
+            if (Lower(asset->GetShortName()) == Lower(a_symbol) || Lower(asset->GetIsin()) == Lower(a_symbol))
+                return asset;
+    return nullptr;
+}
+
+// How many letters must be changed, added or left out; V. Levenshtein, Binary codes capable of correcting deletions,
+// insertions and reversals, 1966.
+std::size_t Distance(const std::string& a_left, const std::string& a_right)
+{
+    std::vector<std::size_t> costs(a_right.size() + 1);
+    for (std::size_t column = 0; column < costs.size(); ++column)
+        costs[column] = column;
+    for (std::size_t row = 1; row <= a_left.size(); ++row) {
+        std::size_t diagonal = std::exchange(costs[0], row);
+        for (std::size_t column = 1; column < costs.size(); ++column) {
+            const std::size_t changed = diagonal + (a_left[row - 1] == a_right[column - 1] ? 0 : 1);
+            diagonal = costs[column];
+            costs[column] = std::min({changed, costs[column] + 1, costs[column - 1] + 1});
+        }
+    }
+    return costs.back();
+}
+
+std::string NearNames(const std::vector<ProviderBase*>& a_providers, const std::string& a_symbol)
+{
+    std::vector<std::pair<std::size_t, std::string>> names;
+    for (const ProviderBase* provider : a_providers)
+        for (const auto& asset : provider->GetAssets())
+            names.emplace_back(Distance(Lower(asset->GetShortName()), Lower(a_symbol)),
+                               asset->GetShortName());
+    if (names.empty())
+        return "the providers have no instruments";
+    std::sort(names.begin(), names.end());
+    std::string text = "near names:";
+    for (std::size_t place = 0; place < std::min<std::size_t>(names.size(), 5); ++place)
+        text += ' ' + names[place].second;
+    return text;
+}
+
+void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
+{
+    static constexpr std::array<const char*, 3> S_statuses = {"rozłączony", "łączenie", "połączony"};
+    for (const ProviderBase* provider : a_providers) {
+        const auto status = static_cast<std::size_t>(provider->GetConnectionStatus());
+        a_context.out << CodePage::WideToUtf8(provider->GetName()) << " ("
+                      << (status < S_statuses.size() ? S_statuses[status] : "") << ")\n";
+        for (const auto& asset : provider->GetAssets())
+            a_context.out << "  " << asset->GetShortName() << "\t" << asset->GetIsin() << "\t"
+                          << asset->GetLongName() << '\n';
+    }
+}
+
+/// Serves the executor until the providers have said what they have: until all symbols are known, or nothing more is to be
+/// expected.
+void WaitForProviders(host::Host& a_host, const std::vector<ProviderBase*>& a_providers,
+                      const WatchOptions& a_options)
+{
+    const auto isReady = [&] {
+        if (a_host.GetMediator().GetExitCode())
+            return true;
+        if (a_options.list)
+            return std::all_of(a_providers.begin(), a_providers.end(), [](const ProviderBase* a_provider) {
+                return a_provider->GetConnectionStatus() == EConnectionStatusConnected;
+            });
+        return std::all_of(
+            a_options.symbols.begin(), a_options.symbols.end(),
+            [&](const std::string& a_symbol) { return FindAsset(a_providers, a_symbol) != nullptr; });
+    };
+    // Also asked from time to time: a provider may come to know an instrument and say so a moment before.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(a_options.patience);
+    while (!isReady() && std::chrono::steady_clock::now() < deadline) {
+        const bool allConnected =
+            std::all_of(a_providers.begin(), a_providers.end(), [](const ProviderBase* a_provider) {
+                return a_provider->GetConnectionStatus() == EConnectionStatusConnected;
+            });
+        a_host.GetExecutor().RunUntil(
+            isReady, std::min(deadline, std::chrono::steady_clock::now() + std::chrono::milliseconds(300)));
+        if (allConnected)
+            return; // and a turn of the executor has brought what they had to tell
+    }
+}
+
+ConsumerBase& FindConsole(const host::Host& a_host)
+{
+    for (ConsumerBase* consumer : a_host.GetConsumers())
+        if (dynamic_cast<IMessageLine*>(consumer) != nullptr)
+            return *consumer;
+    throw ToolError(EExitFailure, "the plug-in \"console_consumer\" doesn't run");
+}
+
+void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options, ToolContext& a_context)
+{
+    a_host.Start();
+    ReportFailures(a_host, a_context);
+    const std::vector<ProviderBase*> providers = ChooseProviders(a_host, a_options);
+    for (ProviderBase* provider : providers)
+        provider->SwitchConnection(true);
+    WaitForProviders(a_host, providers, a_options);
+    if (a_options.list)
+        return List(providers, a_context);
+
+    ConsumerBase& console = FindConsole(a_host);
+    std::vector<std::shared_ptr<Asset>> assets;
+    for (const std::string& symbol : a_options.symbols) {
+        assets.push_back(FindAsset(providers, symbol));
+        if (a_host.GetMediator().GetExitCode())
+            return;
+        if (!assets.back())
+            throw ToolError(EExitNoInput, "no instrument \"" + symbol + "\" at any provider; " +
+                                              NearNames(providers, symbol));
+    }
+    a_view.SetMessageLine(a_options.plain ? nullptr : dynamic_cast<IMessageLine*>(&console));
+    for (const auto& asset : assets)
+        if (console.AddInstrument({}, *asset) == 0)
+            throw ToolError(EExitNoInput, "the provider doesn't serve \"" + asset->GetShortName() + '"');
+    a_context.exitCode = a_host.Run();
+    a_view.SetMessageLine(nullptr);
+}
+
+void RunWatch(WatchOptions a_options, ToolContext& a_context)
+{
+    if (a_options.symbols.empty() && !a_options.list)
+        throw ToolError(EExitUsage, "no instrument given; expected its symbol or ISIN, or --list");
+    if (!a_options.plain && !a_options.list && !a_context.outIsTerminal)
+        throw ToolError(EExitUsage, "standard output is no terminal; --plain prints lines");
+    KalventoPaths::Initialize(L"Kalvento");
+    // Lines of the log would run over the screen.
+    VeloTools::Log::Instance().SetLogFolder(WidePath::ToPath(KalventoPaths::Instance().GetNativeLogPath()));
+
+    WatchView view(a_context);
+    host::Host host(view, MakeHostOptions(a_options));
+    const ExitOnInterruption exitOnInterruption(host.GetMediator());
+    try {
+        Watch(host, view, a_options, a_context);
+    } catch (...) {
+        view.SetMessageLine(nullptr);
+        host.Stop();
+        throw;
+    }
+    host.Stop();
+    if (host.IsLoaderBlocked()) {
+        a_context.out.flush();
+        std::_Exit(a_context.exitCode);
+    }
+}
+
+} // namespace
+
+void AddWatchCommand(CLI::App& a_app, ToolContext& a_context)
+{
+    CLI::App* const command =
+        a_app.add_subcommand("watch", "Shows instruments of a provider in the terminal, as they are traded");
+    const auto options = std::make_shared<WatchOptions>();
+    command->add_option("symbols", options->symbols, "Short names or ISINs; letter case doesn't matter");
+    command
+        ->add_option_function<std::string>(
+            "--interval,-i",
+            [options](const std::string& a_text) {
+                std::string reason;
+                const auto interval = ParseInterval(a_text, &reason);
+                if (!interval)
+                    throw ToolError(EExitUsage, "--interval: " + reason);
+                options->interval = *interval;
+            },
+            "Interval of the candles")
+        ->default_str("1min");
+    command->add_option("--provider", options->provider,
+                        "Name of the provider; otherwise the first one that knows the instrument");
+    command->add_option("--folder", options->folder, "Files: the folder in which they lie");
+    command->add_option("--day", options->day, "Files: the day to be played, YYYY-MM-DD");
+    command->add_option("--start", options->start, "Files: time of day at which the play begins");
+    command->add_option("--speed", options->speed, "Files: how many times faster than it was")
+        ->check(CLI::PositiveNumber);
+    command->add_option("--database", options->database, "Database: how to connect");
+    command->add_flag("--plain", options->plain, "Lines on standard output instead of a screen");
+    command->add_flag("--book", options->book, "With --plain: the order book too");
+    command->add_flag("--trades", options->trades, "With --plain: transactions too");
+    command->add_option("--candles", options->candles, "With --plain: how many candles of the past; 0: all");
+    command->add_option("--idle-exit", options->idleExit, "End when nothing has come for so many seconds");
+    command->add_option("--wait", options->patience, "How many seconds to wait for the provider")
+        ->default_val(15);
+    command->add_option("--plugins", options->pluginFolder, "Folder of the plug-ins");
+    command->add_flag("--list", options->list, "List the providers and their instruments, and end");
+    command->footer("Example:\n  kalvento watch PKO PEO --interval 5min --folder notowania --speed 60");
+    command->callback([options, &a_context] { RunWatch(*options, a_context); });
+}
+
+} // namespace kalvento::tool
