@@ -97,7 +97,7 @@ PostgresCluster::PostgresCluster() : m_port(FreePort())
         "/data -A trust -U postgres -E UTF8 --locale=C.UTF-8 --no-sync");
     std::ofstream(m_folder + "/data/postgresql.conf", std::ios::app)
         << "listen_addresses = '127.0.0.1'\nport = " << m_port << "\nunix_socket_directories = '" << m_folder
-        << "'\nmax_connections = 60\nshared_buffers = 16MB\n";
+        << "'\nmax_connections = 60\nshared_buffers = 16MB\nrecovery_init_sync_method = syncfs\n";
     Start();
 }
 
