@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr int S_panelWidth = 31;
-constexpr int S_widthWithPanel = 66; // from this width on book and trades stand beside the chart
+constexpr int S_panelWidth = 33;
+constexpr int S_widthWithPanel = 68; // from this width on book and trades stand beside the chart
 constexpr int S_bookHeight = 7;
 constexpr std::size_t S_levels = 5;
 
@@ -31,20 +31,28 @@ std::wstring PriceText(double a_price, int a_decimals)
     return text;
 }
 
-// At most seven characters, whatever the instrument trades in.
+// At most six characters up to 10^13, whatever the instrument trades in: four or more digits that count.
 std::wstring VolumeText(double a_volume)
 {
     if (!std::isfinite(a_volume))
         return L"–";
+    const double size = std::abs(a_volume);
     std::wstring text;
-    if (std::abs(a_volume) >= 1e9)
-        text = fmt::format(L"{:.4g}G", a_volume / 1e9);
-    else if (std::abs(a_volume) >= 1e6)
-        text = fmt::format(L"{:.4g}M", a_volume / 1e6);
-    else if (a_volume == std::floor(a_volume))
-        text = fmt::format(L"{:.0f}", a_volume);
-    else
-        text = fmt::format(L"{:.4g}", a_volume);
+    if (size >= 999999.5) {
+        text =
+            size >= 1e9 ? fmt::format(L"{:.4g}G", a_volume / 1e9) : fmt::format(L"{:.4g}M", a_volume / 1e6);
+    } else {
+        const int decimals = size >= 1000 || a_volume == std::floor(a_volume) ? 0
+                             : size >= 100                                    ? 2
+                             : size >= 10                                     ? 3
+                                                                              : 4;
+        text = fmt::format(L"{:.{}f}", a_volume, decimals);
+        if (decimals > 0) {
+            text.erase(text.find_last_not_of(L'0') + 1);
+            if (text.back() == L'.')
+                text.pop_back();
+        }
+    }
     std::replace(text.begin(), text.end(), L'.', L',');
     return text;
 }
@@ -81,15 +89,21 @@ std::wstring IntervalText(IntervalAndMultiplicity a_interval)
     return fmt::format(L"{} {}", a_interval.GetMultiplicity(), unit);
 }
 
+// Candles bear the time of their last row, but people know them by the begin of their window.
 std::wstring TimeText(const NDateTime& a_time, IntervalAndMultiplicity a_interval)
 {
     if (a_interval.GetInterval() >= EIntervalMonth)
         return fmt::format(L"{:02}.{:02}", a_time.GetMonth(), a_time.GetYear() % 100);
     if (a_interval.GetInterval() >= EIntervalDay)
         return fmt::format(L"{:02}.{:02}", a_time.GetDay(), a_time.GetMonth());
-    if (a_interval.GetInterval() >= EIntervalMinute)
-        return fmt::format(L"{:02}:{:02}", a_time.GetHour(), a_time.GetMinute());
-    return fmt::format(L"{:02}:{:02}:{:02}", a_time.GetHour(), a_time.GetMinute(), a_time.GetSecond());
+    const unsigned int unit = a_interval.GetInterval() == EIntervalHour     ? 3600
+                              : a_interval.GetInterval() == EIntervalMinute ? 60
+                                                                            : 1;
+    const unsigned int window = a_interval.IsTick() ? 1 : unit * std::max(a_interval.GetMultiplicity(), 1U);
+    const unsigned int begin = a_time.GetAbsoluteTime() / window * window;
+    if (unit > 1)
+        return fmt::format(L"{:02}:{:02}", begin / 3600, begin / 60 % 60);
+    return fmt::format(L"{:02}:{:02}:{:02}", begin / 3600, begin / 60 % 60, begin % 60);
 }
 
 // What a source calls an instrument could else move the terminal's cursor, or take two columns. The ranges are those of
@@ -400,7 +414,7 @@ void DrawBook(const ScreenModel& a_model, ScreenCells& a_cells, Area a_area)
             a_cells.Reverse(middle - length, row, length, EInkUp);
         }
         if (const Level ask = GetLevel(a_model, Ask1, AskVolume1, level); ask.price) {
-            a_cells.Write(middle + 2, row, PriceText(*ask.price, a_model.data.decimals), EInkDown);
+            a_cells.Write(middle + 1, row, PriceText(*ask.price, a_model.data.decimals), EInkDown);
             a_cells.WriteBefore(a_area.left + a_area.width, row,
                                 VolumeText(ask.volume.value_or(std::nan(""))), EInkDown);
             a_cells.Reverse(middle + 1, row, barLength(ask), EInkDown);

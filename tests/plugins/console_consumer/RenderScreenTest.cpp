@@ -112,10 +112,22 @@ TEST(RenderScreenTest, BarsShowTheShareOfTheLargestVolume)
     const ScreenCells cells = RenderScreen(MakeModel(), 80, 24);
     const auto barOf = [&](int a_row) {
         int count = 0;
-        for (int column = 48; column < 80; ++column)
+        for (int column = 46; column < 80; ++column)
             count += cells.At(column, a_row).reversed ? 1 : 0;
         return count;
     };
-    EXPECT_EQ(barOf(3), 14 + 1) << "1500 of 1500, and 100";
+    EXPECT_EQ(barOf(3), 15 + 1) << "1500 of 1500, and 100";
     EXPECT_GT(barOf(7), barOf(4)) << "500 against 200";
+}
+
+TEST(RenderScreenTest, VolumesOfAnySizeStandApartFromPrices)
+{
+    ScreenModel model = MakeModel();
+    model.data.decimals = 5;
+    model.data.offers->SetQSellIfChanged({0.084135, 12345.6, 456.7891, 1234567.0, 3e9});
+    const ScreenCells cells = RenderScreen(model, 80, 24);
+    const std::vector<const wchar_t*> lines = {L"99,54000  0,0841", L"99,55000   12346", L"99,56000  456,79",
+                                               L"99,57000  1,235M", L"99,58000      3G"};
+    for (const wchar_t* line : lines)
+        EXPECT_TRUE(Has(cells, line)) << testing::PrintToString(std::wstring(line));
 }
