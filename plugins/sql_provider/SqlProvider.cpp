@@ -1,11 +1,10 @@
 #include "sql_provider/SqlProvider.h"
 
-#include "sql_provider/SqlStore.h"
-
 #include <memory>
 
-SqlProvider::SqlProvider(const std::string& a_connection)
-    : StoreProvider(EGenericModuleNone, S_name, std::make_unique<SqlStore>(SqlAddress(a_connection))),
+SqlProvider::SqlProvider(const std::string& a_connection, SqlStore::Pauses a_pauses)
+    : StoreProvider(EGenericModuleNone, S_name,
+                    std::make_unique<SqlStore>(SqlAddress(a_connection), a_pauses)),
       m_hasDatabase(!SqlAddress(a_connection).IsEmpty())
 {}
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "provider_kit/StoreProvider.h"
+#include "sql_provider/SqlStore.h"
 
 #include <string>
 
@@ -10,7 +11,7 @@ public:
     static constexpr const wchar_t* S_name = L"Baza";
 
     /// a_connection: as SqlAddress takes it, UTF-8, and raises what that raises; empty where the user named no database.
-    explicit SqlProvider(const std::string& a_connection);
+    explicit SqlProvider(const std::string& a_connection, SqlStore::Pauses a_pauses = SqlStore::Pauses());
 
     /// Says so where no database was named.
     std::wstring GetStatusLabel() const override;

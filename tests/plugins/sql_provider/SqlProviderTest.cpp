@@ -2,11 +2,14 @@
 
 #include "PostgresCluster.h"
 #include "SqlTestTools.h"
+#include "series/Synchronization.h"
 #include "sql_provider/SqlWriter.h"
 #include "support/ProviderContract.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <condition_variable>
 #include <mutex>
 #include <thread>
 
@@ -45,6 +48,65 @@ private:
     SqlProvider m_provider;
 };
 
+/// Holds the rows of one subscription by the rules of IConsumer: a synchronization takes the place of what is there from
+/// its first row on, and a record goes behind the last.
+class RowKeeper : public IConsumer {
+public:
+    void ProcessOperations(unsigned int, const HistoryOperations&) override {}
+    void ProcessHistory(unsigned int, History&& a_history) override { Add(a_history); }
+    void ProcessHistoryEnd(unsigned int) override {}
+    void ProcessSynchronization(unsigned int, Synchronization&& a_synchronization) override
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            const NDateTime first = a_synchronization.TimeSeries().front();
+            std::erase_if(m_rows, [&](const Row& a_row) { return !(a_row.first < first); });
+        }
+        Add(a_synchronization);
+    }
+    void ProcessRecord(unsigned int, const Record& a_record) override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_rows.emplace_back(a_record.GetTime(), a_record.find(Volume)->second);
+        m_changed.notify_all();
+    }
+    void ProcessCurrentState(unsigned int, const CurrentState&) override {}
+    void ProcessOffers(unsigned int, const Offers&) override {}
+    void ProcessLatestRecords(unsigned int, const LatestRecords&) override {}
+    void RequestRefused(unsigned int, std::wstring_view) override { ADD_FAILURE() << "refused"; }
+    void RequestEnded(unsigned int) override { ADD_FAILURE() << "ended"; }
+
+    bool WaitForRows(std::size_t a_count)
+    {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, std::chrono::seconds(90), [&] { return m_rows.size() >= a_count; });
+    }
+    std::vector<double> Volumes()
+    {
+        const std::lock_guard lock(m_mutex);
+        std::vector<double> volumes;
+        for (const Row& row : m_rows)
+            volumes.push_back(row.second);
+        return volumes;
+    }
+
+private:
+    using Row = std::pair<NDateTime, double>;
+
+    void Add(const DataSeriesSet& a_rows)
+    {
+        const std::lock_guard lock(m_mutex);
+        const std::vector<double>& volumes = a_rows.find(Volume)->second;
+        for (std::size_t row = 0; row < volumes.size(); ++row)
+            m_rows.emplace_back(a_rows.TimeSeries()[row], volumes[row]);
+        m_changed.notify_all();
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<Row> m_rows;
+};
+
 std::vector<ProviderContractCase> Cases()
 {
     if (PostgresCluster::Get() == nullptr)
@@ -52,7 +114,76 @@ std::vector<ProviderContractCase> Cases()
     return {{"Sql", [] { return std::make_unique<SqlSubject>(); }}};
 }
 
+// Repeats until the server took it: what SqlWriter promises to be harmless.
+void AppendStubbornly(SqlWriter& a_writer, std::uint64_t a_number)
+{
+    for (;;) {
+        try {
+            a_writer.AppendRows("A", a_number, RowsOf(a_number, a_number + 1));
+            return;
+        } catch (const SqlConflict&) {
+            throw;
+        } catch (const std::exception&) {
+            std::this_thread::yield(); // the server is away
+        }
+    }
+}
+
 } // namespace
 
 INSTANTIATE_TEST_SUITE_P(Databases, ProviderContract, testing::ValuesIn(Cases()),
                          [](const auto& a_info) { return std::string(a_info.param.name); });
+
+// Whoever writes repeats what was not acknowledged; whoever reads has each row once, in order, though the server died in the
+// midst of all of it.
+TEST(SqlProviderTest, AServerThatIsKilledLosesNoRowAndDoublesNone)
+{
+    PostgresCluster* cluster = PostgresCluster::Get();
+    if (cluster == nullptr)
+        GTEST_SKIP() << "no PostgreSQL server here: install the package postgresql";
+    constexpr std::uint64_t past = 500;
+    constexpr std::uint64_t between = 200; // rows between two kills
+    constexpr int kills = 5;
+    const std::string connection = cluster->NewDatabase();
+    SqlWriter first(connection);
+    first.CreateInstrument(TickInstrument("A"));
+    first.AppendRows("A", 0, RowsOf(0, past));
+
+    const TestMediator mediator;
+    RowKeeper keeper;
+    SqlProvider provider(connection, {std::chrono::milliseconds(5), std::chrono::milliseconds(50)});
+    provider.SwitchConnection(true);
+    while (provider.GetAssets().empty())
+        std::this_thread::yield();
+    const auto asset = provider.GetAssetByIsin("A");
+    RequestParams params(15);
+    params.SetIntervalAndMultiplicity(EIntervalTick, 1);
+    params.SetDates(asset->GetParams().begin()->second.GetDates());
+    ASSERT_TRUE(provider.StartSubscription({&keeper, 1, *asset, params}));
+
+    constexpr std::uint64_t all = past + between * (kills + 1);
+    std::atomic<std::uint64_t> acknowledged = past;
+    std::thread writing([&] {
+        SqlWriter writer(connection);
+        for (std::uint64_t number = past; number < all; ++number) {
+            AppendStubbornly(writer, number);
+            acknowledged = number + 1;
+        }
+    });
+    for (int kill = 1; kill <= kills; ++kill) {
+        // Both ends are at work then.
+        while (acknowledged < past + between * static_cast<std::uint64_t>(kill) ||
+               provider.GetConnectionStatus() != EConnectionStatusConnected)
+            std::this_thread::yield();
+        if (kill % 2 == 1)
+            cluster->Kill();
+        else
+            cluster->StopAtOnce();
+        cluster->Start();
+    }
+    writing.join();
+    EXPECT_TRUE(keeper.WaitForRows(all));
+    provider.StopSubscription({&keeper, 1, *asset, std::nullopt});
+    EXPECT_EQ(keeper.Volumes(), RowsOf(0, all).find(Volume)->second);
+    provider.StopWork();
+}
