@@ -219,6 +219,7 @@ TEST_F(SqlStoreTest, RowsOfManyAppendersAreSeenInOrderAndOnce)
     NotingListener listener;
     const auto store = OpenStore(listener);
     std::vector<std::thread> appenders;
+    appenders.reserve(4);
     for (int appender = 0; appender < 4; ++appender) {
         appenders.emplace_back([&] {
             SqlWriter writer(m_connection);
