@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/Settings.h"
+#include "settings/TakeSetting.h"
 #include "time/EInterval.h"
 #include "time/IntervalAndMultiplicity.h"
 
@@ -30,8 +30,7 @@ struct ConsoleOptions {
     explicit ConsoleOptions(const Settings& a_settings)
     {
         const auto read = [&](std::string_view a_key, auto& a_value) {
-            if (const Settings& value = a_settings[a_key]; value.Exists())
-                a_value = static_cast<std::remove_reference_t<decltype(a_value)>>(value);
+            TakeSetting(a_settings, a_key, a_value);
         };
         int intervalId = EIntervalMinute;
         unsigned int multiplicity = 1;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "file_provider/FileProviderSettings.h"
 #include "file_provider/FileStore.h"
 #include "provider_kit/StoreProvider.h"
 
@@ -10,8 +11,10 @@
 /// The provider "Pliki": serves what a folder holds, and plays a recorded day of it back.
 class FileProvider : public StoreProvider {
 public:
+    using UserSettings = FileProviderSettings;
     static constexpr const wchar_t* S_name = L"Pliki";
 
+    explicit FileProvider(const FileProviderSettings& a_settings) : FileProvider(a_settings.options) {}
     /// a_now: the clock of the playback; empty for the machine's (see FileStoreHost::now).
     explicit FileProvider(const FileStoreOptions& a_options,
                           std::function<std::chrono::steady_clock::time_point()> a_now = {});

@@ -1,7 +1,7 @@
 #include "file_provider/FileProviderSettings.h"
 
 #include "platform/WidePath.h"
-#include "settings/Settings.h"
+#include "settings/TakeSetting.h"
 
 void FileProviderSettings::WriteSettings(Settings& a_settings) const
 {
@@ -13,12 +13,10 @@ void FileProviderSettings::WriteSettings(Settings& a_settings) const
 
 void FileProviderSettings::ReadSettings(const Settings& a_settings)
 {
-    if (const Settings& folder = a_settings[XML_FOLDER]; folder.Exists())
-        options.folder = WidePath::ToPath(static_cast<std::wstring>(folder));
-    if (const Settings& day = a_settings[XML_DAY]; day.Exists())
-        options.day = static_cast<const std::string&>(day);
-    if (const Settings& speed = a_settings[XML_SPEED]; speed.Exists())
-        options.speed = speed;
-    if (const Settings& start = a_settings[XML_START]; start.Exists())
-        options.start = static_cast<const std::string&>(start);
+    std::wstring folder = WidePath::ToWide(options.folder);
+    TakeSetting(a_settings, XML_FOLDER, folder);
+    options.folder = WidePath::ToPath(folder);
+    TakeSetting(a_settings, XML_DAY, options.day);
+    TakeSetting(a_settings, XML_SPEED, options.speed);
+    TakeSetting(a_settings, XML_START, options.start);
 }

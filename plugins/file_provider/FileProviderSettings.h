@@ -6,7 +6,6 @@
 /// What the user chose for the provider of files, in the file "Pliki.xml". An absent key leaves what was there.
 class FileProviderSettings : public ProviderSettings {
 public:
-    static constexpr const wchar_t* S_fileName = L"Pliki";
     static constexpr const char* XML_FOLDER = "Folder";
     static constexpr const char* XML_DAY = "Day";
     static constexpr const char* XML_SPEED = "Speed";

@@ -1,7 +1,7 @@
 #include "sql_provider/SqlProviderSettings.h"
 
 #include "platform/CodePage.h"
-#include "settings/Settings.h"
+#include "settings/TakeSetting.h"
 
 void SqlProviderSettings::WriteSettings(Settings& a_settings) const
 {
@@ -10,6 +10,7 @@ void SqlProviderSettings::WriteSettings(Settings& a_settings) const
 
 void SqlProviderSettings::ReadSettings(const Settings& a_settings)
 {
-    if (const Settings& node = a_settings[XML_CONNECTION]; node.Exists())
-        connection = CodePage::WideToUtf8(static_cast<std::wstring>(node));
+    std::wstring text = CodePage::Utf8ToWide(connection);
+    TakeSetting(a_settings, XML_CONNECTION, text);
+    connection = CodePage::WideToUtf8(text);
 }

@@ -7,7 +7,6 @@
 /// What the user chose for the provider of a database, in the file "Baza.xml". An absent key leaves what was there.
 class SqlProviderSettings : public ProviderSettings {
 public:
-    static constexpr const wchar_t* S_fileName = L"Baza";
     static constexpr const char* XML_CONNECTION = "Connection";
 
     void WriteSettings(Settings& a_settings) const override;

@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(Files, ProviderContract,
 TEST(FileProviderTest, WithoutAFolderItSaysSo)
 {
     const TestMediator mediator;
-    FileProvider provider({});
+    FileProvider provider(FileStoreOptions{});
     EXPECT_EQ(provider.GetStatusLabel(), L"nie wskazano folderu");
     EXPECT_TRUE(provider.GetAssets().empty());
     provider.StopWork();
