@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-/// Base of the settings of a module, kept in a pair of files as SettingsManager says. Main thread only.
+/// Base of the settings of a module, kept in a pair of files as SettingsManager says, on the threads named there.
 ///
 /// The usual road: Prepare at the module's start, RestoreDefaultSettings when the user asks for it,
 /// SaveGivenSettingsAsCurrent when the module stops or the user accepts a change.

@@ -9,7 +9,12 @@
 
 /// The pair of files in which a setting survives a restart: the factory file in DefaultSettings, which comes with the
 /// installation and is never written, and the user's file of the same name in UserSettings, which starts as its copy.
-/// Main thread only. Failures are told by empty pointers and false results.
+/// Failures are told by empty pointers and false results.
+///
+/// There is no lock, and threads share nothing here but the files: one thread at a time for one name. That is the main
+/// thread, except while a plug-in makes and initialises its modules on the thread that starts it: the files are that
+/// plug-in's alone, nothing else of it runs yet, and the main thread waits or works for modules with files of other names.
+/// It holds too where a plug-in hangs there and is left behind, since none of its code is called any more.
 class KALVENTO_API SettingsManager {
 public:
     SettingsManager() = delete;

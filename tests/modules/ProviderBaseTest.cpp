@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -153,4 +154,26 @@ TEST(ProviderSettingsTest, WhatIsSavedIsLoadedAndNothingElse)
 
     Settings stored;
     EXPECT_TRUE(stored.LoadFromFile(WidePath::ToWide(file), "Settings"));
+}
+
+TEST(ProviderSettingsTest, APluginThatStartsReadsItsFilesWhileOthersAreSaved)
+{
+    Folders folders;
+    const auto saveAndLoad = [&](const std::wstring& a_name, int a_server) {
+        PlainSettings settings;
+        for (int round = 0; round < 50; ++round) {
+            settings.server = a_server;
+            ASSERT_TRUE(settings.SaveState(a_name));
+            settings.server = 0;
+            ASSERT_TRUE(settings.LoadState(a_name));
+            ASSERT_EQ(settings.server, a_server);
+        }
+    };
+    const std::wstring running = folders.UniqueName();
+    const std::wstring starting = running + L" 2";
+    for (const std::wstring& name : {running, starting})
+        folders.Made(SettingsManager::GenerateSettingsFilePath(true, name));
+    std::thread starter([&] { saveAndLoad(starting, 1); });
+    saveAndLoad(running, 2);
+    starter.join();
 }
