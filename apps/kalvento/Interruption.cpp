@@ -49,12 +49,16 @@ Interruption::Interruption() : m_descriptor(SharedDescriptor())
     action.sa_handler = HandleSignal;
     sigaction(SIGINT, &action, &m_oldInterrupt);
     sigaction(SIGTERM, &action, &m_oldTerminate);
+    sigaction(SIGHUP, nullptr, &m_oldHangUp);
+    if (m_oldHangUp.sa_handler != SIG_IGN)
+        sigaction(SIGHUP, &action, nullptr);
 }
 
 Interruption::~Interruption()
 {
     sigaction(SIGINT, &m_oldInterrupt, nullptr);
     sigaction(SIGTERM, &m_oldTerminate, nullptr);
+    sigaction(SIGHUP, &m_oldHangUp, nullptr);
 }
 
 bool Interruption::IsRaised() const

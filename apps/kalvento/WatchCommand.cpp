@@ -12,6 +12,7 @@
 #include "platform/CodePage.h"
 #include "platform/WidePath.h"
 #include "rows/IntervalNotation.h"
+#include "rows/TimeText.h"
 #include "settings/KalventoPaths.h"
 #include "velo/Log.h"
 
@@ -21,6 +22,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <iterator>
 #include <memory>
@@ -204,6 +206,16 @@ std::size_t Distance(const std::string& a_left, const std::string& a_right)
     return costs.back();
 }
 
+/// What the provider's status field tells, in one line.
+std::string StatusText(const ProviderBase& a_provider)
+{
+    std::string text;
+    for (const char letter : CodePage::WideToUtf8(a_provider.GetStatusToolTip()))
+        text += letter == '\n' ? std::string("; ") : std::string(1, letter);
+    return text.empty() ? CodePage::WideToUtf8(a_provider.GetName() + L": " + a_provider.GetStatusLabel())
+                        : text;
+}
+
 std::string NearNames(const std::vector<ProviderBase*>& a_providers, const std::string& a_symbol)
 {
     std::vector<std::pair<std::size_t, std::string>> names;
@@ -211,22 +223,23 @@ std::string NearNames(const std::vector<ProviderBase*>& a_providers, const std::
         for (const auto& asset : provider->GetAssets())
             names.emplace_back(Distance(Lower(asset->GetShortName()), Lower(a_symbol)),
                                asset->GetShortName());
+    std::string statuses;
+    for (const ProviderBase* provider : a_providers)
+        if (names.empty() || provider->GetStatusLevel() == EStatusLevelProblem)
+            statuses += "\n  " + StatusText(*provider);
     if (names.empty())
-        return "the providers have no instruments";
+        return "there are none at all" + statuses;
     std::sort(names.begin(), names.end());
     std::string text = "near names:";
     for (std::size_t place = 0; place < std::min<std::size_t>(names.size(), 5); ++place)
         text += ' ' + names[place].second;
-    return text;
+    return text + statuses;
 }
 
 void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
 {
-    static constexpr std::array<const char*, 3> S_statuses = {"rozłączony", "łączenie", "połączony"};
     for (const ProviderBase* provider : a_providers) {
-        const auto status = static_cast<std::size_t>(provider->GetConnectionStatus());
-        a_context.out << CodePage::WideToUtf8(provider->GetName()) << " ("
-                      << (status < S_statuses.size() ? S_statuses[status] : "") << ")\n";
+        a_context.out << StatusText(*provider) << '\n';
         for (const auto& asset : provider->GetAssets())
             a_context.out << "  " << asset->GetShortName() << "\t" << asset->GetIsin() << "\t"
                           << asset->GetLongName() << '\n';
@@ -236,28 +249,39 @@ void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
 /// Serves the executor until the providers have said what they have: until all symbols are known, or nothing more is to be
 /// expected.
 void WaitForProviders(host::Host& a_host, const std::vector<ProviderBase*>& a_providers,
-                      const WatchOptions& a_options)
+                      const WatchOptions& a_options, ToolContext& a_context)
 {
+    // A provider that nobody told where its data are has nothing to wait for.
+    const auto areConnected = [&] {
+        return std::all_of(a_providers.begin(), a_providers.end(), [](const ProviderBase* a_provider) {
+            return a_provider->GetConnectionStatus() == EConnectionStatusConnected ||
+                   a_provider->GetStatusLevel() == EStatusLevelIdle;
+        });
+    };
     const auto isReady = [&] {
         if (a_host.GetMediator().GetExitCode())
             return true;
         if (a_options.list)
-            return std::all_of(a_providers.begin(), a_providers.end(), [](const ProviderBase* a_provider) {
-                return a_provider->GetConnectionStatus() == EConnectionStatusConnected;
-            });
+            return areConnected();
         return std::all_of(
             a_options.symbols.begin(), a_options.symbols.end(),
             [&](const std::string& a_symbol) { return FindAsset(a_providers, a_symbol) != nullptr; });
     };
     // Also asked from time to time: a provider may come to know an instrument and say so a moment before.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(a_options.patience);
+    const auto begin = std::chrono::steady_clock::now();
+    const auto deadline = begin + std::chrono::seconds(a_options.patience);
+    bool isNoted = !a_context.errIsTerminal || a_context.quiet;
     while (!isReady() && std::chrono::steady_clock::now() < deadline) {
-        const bool allConnected =
-            std::all_of(a_providers.begin(), a_providers.end(), [](const ProviderBase* a_provider) {
-                return a_provider->GetConnectionStatus() == EConnectionStatusConnected;
-            });
+        const bool allConnected = areConnected();
         a_host.GetExecutor().RunUntil(
             isReady, std::min(deadline, std::chrono::steady_clock::now() + std::chrono::milliseconds(300)));
+        if (!isNoted && std::chrono::steady_clock::now() - begin > std::chrono::seconds(1)) {
+            isNoted = true;
+            a_context.err << "waiting for the providers, up to " << a_options.patience << " s; Ctrl-C ends\n";
+            for (const ProviderBase* provider : a_providers)
+                a_context.err << "  " << StatusText(*provider) << '\n';
+            a_context.err.flush();
+        }
         if (allConnected)
             return; // and a turn of the executor has brought what they had to tell
     }
@@ -278,7 +302,7 @@ void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options,
     const std::vector<ProviderBase*> providers = ChooseProviders(a_host, a_options);
     for (ProviderBase* provider : providers)
         provider->SwitchConnection(true);
-    WaitForProviders(a_host, providers, a_options);
+    WaitForProviders(a_host, providers, a_options, a_context);
     if (a_options.list)
         return List(providers, a_context);
 
@@ -300,12 +324,32 @@ void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options,
     a_view.SetMessageLine(nullptr);
 }
 
+// The provider takes what it is told and writes what it can't mean to its log, where nobody looks who has just typed it.
+void CheckPlayback(const WatchOptions& a_options)
+{
+    if (!a_options.folder.empty() && !std::filesystem::is_directory(a_options.folder))
+        throw ToolError(EExitNoInput, "--folder: there is no folder \"" + a_options.folder + '"');
+    if (!a_options.day.empty() && !ParseDateText(a_options.day))
+        throw ToolError(EExitUsage, "--day: found \"" + a_options.day + "\", expected a day as 2024-01-02");
+    if (!a_options.start.empty() && !ParseClockText(a_options.start))
+        throw ToolError(EExitUsage,
+                        "--start: found \"" + a_options.start + "\", expected a time of day as 09:00");
+    if (a_options.speed && !(*a_options.speed >= 0.0 && std::isfinite(*a_options.speed)))
+        throw ToolError(EExitUsage, "--speed: expected a number above 0, or 0 for the whole day at once");
+}
+
 void RunWatch(WatchOptions a_options, ToolContext& a_context)
 {
     if (a_options.symbols.empty() && !a_options.list)
         throw ToolError(EExitUsage, "no instrument given; expected its symbol or ISIN, or --list");
-    if (!a_options.plain && !a_options.list && !a_context.outIsTerminal)
-        throw ToolError(EExitUsage, "standard output is no terminal; --plain prints lines");
+    if (!a_options.plain && !a_options.list) {
+        if (!a_context.outIsTerminal)
+            throw ToolError(EExitUsage, "standard output is no terminal; --plain prints lines");
+        if (a_options.book || a_options.trades || a_options.candles > 0)
+            throw ToolError(EExitUsage,
+                            "--book, --trades and --candles go with --plain; the screen shows them all");
+    }
+    CheckPlayback(a_options);
     KalventoPaths::Initialize(L"Kalvento");
     // Lines of the log would run over the screen.
     VeloTools::Log::Instance().SetLogFolder(WidePath::ToPath(KalventoPaths::Instance().GetNativeLogPath()));
@@ -352,8 +396,8 @@ void AddWatchCommand(CLI::App& a_app, ToolContext& a_context)
     command->add_option("--folder", options->folder, "Files: the folder in which they lie");
     command->add_option("--day", options->day, "Files: the day to be played, YYYY-MM-DD");
     command->add_option("--start", options->start, "Files: time of day at which the play begins");
-    command->add_option("--speed", options->speed, "Files: how many times faster than it was")
-        ->check(CLI::PositiveNumber);
+    command->add_option("--speed", options->speed,
+                        "Files: how many times faster than it was; 0: the whole day at once");
     command->add_option("--database", options->database, "Database: how to connect");
     command->add_flag("--plain", options->plain, "Lines on standard output instead of a screen");
     command->add_flag("--book", options->book, "With --plain: the order book too");

@@ -20,6 +20,7 @@ public:
                           std::function<std::chrono::steady_clock::time_point()> a_now = {});
 
     /// Says so where no folder was chosen.
+    EStatusLevel GetStatusLevel() const override;
     std::wstring GetStatusLabel() const override;
 
     /// The store behind it, which lives as long as the provider.

@@ -76,7 +76,7 @@ std::wstring StoreProvider::GetStatusLabel() const
 std::wstring StoreProvider::GetStatusToolTip() const
 {
     std::wstring text = GetName() + L": " + GetStatusLabel();
-    if (const std::wstring reason = m_engine->GetBreakReason(); !reason.empty())
+    if (const std::wstring reason = m_engine->GetBreakReason(); !reason.empty() && reason != GetStatusLabel())
         text += L"\n" + reason;
     return text + L"\nWalory: " + std::to_wstring(m_engine->GetInstruments()->GetAssets().size());
 }

@@ -17,6 +17,7 @@ public:
     explicit SqlProvider(const std::string& a_connection, SqlStore::Pauses a_pauses = SqlStore::Pauses());
 
     /// Says so where no database was named.
+    EStatusLevel GetStatusLevel() const override;
     std::wstring GetStatusLabel() const override;
 
 private:
