@@ -29,10 +29,25 @@ unsigned int OfferedKinds(const StoreInstrument& a_instrument)
     return a_instrument.live ? always | ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord : always;
 }
 
+// Whether somebody who was served from the one can't go on with the other.
+bool HasOtherRows(const StoreInstrument& a_before, const StoreInstrument* a_now)
+{
+    return a_now == nullptr || !a_now->interval.Equals(a_before.interval) ||
+           a_now->series != a_before.series || a_now->live != a_before.live ||
+           a_now->generation != a_before.generation;
+}
+
 NDateTime MidnightOf(const NDateTime& a_time)
 {
     // The beginning of all time has no calendar date.
     return a_time.GetMonth() == 0 ? a_time : NDateTime(a_time.GetYear(), a_time.GetMonth(), a_time.GetDay());
+}
+
+// Empty behind the last day of the calendar. By the number of the day: the field of the year has no place for 9999.
+std::optional<NDateTime> DayAfter(const NDateTime& a_time)
+{
+    const NDateTime day = NDateTime::FromDouble(a_time.GetAbsoluteDay() + 1.0);
+    return day.IsValid() ? std::optional(day) : std::nullopt;
 }
 
 Synchronization SynchronizationOf(History&& a_rows)
@@ -45,13 +60,19 @@ Synchronization SynchronizationOf(History&& a_rows)
 
 } // namespace
 
+// How many rows of a generation there were.
+struct StoreEngine::RowCount {
+    std::uint64_t rows = 0;
+    std::uint64_t generation = 0;
+};
+
 // A subscription and how far it has been served.
 struct StoreEngine::Served : SubscriptionBook::Subscription {
     enum EStage : std::uint32_t { EBegin, EOperations, EPlaces, EHistory, ESynchronize, ECatchUp, ELive };
 
     using Subscription::Subscription;
 
-    std::optional<std::uint64_t> countAtStart; // set before the threads know the subscription
+    std::optional<RowCount> countAtStart; // set before the threads know the subscription
     // The thread of the past alone.
     EStage stage = EBegin;
     std::optional<StoreInstrument> instrument;
@@ -98,7 +119,7 @@ void StoreEngine::End()
             m_connected = false;
         }
         if (isOpen)
-            m_store->Close();
+            CloseStore();
     }
     m_wakePast.notify_all();
     m_wakeLive.notify_all();
@@ -122,13 +143,21 @@ void StoreEngine::SwitchConnection(bool a_connect)
         ++m_connection;
     }
     m_provider.NotifyChangeConnectionStatus();
+    if (!a_connect)
+        return CloseStore();
     try {
-        if (a_connect)
-            m_store->Open(*this);
-        else
-            m_store->Close();
+        m_store->Open(*this);
     } catch (...) {
         LogAllExceptions("StoreEngine::SwitchConnection", __LINE__);
+    }
+}
+
+void StoreEngine::CloseStore()
+{
+    try {
+        m_store->Close();
+    } catch (...) {
+        LogAllExceptions("StoreEngine::CloseStore", __LINE__);
     }
 }
 
@@ -197,12 +226,14 @@ bool StoreEngine::Start(const Subscribe::StartParams& a_params)
     return true;
 }
 
-std::optional<std::uint64_t> StoreEngine::CountNow(const std::string& a_isin)
+std::optional<StoreEngine::RowCount> StoreEngine::CountNow(const std::string& a_isin)
 {
-    if (GetStatus() != EConnectionStatusConnected || GetInstruments()->Find(a_isin) == nullptr)
+    const auto instruments = GetInstruments();
+    const StoreInstrument* const instrument = instruments->Find(a_isin);
+    if (GetStatus() != EConnectionStatusConnected || instrument == nullptr)
         return std::nullopt;
     try {
-        return m_store->GetRowCount(a_isin);
+        return RowCount{m_store->GetRowCount(a_isin), instrument->generation};
     } catch (...) {
         LogAllExceptions("StoreEngine::CountNow", __LINE__);
         return std::nullopt;
@@ -296,6 +327,7 @@ void StoreEngine::RunStep(const ServedPtr& a_served)
             m_steps.push_back(a_served);
             return;
         }
+        std::erase_if(m_waiting, [](const auto& a_waiting) { return a_waiting->IsOver(); });
         m_waiting.push_back(a_served);
     }
     if (step == EStepWaits)
@@ -410,16 +442,19 @@ StoreEngine::EStep StoreEngine::TellOperations(Served& a_served)
 StoreEngine::EStep StoreEngine::FindPlaces(Served& a_served)
 {
     const std::string& isin = a_served.GetIsin();
-    const std::uint64_t count = a_served.countAtStart ? *a_served.countAtStart : m_store->GetRowCount(isin);
+    const auto& atStart = a_served.countAtStart;
+    const std::uint64_t count = atStart && atStart->generation == a_served.instrument->generation
+                                    ? atStart->rows
+                                    : m_store->GetRowCount(isin);
     const bool synchronizes = a_served.instrument->live && a_served.Wants(ParamsBase::S_kindDataSynchro);
     a_served.endSynchronized = count;
     a_served.firstSynchronized = synchronizes ? FindWindow(a_served, count) : count;
     if (a_served.Wants(ParamsBase::S_kindDataHistory)) {
         const RangeData::Dates dates = a_served.GetParams().GetRequestParams().GetDates();
-        NDateTime afterLastDay = MidnightOf(dates.to);
-        afterLastDay.ShiftDays(1);
         a_served.nextHistory = m_store->FindRow(isin, MidnightOf(dates.from));
-        a_served.endHistory = std::min(m_store->FindRow(isin, afterLastDay), a_served.firstSynchronized);
+        a_served.endHistory = a_served.firstSynchronized;
+        if (const auto afterLastDay = DayAfter(dates.to))
+            a_served.endHistory = std::min(a_served.endHistory, m_store->FindRow(isin, *afterLastDay));
         a_served.fold = std::make_unique<HistoryFold>(*a_served.instrument, a_served.interval);
     }
     a_served.stage = Served::EHistory;
@@ -580,6 +615,13 @@ void StoreEngine::ReadInstruments()
         const std::lock_guard lock(m_mutex);
         before = std::exchange(m_instruments, now);
         first = !std::exchange(m_listed, true);
+        // What was made of rows that are others now, whether somebody is served from it or not.
+        const auto isOld = [&](const auto& a_known) {
+            const StoreInstrument* const known = before->Find(a_known.first);
+            return known != nullptr && HasOtherRows(*known, now->Find(a_known.first));
+        };
+        std::erase_if(m_sessions, isOld);
+        std::erase_if(m_lastDays, isOld);
     }
     if (!first) {
         TellConsumers();
@@ -608,16 +650,8 @@ void StoreEngine::EndWhatIsGone(const InstrumentList& a_before, const Instrument
         const std::string& isin = served.GetIsin();
         const StoreInstrument* const before = a_before.Find(isin);
         const StoreInstrument* const now = a_now.Find(isin);
-        if (before == nullptr || served.stage == Served::EBegin)
+        if (before == nullptr || served.stage == Served::EBegin || !HasOtherRows(*before, now))
             continue;
-        if (now != nullptr && now->interval.Equals(before->interval) && now->series == before->series &&
-            now->live == before->live && now->generation == before->generation)
-            continue;
-        {
-            const std::lock_guard lock(m_mutex);
-            m_sessions.erase(isin);
-            m_lastDays.erase(isin);
-        }
         if (now == nullptr)
             SubscriptionBook::Tell(served, S_allKinds, [&](IConsumer& a_consumer, unsigned int a_number) {
                 a_consumer.SymbolDeleted(a_number, isin);

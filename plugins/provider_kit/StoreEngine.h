@@ -74,7 +74,10 @@ private:
         EStepWaitsForRows // for the first row
     };
 
-    std::optional<std::uint64_t> CountNow(const std::string& a_isin); // empty where it can't be told
+    void CloseStore(); // m_switch held
+
+    struct RowCount;
+    std::optional<RowCount> CountNow(const std::string& a_isin); // empty where it can't be told
 
     // The thread of the past.
     void TellPast();

@@ -1,6 +1,8 @@
 #include "provider_kit/SubscriptionBook.h"
 
 #include "modules/ProviderBase.h"
+#include "platform/CodePage.h"
+#include "velo/Log.h"
 
 SubscriptionBook::Subscription::Subscription(const Subscribe::StartParams& a_params)
     : m_params(a_params), m_kinds(a_params.GetRequestParams().GetKindData())
@@ -16,8 +18,11 @@ SubscriptionBook::EBooking SubscriptionBook::Book(const ProviderBase& a_provider
         return EBookingRefused;
 
     const std::lock_guard lock(m_mutex);
-    if (m_closed)
+    if (m_closed) {
+        VeloTools::Log::Instance().Write("SubscriptionBook::Book", __LINE__,
+                                         "Dostawca zakończył pracę i nie przyjmuje subskrypcji"_cp1250);
         return EBookingRefused;
+    }
     ForgetIdleNumbers();
     Number& number = m_numbers[{params.GetConsumer(), params.GetRequestId()}];
     if (number.booked)

@@ -300,6 +300,60 @@ TEST_F(StoreProviderTest, ASymbolThatGoesEndsItsSubscriptions)
     EXPECT_EQ(m_quotes.provider.GetAssetByIsin(S_isin), nullptr);
 }
 
+// Also where nobody was there to be told the end.
+TEST_F(StoreProviderTest, RowsThatBecameOthersLeaveNothingOfTheOldOnes)
+{
+    class StateConsumer : public CheckingConsumer {
+    public:
+        void ProcessCurrentState(unsigned int a_requestId, const CurrentState& a_state) override
+        {
+            lastMax = a_state.find(Max)->second.value;
+            CheckingConsumer::ProcessCurrentState(a_requestId, a_state);
+        }
+        std::atomic<double> lastMax = 0.0;
+    } consumer;
+    m_quotes.AddTicks(S_isin, 10);
+    m_quotes.AddTicks("PLTEST000002", 1);
+    m_quotes.Connect();
+    ASSERT_TRUE(Start(consumer, 1, RequestOf(ParamsBase::S_kindDataCS)));
+    ASSERT_TRUE(consumer.WaitFor(1, CheckingConsumer::ECurrentState));
+    m_quotes.AddTicks(S_isin, 1);
+    ASSERT_TRUE(consumer.WaitFor(1, CheckingConsumer::ECurrentState, 2));
+    m_quotes.provider.StopSubscription({&consumer, 1, TheAsset(), std::nullopt});
+    consumer.Close(1);
+
+    StoreInstrument other = TickMaker::Instrument(S_isin);
+    other.generation = 1;
+    m_quotes.store.AddInstrument(other);
+    const auto waitForThePast = [&](unsigned int a_number) { // what was to be done before has been done then
+        const RequestParams request = RequestOf(ParamsBase::S_kindDataHistory);
+        m_consumer.Open(a_number, request);
+        return m_quotes.provider.StartSubscription(
+                   {&m_consumer, a_number, *m_quotes.provider.GetAssetByIsin("PLTEST000002"), request}) &&
+               m_consumer.WaitForEnd(a_number);
+    };
+    ASSERT_TRUE(waitForThePast(1));
+    EXPECT_FALSE(m_quotes.provider.GetAssetSessionDate(TheAsset()));
+    ASSERT_TRUE(Start(consumer, 2, RequestOf(ParamsBase::S_kindDataCS)));
+    ASSERT_TRUE(waitForThePast(2));
+    m_quotes.store.AddRow(S_isin, TickMaker::TimeOf(0), {5.0, 1.0});
+    ASSERT_TRUE(consumer.WaitFor(2, CheckingConsumer::ECurrentState));
+    EXPECT_EQ(consumer.lastMax, 5.0);
+    m_quotes.provider.StopWork();
+}
+
+// A request until the end of the calendar is one for all that there is.
+TEST_F(StoreProviderTest, NoDayIsTooLate)
+{
+    m_quotes.AddTicks(S_isin, 10);
+    m_quotes.Connect();
+    ASSERT_TRUE(Start(m_consumer, 1,
+                      {ParamsBase::S_kindDataHistory, EIntervalTick, 1, NDateTime(1990, 1, 1),
+                       NDateTime(9999, 12, 31), false}));
+    ASSERT_TRUE(m_consumer.WaitForEnd(1));
+    EXPECT_EQ(m_consumer.HistoryRows(1), 10U);
+}
+
 TEST_F(StoreProviderTest, ChangedOperationsComeAgainAndEqualOnesDont)
 {
     m_quotes.AddTicks(S_isin, 10);
