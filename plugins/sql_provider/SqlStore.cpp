@@ -178,6 +178,8 @@ std::vector<StoreInstrument> SqlStore::ReadInstruments()
             instrument.interval.Set(static_cast<EInterval>(row[5].as<std::uint32_t>()),
                                     row[6].as<std::uint32_t>());
             instrument.live = row[7].as<bool>();
+            // Never given out twice: an instrument that was removed and made anew has other rows.
+            instrument.generation = static_cast<std::uint64_t>(row[0].as<int>());
             instrument.firstDay = DayOf(row[8], NDateTime(1900, 1, 2));
             instrument.lastDay = DayOf(row[9], NDateTime(1900, 1, 1));
             instrument.series = ownSeries->second;
@@ -228,8 +230,13 @@ std::uint64_t SqlStore::FindRow(const std::string& a_isin, const NDateTime& a_ti
     Read([&](pqxx::transaction_base& a_transaction) {
         const auto shape = FindShape(a_transaction, a_isin);
         const auto time = SqlRowForm::WriteTime(a_time);
-        if (!shape || !time) // a time that no row can have, such as the zero time, is before all of them
+        if (!shape)
             return;
+        // A time that no row can have lies before all of them, such as the zero time, or behind, such as the year 9999.
+        if (!time) {
+            row = a_time.ToDouble() > 0.0 ? shape->rowCount : 0;
+            return;
+        }
         // The index finds the day; within it the rows are compared as everywhere, by NDateTime, whose order isn't that of
         // any column.
         std::uint64_t first = FindDay(a_transaction, *shape, time->day, ">=");

@@ -174,6 +174,8 @@ TEST_F(SqlStoreTest, InstrumentsOperationsAndBooksComeBack)
     EXPECT_FALSE(m_writer->RemoveInstrument(instrument.isin));
     EXPECT_FALSE(store->ReadOffers(instrument.isin));
     EXPECT_TRUE(store->ReadInstruments().empty());
+    m_writer->CreateInstrument(instrument);
+    EXPECT_NE(store->ReadInstruments().at(0).generation, found[0].generation) << "its rows are others";
 }
 
 TEST_F(SqlStoreTest, ARepeatedAppendDoublesNothing)
