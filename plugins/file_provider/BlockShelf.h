@@ -17,22 +17,24 @@ public:
     explicit BlockShelf(std::uint64_t a_mostRows) : m_mostRows(a_mostRows) {}
 
     /// Null where it isn't there (any more).
-    std::shared_ptr<const History> Find(const std::filesystem::path& a_path)
+    /// a_checksum: of the file's bytes, since another file may have taken its place under the same name.
+    std::shared_ptr<const History> Find(const std::filesystem::path& a_path, std::uint64_t a_checksum)
     {
         const std::lock_guard lock(m_mutex);
         for (auto place = m_blocks.begin(); place != m_blocks.end(); ++place) {
-            if (place->path == a_path) {
+            if (place->path == a_path && place->checksum == a_checksum) {
                 m_blocks.splice(m_blocks.begin(), m_blocks, place);
                 return place->block;
             }
         }
         return nullptr;
     }
-    void Put(const std::filesystem::path& a_path, std::shared_ptr<const History> a_block)
+    void Put(const std::filesystem::path& a_path, std::uint64_t a_checksum,
+             std::shared_ptr<const History> a_block)
     {
         const std::lock_guard lock(m_mutex);
         m_rows += a_block->GetRecordsCount();
-        m_blocks.push_front({a_path, std::move(a_block)});
+        m_blocks.push_front({a_path, a_checksum, std::move(a_block)});
         while (m_rows > m_mostRows && m_blocks.size() > 1) {
             m_rows -= m_blocks.back().block->GetRecordsCount();
             m_blocks.pop_back();
@@ -42,6 +44,7 @@ public:
 private:
     struct Entry {
         std::filesystem::path path;
+        std::uint64_t checksum;
         std::shared_ptr<const History> block;
     };
 

@@ -141,7 +141,7 @@ struct Catalog {
     std::map<std::string, Instrument> instruments;
     std::optional<std::int64_t> day;
     std::vector<std::int64_t> seconds; // of the day, at which there is something new
-    bool keepsRows = true;             // what was seen before is as it was
+    bool keepsRows = true;             // what was seen before is as it was, but for rows that came behind
 };
 
 /// Which moment of the recorded day it is.
@@ -203,6 +203,7 @@ struct FileStore::Impl {
     void AddInstruments(Catalog& a_catalog);
     void ChooseDay(Catalog& a_catalog) const;
     static void PrepareDay(Catalog& a_catalog);
+    void NumberGenerations(Catalog& a_catalog, const Catalog* a_before);
     static void PrepareDay(Instrument& a_instrument, std::int64_t a_day, std::set<std::int64_t>& a_seconds);
     void StartClock(const Catalog& a_catalog);
     void Publish(std::shared_ptr<Catalog> a_catalog);
@@ -222,6 +223,7 @@ struct FileStore::Impl {
     std::shared_ptr<CacheHost> cacheHost = std::make_shared<CacheHost>();
     IMarketStoreListener* listener = nullptr; // the thread's, set before it starts
     unsigned int announced = 0;               // the thread's: files to be read, in all
+    std::uint64_t generations = 0;            // the thread's: given out so far
     std::optional<bool> connected;            // the thread's: what was told last; empty: nothing since Open
     SteadyClock::time_point watched;          // the thread's: when the folder was looked at
 
@@ -266,7 +268,8 @@ bool FileStore::Impl::Refresh(const std::stop_token& a_stop)
     FolderContents folder = ScanFolder(options.folder);
     if (!folder.exists && !options.folder.empty()) {
         if (connected.value_or(true))
-            listener->Broken(L"Nie ma folderu " + WidePath::ToWide(options.folder) + L".");
+            listener->Broken(L"Nie ma folderu " + WidePath::ToWide(options.folder) +
+                             L" albo nie można go odczytać.");
         connected = false;
         return false;
     }
@@ -299,13 +302,39 @@ std::shared_ptr<Catalog> FileStore::Impl::MakeCatalog(FolderContents a_folder, c
     AddInstruments(*made);
     ChooseDay(*made);
     PrepareDay(*made);
-    if (a_before == nullptr)
-        return made;
-    // An earlier day would take rows back that were seen.
-    made->keepsRows = made->keepsRows && (!a_before->day || (made->day && *made->day >= *a_before->day));
-    for (const auto& [isin, instrument] : a_before->instruments)
-        made->keepsRows = made->keepsRows && made->instruments.contains(isin);
+    NumberGenerations(*made, a_before);
     return made;
+}
+
+// An instrument keeps its generation as long as no row that was seen is another now.
+void FileStore::Impl::NumberGenerations(Catalog& a_catalog, const Catalog* a_before)
+{
+    const auto goesOn = [&](const Instrument& a_old, const Instrument& a_new) {
+        const RowCache& oldCache = *a_old.cache;
+        const RowCache& newCache = *a_new.cache;
+        const auto oldContents = oldCache.GetContents();
+        const auto newContents = newCache.GetContents();
+        // An earlier day would take rows back that were seen.
+        if (a_new.info.live && a_before->day && (!a_catalog.day || *a_catalog.day < *a_before->day))
+            return false;
+        return oldCache.GetSource().path == newCache.GetSource().path &&
+               oldContents->symbols[a_old.symbol].symbol == newContents->symbols[a_new.symbol].symbol &&
+               (oldContents->fingerprint == newContents->fingerprint ||
+                oldContents->fingerprint == newContents->extendedFingerprint);
+    };
+    std::size_t known = 0;
+    for (auto& [isin, instrument] : a_catalog.instruments) {
+        const auto before =
+            a_before != nullptr ? a_before->instruments.find(isin) : a_catalog.instruments.end();
+        if (a_before != nullptr && before != a_before->instruments.end() &&
+            goesOn(before->second, instrument)) {
+            instrument.info.generation = before->second.info.generation;
+            ++known;
+        } else {
+            instrument.info.generation = ++generations;
+        }
+    }
+    a_catalog.keepsRows = a_before == nullptr || known == a_before->instruments.size();
 }
 
 void FileStore::Impl::ReadSources(Catalog& a_catalog, const Catalog* a_before, const std::stop_token& a_stop)
@@ -333,13 +362,18 @@ void FileStore::Impl::ReadSources(Catalog& a_catalog, const Catalog* a_before, c
         try {
             cache->Build(a_stop);
             a_catalog.caches.emplace(path, cache);
-            if (a_before != nullptr && a_before->caches.contains(path))
-                a_catalog.keepsRows = a_catalog.keepsRows && cache->GetContents()->extendsOlder;
         } catch (const std::exception& failure) {
             if (a_stop.stop_requested())
                 throw;
+            // Somebody may be writing it just now: what was read before is served on.
+            const auto before = a_before != nullptr ? a_before->caches.find(path) : a_catalog.caches.end();
+            const bool isKept = a_before != nullptr && before != a_before->caches.end() &&
+                                before->second->GetSource().name == cache->GetSource().name;
+            if (isKept)
+                a_catalog.caches.insert(*before);
             // The text says file, line and what would be accepted.
-            Log(__LINE__, std::string("Plik pominięto: ") + failure.what());
+            Log(__LINE__,
+                (isKept ? "Zmiany w pliku pominięto: " : "Plik pominięto: ") + std::string(failure.what()));
         }
         if (host.setDone)
             host.setDone(++announced);
@@ -629,8 +663,9 @@ HistoryOperations FileStore::ReadOperations(const std::string& a_isin)
     const auto text = FileTools::ReadFile(*path, S_mostOperationsBytes, error);
     if (!text)
         throw std::runtime_error(path->string() + ": " + error.message());
+    // An empty list would take the place of the one that is kept.
     if (!operations.Parse(*text))
-        Log(__LINE__, path->string() + ": listę operacji pominięto");
+        throw std::runtime_error(path->string() + ": " + "nie można odczytać listy operacji"_cp1250);
     return operations;
 }
 

@@ -95,12 +95,16 @@ bool HasSameShape(const CacheContents& a_left, const CacheContents& a_right)
                       });
 }
 
-/// Passes a source on, takes its fingerprint on the way, and that of its first a_mark bytes.
+/// Passes the first a_size bytes of a source on, takes their fingerprint on the way, and that of its first a_mark bytes.
 class FingerprintSource final : public tool::ByteSource {
 public:
-    FingerprintSource(tool::ByteSource& a_source, std::uint64_t a_mark, const std::stop_token& a_stop)
-        : ByteSource(a_source.GetName(), a_source.GetSize()),
+    /// a_size: that of the source's stamp. What has been appended since belongs to the next reading, otherwise what is known
+    /// of the size wouldn't be that of the fingerprint.
+    FingerprintSource(tool::ByteSource& a_source, std::uint64_t a_size, std::uint64_t a_mark,
+                      const std::stop_token& a_stop)
+        : ByteSource(a_source.GetName(), a_size),
           m_source(a_source),
+          m_bytesLeft(a_size),
           m_left(a_mark),
           m_stop(a_stop)
     {}
@@ -108,7 +112,9 @@ public:
     {
         if (m_stop.stop_requested())
             throw std::runtime_error("Przerwano wczytywanie pliku"_cp1250);
-        const std::size_t count = m_source.Read(a_bytes, a_size);
+        const std::size_t count =
+            m_source.Read(a_bytes, static_cast<std::size_t>(std::min<std::uint64_t>(a_size, m_bytesLeft)));
+        m_bytesLeft -= count;
         const std::size_t before = static_cast<std::size_t>(std::min<std::uint64_t>(m_left, count));
         m_whole.Add({a_bytes, before});
         m_left -= before;
@@ -124,6 +130,7 @@ public:
 
 private:
     tool::ByteSource& m_source;
+    std::uint64_t m_bytesLeft;
     std::uint64_t m_left;
     const std::stop_token& m_stop;
     Fingerprint m_whole;
@@ -360,7 +367,7 @@ std::shared_ptr<const CacheContents> RowCache::BuildContents(const std::stop_tok
     tool::ToolContext context{noInput, output, notes};
     context.quiet = true;
     const auto file = tool::ByteSource::Open(m_source.path.string(), context);
-    FingerprintSource source(*file, mark, a_stop);
+    FingerprintSource source(*file, m_source.stamp.size, mark, a_stop);
     const tool::ReadOptions options = OptionsFor(m_source, contents->priceMeans);
     tool::RowReader reader(source, options, context);
     contents->interval = reader.GetLayout().interval;
@@ -377,8 +384,9 @@ std::shared_ptr<const CacheContents> RowCache::BuildContents(const std::stop_tok
     }
     builder.Finish();
     contents->fingerprint = source.GetWhole();
-    contents->extendsOlder = older && source.GetMarked() == older->fingerprint &&
-                             contents->interval.Equals(older->interval) && contents->series == older->series;
+    if (older && source.GetMarked() == older->fingerprint && contents->interval.Equals(older->interval) &&
+        contents->series == older->series)
+        contents->extendedFingerprint = older->fingerprint;
     if (builder.IsWritten())
         SaveIndex(*contents);
     return contents;
@@ -508,10 +516,10 @@ std::shared_ptr<const History> RowCache::GetPart(std::size_t a_symbol, std::size
         if (part.kept)
             return part.kept;
         const std::filesystem::path path = PartPath(*contents, a_symbol, a_part);
-        if (auto block = m_host->shelf.Find(path))
+        if (auto block = m_host->shelf.Find(path, part.checksum))
             return block;
         if (auto block = ReadPart(*contents, a_symbol, a_part)) {
-            m_host->shelf.Put(path, block);
+            m_host->shelf.Put(path, part.checksum, block);
             return block;
         }
         if (repaired)

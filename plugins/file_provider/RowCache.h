@@ -61,7 +61,8 @@ struct CacheContents {
     std::vector<ESeriesId> series; ///< Ascending.
     ESeriesId priceMeans = Price;  ///< Of a book: the series that stands in the column of the prices.
     std::vector<CachedSymbol> symbols;
-    bool extendsOlder = false; ///< The source only grew since the contents that these took the place of.
+    /// Fingerprint of the contents that these took the place of, where the source only grew since then.
+    std::optional<std::uint64_t> extendedFingerprint;
 };
 
 /// The rows of one file, kept as binary series blocks and an index, so that the text is read once only.

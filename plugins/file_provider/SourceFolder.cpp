@@ -47,13 +47,12 @@ void TakeFile(const std::filesystem::path& a_path, const std::filesystem::path& 
     a_contents.sources.push_back(std::move(source));
 }
 
-// Goes on behind what can't be read: the rest of the folder is still good.
-std::vector<std::filesystem::directory_entry> EntriesOf(const std::filesystem::path& a_folder)
+std::vector<std::filesystem::directory_entry> EntriesOf(const std::filesystem::path& a_folder,
+                                                        std::error_code& a_error)
 {
     std::vector<std::filesystem::directory_entry> entries;
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(a_folder, error);
-         !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+    for (std::filesystem::directory_iterator entry(a_folder, a_error);
+         !a_error && entry != std::filesystem::directory_iterator(); entry.increment(a_error))
         entries.push_back(*entry);
     std::sort(entries.begin(), entries.end());
     return entries;
@@ -92,14 +91,17 @@ FolderContents ScanFolder(const std::filesystem::path& a_folder)
     if (!contents.exists)
         return contents;
     std::vector<std::filesystem::path> subFolders;
-    for (const auto& entry : EntriesOf(a_folder)) {
+    const auto entries = EntriesOf(a_folder, error);
+    // An empty list would say that all instruments are gone.
+    contents.exists = !error;
+    for (const auto& entry : entries) {
         if (!entry.is_directory(error))
             TakeFile(entry.path(), {}, contents);
         else if (!entry.path().filename().string().starts_with('.'))
             subFolders.push_back(entry.path());
     }
     for (const auto& subFolder : subFolders) {
-        for (const auto& entry : EntriesOf(subFolder))
+        for (const auto& entry : EntriesOf(subFolder, error)) // behind what can't be read it goes on
             TakeFile(entry.path(), subFolder.filename(), contents);
     }
     MakeNamesUnique(contents.sources);

@@ -37,7 +37,7 @@ struct OperationsSource {
 
 /// All that a folder holds, each list in the order of the paths.
 struct FolderContents {
-    bool exists = false;
+    bool exists = false; ///< And can be read.
     std::vector<SourceFile> sources;
     std::vector<OperationsSource> operations;
 

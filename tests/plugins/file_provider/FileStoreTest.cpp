@@ -232,6 +232,9 @@ TEST_F(FileStoreTest, OperationsAndBooksLieBesideTheirFile)
     ASSERT_TRUE(m_listener->WaitFor("rows AAA"));
     EXPECT_EQ(bid(), 9.5);
     EXPECT_EQ(store.GetRowCount("AAA"), 1U) << "the book came before the row";
+    // No list is not an empty list, which would take the place of the one that is kept.
+    WriteSource("AAA.operations.txt", "4\n1,240101,2,0.5\n2,24");
+    EXPECT_THROW(store.ReadOperations("AAA"), std::exception);
 }
 
 TEST_F(FileStoreTest, PlaybackIsRepeatable)
@@ -296,6 +299,8 @@ TEST_F(FileStoreTest, ChangedFilesAreServedAnew)
     const std::string start = "time,price\n2024-08-08 10:00:00,2\n2024-08-08 10:00:01,3\n";
     WriteSource("A.csv", start);
     FileStore& store = OpenStore(1.0);
+    const auto generation = [&] { return store.ReadInstruments().front().generation; };
+    const auto served = generation();
     Move(1s); // too early for the thread to look at the folder, which is about to change
     ASSERT_TRUE(m_listener->WaitFor("rows A"));
 
@@ -309,8 +314,11 @@ TEST_F(FileStoreTest, ChangedFilesAreServedAnew)
     EXPECT_EQ(store.ReadInstruments().size(), 2U);
     auto told = m_listener->Told();
     EXPECT_EQ(std::count(told.begin(), told.end(), "broken"), 0);
+    EXPECT_EQ(generation(), served);
 
-    // Rows that were seen and are others now make a break of the connection.
+    // Rows that were seen and are others now make a break of the connection, and end whoever was served from them. Nothing of
+    // the old ones is left, even if nothing on the disk tells of them.
+    std::filesystem::remove_all(m_histories / "A");
     WriteSource("A.csv", "time,price\n2024-08-08 10:00:00,7\n");
     Move(2s);
     ASSERT_TRUE(m_listener->WaitFor("changed", 2));
@@ -318,6 +326,14 @@ TEST_F(FileStoreTest, ChangedFilesAreServedAnew)
     told = m_listener->Told();
     EXPECT_EQ(std::vector<std::string>(told.end() - 3, told.end()),
               (std::vector<std::string>{"broken", "restored", "changed"}));
+    EXPECT_NE(generation(), served);
+    EXPECT_EQ(store.ReadRows("A", 0, 1).find(Price)->second.front(), 7.0);
+
+    // Somebody is writing just now: what was read before is served on.
+    WriteSource("A.csv", "time,price\n2024-08-08 10:00:00,7\n2024-08-08 10:0");
+    Move(2s);
+    ASSERT_TRUE(m_listener->WaitFor("changed", 3));
+    EXPECT_EQ(store.GetRowCount("A"), 1U);
 }
 
 TEST_F(FileStoreTest, AFolderMayBeMissingAndCome)
