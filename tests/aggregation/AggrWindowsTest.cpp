@@ -1,6 +1,7 @@
 #include "aggregation/AggrWindowsFactory.h"
 #include "platform/CodePage.h"
 #include "support/PlainAggregator.h"
+#include "support/RaisedText.h"
 #include "time/KalventoException.h"
 
 #include <gtest/gtest.h>
@@ -77,22 +78,16 @@ TEST(AggrWindowsTest, LimitsOfAWindow)
         const auto window = Window(one.interval, one.multiplicity);
         window->GetWindowLimits(one.time, &begin, &end);
         window->GetWindowLimits(one.time, nullptr, nullptr);
-        EXPECT_EQ(Text(begin), Text(one.begin));
-        EXPECT_EQ(Text(end), Text(one.end));
         EXPECT_EQ(begin, one.begin);
         EXPECT_EQ(end, one.end);
     }
 }
 
-TEST(AggrWindowsTest, MonthBorderIsTheFirstDayOfTheLastMonth)
+TEST(AggrWindowsTest, BordersAndNextWindows)
 {
-    const auto window = Window(EIntervalMonth, 5);
-    EXPECT_EQ(window->GetBorderOfWindowTime(Date(2021, 7, 1), 1), Date(2021, 10, 1));
-    EXPECT_EQ(window->GetBorderOfWindowTime(Date(2021, 7, 1), 2), Date(2021, 12, 1));
-}
-
-TEST(AggrWindowsTest, NextWindowCrossesMidnightMonthAndYear)
-{
+    EXPECT_EQ(Window(EIntervalMonth, 5)->GetBorderOfWindowTime(Date(2021, 7, 1), 1), Date(2021, 10, 1))
+        << "the first day of the last month";
+    EXPECT_EQ(Window(EIntervalMonth, 5)->GetBorderOfWindowTime(Date(2021, 7, 1), 2), Date(2021, 12, 1));
     EXPECT_EQ(Window(EIntervalMinute, 5)->GetBeginingOfNextWindowTime(Date(2021, 3, 1), 287),
               Date(2021, 3, 2));
     EXPECT_EQ(Window(EIntervalSecond, 59)->GetBeginingOfNextWindowTime(Date(2020, 2, 28), 1464),
@@ -131,19 +126,11 @@ TEST(AggrWindowsTest, MembershipFollowsTheCalendarForAnyStreamOfTimes)
     }
 }
 
-TEST(AggrWindowsTest, EveryWeekBeginsOnMondayOrNewYear)
+TEST(AggrWindowsTest, ARowAYearLaterOnTheSameDayOfYearIsTheSameWindow)
 {
-    for (unsigned long year = 1990; year < 2030; ++year) {
-        const auto window = Window(EIntervalWeek, 1);
-        int weeks = 0;
-        for (NDateTime day = Date(year, 1, 1); day.GetYear() == year; day.ShiftDays(1)) {
-            const bool opens = day.GetDayOfYear() == 1 || day.GetDayOfWeek() == 2;
-            ASSERT_EQ(window->IsInCurrentWindow(day), !opens) << Text(day);
-            weeks += opens ? 1 : 0;
-        }
-        EXPECT_GE(weeks, 53);
-        EXPECT_LE(weeks, 54);
-    }
+    const auto minutes = Window(EIntervalMinute, 5);
+    EXPECT_FALSE(minutes->IsInCurrentWindow(Instant(2021, 3, 1, 10, 0, 0)));
+    EXPECT_TRUE(minutes->IsInCurrentWindow(Instant(2022, 3, 1, 10, 4, 0)));
 }
 
 TEST(AggrWindowsTest, TickWindowsCountRowsOfADay)
@@ -157,24 +144,12 @@ TEST(AggrWindowsTest, TickWindowsCountRowsOfADay)
     EXPECT_FALSE(Window(EIntervalTick, 1)->IsInCurrentWindow(day));
 }
 
-TEST(AggrWindowsTest, ARowAYearLaterOnTheSameDayOfYearIsTheSameWindow)
-{
-    const auto window = Window(EIntervalMinute, 5);
-    EXPECT_FALSE(window->IsInCurrentWindow(Instant(2021, 3, 1, 10, 0, 0)));
-    EXPECT_TRUE(window->IsInCurrentWindow(Instant(2022, 3, 1, 10, 4, 0)));
-}
-
 TEST(AggrWindowsTest, RefusedIntervalsAndCalls)
 {
-    const auto message = [](auto a_call) -> std::string {
-        try {
-            a_call();
-        } catch (const KalventoException& exception) {
-            const std::string text = exception.what();
-            const std::size_t number = text.find('\t');
-            return text.substr(0, number) + text.substr(text.find(" - "));
-        }
-        return "nothing was raised";
+    const auto message = [](auto a_call) {
+        const std::string text = kalvento::tests::RaisedText<KalventoException>(a_call);
+        const std::size_t number = text.find('\t');
+        return number == std::string::npos ? text : text.substr(0, number) + text.substr(text.find(" - "));
     };
     const auto make = [&](int a_interval, unsigned short a_multiplicity,
                           EAggrTimeResult a_result = ELastRecordTime) {
@@ -209,10 +184,10 @@ TEST(AggrWindowsTest, RefusedIntervalsAndCalls)
          "AggrMonthWindow::AggrMonthWindow - Wyjątek AggrMonthWindow! Zbyt duża krotność interwału miesięcznego."_cp1250},
     };
     for (const auto& limit : limits) {
-        EXPECT_EQ(make(limit.interval, limit.greatest), "nothing was raised");
+        EXPECT_EQ(make(limit.interval, limit.greatest), "nothing raised");
         EXPECT_EQ(make(limit.interval, static_cast<unsigned short>(limit.greatest + 1)), limit.text);
     }
-    EXPECT_EQ(make(EIntervalTick, 65535), "nothing was raised");
+    EXPECT_EQ(make(EIntervalTick, 65535), "nothing raised");
     EXPECT_EQ(
         make(EIntervalTick, 1, EWindowBegin),
         "AggrTickWindow::AggrTickWindow - Wyjątek AggrTickWindow! Nieprawidłowy typ agregacji czasu dla interwału tickowego."_cp1250);

@@ -1,6 +1,7 @@
 #include "aggregation/Aggregator.h"
 
 #include "platform/CodePage.h"
+#include "support/RaisedText.h"
 #include "time/KalventoException.h"
 
 #include <gmock/gmock.h>
@@ -61,12 +62,7 @@ void ExpectCandle(const Row& a_row, double a_open, double a_high, double a_low, 
 template<typename Call>
 std::string MessageOf(Call a_call)
 {
-    try {
-        a_call();
-    } catch (const KalventoException& exception) {
-        return exception.what();
-    }
-    return "nothing was raised";
+    return kalvento::tests::RaisedText<KalventoException>(a_call);
 }
 
 } // namespace
@@ -84,27 +80,6 @@ TEST_F(AggregatorTest, TicksOfOneWindowMakeOneCandle)
     row = Tick(At(10, 5), 20, 7);
     EXPECT_FALSE(Push(aggregator, row));
     ExpectCandle(row, 20, 20, 20, 20, 7);
-}
-
-TEST_F(AggregatorTest, SumsOfTheMainSeriesGrowAllFourNumbers)
-{
-    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, {EAggrTypeOhlcSum, EAggrTypeLast});
-    Row row;
-    for (const double price : {10.0, 12.0, 9.0, 11.0}) {
-        row = Tick(At(10, 0), price, price);
-        Push(aggregator, row);
-    }
-    ExpectCandle(row, 42, 42, 42, 42, 11);
-}
-
-TEST_F(AggregatorTest, CandlesKeepTheirOwnOpenHighAndLow)
-{
-    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
-    Row first{At(10, 0), 10, 15, 5, 11, 100};
-    Row second{At(10, 1), 11, 14, 4, 12, 50};
-    Push(aggregator, first, true);
-    Push(aggregator, second, true);
-    ExpectCandle(second, 10, 15, 4, 12, 150);
 }
 
 TEST_F(AggregatorTest, EachTimeResultStampsItsOwnTime)
@@ -142,28 +117,6 @@ TEST_F(AggregatorTest, LateRowLeavesNoTraceAndComesBackAsTheOpenCandle)
     ExpectCandle(next, 10, 11, 10, 11, 3);
 }
 
-TEST_F(AggregatorTest, StampsOfAWindowsEndRefuseNoRow)
-{
-    for (const EAggrTimeResult timeResult : {EMetaStockWindowEnd, EWindowBorder}) {
-        Aggregator aggregator(EIntervalMinute, 5, timeResult, m_types);
-        Row candle{At(10, 4, 59), 10, 10, 10, 10, 1};
-        auto fields = candle.Fields();
-        aggregator.SetCurrentRecord(&candle.time, &fields);
-        Row earlier = Tick(At(10, 3), 12, 2);
-        EXPECT_TRUE(Push(aggregator, earlier));
-        ExpectCandle(earlier, 10, 12, 10, 12, 3);
-    }
-}
-
-TEST_F(AggregatorTest, FirstRowIsNeverLateWhateverItsTime)
-{
-    // A time before the epoch is earlier than the empty last time of a fresh aggregator.
-    Aggregator aggregator(EIntervalDay, 1, ELastRecordTime, m_types);
-    Row row = Tick(NDateTime(1850, 1, 2), 5, 1);
-    EXPECT_FALSE(Push(aggregator, row));
-    ExpectCandle(row, 5, 5, 5, 5, 1);
-}
-
 TEST_F(AggregatorTest, AfterAFoldRowsWaitForTheCurrentRecord)
 {
     Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
@@ -180,21 +133,6 @@ TEST_F(AggregatorTest, AfterAFoldRowsWaitForTheCurrentRecord)
     aggregator.SetCurrentRecord(&row.time, &fields);
     EXPECT_TRUE(Push(aggregator, live));
     ExpectCandle(live, 10, 11, 10, 11, 2);
-}
-
-TEST_F(AggregatorTest, ClearedValuesLeaveTheWindowOpen)
-{
-    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
-    Row row = Tick(At(10, 0), 10, 1);
-    Push(aggregator, row);
-    aggregator.ClearLastValue();
-    Row next = Tick(At(10, 1), 11, 1);
-    EXPECT_TRUE(Push(aggregator, next));
-    ExpectCandle(next, 0, 11, 0, 11, 1);
-
-    aggregator.SetCurrentRecord(nullptr, nullptr);
-    Row after = Tick(At(10, 1), 11, 1);
-    EXPECT_FALSE(Push(aggregator, after));
 }
 
 TEST_F(AggregatorTest, ACopyOpensItsOwnWindow)
@@ -285,27 +223,4 @@ TEST_F(AggregatorTest, ClosingTimeOfADayFailsAtItsFirstRowAndLeavesTheColumns)
     EXPECT_EQ(row.time, At(10, 0));
     // Nothing waits for a current record after a failure.
     EXPECT_THAT(MessageOf([&] { Push(aggregator, row); }), ::testing::StartsWith("nothing"));
-}
-
-TEST_F(AggregatorTest, TimesWithoutACalendarStayInsideTheTables)
-{
-    // Zero times and times whose parts no calendar has come from damaged stores; the next real row opens a window.
-    using Words = kalvento::internal::NDateTimeWords;
-    const NDateTime hostile[] = {NDateTime(), NDateTime(0, 0, 0), NDateTime(2021, 2, 30),
-                                 Words::Make(44000.0, 0, 0xFFFFFFFFU, 0xFFFFFFFFU)};
-    for (const EInterval interval : {EIntervalTick, EIntervalSecond, EIntervalMinute, EIntervalHour,
-                                     EIntervalDay, EIntervalWeek, EIntervalMonth, EIntervalYear}) {
-        for (const NDateTime& time : hostile) {
-            SCOPED_TRACE(interval);
-            Aggregator aggregator(interval, 1, ELastRecordTime, m_types);
-            for (int round = 0; round < 2; ++round) {
-                NDateTime times[] = {time, At(10, 0)};
-                double columns[5][2] = {{0, 0}, {0, 0}, {0, 0}, {1, 2}, {3, 4}};
-                EXPECT_EQ(aggregator.Aggregate(EIntervalTick, 1, 2, times,
-                                               {columns[0], columns[1], columns[2], columns[3], columns[4]}),
-                          time.GetYear() == 2021 && interval == EIntervalYear ? 1U : 2U);
-                aggregator.SetCurrentRecord(nullptr, nullptr);
-            }
-        }
-    }
 }

@@ -135,14 +135,6 @@ AggregatorWrapper MakeWrapper(EInterval a_interval, unsigned short a_multiplicit
 
 } // namespace
 
-TEST(AggregatorToolsTest, DirectionTable)
-{
-    EXPECT_FALSE(AggregatorTools::IsAggregationPossible(EIntervalMinute, 5, EIntervalMinute, 3));
-    EXPECT_TRUE(AggregatorTools::IsAggregationPossible(EIntervalMinute, 2, EIntervalMinute, 5));
-    EXPECT_TRUE(AggregatorTools::IsAggregationPossible(EIntervalMinute, 5, EIntervalHour, 1));
-    EXPECT_FALSE(AggregatorTools::IsAggregationPossible(EIntervalDay, 1, EIntervalHour, 24));
-}
-
 TEST(AggregatorToolsTest, TypesStandMainFirst)
 {
     const DSProp mainBid(Bid1, EAggrTypeOhlcLast, L"", EPrecision2);

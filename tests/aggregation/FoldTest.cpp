@@ -66,6 +66,8 @@ NDateTime HostileTime(Random& a_random, const NDateTime& a_before)
     const auto calendar =
         static_cast<std::uint32_t>(OneIn(a_random, 2) ? a_random() : Words::Calendar(a_before));
     const auto clock = static_cast<std::uint32_t>(OneIn(a_random, 2) ? a_random() : Words::Clock(a_before));
+    if (OneIn(a_random, 5))
+        return {}; // as damaged stores have them
     return Words::Make(numbers[Below(a_random, std::size(numbers))], status, calendar, clock);
 }
 
@@ -306,54 +308,6 @@ TEST(FoldTest, OneHistoryAfterAnotherForgetsTheFirst)
         ExpectSameRows(second, fresh, candles);
         if (HasFatalFailure())
             return;
-    }
-}
-
-TEST(FoldTest, HandingTheLastCandleOverContinuesTheHistory)
-{
-    // Under ELastRecordTime, a history cut at any row, its last candle handed back and the rest folded live, gives the
-    // candles of the whole.
-    const std::vector<EAggrType> types = {EAggrTypeOhlc, EAggrTypeSum, EAggrTypeLast};
-    Random random(7);
-    Rows source = RandomRows(random, 0, types.size());
-    double now = 44000.0;
-    for (std::size_t row = 0; row < 400; ++row) {
-        now += static_cast<double>(1 + Below(random, 60)) / 86400.0;
-        source.times.push_back(At(now, row % 7));
-        for (auto& column : source.columns)
-            column.push_back(static_cast<double>(Below(random, 1000)));
-    }
-    for (const EInterval interval : {EIntervalSecond, EIntervalMinute, EIntervalHour, EIntervalDay}) {
-        Rows whole = source;
-        Aggregator aggregator(interval, 5, ELastRecordTime, types);
-        const unsigned int candles =
-            aggregator.Aggregate(EIntervalTick, 1, 400, whole.times.data(), whole.Pointers());
-        for (unsigned int cut = 1; cut < 400; cut += 3) {
-            SCOPED_TRACE(cut);
-            Rows rows = source;
-            aggregator.SetCurrentRecord(nullptr, nullptr);
-            std::size_t made =
-                aggregator.Aggregate(EIntervalTick, 1, cut, rows.times.data(), rows.Pointers());
-            const auto fieldsOf = [&](std::size_t a_row) {
-                std::vector<double*> fields;
-                for (auto& column : rows.columns)
-                    fields.push_back(&column[a_row]);
-                return fields;
-            };
-            std::vector<double*> last = fieldsOf(made - 1);
-            aggregator.SetCurrentRecord(&rows.times[made - 1], &last);
-            for (std::size_t row = cut; row < 400; ++row) {
-                std::vector<double*> fields = fieldsOf(row);
-                NDateTime time = rows.times[row];
-                if (!aggregator.SumWithWindow(&time, &fields, false))
-                    ++made;
-                rows.times[made - 1] = rows.times[row];
-                for (auto& column : rows.columns)
-                    column[made - 1] = column[row];
-            }
-            ASSERT_EQ(made, candles);
-            ExpectSameRows(rows, whole, candles);
-        }
     }
 }
 

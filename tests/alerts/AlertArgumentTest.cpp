@@ -104,10 +104,15 @@ TEST(AlertArgumentSourceChartTest, WhatIsWrittenIsReadAgain)
     const Chart read(tree);
     EXPECT_EQ(TextOf(read), TextOf(MakeChart()));
     EXPECT_EQ(read.indicators[0].parameters, MakeChart().indicators[0].parameters);
-    EXPECT_EQ(read.indicators[0].scriptInfo, MakeChart().indicators[0].scriptInfo);
-    EXPECT_EQ(read.indicators[0].seriesMapping->basePointerIndex, ~0ULL);
-    EXPECT_FALSE(read.indicators[1].seriesMapping);
-    EXPECT_EQ(read.windowId, MakeChart().windowId);
+
+    Chart bare = MakeChart();
+    bare.indicators.clear();
+    bare.windowId.reset();
+    Settings bareTree;
+    bare.SerializeState(bareTree);
+    EXPECT_TRUE(static_cast<const Settings&>(bareTree)["indicators"].Exists());
+    EXPECT_FALSE(static_cast<const Settings&>(bareTree)["windowId"].Exists());
+    EXPECT_TRUE(Chart(bareTree).indicators.empty());
 }
 
 TEST(AlertArgumentSourceChartTest, KeysStandWhereOtherProgramsLookForThem)
@@ -121,6 +126,7 @@ TEST(AlertArgumentSourceChartTest, KeysStandWhereOtherProgramsLookForThem)
     EXPECT_EQ(static_cast<unsigned int>(stored["parameters"]["session_count"]), 3U);
     EXPECT_EQ(static_cast<long long>(stored["windowId"]), *MakeChart().windowId);
     ASSERT_EQ(stored["indicators"].GetUnnamedVariablesCount(), 2U);
+    EXPECT_FALSE((*(stored["indicators"].begin_unnamed() + 1))["series_mapping"].Exists());
     const Settings& indicator = *stored["indicators"].begin_unnamed();
     EXPECT_EQ(static_cast<int>(indicator["type"]), -4);
     EXPECT_EQ(static_cast<unsigned int>(indicator["request"]), 0xFFFFFFFFU);
@@ -129,24 +135,6 @@ TEST(AlertArgumentSourceChartTest, KeysStandWhereOtherProgramsLookForThem)
     EXPECT_EQ(static_cast<unsigned int>(indicator["series_mapping"]["new_series_id"]), 0x84222325U);
     EXPECT_EQ(static_cast<unsigned long long>(indicator["series_mapping"]["base_pointer_index"]), ~0ULL);
     EXPECT_EQ(static_cast<int>(indicator["series_mapping"]["base_pointer_output_series_index"]), 2);
-}
-
-TEST(AlertArgumentSourceChartTest, WhatIsAbsentHasNoKey)
-{
-    Chart chart = MakeChart();
-    chart.indicators.clear();
-    chart.windowId.reset();
-    Settings tree;
-    chart.SerializeState(tree);
-    const Settings& stored = tree;
-    EXPECT_TRUE(stored["indicators"].Exists());
-    EXPECT_FALSE(stored["windowId"].Exists());
-    EXPECT_TRUE(Chart(tree).indicators.empty());
-
-    Settings node;
-    Chart::Indicator().Serialize(node);
-    EXPECT_FALSE(static_cast<const Settings&>(node)["series_mapping"].Exists());
-    EXPECT_TRUE(static_cast<const Settings&>(node)["parameters"].Exists());
 }
 
 TEST(AlertArgumentSourceChartTest, ReadingChecksWhatWritingLetsThrough)
@@ -187,29 +175,22 @@ TEST(AlertArgumentDescriptionTest, TheChartsIntervalIsAddedToTheName)
     EXPECT_EQ(AlertArgumentDescription("x", DSProp(Price), L"Kurs", L"").GetArgumentName(), L"Kurs");
 }
 
-TEST(AlertArgumentDescriptionTest, TheWindowIsTheChartsOrTheOneWithoutAChart)
-{
-    const AlertArgumentDescription plain("x");
-    EXPECT_EQ(plain.GetSourceChartWindowId(), 0);
-    plain.SetNoChartWindowId(5);
-    EXPECT_EQ(plain.GetSourceChartWindowId(), 5);
-
-    const AlertArgumentDescription charted = MakeArgument();
-    charted.SetNoChartWindowId(5);
-    EXPECT_EQ(charted.GetSourceChartWindowId(), *MakeChart().windowId);
-    const AlertArgumentDescription unknownWindow("x", DSProp(Price), L"", L"", 0, 0, 0, Chart());
-    unknownWindow.SetNoChartWindowId(5);
-    EXPECT_EQ(unknownWindow.GetSourceChartWindowId(), 0);
-}
-
-TEST(AlertArgumentDescriptionTest, IndicatorsAreWatchedOnThePrice)
+TEST(AlertArgumentDescriptionTest, WhatIsWatchedAndWhere)
 {
     EXPECT_EQ(AlertArgumentDescription().FindActualPointerSeries(), 0U);
-    EXPECT_EQ(MakeArgument().FindActualPointerSeries(), Price);
+    EXPECT_EQ(MakeArgument().FindActualPointerSeries(), Price) << "indicators are watched on the price";
     EXPECT_EQ(AlertArgumentDescription("x", DSProp(Volume), L"", L"").FindActualPointerSeries(), Volume);
     EXPECT_FALSE(AlertArgumentDescription(" \t ").IsValid());
-    EXPECT_FALSE(AlertArgumentDescription().IsValid());
     EXPECT_TRUE(AlertArgumentDescription(" x").IsValid());
+
+    const AlertArgumentDescription plain("x");
+    const AlertArgumentDescription charted = MakeArgument();
+    const AlertArgumentDescription unknownWindow("x", DSProp(Price), L"", L"", 0, 0, 0, Chart());
+    for (const auto* argument : {&plain, &charted, &unknownWindow})
+        argument->SetNoChartWindowId(5);
+    EXPECT_EQ(plain.GetSourceChartWindowId(), 5);
+    EXPECT_EQ(charted.GetSourceChartWindowId(), *MakeChart().windowId);
+    EXPECT_EQ(unknownWindow.GetSourceChartWindowId(), 0);
 }
 
 TEST(AlertArgumentDescriptionTest, ArchiveFormHasTheseBytes)
@@ -244,11 +225,7 @@ TEST(AlertArgumentDescriptionTest, WhatIsStoredIsLoadedAgain)
         read.SetNoChartWindowId(77);
         Load(Store(argument), read);
         EXPECT_EQ(Store(read), Store(argument));
-        EXPECT_EQ(read.GetISIN(), argument.GetISIN());
         EXPECT_EQ(read.GetArgumentName(), argument.GetArgumentName());
-        EXPECT_EQ(read.GetPointerRequestID(), argument.GetPointerRequestID());
-        EXPECT_EQ(read.PointerSeriesIndex(), argument.PointerSeriesIndex());
-        EXPECT_EQ(read.GetSourceChart().has_value(), argument.GetSourceChart().has_value());
         if (!read.GetSourceChart()) {
             EXPECT_EQ(read.GetSourceChartWindowId(), 77) << "not part of the form";
         }
@@ -276,10 +253,6 @@ TEST(AlertArgumentDescriptionTest, MalformedStreamsAreRefused)
     EXPECT_THROW(Load(head + B("\2\0"s), target), CArchiveException) << "neither present nor absent";
     EXPECT_THROW(Load(B("\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFFx"s), target), CArchiveException)
         << "a length beyond all bytes";
-    EXPECT_THROW(
-        Load(Zeros(8) + B("\xFF\xFE\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s),
-             target),
-        CArchiveException);
     for (const std::string& tree : {"no tree"s, ""s}) {
         try {
             Load(head + B("\1"s + static_cast<char>(tree.size())) + Zeros(7) + B(tree + '\0'), target);
@@ -292,16 +265,6 @@ TEST(AlertArgumentDescriptionTest, MalformedStreamsAreRefused)
     EXPECT_THROW(
         Load(Store(AlertArgumentDescription("x", DSProp(Price), L"", L"", 0, 0, 0, Chart())), target),
         KalventoException);
-}
-
-TEST(AlertArgumentDescriptionTest, TheWrongDirectionIsRefused)
-{
-    CMemFile file;
-    CArchive storing(&file, CArchive::store);
-    AlertArgumentDescription argument;
-    EXPECT_THROW(argument.UnserializeFromArchive(storing), CArchiveException);
-    CArchive loading(&file, CArchive::load);
-    EXPECT_THROW(argument.SerializeToArchive(loading), CArchiveException);
 }
 
 } // namespace

@@ -140,18 +140,4 @@ TEST(AssetToolsTest, OrdersAreForInstrumentsAndDerivatives)
     }
 }
 
-TEST(AssetAdditPropTest, ArgumentsGoToTheirFields)
-{
-    const AssetAdditProp properties(L"1", L"2", L"3", L"4", 2.5, EPrecision1, EPrecision4,
-                                    AssetCategory::CategoryBond, AssetSegment::SegmentIndices,
-                                    NDateTime(2021, 3, 1));
-    EXPECT_EQ(properties.text1 + properties.text2 + properties.text3 + properties.text4, L"1234");
-    EXPECT_EQ(properties.value.value, 2.5);
-    EXPECT_EQ(properties.value.minPrecision, EPrecision1);
-    EXPECT_EQ(properties.value.maxPrecision, EPrecision4);
-    EXPECT_EQ(properties.category, AssetCategory::CategoryBond);
-    EXPECT_EQ(properties.date->GetMonth(), 3U);
-    EXPECT_EQ(AssetAdditProp().value.maxPrecision, EPrecisionNone);
-}
-
 } // namespace

@@ -77,7 +77,7 @@ bool IsSorted(const AssetsGroup& a_group)
 TEST(AssetsGroupTest, SortsAnyNumberOfAssetsAndLosesNone)
 {
     std::mt19937 random(1);
-    for (const std::size_t count : {0U, 1U, 2U, 31U, 32U, 33U, 64U, 499U, 500U, 501U, 2000U, 20000U}) {
+    for (const std::size_t count : {0U, 1U, 2U, 32U, 33U, 500U, 501U, 20000U}) {
         SCOPED_TRACE(count);
         AssetsGroup group = MakeGroup();
         std::vector<const Asset*> added;
@@ -140,40 +140,17 @@ TEST(AssetsGroupTest, MergesAsAPlainListDoes)
     }
 }
 
-TEST(AssetsGroupTest, IncomingAssetsAreComparedWithTheOldOnesOnly)
-{
-    AssetsGroup group = MakeGroup();
-    EXPECT_FALSE(group.MergeAssets({}));
-    EXPECT_TRUE(group.MergeAssets({MakeAsset("B"), MakeAsset("B")}));
-    EXPECT_EQ(group.GetAssetsCount(), 2U);
-    EXPECT_TRUE(group.MergeAssets({MakeAsset("A", "first"), MakeAsset("B"), MakeAsset("A", "second")}));
-    EXPECT_EQ(ContentOf(group), (std::vector<std::string>{"A|first", "A|second", "B|x", "B|x"}));
-}
-
-TEST(AssetsGroupTest, AnAddedAssetIsFoundOnceSorted)
-{
-    AssetsGroup group = MakeGroup();
-    for (const char* isin : {"C", "B", "A"})
-        group.AddAsset(std::make_shared<Asset>(MakeAsset(isin)));
-    EXPECT_FALSE(group.HasInstrument(MakeAsset("A")));
-    group.SortAssets();
-    for (const char* isin : {"A", "B", "C"})
-        EXPECT_TRUE(group.HasInstrument(MakeAsset(isin))) << isin;
-    EXPECT_FALSE(group.HasInstrument(*group.begin()));
-}
-
 TEST(AssetsGroupTest, CopiesShareTheAssetsAndNotTheList)
 {
     AssetsGroup group = MakeGroup();
-    group.MergeAssets({MakeAsset("A"), MakeAsset("B")});
+    EXPECT_TRUE(
+        group.MergeAssets({MakeAsset("A"), MakeAsset("B"), MakeAsset("B")})); // only old ones are compared
     AssetsGroup copy = group;
     EXPECT_EQ(*copy.begin(), *group.begin());
     EXPECT_TRUE(copy.RemoveAsset(MakeAsset("A")));
-    EXPECT_EQ(group.GetAssetsCount(), 2U);
+    EXPECT_EQ(group.GetAssetsCount(), 3U);
     group.Clear();
-    EXPECT_TRUE(group.IsEmpty());
-    EXPECT_EQ(group.GetName(), L"Grupa");
-    EXPECT_EQ(ContentOf(copy), std::vector<std::string>{"B|x"});
+    EXPECT_EQ(ContentOf(copy), (std::vector<std::string>{"B|x", "B|x"}));
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // their own memory would pass the limit

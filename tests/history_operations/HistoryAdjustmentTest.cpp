@@ -7,7 +7,6 @@
 #include <limits>
 #include <random>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -66,32 +65,6 @@ std::vector<NDateTime> FirstDaysOfMarch2021(unsigned int a_count)
 
 } // namespace
 
-TEST(HistoryAdjustmentTest, WhatEachTypeScales)
-{
-    struct Case {
-        int type;
-        double price;
-        double volume;
-    };
-    const std::vector<Case> cases = {
-        {std::numeric_limits<int>::min(), 0.5, 2.0},
-        {-4, 0.5, 2.0},
-        {0, 0.5, 2.0},
-        {2, 0.5, 2.0},
-        {4, 2.0, 0.5},
-        {6, 0.5, 2.0},
-        {7, 0.5, 1.0},
-        {14, 2.0, 1.0},
-        {std::numeric_limits<int>::max(), 0.5, 1.0},
-    };
-    for (const Case& oneCase : cases) {
-        SCOPED_TRACE(oneCase.type);
-        History history = Filled(FirstDaysOfMarch2021(3));
-        history.ApplyDataOperations(Parsed("1\n1,210302," + std::to_string(oneCase.type) + ",0.5"));
-        ExpectScaled(history, 2, oneCase.price, oneCase.volume);
-    }
-}
-
 TEST(HistoryAdjustmentTest, TheWholeDayOfTheOperationIsScaled)
 {
     History history = Filled({NDateTime(2021, 3, 1, 17, 0, 0, 0), NDateTime(2021, 3, 2),
@@ -103,13 +76,9 @@ TEST(HistoryAdjustmentTest, TheWholeDayOfTheOperationIsScaled)
 
 TEST(HistoryAdjustmentTest, OperationsOutsideOfTheHistory)
 {
-    struct Case {
-        std::string date;
-        std::size_t scaled;
-    };
-    // The day before the first row, the first, the last, and years apart.
-    for (const auto& [date, scaled] : std::vector<Case>{
-             {"210228", 0}, {"210301", 1}, {"210303", 3}, {"210304", 3}, {"500101", 0}, {"491231", 3}}) {
+    const std::vector<std::pair<std::string, std::size_t>> cases = {
+        {"210228", 0}, {"210301", 1}, {"210303", 3}, {"491231", 3}};
+    for (const auto& [date, scaled] : cases) {
         SCOPED_TRACE(date);
         History history = Filled(FirstDaysOfMarch2021(3));
         history.ApplyDataOperations(Parsed("1\n1," + date + ",2,0.25"));
@@ -155,20 +124,8 @@ TEST(HistoryAdjustmentTest, MissingAndShortColumns)
     EXPECT_EQ(ticks.SeriesCount(), 3U);
 }
 
-TEST(HistoryAdjustmentTest, FactorsThatAreNoneAreNotGuardedAgainst)
-{
-    const double infinity = std::numeric_limits<double>::infinity();
-    for (const auto& [type, price, volume] :
-         {std::tuple(2, 0.0, infinity), std::tuple(4, infinity, 0.0), std::tuple(14, infinity, 1.0)}) {
-        SCOPED_TRACE(type);
-        History history = Filled(FirstDaysOfMarch2021(1));
-        history.ApplyDataOperations(Parsed("1\n1,210301," + std::to_string(type) + ",0"));
-        ExpectScaled(history, 1, price, volume);
-    }
-}
-
 // The law of the whole: each row is scaled by the product of the factors of all operations dated on its day or later,
-// whatever the order of the list. With powers of two the products are exact.
+// whatever the order of the list. With powers of two the products are exact. Types up to 6 scale volumes too.
 TEST(HistoryAdjustmentTest, RowsAreScaledByTheProductOfAllLaterOperations)
 {
     std::mt19937 random(3);
@@ -178,7 +135,8 @@ TEST(HistoryAdjustmentTest, RowsAreScaledByTheProductOfAllLaterOperations)
         std::vector<double> volumeFactors(10, 1.0);
         for (std::size_t count = random() % 6; count > 0; --count) {
             const std::size_t day = random() % 9;
-            const int type = static_cast<int>(random() % 16);
+            const int type =
+                random() % 8 == 0 ? std::numeric_limits<int>::max() : static_cast<int>(random() % 20) - 4;
             const double stored = std::ldexp(1.0, static_cast<int>(random() % 7) - 3);
             text += "1,21030" + std::to_string(day + 1) + "," + std::to_string(type) + "," +
                     std::to_string(stored) + "\n";

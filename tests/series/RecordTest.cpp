@@ -31,14 +31,6 @@ std::string WhyNotCandle(Record a_record)
 
 } // namespace
 
-TEST(RecordTest, NeedsSeries)
-{
-    EXPECT_EQ("zbiór serii jest pusty: a_series"_cp1250,
-              RaisedText<std::invalid_argument>([] { Record(std::set<ESeriesId>{}); }));
-    EXPECT_EQ("zbiór serii jest pusty: a_series"_cp1250,
-              RaisedText<std::invalid_argument>([] { Record(std::set<DSProp>{}); }));
-}
-
 TEST(RecordTest, NeverGainsASeriesByValue)
 {
     Record record(std::set<ESeriesId>{Time, Volume});
@@ -50,17 +42,6 @@ TEST(RecordTest, NeverGainsASeriesByValue)
     EXPECT_EQ(0.0, record.find(Time)->second);
     EXPECT_TRUE(record.SetData(Volume, 7.0));
     EXPECT_EQ(7.0, record.find(Volume)->second);
-}
-
-TEST(RecordTest, CandleSeriesTakeTheirPlaceByNumber)
-{
-    Record record(std::set<ESeriesId>{Bid1, Volume, Price});
-    record.SetData(Bid1, 9.5);
-    record.AddAggregationSeries();
-    EXPECT_EQ((std::vector<ESeriesId>{Price, Volume, IntervalOpen, IntervalMax, IntervalMin, Bid1}),
-              SeriesOf(record));
-    EXPECT_EQ(9.5, record.find(Bid1)->second);
-    EXPECT_EQ(0.0, record.find(IntervalMin)->second);
 }
 
 TEST(RecordTest, UnsortedPairsAreOrderedByNumberThenValue)
@@ -76,34 +57,15 @@ TEST(RecordTest, UnsortedPairsAreOrderedByNumberThenValue)
     EXPECT_EQ(3.0, record.begin()[5].second);
     EXPECT_TRUE(std::isnan(record.begin()[6].second) && std::isnan(record.begin()[7].second));
     EXPECT_EQ(At(10, 0), record.GetTime());
-
-    // Equal numbers out of order by value alone.
-    Record indicators(At(10, 0), {{Price, 5.0}, {Indicator, 3.0}, {Indicator, 2.0}});
-    indicators.AddAggregationSeries();
-    EXPECT_EQ(2.0, indicators.begin()[4].second);
-    EXPECT_EQ(3.0, indicators.begin()[5].second);
 }
 
 TEST(RecordTest, RefusalsOfCandleSeriesComeInOrder)
 {
-    Record cleared(std::set<ESeriesId>{Price});
-    cleared.SetTime(At(10, 0));
-    cleared.Clear();
-    EXPECT_EQ(At(10, 0), cleared.GetTime());
-    EXPECT_EQ("brak serii podstawowej", WhyNotCandle(cleared));
+    EXPECT_EQ("zbiór serii jest pusty: a_series"_cp1250,
+              RaisedText<std::invalid_argument>([] { Record(std::set<ESeriesId>{}); }));
     EXPECT_EQ("Rekord zawiera już serie agregacyjne"_cp1250,
               WhyNotCandle(Record(std::set<ESeriesId>{IntervalMin})));
     EXPECT_EQ("Rekord zawiera już serie agregacyjne"_cp1250,
               WhyNotCandle(Record(std::set<ESeriesId>{Price, IntervalOpen})));
     EXPECT_EQ("brak serii podstawowej", WhyNotCandle(Record(std::set<ESeriesId>{Volume})));
-}
-
-TEST(RecordTest, MovedFromKeepsItsTime)
-{
-    Record record(std::set<ESeriesId>{Price});
-    record.SetTime(At(10, 0));
-    const Record taken = std::move(record);
-    EXPECT_EQ(0U, record.SeriesCount()); // NOLINT(bugprone-use-after-move): the rule under test
-    EXPECT_EQ(At(10, 0), record.GetTime());
-    EXPECT_EQ(1U, taken.SeriesCount());
 }

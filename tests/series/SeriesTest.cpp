@@ -14,16 +14,6 @@ using namespace kalvento::internal;
 using namespace kalvento::tests;
 using namespace VeloTools::Series;
 
-TEST(SeriesTest, LabelsComeFromTheNumberAlone)
-{
-    EXPECT_EQ(L"Zamknięcie", DefaultLabel(Close));
-    EXPECT_EQ(DefaultLabel(Max), DefaultLabel(IntervalMax));
-    EXPECT_EQ(L"Wirtalna seria", DefaultLabel(VirtualSeries));
-    EXPECT_EQ(L"Wskaźnik", DefaultLabel(Indicator));
-    for (const unsigned int unlisted : {0U, 56U, 0x84222325U, 0xFFFFFFFFU})
-        EXPECT_TRUE(DefaultLabel(ESeriesId(unlisted)).empty()) << unlisted;
-}
-
 TEST(SeriesTest, PrecisionFollowsTheGroups)
 {
     for (const SeriesInfo& series : SeriesTable()) {
@@ -35,10 +25,9 @@ TEST(SeriesTest, PrecisionFollowsTheGroups)
             EXPECT_EQ(isValue ? EPrecision2 : EPrecision0, series.precision);
         }
     }
-    EXPECT_EQ(EPrecision2, DefaultPrecision(Turnover));
-    EXPECT_EQ(EPrecision0, DefaultPrecision(TradesCount));
     EXPECT_EQ(EPrecisionNone, DefaultPrecision(Indicator));
-    EXPECT_EQ(EPrecisionNone, DefaultPrecision(ESeriesId(0)));
+    EXPECT_EQ(L"Wskaźnik", DefaultLabel(Indicator));
+    EXPECT_TRUE(DefaultLabel(ESeriesId(0x84222325U)).empty());
     for (const unsigned int refused : {1U, 55U, 56U, 0xFFFFFFFFU})
         EXPECT_EQ("NIepoprawna seria: a_seriesId",
                   RaisedText<std::invalid_argument>([refused] { DefaultPrecision(ESeriesId(refused)); }))

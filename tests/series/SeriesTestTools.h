@@ -1,26 +1,14 @@
 #pragma once
 
 #include "series/DataSeriesSet.h"
+#include "support/RaisedText.h"
 
 #include <cstring>
-#include <exception>
 #include <sstream>
 #include <string>
 #include <vector>
 
 namespace kalvento::tests {
-
-/// The text of the Exception that a_action raises; "nothing raised" when it raises none, and others go out.
-template<class Exception, class Action>
-std::string RaisedText(Action a_action)
-{
-    try {
-        a_action();
-    } catch (const Exception& failure) {
-        return failure.what();
-    }
-    return "nothing raised";
-}
 
 /// Bytes of the binary form.
 inline std::string Write(const DataSeriesSet& a_set)

@@ -45,14 +45,10 @@ TEST(DateTimeToolsTest, ParseDateYYYYMMDD)
     const Case cases[] = {
         {"20210301", "2021-03-01 00:00:00"},
         {"20210231", "invalid 2021-02-31 00:00:00"},
-        {"2021023", "none"},
         {"202102301", "none"},
         {"00000000", "none"},
         {"", "none"},
-        {"abcdefgh", "none"},
         {"-0210301", "none"},
-        {"+0210301", "none"},
-        {" 2021030", "none"},
         {"2021ab12", "invalid 0000-04-21 00:00:00"}, // month 20 in four bits
         {"00990101", "invalid 0099-01-01 00:00:00"},
         {"99991231", "1807-12-31 00:00:00"}, // the year's field has twelve bits
@@ -62,55 +58,29 @@ TEST(DateTimeToolsTest, ParseDateYYYYMMDD)
         SCOPED_TRACE(text);
         EXPECT_EQ(Print(DateTimeTools::ParseDateYYYYMMDD(text)), expected);
     }
+    const auto shortForm = [](std::string_view a_text) {
+        return Print(DateTimeTools::ParseDateYYMMDD(a_text));
+    };
+    EXPECT_EQ(shortForm("491231"), "2049-12-31 00:00:00");
+    EXPECT_EQ(shortForm("500101"), "1950-01-01 00:00:00");
+    EXPECT_EQ(shortForm("000000"), "none");
+    EXPECT_EQ(shortForm("0491231"), "none");
+    EXPECT_EQ(shortForm("1x2345"), "invalid 2000-00-01 00:00:00");
     // Nothing behind the text is read.
-    EXPECT_EQ(Print(DateTimeTools::ParseDateYYMMDD("2103019999"sv.substr(0, 6))), "2021-03-01 00:00:00");
-}
-
-TEST(DateTimeToolsTest, ParseDateYYMMDD)
-{
-    struct Case {
-        std::string_view text;
-        const char* expected;
-    };
-    const Case cases[] = {
-        {"491231", "2049-12-31 00:00:00"},
-        {"500101", "1950-01-01 00:00:00"},
-        {"000101", "2000-01-01 00:00:00"},
-        {"991231", "1999-12-31 00:00:00"},
-        {"000000", "none"},
-        {"49123", "none"},
-        {"0491231", "none"},
-        {"210230", "invalid 2021-02-30 00:00:00"},
-        {"1x2345", "invalid 2000-00-01 00:00:00"},
-    };
-    for (const auto& [text, expected] : cases) {
-        SCOPED_TRACE(text);
-        EXPECT_EQ(Print(DateTimeTools::ParseDateYYMMDD(text)), expected);
-    }
+    EXPECT_EQ(shortForm("2103019999"sv.substr(0, 6)), "2021-03-01 00:00:00");
 }
 
 TEST(DateTimeToolsTest, ParseDateTime)
 {
-    struct Case {
-        std::string_view date;
-        std::string_view time;
-        const char* expected;
+    const auto parse = [](std::string_view a_date, std::string_view a_time) {
+        return Print(DateTimeTools::ParseDateTime(a_date, a_time));
     };
-    const Case cases[] = {
-        {"20210301", "093015", "2021-03-01 09:30:15"},
-        {"20210301", "abcdef", "2021-03-01 00:00:00"},
-        {"20210301", "235960", "invalid 2021-03-01 23:59:60"},
-        {"20210301", "240000", "invalid 2021-03-01 24:00:00"},
-        {"20210301", "9301 5", "invalid 2021-03-01 00:29:01"}, // 00:93:01, with 93 in six bits
-        {"20210301", "09301", "none"},
-        {"20210301", "0930150", "none"},
-        {"2021031", "093015", "none"},
-        {"00000000", "093015", "none"},
-    };
-    for (const auto& [date, time, expected] : cases) {
-        SCOPED_TRACE(time);
-        EXPECT_EQ(Print(DateTimeTools::ParseDateTime(date, time)), expected);
-    }
+    EXPECT_EQ(parse("20210301", "093015"), "2021-03-01 09:30:15");
+    EXPECT_EQ(parse("20210301", "abcdef"), "2021-03-01 00:00:00");
+    EXPECT_EQ(parse("20210301", "235960"), "invalid 2021-03-01 23:59:60");
+    EXPECT_EQ(parse("20210301", "0930150"), "none");
+    EXPECT_EQ(parse("2021031", "093015"), "none");
+    EXPECT_EQ(parse("00000000", "093015"), "none");
 }
 
 TEST(DateTimeToolsTest, ParseDateTimeOfADay)
@@ -120,7 +90,6 @@ TEST(DateTimeToolsTest, ParseDateTimeOfADay)
         return Print(DateTimeTools::ParseDateTime(day, a_time));
     };
     EXPECT_EQ(parse("093015"), "2021-03-01 09:30:15");
-    EXPECT_EQ(parse("93015"), "2021-03-01 09:30:15");
     EXPECT_EQ(parse("000000093015"), "2021-03-01 09:30:15");
     EXPECT_EQ(parse(""), "2021-03-01 00:00:00");
     EXPECT_EQ(parse("4294967296"), "2021-03-01 00:00:00") << "above 32 bits the read fails";
@@ -145,7 +114,6 @@ TEST(DateTimeToolsTest, ParseDateIso8601)
         {"2021-02-30", "invalid 2021-02-30 00:00:00"},
         {"2021-03-01\0 and more"sv, "2021-03-01 00:00:00"},
         {"2021-03-011"sv.substr(0, 10), "2021-03-01 00:00:00"},
-        {"0002021-0000000003-01", "2021-03-01 00:00:00"},
     };
     for (const auto& [text, expected] : cases) {
         SCOPED_TRACE(text);
@@ -155,8 +123,8 @@ TEST(DateTimeToolsTest, ParseDateIso8601)
         SCOPED_TRACE(text);
         EXPECT_FALSE(DateTimeTools::ParseDateIso8601(text).IsValid());
     }
-    for (const auto text : {""sv, "2021"sv, "2021-03"sv, "2021-03-"sv, "2021 -03-01"sv, "2021/03/01"sv,
-                            "x2021-03-01"sv, "- 2021-03-01"sv, "2021-03-\0"sv, "\0002021-03-01"sv, "--"sv}) {
+    for (const auto text :
+         {""sv, "2021"sv, "2021-03"sv, "2021-03-"sv, "2021/03/01"sv, "2021-03-\0"sv, "\0002021-03-01"sv}) {
         SCOPED_TRACE(text);
         try {
             DateTimeTools::ParseDateIso8601(text);
@@ -228,50 +196,28 @@ TEST(DateTimeToolsTest, ClockGivesWholeSecondsOfToday)
     }
 }
 
-TEST(DateTimeToolsTest, WeekendIsSaturdayAndSunday)
+TEST(DateTimeToolsTest, LimitsOfCountingSessions)
 {
-    EXPECT_FALSE(DateTimeTools::IsWeekend(NDateTime(2021, 8, 27, 23, 59, 59, 0)));
-    EXPECT_TRUE(DateTimeTools::IsWeekend(NDateTime(2021, 8, 28)));
-    EXPECT_TRUE(DateTimeTools::IsWeekend(NDateTime(2021, 8, 29, 23, 59, 59, 0)));
-    EXPECT_FALSE(DateTimeTools::IsWeekend(NDateTime(2021, 8, 30)));
-    EXPECT_FALSE(DateTimeTools::IsWeekend(NDateTime(2021, 2, 30)));
-    for (int day = -1; day <= 8; ++day)
-        EXPECT_EQ(DateTimeTools::IsWeekend(day), day == 1 || day == 7) << day;
-}
-
-TEST(DateTimeToolsTest, DateForSessionCountKnownCases)
-{
-    struct Case {
-        unsigned int sessions;
-        NDateTime date;
-        const char* expected;
-    };
     const NDateTime friday(2021, 8, 27, 10, 20, 30, 0);
-    const Case cases[] = {
-        {0, friday, "none"},
-        {1, friday, "2021-08-27 10:20:30"},
-        {1, Shifted(friday, 1), "2021-08-27 10:20:30"},
-        {1, Shifted(friday, 2), "2021-08-27 10:20:30"},
-        {5, friday, "2021-08-23 10:20:30"},
-        {6, friday, "2021-08-20 10:20:30"},
-        {10, friday, "2021-08-16 10:20:30"},
-        {11, friday, "2021-08-13 10:20:30"},
-        {2, Shifted(friday, -4), "2021-08-20 10:20:30"},
-        {1, NDateTime(2021, 2, 30), "none"},
-        {4294967295U, friday, "none"},
-        {2147483648U, friday, "none"},
-        {600000, friday, "none"},
-        {1, NDateTime(100, 1, 1), "0100-01-01 00:00:00"},
-        {2, NDateTime(100, 1, 1), "none"},
-    };
-    for (const auto& [sessions, date, expected] : cases) {
-        SCOPED_TRACE(sessions);
-        const auto found = DateTimeTools::GetDateFromForSessionCount(sessions, date);
-        EXPECT_EQ(Print(found), expected);
-    }
+    for (const unsigned sessions : {0U, 600000U, 2147483648U, 4294967295U})
+        EXPECT_FALSE(DateTimeTools::GetDateFromForSessionCount(sessions, friday)) << sessions;
+    EXPECT_FALSE(DateTimeTools::GetDateFromForSessionCount(1, NDateTime(2021, 2, 30)));
+    EXPECT_EQ(Print(DateTimeTools::GetDateFromForSessionCount(1, NDateTime(100, 1, 1))),
+              "0100-01-01 00:00:00");
+    EXPECT_FALSE(DateTimeTools::GetDateFromForSessionCount(2, NDateTime(100, 1, 1)));
+
+    const NDateTime saturday(2021, 8, 28);
+    EXPECT_FALSE(DateTimeTools::GetSessionCountForDates(Shifted(saturday, 1), saturday));
+    // Times of day don't count, so a later time of the same day is no later date.
+    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(friday, NDateTime(2021, 8, 27)), 1U);
+    EXPECT_EQ(
+        DateTimeTools::GetSessionCountForDates(NDateTime(1899, 12, 27), NDateTime(1900, 1, 5, 1, 0, 0, 0)),
+        8U);
+    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(NDateTime(), saturday), 0U);
+    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(saturday, NDateTime(2021, 2, 30)), 0U);
 }
 
-// Walks back a day at a time, as the rule says it in words.
+// Walks back a day at a time, as the rule says it in words. 2021-03-01 was a Monday.
 TEST(DateTimeToolsTest, SessionsAgreeWithCountingDayByDay)
 {
     for (int offset = 0; offset < 14; ++offset) {
@@ -279,7 +225,8 @@ TEST(DateTimeToolsTest, SessionsAgreeWithCountingDayByDay)
         NDateTime day = start;
         unsigned int sessions = 0;
         for (int back = 0; back < 800; ++back, day.ShiftDays(-1)) {
-            const bool isSession = !DateTimeTools::IsWeekend(day);
+            const bool isSession = (offset - back + 7000) % 7 < 5;
+            ASSERT_EQ(DateTimeTools::IsWeekend(day), !isSession);
             sessions += isSession ? 1 : 0;
             ASSERT_EQ(DateTimeTools::GetSessionCountForDates(day, start), sessions) << offset << ' ' << back;
             if (!isSession)
@@ -292,63 +239,30 @@ TEST(DateTimeToolsTest, SessionsAgreeWithCountingDayByDay)
     }
 }
 
-TEST(DateTimeToolsTest, SessionCountForDates)
-{
-    const NDateTime saturday(2021, 8, 28);
-    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(saturday, Shifted(saturday, 1)), 0U);
-    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(Shifted(saturday, 2), Shifted(saturday, 6)), 5U);
-    EXPECT_FALSE(DateTimeTools::GetSessionCountForDates(Shifted(saturday, 1), saturday));
-    // Times of day don't count, so a later time of the same day is no later date.
-    EXPECT_EQ(
-        DateTimeTools::GetSessionCountForDates(NDateTime(2021, 8, 27, 20, 0, 0, 9), NDateTime(2021, 8, 27)),
-        1U);
-    EXPECT_EQ(
-        DateTimeTools::GetSessionCountForDates(NDateTime(1899, 12, 27), NDateTime(1900, 1, 5, 1, 0, 0, 0)),
-        8U);
-    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(NDateTime(), saturday), 0U);
-    EXPECT_EQ(DateTimeTools::GetSessionCountForDates(saturday, NDateTime(2021, 2, 30)), 0U);
-}
-
 TEST(DateTimeToolsTest, ShiftTimeIfNeedMakesAStreamRise)
 {
     NDateTime previous(2021, 3, 1, 10, 0, 0, 0);
-    NDateTime same = previous;
-    EXPECT_TRUE(DateTimeTools::ShiftTimeIfNeed(previous, same));
-    EXPECT_EQ(same.GetMilliSec(), 1U);
-    EXPECT_TRUE(previous < same);
     NDateTime later(2021, 3, 1, 10, 0, 1, 0);
     EXPECT_FALSE(DateTimeTools::ShiftTimeIfNeed(previous, later));
-    EXPECT_EQ(later.GetSecond(), 1U);
-
+    EXPECT_EQ(later.GetMilliSec(), 0U);
     std::mt19937 random(9);
     for (int row = 0; row < 5000; ++row) {
         NDateTime time(2021, 3, 1, 10, 0, random() % 3, 0);
-        DateTimeTools::ShiftTimeIfNeed(previous, time);
+        const bool isLate = !(previous < time);
+        ASSERT_EQ(DateTimeTools::ShiftTimeIfNeed(previous, time), isLate);
         ASSERT_TRUE(previous < time) << row;
         previous = time;
     }
 }
 
-TEST(DateTimeToolsTest, AddMonthsKnownCases)
+TEST(DateTimeToolsTest, TheLastDayOfAMonthStaysTheLast)
 {
-    struct Case {
-        NDateTime date;
-        int months;
-        const char* expected;
+    const auto add = [](const NDateTime& a_date, int a_months) {
+        return Print(DateTimeTools::AddMonths(a_date, a_months));
     };
-    const Case cases[] = {
-        {NDateTime(2020, 3, 31, 10, 0, 0, 5), -1, "2020-02-29 00:00:00"},
-        {NDateTime(2020, 3, 30), -1, "2020-02-29 00:00:00"},
-        {NDateTime(2020, 3, 28), -1, "2020-02-28 00:00:00"},
-        {NDateTime(2020, 2, 29), 1, "2020-03-31 00:00:00"},
-        {NDateTime(2021, 2, 28), 36, "2024-02-29 00:00:00"},
-        {NDateTime(2020, 2, 28), 48, "2024-02-28 00:00:00"},
-        {NDateTime(2021, 5, 31), 0, "2021-05-31 00:00:00"},
-    };
-    for (const auto& [date, months, expected] : cases) {
-        SCOPED_TRACE(expected);
-        EXPECT_EQ(Print(DateTimeTools::AddMonths(date, months)), expected);
-    }
+    EXPECT_EQ(add(NDateTime(2020, 3, 31, 10, 0, 0, 5), -1), "2020-02-29 00:00:00");
+    EXPECT_EQ(add(NDateTime(2020, 2, 29), 1), "2020-03-31 00:00:00");
+    EXPECT_EQ(add(NDateTime(2020, 2, 28), 48), "2024-02-28 00:00:00");
 }
 
 TEST(DateTimeToolsTest, AddMonthsAgreesWithAPlainModel)
@@ -392,15 +306,12 @@ TEST(DateTimeToolsTest, AddMonthsRaisesOutsideOfItsYears)
     const auto add = [](const NDateTime& a_date, int a_months) {
         return DateTimeTools::AddMonths(a_date, a_months);
     };
-    EXPECT_THROW(add(NDateTime(1400, 1, 15), -1), bad_year);
     EXPECT_THROW(add(NDateTime(1399, 12, 31), 1), bad_year);
     EXPECT_THROW(add(NDateTime(2021, 1, 1), std::numeric_limits<int>::max()), bad_year);
     EXPECT_THROW(add(NDateTime(2021, 1, 1), std::numeric_limits<int>::min()), bad_year);
     EXPECT_THROW(add(NDateTime(2021, 1, 1), (9999 - 2021) * 12 + 12), bad_year);
     EXPECT_EQ(add(NDateTime(2021, 1, 31), (9999 - 2021) * 12 + 11).ToDouble(), 2958465.0);
     EXPECT_THROW(add(NDateTime(2021, 13, 1), 1), bad_month);
-    EXPECT_THROW(add(NDateTime(2021, 0, 1), 1), bad_month);
-    EXPECT_THROW(add(NDateTime(2021, 1, 0), 1), bad_day_of_month);
     EXPECT_THROW(add(NDateTime(2021, 2, 30), 1), bad_day_of_month);
     EXPECT_THROW(add(NDateTime(), 1), bad_year);
 }
@@ -411,7 +322,6 @@ TEST(DateTimeToolsTest, OneYearBetweenDates)
     EXPECT_TRUE(DateTimeTools::InAtLeastOneYearBetweenDates(first, NDateTime(2021, 12, 31)));
     EXPECT_FALSE(DateTimeTools::InAtLeastOneYearBetweenDates(first, NDateTime(2021, 12, 30)));
     EXPECT_TRUE(DateTimeTools::InAtLeastOneYearBetweenDates(NDateTime(2021, 12, 31), first));
-    EXPECT_FALSE(DateTimeTools::InAtLeastOneYearBetweenDates(NDateTime(2021, 12, 30), first));
     EXPECT_THROW(DateTimeTools::InAtLeastOneYearBetweenDates(NDateTime(), first), boost::gregorian::bad_year);
     EXPECT_THROW(DateTimeTools::InAtLeastOneYearBetweenDates(first, NDateTime(2021, 2, 30)),
                  boost::gregorian::bad_day_of_month);

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
 
 namespace {
 
@@ -50,53 +51,19 @@ TEST(IntervalsTest, WhatHangsOnEachInterval)
     }
 }
 
-TEST(IntervalsTest, CountIsPrintedAsSigned)
-{
-    EXPECT_EQ(IntervalTranslator::ToDescription(EIntervalTick, S_max), L"-1 tick");
-    EXPECT_EQ(IntervalTranslator::ToDescription(EIntervalYear, 2147483648U), L"-2147483648 lat");
-}
-
 TEST(IntervalsTest, Ticks)
 {
-    struct Case {
-        EInterval interval;
-        unsigned int multiplicity;
-        bool isTick;
-        bool isSingle;
-        bool isSeveral;
-    };
-    const Case cases[] = {
-        {EIntervalTick, 0, false, false, false},   {EIntervalTick, 1, true, true, false},
-        {EIntervalTick, 2, true, false, true},     {EIntervalTick, S_max, true, false, true},
-        {EIntervalSecond, 1, false, false, false}, {EIntervalEmpty, 2, false, false, false},
-    };
-    for (const auto& [interval, multiplicity, isTick, isSingle, isSeveral] : cases) {
-        SCOPED_TRACE(multiplicity);
-        const IntervalAndMultiplicity pair(interval, multiplicity);
-        EXPECT_EQ(pair.IsTick(), isTick);
-        EXPECT_EQ(pair.IsSingleTick(), isSingle);
-        EXPECT_EQ(pair.IsNTick(), isSeveral);
-        EXPECT_EQ(IntervalAndMultiplicity::IsNTick(interval, multiplicity), isSeveral);
-        if (interval == EIntervalTick) {
-            EXPECT_FALSE(pair.IsAggregated());
+    for (const unsigned int number : {0U, 1U, 2U}) {
+        for (const unsigned int multiplicity : {0U, 1U, 2U, S_max}) {
+            SCOPED_TRACE(std::to_string(number) + " times " + std::to_string(multiplicity));
+            const IntervalAndMultiplicity pair(static_cast<EInterval>(number), multiplicity);
+            EXPECT_EQ(pair.IsTick(), number == 1 && multiplicity != 0);
+            EXPECT_EQ(pair.IsSingleTick(), number == 1 && multiplicity == 1);
+            EXPECT_EQ(pair.IsNTick(), number == 1 && multiplicity > 1);
         }
     }
-}
-
-TEST(IntervalsTest, EmptyMeansBothFields)
-{
-    IntervalAndMultiplicity pair;
-    EXPECT_TRUE(pair.IsEmpty());
-    EXPECT_FALSE(pair.IsValid());
-    pair.Set(EIntervalEmpty, 1);
-    EXPECT_FALSE(pair.IsEmpty());
-    pair.Set(EIntervalMinute, 0);
-    EXPECT_FALSE(pair.IsEmpty());
-    EXPECT_TRUE(pair.Equals(EIntervalMinute, 0));
-    EXPECT_FALSE(pair.Equals(IntervalAndMultiplicity(EIntervalMinute, 1)));
-    EXPECT_FALSE(pair.Equals(IntervalAndMultiplicity(EIntervalHour, 0)));
-    pair.Clear();
-    EXPECT_TRUE(pair.IsEmpty());
+    // The count is printed as signed.
+    EXPECT_EQ(IntervalTranslator::ToDescription(EIntervalTick, S_max), L"-1 tick");
 }
 
 TEST(IntervalsTest, SerialisedPair)

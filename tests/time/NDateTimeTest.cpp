@@ -13,9 +13,7 @@
 #include <limits>
 #include <random>
 #include <system_error>
-#include <thread>
 #include <tuple>
-#include <vector>
 
 namespace {
 
@@ -64,12 +62,9 @@ TEST(NDateTimeTest, StoredBytes)
 
 TEST(NDateTimeTest, EmptyIsAllZeroAndValid)
 {
-    const NDateTime empty;
-    EXPECT_TRUE(empty == NDateTime::Empty());
-    EXPECT_TRUE(empty.IsEmpty());
-    EXPECT_TRUE(empty.IsValid());
-    EXPECT_EQ(Fields(empty), MakeFields(0, 0, 0, 0, 0, 0, 0, 0));
-    // Whatever lies within half a second of day 0 without a counter is as empty.
+    EXPECT_TRUE(NDateTime() == NDateTime::Empty());
+    EXPECT_TRUE(NDateTime().IsValid());
+    // Whatever lies within half a second of day 0 without a counter is empty.
     EXPECT_TRUE(NDateTime(1899, 12, 30).IsEmpty());
     EXPECT_FALSE(NDateTime(1899, 12, 30, 0, 0, 1, 0).IsEmpty());
     EXPECT_FALSE(NDateTime(1899, 12, 30, 0, 0, 0, 1).IsEmpty());
@@ -88,7 +83,6 @@ TEST(NDateTimeTest, FieldsStayAsGivenWhereTheCalendarIsBroken)
     const Case cases[] = {
         {NDateTime(2021, 2, 30), false, 2021, 30, 0},
         {NDateTime(2020, 2, 29), true, 2020, 29, 60},
-        {NDateTime(2021, 13, 1), false, 2021, 1, 0},
         {NDateTime(99, 1, 1), false, 99, 1, 0},
         {NDateTime(100, 1, 1), true, 100, 1, 1},
         {NDateTime(9999, 12, 31), true, 9999 & 0xFFF, 31, 365},
@@ -121,9 +115,6 @@ TEST(NDateTimeTest, CounterStandsInFieldAndDayNumber)
     EXPECT_EQ(NDateTime(2021, 3, 1, 10, 0, 0, 65536 + 7).GetMilliSec(), 7U);
     // The same plain addition where the time of day is subtracted.
     EXPECT_EQ(NDateTime(1899, 12, 28, 18, 0, 0, 1000).ToDouble(), -2.75 + 1000 / 1e10);
-    // An invalid date keeps its counter as well.
-    EXPECT_EQ(NDateTime(2021, 2, 30, 0, 0, 0, 9).ToDouble(), 9 / 1e10);
-    EXPECT_EQ(NDateTime(2021, 2, 30, 0, 0, 0, 9).GetMilliSec(), 9U);
 }
 
 // From 57871 on a counter weighs more than half a second: whatever breaks the value down gives the next second.
@@ -152,26 +143,12 @@ TEST(NDateTimeTest, GreatCountersRoundUpWhenReadAgain)
 
 TEST(NDateTimeTest, FromDoubleTakesTheDigitsOfTheFraction)
 {
-    struct Case {
-        double number;
-        unsigned long counter;
-        unsigned long second;
-    };
-    const Case cases[] = {
-        {44256.0, 0, 0},
-        {0.5 + S_second, 15740, 1},
-        {0.25, 0, 0},
-        // Negative digits wrap around 64 bits: (2^64 - 2500015740) modulo 100000, of which the field keeps 16 bits.
-        {-1.25 - 1.5741e-6, 35876, 0},
-        {0.9, 0, 0},
-    };
-    for (const auto& [number, counter, second] : cases) {
-        SCOPED_TRACE(number);
-        const auto time = NDateTime::FromDouble(number);
-        EXPECT_EQ(time.GetMilliSec(), counter);
-        EXPECT_EQ(time.GetSecond(), second);
-        EXPECT_TRUE(time.IsValid());
-    }
+    const auto counterOf = [](double a_number) { return NDateTime::FromDouble(a_number).GetMilliSec(); };
+    EXPECT_EQ(counterOf(44256.0), 0U);
+    EXPECT_EQ(counterOf(0.5 + S_second), 15740U);
+    EXPECT_EQ(counterOf(0.9), 0U);
+    // Negative digits wrap around 64 bits: (2^64 - 2500015740) modulo 100000, of which the field keeps 16 bits.
+    EXPECT_EQ(counterOf(-1.25 - 1.5741e-6), 35876U);
 }
 
 TEST(NDateTimeTest, FromDoubleGivesWholeSecondsNearTheNumber)
@@ -213,29 +190,12 @@ TEST(NDateTimeTest, NumbersOutsideOfTheCalendarAreInvalidAndHarmless)
     EXPECT_FALSE(wild(std::nan("")) < wild(0.0));
 }
 
-TEST(NDateTimeTest, FromCOleReadsValidDatesOnly)
+TEST(NDateTimeTest, DaysOfAValue)
 {
-    for (const auto status :
-         {COleDateTime::invalid, COleDateTime::null, static_cast<COleDateTime::DateTimeStatus>(77)}) {
-        const auto time = NDateTime::FromCOle(COleDateTime(44256.5, status));
-        EXPECT_FALSE(time.IsValid());
-        EXPECT_EQ(Fields(time), MakeFields(0, 0, 0, 0, 0, 0, 0, 0));
-    }
-    EXPECT_EQ(Fields(NDateTime::FromCOle(COleDateTime(44256.5))), MakeFields(2021, 3, 1, 12, 0, 0, 0, 60));
-}
-
-TEST(NDateTimeTest, DayOfWeekCountsFromSunday)
-{
-    EXPECT_EQ(NDateTime(2021, 8, 29).GetDayOfWeek(), 1);
-    EXPECT_EQ(NDateTime(2021, 8, 28, 23, 59, 59, 0).GetDayOfWeek(), 7);
+    EXPECT_EQ(NDateTime(2021, 8, 29).GetDayOfWeek(), 1); // a Sunday
     EXPECT_EQ(NDateTime(1899, 12, 29, 6, 0, 0, 0).GetDayOfWeek(), 6);
     EXPECT_EQ(NDateTime(2021, 2, 30).GetDayOfWeek(), -1);
-}
-
-TEST(NDateTimeTest, AbsoluteDayTruncatesTowardZero)
-{
-    EXPECT_EQ(NDateTime(2021, 3, 1, 23, 59, 59, 0).GetAbsoluteDay(), 44256);
-    EXPECT_EQ(NDateTime(1899, 12, 28, 18, 0, 0, 0).GetAbsoluteDay(), -2);
+    EXPECT_EQ(NDateTime(1899, 12, 28, 18, 0, 0, 0).GetAbsoluteDay(), -2); // cut toward zero
     EXPECT_TRUE(NDateTime(2021, 3, 1).SameDay(NDateTime(2021, 3, 1, 23, 59, 59, 65535)));
     EXPECT_FALSE(NDateTime(2021, 3, 1).SameDay(NDateTime(2021, 3, 2)));
     EXPECT_TRUE(NDateTime(2021, 2, 30).SameDay(NDateTime())); // the status isn't looked at
@@ -276,17 +236,6 @@ TEST(NDateTimeTest, ShiftsComeBackAndAddUp)
     }
 }
 
-TEST(NDateTimeTest, ShiftsAcrossDayZero)
-{
-    NDateTime time(1899, 12, 30, 6, 0, 0, 3);
-    EXPECT_EQ(Fields(time.ShiftDays(-2)), MakeFields(1899, 12, 28, 6, 0, 0, 3, 362));
-    EXPECT_NEAR(time.ToDouble(), -2.25, 1e-9);
-    time.ShiftSec(86400 + 3600);
-    EXPECT_EQ(Fields(time), MakeFields(1899, 12, 29, 7, 0, 0, 3, 363));
-    time.ShiftSec(86400);
-    EXPECT_EQ(Fields(time), MakeFields(1899, 12, 30, 7, 0, 0, 3, 364));
-}
-
 TEST(NDateTimeTest, UnreadableShiftsLeaveAllOnes)
 {
     const auto max = std::numeric_limits<int>::max();
@@ -305,9 +254,6 @@ TEST(NDateTimeTest, UnreadableShiftsLeaveAllOnes)
     NDateTime invalid(2021, 2, 30, 1, 2, 3, 4);
     invalid.ShiftDays(1);
     EXPECT_EQ(Fields(invalid), MakeFields(4095, 15, 31, 1, 2, 3, 4, 511));
-    NDateTime nothing(2021, 2, 30);
-    EXPECT_EQ(nothing.ShiftDays(0).GetDay(), 30U);
-
     for (const int days : {max, std::numeric_limits<int>::min()}) {
         NDateTime far(2021, 3, 1);
         far.ShiftDays(days);
@@ -323,16 +269,12 @@ TEST(NDateTimeTest, UnreadableShiftsLeaveAllOnes)
 TEST(NDateTimeTest, ShiftMilliSecStepsFieldAndNumber)
 {
     NDateTime time(2021, 3, 1, 10, 0, 0, 65534);
-    const double before = time.ToDouble();
-    time.ShiftMilliSec();
-    EXPECT_EQ(time.GetMilliSec(), 65535U);
-    EXPECT_GT(time.ToDouble(), before);
-    const double last = time.ToDouble();
-    time.ShiftMilliSec();
-    EXPECT_EQ(time.GetMilliSec(), 0U);
-    EXPECT_GT(time.ToDouble(), last);
-    EXPECT_EQ(time.GetSecond(), 0U);
-    EXPECT_EQ(time.GetDayOfYear(), 60U);
+    for (const unsigned long counter : {65535UL, 0UL}) {
+        const double before = time.ToDouble();
+        time.ShiftMilliSec();
+        EXPECT_EQ(Fields(time), MakeFields(2021, 3, 1, 10, 0, 0, counter, 60));
+        EXPECT_GT(time.ToDouble(), before);
+    }
     EXPECT_EQ(NDateTime::ShiftDoubleByMilliSec(2.0, -3), 2.0 - 3 / 1e10);
 }
 
@@ -356,12 +298,6 @@ TEST(NDateTimeTest, SetTime)
     EXPECT_EQ(Fields(empty), MakeFields(0, 0, 0, 12, 0, 0, 0, 0));
     EXPECT_EQ(empty.ToDouble(), 0.5);
     EXPECT_TRUE(empty.IsValid());
-    NDateTime zeroDay(2021, 3, 0);
-    EXPECT_FALSE(zeroDay.IsValid());
-    zeroDay.SetTime(6, 0, 0);
-    EXPECT_TRUE(zeroDay.IsValid());
-    EXPECT_EQ(zeroDay.ToDouble(), 0.25);
-
     NDateTime wrongTime(2021, 3, 1, 25, 0, 0, 0);
     wrongTime.SetTime(12, 0, 0);
     EXPECT_EQ(Fields(wrongTime), MakeFields(2021, 3, 1, 12, 0, 0, 0, 60));
@@ -427,23 +363,14 @@ TEST(NDateTimeTest, StatusDecidesWhatIsNear)
     EXPECT_FALSE(valid == null || valid < null || valid > null || valid <= invalid || invalid >= valid);
 }
 
-TEST(NDateTimeTest, OrderBelowDayZeroFollowsTheClock)
-{
-    const std::vector<NDateTime> rising = {NDateTime(100, 1, 1),
-                                           NDateTime(1899, 12, 28, 23, 0, 0, 0),
-                                           NDateTime(1899, 12, 29, 1, 0, 0, 0),
-                                           NDateTime(1899, 12, 29, 23, 0, 0, 0),
-                                           NDateTime(1899, 12, 30, 1, 0, 0, 0),
-                                           NDateTime(1900, 1, 1)};
-    for (std::size_t place = 1; place < rising.size(); ++place) {
-        SCOPED_TRACE(place);
-        EXPECT_TRUE(rising[place - 1] < rising[place]);
-        EXPECT_FALSE(rising[place - 1] > rising[place]);
-    }
-}
-
 TEST(NDateTimeTest, SerialisedValueKeepsItsCounter)
 {
+    Settings settings;
+    NDateTime(2021, 3, 1, 12, 0, 0, 5).SerializeState(settings);
+    EXPECT_EQ(static_cast<double>(settings["DateTime"]), 44256.5 + 5 / 1e10);
+    EXPECT_EQ(static_cast<unsigned int>(settings["Millisecond"]), 5U);
+    settings["DateTime"] = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_FALSE(NDateTime(settings).IsValid());
     const NDateTime times[] = {NDateTime(), NDateTime(2021, 3, 1, 10, 0, 0, 5),
                                NDateTime(2021, 3, 1, 12, 0, 1, 0), // whose fraction reads as counter 15740
                                NDateTime(1899, 12, 28, 18, 0, 0, 7),
@@ -457,21 +384,6 @@ TEST(NDateTimeTest, SerialisedValueKeepsItsCounter)
     }
     // The day number comes back in whole seconds.
     EXPECT_EQ(Reload(times[1]).ToDouble(), NDateTime(2021, 3, 1, 10, 0, 0, 0).ToDouble());
-}
-
-TEST(NDateTimeTest, SerialisedKeys)
-{
-    Settings settings;
-    NDateTime(2021, 3, 1, 12, 0, 0, 5).SerializeState(settings);
-    EXPECT_EQ(static_cast<double>(settings["DateTime"]), 44256.5 + 5 / 1e10);
-    EXPECT_EQ(static_cast<unsigned int>(settings["Millisecond"]), 5U);
-
-    settings["Millisecond"] = 65536U + 9U;
-    EXPECT_EQ(NDateTime(settings).GetMilliSec(), 9U);
-    settings["DateTime"] = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_FALSE(NDateTime(settings).IsValid());
-    const Settings nothing;
-    EXPECT_TRUE(NDateTime(nothing).IsEmpty());
 }
 
 TEST(NDateTimeTest, ToCTime)
@@ -501,19 +413,6 @@ TEST(NDateTimeTest, ToCTime)
     EXPECT_EQ(codeOf(NDateTime(1970, 1, 1)), HResult::MakeCode(HResult::S_invalidArg));
     EXPECT_EQ(codeOf(NDateTime(3001, 1, 1, 1, 0, 0, 0)), HResult::MakeCode(HResult::S_invalidArg));
     EXPECT_EQ(codeOf(NDateTime(3001, 1, 1, 0, 59, 59, 0)), std::error_code());
-}
-
-TEST(NDateTimeTest, EmptyIsOneForAllThreads)
-{
-    std::array<const NDateTime*, 4> seen{};
-    {
-        std::vector<std::jthread> threads;
-        threads.reserve(seen.size());
-        for (auto& place : seen)
-            threads.emplace_back([&place] { place = &NDateTime::Empty(); });
-    }
-    for (const auto* place : seen)
-        EXPECT_EQ(place, &NDateTime::Empty());
 }
 
 } // namespace
