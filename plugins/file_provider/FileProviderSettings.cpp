@@ -1,7 +1,31 @@
 #include "file_provider/FileProviderSettings.h"
 
+#include "platform/CodePage.h"
 #include "platform/WidePath.h"
 #include "settings/TakeSetting.h"
+#include "velo/Log.h"
+
+#include <charconv>
+#include <string>
+
+namespace {
+
+// By hand, since a text that is no number would read as zero, which shows the whole day at once.
+void TakeSpeed(const Settings& a_settings, double& a_speed)
+{
+    std::string text;
+    TakeSetting(a_settings, FileProviderSettings::XML_SPEED, text);
+    double speed = 0.0;
+    const char* const end = text.data() + text.size();
+    if (const auto read = std::from_chars(text.data(), end, speed); read.ec == std::errc() && read.ptr == end)
+        a_speed = speed;
+    else if (!text.empty())
+        VeloTools::Log::Instance().Write("FileProviderSettings::ReadSettings", __LINE__,
+                                         "Opcja Speed: \""_cp1250 + text +
+                                             "\" nie jest liczbą, oczekiwano na przykład 60 albo 0.5"_cp1250);
+}
+
+} // namespace
 
 void FileProviderSettings::WriteSettings(Settings& a_settings) const
 {
@@ -17,6 +41,6 @@ void FileProviderSettings::ReadSettings(const Settings& a_settings)
     TakeSetting(a_settings, XML_FOLDER, folder);
     options.folder = WidePath::ToPath(folder);
     TakeSetting(a_settings, XML_DAY, options.day);
-    TakeSetting(a_settings, XML_SPEED, options.speed);
+    TakeSpeed(a_settings, options.speed);
     TakeSetting(a_settings, XML_START, options.start);
 }

@@ -87,4 +87,7 @@ TEST(FileProviderSettingsTest, OptionsGoBeforeWhatWasKept)
     EXPECT_EQ(read.options.day, "2024-08-08");
     EXPECT_EQ(read.options.speed, 0.0);
     EXPECT_EQ(read.options.start, "09:30");
+    options["Speed"] = "12,5";
+    kept.ReadSettings(options);
+    EXPECT_EQ(kept.options.speed, 12.5) << "what is no number leaves what was kept";
 }
