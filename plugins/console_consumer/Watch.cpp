@@ -167,8 +167,9 @@ void Watch::End(std::wstring_view a_reason)
 {
     const std::lock_guard lock(m_mutex);
     PrintPast();
-    m_hasEnded = true;
-    m_endReason = a_reason;
+    // The first reason is the cause: behind a symbol that was deleted comes the end of the request.
+    if (!std::exchange(m_hasEnded, true))
+        m_endReason = a_reason;
 }
 
 bool Watch::HasEnded() const
