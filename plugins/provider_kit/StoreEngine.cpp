@@ -130,26 +130,36 @@ void StoreEngine::End()
 
 void StoreEngine::SwitchConnection(bool a_connect)
 {
+    // Without the lock: a host may answer at once, by switching again.
+    if (SwitchStore(a_connect))
+        m_provider.NotifyChangeConnectionStatus();
+}
+
+// False where there is nothing to switch.
+bool StoreEngine::SwitchStore(bool a_connect)
+{
     const std::lock_guard switching(m_switch);
     if (m_ended)
-        return;
+        return false;
     {
         const std::lock_guard lock(m_mutex);
         if (m_switchedOn == a_connect)
-            return;
+            return false;
         m_switchedOn = a_connect;
         m_connected = false;
         m_breakReason.clear();
         ++m_connection;
     }
-    m_provider.NotifyChangeConnectionStatus();
-    if (!a_connect)
-        return CloseStore();
+    if (!a_connect) {
+        CloseStore();
+        return true;
+    }
     try {
         m_store->Open(*this);
     } catch (...) {
-        LogAllExceptions("StoreEngine::SwitchConnection", __LINE__);
+        LogAllExceptions("StoreEngine::SwitchStore", __LINE__);
     }
+    return true;
 }
 
 void StoreEngine::CloseStore()

@@ -74,6 +74,7 @@ private:
         EStepWaitsForRows // for the first row
     };
 
+    bool SwitchStore(bool a_connect);
     void CloseStore(); // m_switch held
 
     struct RowCount;
