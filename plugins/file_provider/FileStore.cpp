@@ -397,17 +397,16 @@ void FileStore::Impl::AddInstruments(Catalog& a_catalog)
         const auto contents = cache->GetContents();
         for (std::size_t place = 0; place < contents->symbols.size(); ++place) {
             const CachedSymbol& symbol = contents->symbols[place];
-            const std::string name = symbol.symbol.empty() ? source.name : SafeName(symbol.symbol);
+            const std::string called = symbol.symbol.empty() ? source.path.stem().string() : symbol.symbol;
+            const std::string name = symbol.symbol.empty() ? source.name : SafeName(called);
             Instrument instrument;
             instrument.cache = cache;
             instrument.symbol = place;
-            instrument.operations =
-                FindOperations(a_catalog.folder, source,
-                               symbol.symbol.empty() ? source.path.stem().string() : symbol.symbol);
+            instrument.operations = FindOperations(a_catalog.folder, source, called);
             StoreInstrument& info = instrument.info;
             info.isin = a_catalog.instruments.contains(name) ? source.name + "." + name : name;
             info.shortName = info.isin;
-            info.longName = info.isin;
+            info.longName = CodePage::WideToCp1250(CodePage::Utf8ToWide(called));
             info.market = source.market;
             info.groups = {S_all};
             if (!source.group.empty())

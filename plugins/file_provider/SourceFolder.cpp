@@ -1,5 +1,6 @@
 #include "file_provider/SourceFolder.h"
 
+#include "platform/CodePage.h"
 #include "platform/WidePath.h"
 
 #include <algorithm>
@@ -123,12 +124,15 @@ std::optional<FileStamp> StampOf(const std::filesystem::path& a_path)
 
 std::string SafeName(std::string_view a_name)
 {
-    constexpr std::string_view marks = "._-";
-    std::string safe(a_name);
-    for (char& sign : safe) {
-        const bool isKept = (sign >= 'A' && sign <= 'Z') || (sign >= 'a' && sign <= 'z') ||
-                            (sign >= '0' && sign <= '9') || marks.find(sign) != std::string_view::npos;
-        sign = isKept ? sign : '_';
+    static constexpr std::wstring_view S_polish = L"ĄĆĘŁŃÓŚŹŻąćęłńóśźż";
+    static constexpr std::string_view S_latin = "ACELNOSZZacelnoszz";
+    static constexpr std::wstring_view S_marks = L"._-";
+    std::string safe;
+    for (const wchar_t sign : CodePage::Utf8ToWide(a_name)) {
+        const std::size_t polish = S_polish.find(sign);
+        const bool isKept = (sign >= L'A' && sign <= L'Z') || (sign >= L'a' && sign <= L'z') ||
+                            (sign >= L'0' && sign <= L'9') || S_marks.find(sign) != std::wstring_view::npos;
+        safe += polish != std::wstring_view::npos ? S_latin[polish] : isKept ? static_cast<char>(sign) : '_';
     }
     return safe.empty() || safe.front() == '.' ? "_" + safe : safe;
 }

@@ -52,7 +52,8 @@ FolderContents ScanFolder(const std::filesystem::path& a_folder);
 /// The size and time of a regular file; empty where there is none.
 std::optional<FileStamp> StampOf(const std::filesystem::path& a_path);
 
-/// A name in which every byte but A-Z a-z 0-9 . _ - is a '_', never empty, and never with a point in front.
+/// A name for a symbol, of UTF-8: Polish letters become their Latin ones, every other character but A-Z a-z 0-9 . _ - a '_'.
+/// Never empty, and never with a point in front.
 std::string SafeName(std::string_view a_name);
 
 /// The list of operations of an instrument among those beside its file: NAME.operations.txt, then operations_NAME.txt;
