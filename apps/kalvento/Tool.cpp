@@ -1,6 +1,7 @@
 #include "kalvento/Tool.h"
 
 #include "kalvento/Commands.h"
+#include "platform/CodePage.h"
 
 #include <CLI/CLI.hpp>
 
@@ -8,6 +9,7 @@
 #include <exception>
 #include <new>
 #include <ostream>
+#include <string_view>
 
 namespace kalvento::tool {
 
@@ -63,7 +65,11 @@ int RunTool(const std::vector<std::string>& a_arguments, ToolContext& a_context)
     } catch (const std::bad_alloc&) {
         a_context.exitCode = Report(a_context, EExitFailure, "not enough memory");
     } catch (const std::exception& failure) {
-        a_context.exitCode = Report(a_context, EExitFailure, failure.what());
+        // Texts of the library are in its own code page; those of the system and of plain ASCII stay what they are.
+        const std::string_view text = failure.what();
+        const bool isUtf8 = CodePage::WideToUtf8(CodePage::Utf8ToWide(text)) == text;
+        a_context.exitCode =
+            Report(a_context, EExitFailure, isUtf8 ? std::string(text) : CodePage::Cp1250ToUtf8(text));
     }
     return a_context.exitCode;
 }
