@@ -183,7 +183,9 @@ std::shared_ptr<Asset> FindAsset(const std::vector<ProviderBase*>& a_providers, 
 {
     for (const ProviderBase* provider : a_providers)
         for (const auto& asset : provider->GetAssets())
-            if (Lower(asset->GetShortName()) == Lower(a_symbol) || Lower(asset->GetIsin()) == Lower(a_symbol))
+            if (Lower(asset->GetShortName()) == Lower(a_symbol) ||
+                Lower(asset->GetIsin()) == Lower(a_symbol) ||
+                CodePage::Cp1250ToUtf8(asset->GetLongName()) == a_symbol)
                 return asset;
     return nullptr;
 }
@@ -242,7 +244,7 @@ void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
         a_context.out << StatusText(*provider) << '\n';
         for (const auto& asset : provider->GetAssets())
             a_context.out << "  " << asset->GetShortName() << "\t" << asset->GetIsin() << "\t"
-                          << asset->GetLongName() << '\n';
+                          << CodePage::Cp1250ToUtf8(asset->GetLongName()) << '\n';
     }
 }
 

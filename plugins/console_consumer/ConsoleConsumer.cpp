@@ -26,14 +26,17 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds S_refreshInterval(50);
 constexpr milliseconds S_sizeInterval(250); // a changed size of the terminal shows at the latest then
+constexpr std::chrono::seconds S_messageTime(15);
 constexpr std::size_t S_screenCandles = 400;
 
-constexpr std::array<IntervalAndMultiplicity, 6> S_intervals = {{{EIntervalSecond, 10},
+constexpr std::array<IntervalAndMultiplicity, 8> S_intervals = {{{EIntervalTick, 1},
+                                                                 {EIntervalSecond, 10},
                                                                  {EIntervalMinute, 1},
                                                                  {EIntervalMinute, 5},
                                                                  {EIntervalMinute, 15},
                                                                  {EIntervalHour, 1},
-                                                                 {EIntervalDay, 1}}};
+                                                                 {EIntervalDay, 1},
+                                                                 {EIntervalWeek, 1}}};
 
 int MakeEvent()
 {
@@ -180,12 +183,19 @@ void ConsoleConsumer::ChangeInterval(int a_step)
         const WatchPtr watch = Find(number);
         if (!watch)
             continue;
+        // What the provider has withdrawn stays as it is.
+        WatchPtr next = Watch::Make(watch->GetAsset(), m_interval, m_options);
+        if (!next)
+            continue;
         Stop(number);
-        if (WatchPtr next = Watch::Make(watch->GetAsset(), m_interval, m_options))
-            number = Start(std::move(next));
+        if (const unsigned int started = Start(next); started != 0) {
+            number = started;
+            continue;
+        }
+        next->End(L"Dostawca odmówił danych");
+        const std::lock_guard lock(m_mutex);
+        m_watches[number] = std::move(next);
     }
-    std::erase(m_shown, 0U);
-    m_place = m_shown.empty() ? 0 : std::min(m_place, m_shown.size() - 1);
 }
 
 ConsoleConsumer::WatchPtr ConsoleConsumer::Find(unsigned int a_requestId) const
@@ -263,6 +273,7 @@ void ConsoleConsumer::RequestEnded(unsigned int a_requestId)
 void ConsoleConsumer::ShowMessageLine(std::wstring_view a_text)
 {
     m_message = a_text;
+    m_messageUntil = Clock::now() + S_messageTime;
     Wake();
 }
 
@@ -331,13 +342,13 @@ void ConsoleConsumer::Work()
 void ConsoleConsumer::ReadKeys()
 {
     if (m_screen) {
+        const bool hasGone = CursesScreen::HasGone();
         bool any = false;
         while (const std::optional<EScreenKey> key = m_screen->ReadKey()) {
             any = true;
             Obey(*key);
         }
-        // Readable, and no key: the terminal has gone.
-        if (!any)
+        if (!any && hasGone)
             Obey(EKeyQuit);
         Paint();
     }
@@ -348,6 +359,9 @@ void ConsoleConsumer::ReadKeys()
 void ConsoleConsumer::Obey(EScreenKey a_key)
 {
     const std::size_t count = std::max<std::size_t>(m_shown.size(), 1);
+    m_message.clear();
+    if (a_key <= EKeyShorterInterval)
+        m_frozen = false; // the picture held is that of another instrument or interval
     switch (a_key) {
     case EKeyNextInstrument:
         m_place = (m_place + 1) % count;
@@ -375,7 +389,6 @@ void ConsoleConsumer::Obey(EScreenKey a_key)
             mediator->RequestExit(0);
         break;
     case EKeyOther:
-        m_message.clear();
         break;
     }
 }
@@ -387,7 +400,7 @@ void ConsoleConsumer::Refresh()
         return;
     if (m_options.plain)
         Print();
-    else if (m_screen && !m_frozen)
+    else if (m_screen)
         Paint();
     if (!m_options.exitAtEnd || m_exitRequested || m_shown.empty())
         return;
@@ -420,13 +433,26 @@ void ConsoleConsumer::Print()
 void ConsoleConsumer::Paint()
 {
     const auto [width, height] = m_screen->FollowSize();
-    const WatchPtr watch = m_place < m_shown.size() ? Find(m_shown[m_place]) : nullptr;
-    if (!watch)
-        return;
-    const Asset& asset = watch->GetAsset();
-    m_screen->Paint(
-        RenderScreen({CodePage::Utf8ToWide(asset.GetShortName()), CodePage::Utf8ToWide(asset.GetLongName()),
-                      asset.GetProvider()->GetName(), asset.GetProvider()->GetConnectionStatus(), m_place,
-                      m_shown.size(), m_frozen, m_asTable, m_message, watch->Look(S_screenCandles)},
-                     width, height));
+    if (Clock::now() >= m_messageUntil)
+        m_message.clear();
+    if (!m_frozen || !m_painted) {
+        const WatchPtr watch = m_place < m_shown.size() ? Find(m_shown[m_place]) : nullptr;
+        if (!watch)
+            return;
+        const Asset& asset = watch->GetAsset();
+        ScreenModel model;
+        model.symbol = CodePage::Utf8ToWide(asset.GetShortName());
+        model.name = CodePage::Cp1250ToWide(asset.GetLongName());
+        model.provider = asset.GetProvider()->GetName();
+        model.status = asset.GetProvider()->GetConnectionStatus();
+        model.place = m_place;
+        model.count = m_shown.size();
+        model.inColour = m_screen->HasColours();
+        model.data = watch->Look(S_screenCandles);
+        m_painted = std::move(model);
+    }
+    m_painted->frozen = m_frozen;
+    m_painted->asTable = m_asTable;
+    m_painted->message = m_message;
+    m_screen->Paint(RenderScreen(*m_painted, width, height));
 }

@@ -9,11 +9,13 @@
 #include "platform/UniqueFd.h"
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <iosfwd>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -88,6 +90,8 @@ private:
     bool m_asTable = false;
     bool m_exitRequested = false;
     std::wstring m_message;
+    std::chrono::steady_clock::time_point m_messageUntil; // then the keys are shown again
+    std::optional<ScreenModel> m_painted;                 // what a frozen screen goes on showing
 
     const kalvento::internal::UniqueFd m_event; // wakes the thread
     std::thread m_thread;

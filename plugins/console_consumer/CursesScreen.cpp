@@ -7,11 +7,15 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <langinfo.h>
 #include <ncurses.h>
 #include <stdexcept>
+#include <string>
 #include <sys/ioctl.h>
+#include <term.h>
 #include <unistd.h>
 
 namespace {
@@ -33,6 +37,18 @@ attr_t AttributesOf(const ScreenCell& a_cell)
     return attributes;
 }
 
+std::terminate_handler S_formerHandler = nullptr;
+
+// A thread that raises what nobody catches may be any plug-in's: the message would be painted over, and the shell left
+// without echo.
+[[noreturn]] void GiveTerminalBack()
+{
+    endwin();
+    if (S_formerHandler != nullptr)
+        S_formerHandler();
+    std::abort();
+}
+
 } // namespace
 
 CursesScreen::CursesScreen()
@@ -41,8 +57,19 @@ CursesScreen::CursesScreen()
     std::setlocale(LC_CTYPE, "");
     if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
         std::setlocale(LC_CTYPE, "C.UTF-8");
-    if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0 || newterm(nullptr, stdout, stdin) == nullptr)
-        throw std::runtime_error("Standardowe wyjście nie jest terminalem"_cp1250);
+    if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0)
+        throw std::runtime_error("Standardowe wejście lub wyjście nie jest terminalem"_cp1250);
+    const char* const kind = std::getenv("TERM");
+    SCREEN* const screen = newterm(nullptr, stdout, stdin);
+    if (screen == nullptr || cursor_address == nullptr) {
+        if (screen != nullptr)
+            endwin();
+        const bool isNamed = kind != nullptr && *kind != '\0';
+        throw std::runtime_error(isNamed ? "Na terminalu takiego rodzaju nie da się rysować, TERM="_cp1250 +
+                                               std::string(kind)
+                                         : "Nie wiadomo, jaki to terminal: brak zmiennej TERM"_cp1250);
+    }
+    S_formerHandler = std::set_terminate(&GiveTerminalBack);
     cbreak();
     noecho();
     nonl();
@@ -50,7 +77,9 @@ CursesScreen::CursesScreen()
     keypad(stdscr, TRUE);
     nodelay(stdscr, TRUE);
     set_escdelay(25);
-    if (has_colors()) {
+    const char* const noColour = std::getenv("NO_COLOR");
+    m_hasColours = has_colors() && (noColour == nullptr || *noColour == '\0');
+    if (m_hasColours) {
         start_color();
         use_default_colors();
         init_pair(PairOf(EInkNormal), -1, -1);
@@ -64,6 +93,13 @@ CursesScreen::CursesScreen()
 CursesScreen::~CursesScreen()
 {
     endwin();
+    std::set_terminate(S_formerHandler);
+}
+
+bool CursesScreen::HasGone()
+{
+    int count = 0;
+    return ioctl(STDIN_FILENO, FIONREAD, &count) != 0 || count == 0;
 }
 
 std::pair<int, int> CursesScreen::FollowSize()
@@ -83,7 +119,8 @@ void CursesScreen::Paint(const ScreenCells& a_cells)
             const ScreenCell cell = a_cells.At(column, row);
             const wchar_t text[2] = {cell.text, L'\0'};
             cchar_t character;
-            setcchar(&character, text, AttributesOf(cell), PairOf(cell.ink), nullptr);
+            setcchar(&character, text, AttributesOf(cell), m_hasColours ? PairOf(cell.ink) : short{0},
+                     nullptr);
             mvadd_wch(row, column, &character);
         }
     }

@@ -2,36 +2,46 @@
 
 #include "console_consumer/RenderScreen.h"
 
+#include <cstdint>
 #include <optional>
 #include <utility>
 
 /// What a key asks for.
 enum EScreenKey : std::uint8_t {
-    EKeyOther,
     EKeyNextInstrument,
     EKeyPreviousInstrument,
     EKeyLongerInterval,
-    EKeyShorterInterval,
+    EKeyShorterInterval, // up to here another picture is asked for
     EKeyFreeze,
     EKeyChart,
     EKeyTable,
-    EKeyQuit
+    EKeyQuit,
+    EKeyOther
 };
 
 /// The terminal: standard input and output, for as long as this lives. All operations on one thread, the main one; at most
 /// one object at a time.
 class CursesScreen {
 public:
-    /// Raises std::runtime_error, Polish, where standard output is no terminal that can be painted on.
+    /// Raises std::runtime_error, Polish, where standard input or output is no terminal, or none that can be painted on.
+    /// Until the end the terminal is given back also where the process ends by std::terminate.
     CursesScreen();
     CursesScreen(const CursesScreen&) = delete;
     CursesScreen& operator=(const CursesScreen&) = delete;
     /// The terminal is as it was.
     ~CursesScreen();
 
+    /// Whether inks can be told apart by their colours: not on a terminal without, nor where the user sets NO_COLOR.
+    bool HasColours() const { return m_hasColours; }
+    /// Where poll says that standard input can be read: there is nothing, and won't be.
+    static bool HasGone();
+
     /// Columns and rows, also after the terminal changed them.
     std::pair<int, int> FollowSize();
     void Paint(const ScreenCells& a_cells);
     /// Empty where no key waits.
     std::optional<EScreenKey> ReadKey();
+
+private:
+    bool m_hasColours = false;
 };

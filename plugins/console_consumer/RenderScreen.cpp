@@ -1,12 +1,18 @@
 #include "console_consumer/RenderScreen.h"
 
+#include "console_consumer/CandleChart.h"
+#include "console_consumer/CandleColumns.h"
+#include "console_consumer/ScreenTexts.h"
+
 #include <fmt/format.h>
 #include <fmt/xchar.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -15,135 +21,10 @@ constexpr int S_widthWithPanel = 68; // from this width on book and trades stand
 constexpr int S_bookHeight = 7;
 constexpr std::size_t S_levels = 5;
 
-struct Area {
-    int left;
-    int top;
-    int width;
-    int height;
-};
-
-std::wstring PriceText(double a_price, int a_decimals)
-{
-    if (!std::isfinite(a_price))
-        return L"–";
-    std::wstring text = fmt::format(L"{:.{}f}", a_price, a_decimals);
-    std::replace(text.begin(), text.end(), L'.', L',');
-    return text;
-}
-
-// At most six characters up to 10^13, whatever the instrument trades in: four or more digits that count.
-std::wstring VolumeText(double a_volume)
-{
-    if (!std::isfinite(a_volume))
-        return L"–";
-    const double size = std::abs(a_volume);
-    std::wstring text;
-    if (size >= 999999.5) {
-        text =
-            size >= 1e9 ? fmt::format(L"{:.4g}G", a_volume / 1e9) : fmt::format(L"{:.4g}M", a_volume / 1e6);
-    } else {
-        const int decimals = size >= 1000 || a_volume == std::floor(a_volume) ? 0
-                             : size >= 100                                    ? 2
-                             : size >= 10                                     ? 3
-                                                                              : 4;
-        text = fmt::format(L"{:.{}f}", a_volume, decimals);
-        if (decimals > 0) {
-            text.erase(text.find_last_not_of(L'0') + 1);
-            if (text.back() == L'.')
-                text.pop_back();
-        }
-    }
-    std::replace(text.begin(), text.end(), L'.', L',');
-    return text;
-}
-
-std::wstring IntervalText(IntervalAndMultiplicity a_interval)
-{
-    const wchar_t* unit = L"";
-    switch (a_interval.GetInterval()) {
-    case EIntervalTick:
-        unit = L"tick";
-        break;
-    case EIntervalSecond:
-        unit = L"s";
-        break;
-    case EIntervalMinute:
-        unit = L"min";
-        break;
-    case EIntervalHour:
-        unit = L"godz.";
-        break;
-    case EIntervalDay:
-        unit = L"d";
-        break;
-    case EIntervalWeek:
-        unit = L"tydz.";
-        break;
-    case EIntervalMonth:
-        unit = L"mies.";
-        break;
-    default:
-        unit = L"r.";
-        break;
-    }
-    return fmt::format(L"{} {}", a_interval.GetMultiplicity(), unit);
-}
-
-// Candles bear the time of their last row, but people know them by the begin of their window.
-std::wstring TimeText(const NDateTime& a_time, IntervalAndMultiplicity a_interval)
-{
-    if (a_interval.GetInterval() >= EIntervalMonth)
-        return fmt::format(L"{:02}.{:02}", a_time.GetMonth(), a_time.GetYear() % 100);
-    if (a_interval.GetInterval() >= EIntervalDay)
-        return fmt::format(L"{:02}.{:02}", a_time.GetDay(), a_time.GetMonth());
-    const unsigned int unit = a_interval.GetInterval() == EIntervalHour     ? 3600
-                              : a_interval.GetInterval() == EIntervalMinute ? 60
-                                                                            : 1;
-    const unsigned int window = a_interval.IsTick() ? 1 : unit * std::max(a_interval.GetMultiplicity(), 1U);
-    const unsigned int begin = a_time.GetAbsoluteTime() / window * window;
-    if (unit > 1)
-        return fmt::format(L"{:02}:{:02}", begin / 3600, begin / 60 % 60);
-    return fmt::format(L"{:02}:{:02}:{:02}", begin / 3600, begin / 60 % 60, begin % 60);
-}
-
-// What a source calls an instrument could else move the terminal's cursor, or take two columns. The ranges are those of
-// Unicode in which letters and signs of one column are all there is; the C library's answer depends on the locale.
-bool FitsCell(wchar_t a_character)
-{
-    const auto code = static_cast<std::uint32_t>(a_character);
-    const auto isIn = [code](std::uint32_t a_first, std::uint32_t a_last) {
-        return code >= a_first && code <= a_last;
-    };
-    return isIn(0x20, 0x7E) || isIn(0xA1, 0xAC) || isIn(0xAE, 0x2FF) || isIn(0x370, 0x482) ||
-           isIn(0x1E00, 0x1FFF) || isIn(0x2010, 0x2027) || isIn(0x2030, 0x205E) || isIn(0x20A0, 0x20C0) ||
-           isIn(0x2190, 0x2319) || isIn(0x2500, 0x25FC);
-}
-
 int Length(std::wstring_view a_text)
 {
     return static_cast<int>(a_text.size());
 }
-
-// Columns of the candles, each as long as the candles; a missing one reads as NaN.
-class CandleColumns {
-public:
-    explicit CandleColumns(const History& a_candles) : m_candles(a_candles) {}
-
-    double Get(ESeriesId a_seriesId, std::size_t a_row) const
-    {
-        const auto column = m_candles.find(a_seriesId);
-        return column == m_candles.end() ? std::nan("") : column->second[a_row];
-    }
-    std::size_t GetCount() const { return m_candles.GetRecordsCount(); }
-    const NDateTime& GetTime(std::size_t a_row) const { return m_candles.TimeSeries()[a_row]; }
-    EScreenInk GetInk(std::size_t a_row) const
-    {
-        return Get(Price, a_row) >= Get(IntervalOpen, a_row) ? EInkUp : EInkDown;
-    }
-
-private:
-    const History& m_candles;
-};
 
 void DrawHeader(const ScreenModel& a_model, ScreenCells& a_cells)
 {
@@ -152,7 +33,7 @@ void DrawHeader(const ScreenModel& a_model, ScreenCells& a_cells)
     std::wstring left = L' ' + a_model.symbol;
     if (width >= 60 && a_model.name != a_model.symbol)
         left += L"  " + a_model.name;
-    left += L"  " + IntervalText(a_model.data.interval);
+    left += L"  " + ScreenTexts::Interval(a_model.data.interval);
     std::wstring right = a_model.provider;
     if (a_model.count > 1)
         right += fmt::format(L"  {}/{}", a_model.place + 1, a_model.count);
@@ -162,13 +43,48 @@ void DrawHeader(const ScreenModel& a_model, ScreenCells& a_cells)
         a_cells.WriteBefore(width, 0, right, EInkAccent);
 }
 
+std::wstring StatusText(const ScreenModel& a_model)
+{
+    if (!a_model.data.ended.empty())
+        return L"■ " + a_model.data.ended;
+    switch (a_model.status) {
+    case EConnectionStatusConnected:
+        return L"● połączony";
+    case EConnectionStatusConnecting:
+        return L"◌ łączenie";
+    case EConnectionStatusDisconnected:
+        break;
+    }
+    return L"○ rozłączony";
+}
+
+EScreenInk StatusInk(const ScreenModel& a_model)
+{
+    if (!a_model.data.ended.empty() || a_model.status == EConnectionStatusConnecting)
+        return EInkAccent;
+    return a_model.status == EConnectionStatusConnected ? EInkUp : EInkDown;
+}
+
+// The longest text that fits; nothing where none does.
+std::wstring FirstFitting(const std::vector<std::wstring>& a_texts, int a_width)
+{
+    const auto found = std::find_if(a_texts.begin(), a_texts.end(), [a_width](const std::wstring& a_text) {
+        return Length(a_text) <= a_width;
+    });
+    return found == a_texts.end() ? std::wstring() : *found;
+}
+
+// From the left the price and its change, from the right the status and the time of what came last, and between them, where
+// there is room, the figures of the day.
 void DrawPrice(const ScreenModel& a_model, ScreenCells& a_cells)
 {
     const Watch::Snapshot& data = a_model.data;
+    const std::wstring status = StatusText(a_model);
+    int end = a_cells.GetWidth() - 1;
     int column = 1;
     if (data.lastPrice) {
         const EScreenInk ink = data.direction > 0 ? EInkUp : data.direction < 0 ? EInkDown : EInkNormal;
-        std::wstring text = PriceText(*data.lastPrice, data.decimals);
+        std::wstring text = ScreenTexts::Price(*data.lastPrice, data.decimals);
         text += data.direction > 0 ? L" ▲" : data.direction < 0 ? L" ▼" : L"  ";
         a_cells.Write(column, 1, text, ink, true);
         column += Length(text) + 1;
@@ -178,154 +94,85 @@ void DrawPrice(const ScreenModel& a_model, ScreenCells& a_cells)
     }
     if (data.lastPrice && data.reference && *data.reference != 0.0) {
         const double change = *data.lastPrice - *data.reference;
-        std::wstring text =
-            fmt::format(L"{}{} ({}{}%)", change > 0 ? L"+" : L"", PriceText(change, data.decimals),
-                        change > 0 ? L"+" : L"", PriceText(100.0 * change / *data.reference, 2));
+        const wchar_t* const sign = change > 0 ? L"+" : L"";
+        const std::wstring share =
+            fmt::format(L"{}{}%", sign, ScreenTexts::Price(100.0 * change / *data.reference, 2));
+        const std::wstring text = FirstFitting(
+            {fmt::format(L"{}{} ({})", sign, ScreenTexts::Price(change, data.decimals), share), share},
+            end - 2 - column);
         a_cells.Write(column, 1, text, change > 0 ? EInkUp : change < 0 ? EInkDown : EInkNormal);
-        column += Length(text) + 2;
+        column += Length(text);
     }
-    std::wstring status = L"● rozłączony";
-    EScreenInk ink = EInkDown;
-    if (a_model.status == EConnectionStatusConnected) {
-        status = L"● połączony";
-        ink = EInkUp;
-    } else if (a_model.status == EConnectionStatusConnecting) {
-        status = L"◌ łączenie";
-        ink = EInkAccent;
+
+    const std::wstring statusShown = FirstFitting({status, status.substr(0, 1)}, end - column - 11);
+    const std::wstring shown = statusShown.empty() ? status.substr(0, 1) : statusShown;
+    a_cells.WriteBefore(end, 1, shown, StatusInk(a_model));
+    end -= Length(shown) + 2;
+    if (data.time) {
+        const std::wstring clock =
+            FirstFitting({ScreenTexts::Day(*data.time) + L' ' + ScreenTexts::Clock(*data.time),
+                          ScreenTexts::Clock(*data.time)},
+                         end - column - 1);
+        a_cells.WriteBefore(end, 1, clock, EInkNormal, true);
+        end -= Length(clock) + 2;
     }
-    const int end = a_cells.GetWidth() - 1;
-    if (end - Length(status) >= column)
-        a_cells.WriteBefore(end, 1, status, ink);
-    else
-        a_cells.Write(end - 1, 1, status.substr(0, 1), ink);
+    const auto figure = [&](const wchar_t* a_title, const std::optional<double>& a_price) {
+        return a_price ? fmt::format(L"  {} {}", a_title, ScreenTexts::Price(*a_price, data.decimals))
+                       : std::wstring();
+    };
+    const std::wstring volume = data.volume ? L"  wol. " + ScreenTexts::Volume(*data.volume) : std::wstring();
+    a_cells.Write(column, 1,
+                  FirstFitting({figure(L"otw.", data.open) + figure(L"maks.", data.high) +
+                                    figure(L"min.", data.low) + volume,
+                                volume},
+                               end - column));
 }
 
 void DrawFooter(const ScreenModel& a_model, ScreenCells& a_cells)
 {
-    const int row = a_cells.GetHeight() - 1;
-    a_cells.Reverse(0, row, a_cells.GetWidth(), EInkDim);
-    std::wstring text = L" n/p instrument  +/- interwał  spacja stop  c/t wykres/tabela  q koniec";
-    if (Length(text) > a_cells.GetWidth())
-        text = L" n/p  +/-  spacja  c/t  q koniec";
-    EScreenInk ink = EInkDim;
-    if (!a_model.data.ended.empty())
-        text = L' ' + a_model.data.ended;
-    if (!a_model.message.empty())
-        text = L' ' + a_model.message;
-    if (a_model.frozen) {
-        text = L" ZATRZYMANO – spacja wznawia";
-        ink = EInkAccent;
-    }
-    a_cells.Write(0, row, text, ink);
-    a_cells.Reverse(0, row, a_cells.GetWidth(), ink);
-}
-
-struct Scale {
-    double low;
-    double high;
-    int units; // half rows
-
-    int ToUnit(double a_price) const
-    {
-        if (!std::isfinite(a_price))
-            return 0;
-        const double share = (a_price - low) / (high - low);
-        return std::clamp(static_cast<int>(std::floor(share * units)), 0, units - 1);
-    }
-    double ToPrice(int a_unit) const { return low + (high - low) * (a_unit + 0.5) / units; }
-};
-
-// What a half of a cell shows: 0 nothing, 1 the line from low to high, 2 the body.
-wchar_t CandleCharacter(int a_upper, int a_lower)
-{
-    static constexpr wchar_t S_characters[3][3] = {
-        {L' ', L'╷', L'▄'}, {L'╵', L'│', L'█'}, {L'▀', L'█', L'█'}};
-    return S_characters[a_upper][a_lower];
-}
-
-void DrawCandle(ScreenCells& a_cells, const CandleColumns& a_candles, std::size_t a_row, const Scale& a_scale,
-                int a_column, int a_top)
-{
-    const double open = a_candles.Get(IntervalOpen, a_row);
-    const double close = a_candles.Get(Price, a_row);
-    const int low = a_scale.ToUnit(a_candles.Get(IntervalMin, a_row));
-    const int high = a_scale.ToUnit(a_candles.Get(IntervalMax, a_row));
-    const int bodyLow = a_scale.ToUnit(std::min(open, close));
-    const int bodyHigh = a_scale.ToUnit(std::max(open, close));
-    const auto part = [&](int a_unit) {
-        if (a_unit >= bodyLow && a_unit <= bodyHigh)
-            return 2;
-        return a_unit >= low && a_unit <= high ? 1 : 0;
+    struct Key {
+        const wchar_t* key;
+        const wchar_t* meaning;
+        bool ofSeveral; // instruments
     };
-    const int rows = a_scale.units / 2;
-    for (int row = 0; row < rows; ++row) {
-        const int lower = (rows - 1 - row) * 2;
-        const wchar_t text = CandleCharacter(part(lower + 1), part(lower));
-        if (text != L' ')
-            a_cells.Put(a_column, a_top + row, {text, a_candles.GetInk(a_row), false, false});
-    }
-}
-
-void DrawChart(const ScreenModel& a_model, ScreenCells& a_cells, Area a_area)
-{
-    const CandleColumns candles(a_model.data.candles);
-    if (candles.GetCount() == 0) {
-        a_cells.Write(a_area.left + 1, a_area.top + a_area.height / 2,
-                      a_model.data.historyEnded ? L"brak świec" : L"oczekiwanie na dane…", EInkDim);
+    static constexpr std::array<Key, 5> S_keys = {{{L"n/p", L"instrument", true},
+                                                   {L"+/-", L"interwał", false},
+                                                   {L"spacja", L"zatrzymaj", false},
+                                                   {L"c/t", L"wykres/tabela", false},
+                                                   {L"q", L"koniec", false}}};
+    const int row = a_cells.GetHeight() - 1;
+    const int width = a_cells.GetWidth();
+    if (a_model.frozen || !a_model.message.empty()) {
+        const EScreenInk ink = a_model.frozen ? EInkAccent : EInkNormal;
+        a_cells.Write(0, row, a_model.frozen ? L" ZATRZYMANO – spacja wznawia" : L' ' + a_model.message, ink,
+                      a_model.frozen);
+        a_cells.Reverse(0, row, width, ink);
         return;
     }
-    const int rows = a_area.height - 1; // times stand below
-    if (rows < 2)
-        return;
-    int decimals = a_model.data.decimals;
-    const int axis = Length(PriceText(candles.Get(IntervalMax, candles.GetCount() - 1), decimals)) + 2;
-    const int plot = a_area.width - axis;
-    if (plot < 2)
-        return;
-    const std::size_t shown = std::min(candles.GetCount(), static_cast<std::size_t>(plot / 2));
-    const std::size_t first = candles.GetCount() - shown;
-    Scale scale{HUGE_VAL, -HUGE_VAL, rows * 2};
-    for (std::size_t row = first; row < candles.GetCount(); ++row) {
-        scale.low = std::fmin(scale.low, candles.Get(IntervalMin, row));
-        scale.high = std::fmax(scale.high, candles.Get(IntervalMax, row));
-    }
-    if (!std::isfinite(scale.low) || !std::isfinite(scale.high))
-        return;
-    if (scale.high <= scale.low) {
-        const double margin = std::max(std::abs(scale.low) * 0.001, 0.01);
-        scale.low -= margin;
-        scale.high += margin;
-    }
-
-    const int axisColumn = a_area.left + plot;
-    const int lastRow = rows - 1 - scale.ToUnit(candles.Get(Price, candles.GetCount() - 1)) / 2;
-    for (int row = 0; row < rows; ++row) {
-        const bool isLast = row == lastRow;
-        a_cells.Put(axisColumn, a_area.top + row, {isLast ? L'◄' : L'│', EInkDim, false, false});
-        if (isLast)
-            a_cells.Write(axisColumn + 1, a_area.top + row,
-                          PriceText(candles.Get(Price, candles.GetCount() - 1), decimals),
-                          candles.GetInk(candles.GetCount() - 1), true);
-        else if (row % 3 == 0 && std::abs(row - lastRow) > 1)
-            a_cells.Write(axisColumn + 1, a_area.top + row,
-                          PriceText(scale.ToPrice((rows - 1 - row) * 2 + 1), decimals), EInkDim);
-    }
-    const int firstColumn = a_area.left + plot - static_cast<int>(shown) * 2;
-    int freeFrom = a_area.left;
-    for (std::size_t row = first; row < candles.GetCount(); ++row) {
-        const int column = firstColumn + static_cast<int>(row - first) * 2;
-        DrawCandle(a_cells, candles, row, scale, column, a_area.top);
-        const std::wstring time = TimeText(candles.GetTime(row), a_model.data.interval);
-        if (column >= freeFrom && column + Length(time) <= axisColumn) {
-            a_cells.Write(column, a_area.top + rows, time, EInkDim);
-            freeFrom = column + Length(time) + 5;
+    // With all meanings, with that of the last key alone, or nothing but the last key.
+    const auto lay = [&](int a_level, bool a_draw) {
+        int column = 1;
+        for (const Key& key : S_keys) {
+            const bool isLast = &key == &S_keys.back();
+            if ((key.ofSeveral && a_model.count < 2) || (a_level == 2 && !isLast))
+                continue;
+            const std::wstring meaning = a_level == 0 || isLast ? std::wstring(L" ") + key.meaning : L"";
+            if (a_draw) {
+                a_cells.Write(column, row, key.key, EInkDim, true);
+                a_cells.Write(column + Length(key.key), row, meaning, EInkDim);
+            }
+            column += Length(key.key) + Length(meaning) + 2;
         }
-    }
+        return column - 2;
+    };
+    const int level = lay(0, false) <= width ? 0 : lay(1, false) <= width ? 1 : 2;
+    lay(level, true);
+    a_cells.Reverse(0, row, width, EInkDim);
 }
 
-void DrawTable(const ScreenModel& a_model, ScreenCells& a_cells, Area a_area)
+// The newest candle on top. Where not all columns fit, the open goes first, and the volume last.
+void DrawTable(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_area)
 {
-    const CandleColumns candles(a_model.data.candles);
     struct Column {
         const wchar_t* title;
         ESeriesId seriesId;
@@ -335,33 +182,62 @@ void DrawTable(const ScreenModel& a_model, ScreenCells& a_cells, Area a_area)
                                                          {L"min.", IntervalMin},
                                                          {L"zamkn.", Price},
                                                          {L"wolumen", Volume}}};
-    const bool hasSeconds = a_model.data.interval.GetInterval() < EIntervalMinute;
-    int left = a_area.left + (hasSeconds ? 9 : 6);
-    const int end = a_area.left + a_area.width;
+    const CandleColumns candles(a_model.data.candles);
+    const IntervalAndMultiplicity interval = a_model.data.interval;
     const std::size_t rows =
         std::min(candles.GetCount(), static_cast<std::size_t>(std::max(a_area.height - 1, 0)));
-    a_cells.Write(a_area.left + 1, a_area.top, L"czas", EInkDim);
-    for (std::size_t row = 0; row < rows; ++row)
-        a_cells.Write(a_area.left + 1, a_area.top + 1 + static_cast<int>(row),
-                      TimeText(candles.GetTime(candles.GetCount() - 1 - row), a_model.data.interval),
-                      EInkDim);
-    for (const Column& column : S_columns) {
-        int width = Length(column.title);
-        std::vector<std::wstring> texts;
-        for (std::size_t row = 0; row < rows; ++row) {
-            const double value = candles.Get(column.seriesId, candles.GetCount() - 1 - row);
-            texts.push_back(column.seriesId == Volume ? VolumeText(value)
-                                                      : PriceText(value, a_model.data.decimals));
-            width = std::max(width, Length(texts.back()));
+    const auto rowOf = [&](std::size_t a_line) { return candles.GetCount() - 1 - a_line; };
+    const bool isLong = rows > 0 && (interval.GetInterval() >= EIntervalDay ||
+                                     !candles.GetTime(rowOf(0)).SameDay(candles.GetTime(rowOf(rows - 1))));
+    std::vector<std::wstring> times;
+    for (std::size_t line = 0; line < rows; ++line)
+        times.push_back(isLong ? ScreenTexts::LongCandleTime(candles.GetTime(rowOf(line)), interval)
+                               : ScreenTexts::CandleTime(candles.GetTime(rowOf(line)), interval));
+    const int timeWidth = rows > 0 ? Length(times.front()) : 5;
+
+    std::array<std::vector<std::wstring>, S_columns.size()> texts;
+    std::array<int, S_columns.size()> widths{};
+    for (std::size_t place = 0; place < S_columns.size(); ++place) {
+        std::vector<double> values;
+        for (std::size_t line = 0; line < rows; ++line)
+            values.push_back(candles.Get(S_columns[place].seriesId, rowOf(line)));
+        if (S_columns[place].seriesId == Volume) {
+            texts[place] = ScreenTexts::Volumes(values);
+        } else {
+            for (const double value : values)
+                texts[place].push_back(ScreenTexts::Price(value, a_model.data.decimals));
         }
-        left += width + 1;
-        if (left > end)
+        widths[place] = Length(S_columns[place].title);
+        for (const std::wstring& text : texts[place])
+            widths[place] = std::max(widths[place], Length(text));
+    }
+    std::vector<std::size_t> shown = {0, 1, 2, 3, 4};
+    int gap = 0;
+    for (const std::vector<std::size_t>& kept :
+         std::vector<std::vector<std::size_t>>{{0, 1, 2, 3, 4}, {1, 2, 3, 4}, {3, 4}, {3}}) {
+        int width = 1 + timeWidth;
+        for (const std::size_t place : kept)
+            width += widths[place];
+        const int room = (a_area.width - width) / static_cast<int>(kept.size());
+        shown = kept;
+        gap = std::clamp(room, 1, 3);
+        if (room >= 1)
+            break;
+    }
+
+    a_cells.Write(a_area.left + 1, a_area.top, L"czas", EInkDim);
+    for (std::size_t line = 0; line < rows; ++line)
+        a_cells.Write(a_area.left + 1, a_area.top + 1 + static_cast<int>(line), times[line], EInkDim);
+    int end = a_area.left + 1 + timeWidth;
+    for (const std::size_t place : shown) {
+        end += gap + widths[place];
+        if (end > a_area.left + a_area.width)
             return;
-        a_cells.WriteBefore(left, a_area.top, column.title, EInkDim);
-        for (std::size_t row = 0; row < rows; ++row)
-            a_cells.WriteBefore(left, a_area.top + 1 + static_cast<int>(row), texts[row],
-                                column.seriesId == Price ? candles.GetInk(candles.GetCount() - 1 - row)
-                                                         : EInkNormal);
+        a_cells.WriteBefore(end, a_area.top, S_columns[place].title, EInkDim);
+        for (std::size_t line = 0; line < rows; ++line)
+            a_cells.WriteBefore(end, a_area.top + 1 + static_cast<int>(line), texts[place][line],
+                                S_columns[place].seriesId == Price ? candles.GetInk(rowOf(line))
+                                                                   : EInkNormal);
     }
 }
 
@@ -384,87 +260,124 @@ Level GetLevel(const ScreenModel& a_model, ESeriesId a_price, ESeriesId a_volume
 }
 
 // Volumes outside, prices inside; a bar behind each side grows from the middle with the share of the largest volume.
-void DrawBook(const ScreenModel& a_model, ScreenCells& a_cells, Area a_area)
+void DrawBook(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_area)
 {
     const int half = a_area.width / 2;
     const int middle = a_area.left + half;
+    const int right = a_area.left + a_area.width;
     a_cells.Write(a_area.left, a_area.top, L"wolumen", EInkDim);
     a_cells.WriteBefore(middle - 1, a_area.top, L"kupno", EInkUp, true);
     a_cells.Write(middle + 1, a_area.top, L"sprzedaż", EInkDown, true);
-    a_cells.WriteBefore(a_area.left + a_area.width, a_area.top, L"wolumen", EInkDim);
+    a_cells.WriteBefore(right, a_area.top, L"wolumen", EInkDim);
+
+    // One side's levels, then the other's.
+    std::vector<Level> levels;
+    std::vector<double> volumes;
+    for (const bool isBid : {true, false})
+        for (std::size_t level = 0; level < S_levels; ++level) {
+            levels.push_back(GetLevel(a_model, isBid ? Bid1 : Ask1, isBid ? BidVolume1 : AskVolume1, level));
+            volumes.push_back(levels.back().price ? levels.back().volume.value_or(std::nan("")) : 0.0);
+        }
+    const std::vector<std::wstring> volumeTexts = ScreenTexts::Volumes(volumes);
     double largest = 0.0;
-    for (std::size_t level = 0; level < S_levels; ++level) {
-        largest = std::fmax(largest, GetLevel(a_model, Bid1, BidVolume1, level).volume.value_or(0.0));
-        largest = std::fmax(largest, GetLevel(a_model, Ask1, AskVolume1, level).volume.value_or(0.0));
+    int priceWidth = 0;
+    for (std::size_t place = 0; place < levels.size(); ++place) {
+        largest = std::fmax(largest, volumes[place]);
+        if (levels[place].price)
+            priceWidth =
+                std::max(priceWidth, Length(ScreenTexts::Price(*levels[place].price, a_model.data.decimals)));
     }
-    const auto barLength = [&](const Level& a_level) {
-        if (!a_level.volume || !(largest > 0.0) || !(*a_level.volume > 0.0))
-            return 0;
-        return std::clamp(static_cast<int>(std::lround(*a_level.volume / largest * (half - 1))), 1, half - 1);
-    };
-    for (std::size_t level = 0; level < S_levels; ++level) {
+    if (priceWidth == 0)
+        a_cells.Write(a_area.left, a_area.top + 1, L"brak ofert", EInkDim);
+    const int volumeWidth = std::min(7, half - 2 - priceWidth);
+    for (std::size_t level = 0; level < S_levels && priceWidth > 0; ++level) {
         const int row = a_area.top + 1 + static_cast<int>(level);
         if (row >= a_area.top + a_area.height)
             return;
         a_cells.Put(middle, row, {L'│', EInkDim, false, false});
-        if (const Level bid = GetLevel(a_model, Bid1, BidVolume1, level); bid.price) {
-            a_cells.WriteBefore(middle - 1, row, PriceText(*bid.price, a_model.data.decimals), EInkUp);
-            a_cells.Write(a_area.left, row, VolumeText(bid.volume.value_or(std::nan(""))), EInkUp);
-            const int length = barLength(bid);
-            a_cells.Reverse(middle - length, row, length, EInkUp);
-        }
-        if (const Level ask = GetLevel(a_model, Ask1, AskVolume1, level); ask.price) {
-            a_cells.Write(middle + 1, row, PriceText(*ask.price, a_model.data.decimals), EInkDown);
-            a_cells.WriteBefore(a_area.left + a_area.width, row,
-                                VolumeText(ask.volume.value_or(std::nan(""))), EInkDown);
-            a_cells.Reverse(middle + 1, row, barLength(ask), EInkDown);
+        for (const bool isBid : {true, false}) {
+            const std::size_t place = isBid ? level : S_levels + level;
+            if (!levels[place].price)
+                continue;
+            const EScreenInk ink = isBid ? EInkUp : EInkDown;
+            a_cells.WriteBefore(isBid ? a_area.left + std::max(volumeWidth, Length(volumeTexts[place]))
+                                      : right,
+                                row, volumeTexts[place], ink);
+            a_cells.WriteBefore(isBid ? middle - 1 : middle + 1 + priceWidth, row,
+                                ScreenTexts::Price(*levels[place].price, a_model.data.decimals), ink);
+            if (!(largest > 0.0) || !(volumes[place] > 0.0))
+                continue;
+            const int length =
+                std::clamp(static_cast<int>(std::lround(volumes[place] / largest * (half - 1))), 1, half - 1);
+            a_cells.Reverse(isBid ? middle - length : middle + 1, row, length, ink);
         }
     }
 }
 
 // The best offers in one line, where there is no room for the book.
-void DrawBestOffers(const ScreenModel& a_model, ScreenCells& a_cells, Area a_area)
+void DrawBestOffers(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_area)
 {
-    const auto text = [&](const wchar_t* a_title, const Level& a_level) {
-        return a_level.price
-                   ? fmt::format(L"{} {} × {}", a_title, PriceText(*a_level.price, a_model.data.decimals),
-                                 VolumeText(a_level.volume.value_or(std::nan(""))))
-                   : fmt::format(L"{} –", a_title);
+    const Level bid = GetLevel(a_model, Bid1, BidVolume1, 0);
+    const Level ask = GetLevel(a_model, Ask1, AskVolume1, 0);
+    const auto text = [&](const wchar_t* a_title, const Level& a_level, bool a_withVolume) {
+        if (!a_level.price)
+            return fmt::format(L"{} –", a_title);
+        std::wstring offer =
+            fmt::format(L"{} {}", a_title, ScreenTexts::Price(*a_level.price, a_model.data.decimals));
+        if (a_withVolume)
+            offer += L" × " + ScreenTexts::Volume(a_level.volume.value_or(std::nan("")));
+        return offer;
     };
-    a_cells.Write(a_area.left, a_area.top, text(L"K", GetLevel(a_model, Bid1, BidVolume1, 0)), EInkUp);
-    a_cells.WriteBefore(a_area.left + a_area.width, a_area.top,
-                        text(L"S", GetLevel(a_model, Ask1, AskVolume1, 0)), EInkDown);
+    for (const bool withVolume : {true, false}) {
+        const std::wstring left = text(L"K", bid, withVolume);
+        const std::wstring right = text(L"S", ask, withVolume);
+        if (withVolume && Length(left) + 1 + Length(right) > a_area.width)
+            continue;
+        a_cells.Write(a_area.left, a_area.top, left, EInkUp);
+        if (Length(left) + 1 + Length(right) <= a_area.width)
+            a_cells.WriteBefore(a_area.left + a_area.width, a_area.top, right, EInkDown);
+        return;
+    }
 }
 
-void DrawTrades(const ScreenModel& a_model, ScreenCells& a_cells, Area a_area)
+void DrawTrades(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_area)
 {
-    a_cells.Write(a_area.left, a_area.top, L"transakcje", EInkDim);
     const auto& trades = a_model.data.trades;
+    a_cells.Write(a_area.left, a_area.top, L"transakcje", EInkDim);
+    if (trades.empty())
+        a_cells.Write(a_area.left, a_area.top + 1, L"brak transakcji", EInkDim);
+    else
+        a_cells.WriteBefore(a_area.left + a_area.width, a_area.top, L"wolumen", EInkDim);
+    std::vector<double> volumes;
+    for (const auto& trade : trades)
+        volumes.push_back(trade.volume);
+    const std::vector<std::wstring> volumeTexts = ScreenTexts::Volumes(volumes);
     for (std::size_t place = 0; place < trades.size() && static_cast<int>(place) + 1 < a_area.height;
          ++place) {
         const int row = a_area.top + 1 + static_cast<int>(place);
         const double older = place + 1 < trades.size() ? trades[place + 1].price : trades[place].price;
-        const EScreenInk ink = trades[place].price > older   ? EInkUp
-                               : trades[place].price < older ? EInkDown
-                                                             : EInkNormal;
-        const NDateTime& time = trades[place].time;
-        a_cells.Write(a_area.left, row,
-                      fmt::format(L"{:02}:{:02}:{:02}", time.GetHour(), time.GetMinute(), time.GetSecond()),
-                      EInkDim);
-        a_cells.WriteBefore(a_area.left + 21, row, PriceText(trades[place].price, a_model.data.decimals),
+        const bool isUp = trades[place].price > older;
+        const bool isDown = trades[place].price < older;
+        const EScreenInk ink = isUp ? EInkUp : isDown ? EInkDown : EInkNormal;
+        a_cells.Write(a_area.left, row, ScreenTexts::Clock(trades[place].time), EInkDim);
+        a_cells.WriteBefore(a_area.left + 22, row,
+                            ScreenTexts::Price(trades[place].price, a_model.data.decimals) + (isUp ? L" ▲"
+                                                                                              : isDown
+                                                                                                  ? L" ▼"
+                                                                                                  : L"  "),
                             ink);
-        a_cells.WriteBefore(a_area.left + a_area.width, row, VolumeText(trades[place].volume));
+        a_cells.WriteBefore(a_area.left + a_area.width, row, volumeTexts[place]);
     }
 }
 
-void DrawCandles(const ScreenModel& a_model, ScreenCells& a_cells, Area a_area)
+void DrawCandles(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_area)
 {
     if (a_model.asTable)
         return DrawTable(a_model, a_cells, a_area);
     const int tableHeight = a_area.height >= 18 ? std::min(6 + (a_area.height - 18) / 3, 12) : 0;
-    Area chart = a_area;
+    ScreenArea chart = a_area;
     chart.height -= tableHeight;
-    DrawChart(a_model, a_cells, chart);
+    CandleChart(a_model, a_cells).Draw(chart);
     if (tableHeight > 0)
         DrawTable(a_model, a_cells,
                   {a_area.left, a_area.top + chart.height + 1, a_area.width, tableHeight - 1});
@@ -472,73 +385,19 @@ void DrawCandles(const ScreenModel& a_model, ScreenCells& a_cells, Area a_area)
 
 } // namespace
 
-ScreenCells::ScreenCells(int a_width, int a_height)
-    : m_width(std::max(a_width, 1)),
-      m_height(std::max(a_height, 1)),
-      m_cells(static_cast<std::size_t>(m_width) * static_cast<std::size_t>(m_height))
-{}
-
-ScreenCell ScreenCells::At(int a_column, int a_row) const
-{
-    if (a_column < 0 || a_column >= m_width || a_row < 0 || a_row >= m_height)
-        return {};
-    return m_cells[static_cast<std::size_t>(a_row) * static_cast<std::size_t>(m_width) +
-                   static_cast<std::size_t>(a_column)];
-}
-
-std::wstring ScreenCells::GetLine(int a_row) const
-{
-    std::wstring line;
-    for (int column = 0; column < m_width; ++column)
-        line += At(column, a_row).text;
-    return line;
-}
-
-void ScreenCells::Put(int a_column, int a_row, const ScreenCell& a_cell)
-{
-    if (a_column < 0 || a_column >= m_width || a_row < 0 || a_row >= m_height)
-        return;
-    m_cells[static_cast<std::size_t>(a_row) * static_cast<std::size_t>(m_width) +
-            static_cast<std::size_t>(a_column)] = a_cell;
-}
-
-void ScreenCells::Write(int a_column, int a_row, std::wstring_view a_text, EScreenInk a_ink, bool a_bold)
-{
-    for (const wchar_t character : a_text) {
-        Put(a_column, a_row,
-            {FitsCell(character) ? character : L'?', a_ink, a_bold, At(a_column, a_row).reversed});
-        ++a_column;
-    }
-}
-
-void ScreenCells::WriteBefore(int a_end, int a_row, std::wstring_view a_text, EScreenInk a_ink, bool a_bold)
-{
-    Write(a_end - Length(a_text), a_row, a_text, a_ink, a_bold);
-}
-
-void ScreenCells::Reverse(int a_column, int a_row, int a_count, EScreenInk a_ink)
-{
-    for (int column = a_column; column < a_column + a_count; ++column) {
-        ScreenCell cell = At(column, a_row);
-        cell.reversed = true;
-        cell.ink = a_ink;
-        Put(column, a_row, cell);
-    }
-}
-
 ScreenCells RenderScreen(const ScreenModel& a_model, int a_width, int a_height)
 {
     ScreenCells cells(a_width, a_height);
     DrawHeader(a_model, cells);
     if (cells.GetHeight() >= 3)
         DrawPrice(a_model, cells);
-    const Area body{0, 2, cells.GetWidth(), cells.GetHeight() - 3};
+    const ScreenArea body{0, 2, cells.GetWidth(), cells.GetHeight() - 3};
     if (body.height > 0 && body.width >= S_widthWithPanel) {
         const int left = body.width - S_panelWidth - 2;
         for (int row = body.top; row < body.top + body.height; ++row)
             cells.Put(left, row, {L'│', EInkDim, false, false});
         DrawCandles(a_model, cells, {body.left, body.top, left, body.height});
-        const Area panel{left + 1, body.top, S_panelWidth, body.height};
+        const ScreenArea panel{left + 1, body.top, S_panelWidth, body.height};
         DrawBook(a_model, cells, panel);
         if (body.height > S_bookHeight + 1)
             DrawTrades(a_model, cells,

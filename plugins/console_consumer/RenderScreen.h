@@ -1,52 +1,11 @@
 #pragma once
 
+#include "console_consumer/ScreenCells.h"
 #include "console_consumer/Watch.h"
 #include "modules/EConnectionStatus.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
-#include <string_view>
-#include <vector>
-
-/// What a cell means; the terminal's colours are chosen where it is painted.
-enum EScreenInk : std::uint8_t { EInkNormal, EInkDim, EInkUp, EInkDown, EInkAccent };
-
-/// One character of the screen, one column wide.
-struct ScreenCell {
-    wchar_t text = L' ';
-    EScreenInk ink = EInkNormal;
-    bool bold = false;
-    bool reversed = false; ///< Bars and the first and last line.
-};
-
-/// A picture of a terminal, made without one.
-class ScreenCells {
-public:
-    /// Blank; sizes below 1 are taken as 1.
-    ScreenCells(int a_width, int a_height);
-
-    int GetWidth() const { return m_width; }
-    int GetHeight() const { return m_height; }
-    /// Blank outside of the screen.
-    ScreenCell At(int a_column, int a_row) const;
-    std::wstring GetLine(int a_row) const;
-
-    /// Here and below: what lies outside is cut off.
-    void Put(int a_column, int a_row, const ScreenCell& a_cell);
-    /// Characters that can't be shown in one column become '?'.
-    void Write(int a_column, int a_row, std::wstring_view a_text, EScreenInk a_ink = EInkNormal,
-               bool a_bold = false);
-    /// Right-aligned: the text's last character stands in front of a_end.
-    void WriteBefore(int a_end, int a_row, std::wstring_view a_text, EScreenInk a_ink = EInkNormal,
-                     bool a_bold = false);
-    void Reverse(int a_column, int a_row, int a_count, EScreenInk a_ink);
-
-private:
-    int m_width;
-    int m_height;
-    std::vector<ScreenCell> m_cells;
-};
 
 /// Everything that a screen shows of one instrument.
 struct ScreenModel {
@@ -58,9 +17,11 @@ struct ScreenModel {
     std::size_t count = 1;
     bool frozen = false;
     bool asTable = false; ///< A table of candles in place of the chart.
+    bool inColour = true; ///< Without colour, rising candles are drawn by a line and falling ones by a block.
     std::wstring message; ///< Of the host.
     Watch::Snapshot data;
 };
 
-/// Lays the screen out for its size: 80 columns and 24 rows show everything, less show less, down to one cell.
+/// Lays the screen out for its size: 80 columns and 24 rows show everything, less show less, down to one cell. Whatever
+/// colours tell, a sign or a shape tells too.
 ScreenCells RenderScreen(const ScreenModel& a_model, int a_width, int a_height);

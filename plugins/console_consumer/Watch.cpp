@@ -64,8 +64,8 @@ void Watch::HistoryEnd()
     m_model.HistoryEnd();
     if (!m_request.IsSetSynchro())
         PrintPast();
-    if (!m_lastPrice && m_model.GetCount() > 0)
-        NotePrice(m_model.GetCandle(m_model.GetCount() - 1).find(Price)->second);
+    if (!m_lastPrice)
+        NoteLastCandle();
 }
 
 void Watch::SetSynchronization(Synchronization&& a_synchronization)
@@ -94,8 +94,7 @@ void Watch::SetSynchronization(Synchronization&& a_synchronization)
                                           place < before.GetRecordsCount() ? "changed" : "new",
                                           m_model.GetCandle(place));
     }
-    if (m_model.GetCount() > 0)
-        NotePrice(m_model.GetCandle(m_model.GetCount() - 1).find(Price)->second);
+    NoteLastCandle();
 }
 
 void Watch::PrintPast()
@@ -118,6 +117,7 @@ void Watch::AddRecord(const Record& a_record)
     if (!change)
         return;
     NotePrice(change->candle.find(Price)->second);
+    NoteTime(a_record.GetTime());
     if (m_options.plain)
         m_lines +=
             PlainLines::Candle(m_asset.GetShortName(), change->isNew ? "new" : "changed", change->candle);
@@ -126,9 +126,11 @@ void Watch::AddRecord(const Record& a_record)
 void Watch::SetState(const CurrentState& a_state)
 {
     const std::lock_guard lock(m_mutex);
-    const auto reference = a_state.find(Reference);
-    if (reference != a_state.end() && reference->second.IsSet())
-        m_reference = reference->second.value;
+    for (const auto& [seriesId, value] : a_state)
+        if (value.IsSet())
+            m_day[seriesId] = value.value;
+    if (a_state.TimeFieldIsSet())
+        NoteTime(a_state.GetTime().value);
     const auto price = a_state.find(Price);
     if (price != a_state.end() && price->second.IsSet())
         NotePrice(price->second.value);
@@ -161,6 +163,8 @@ void Watch::SetTrades(const LatestRecords& a_trades)
             m_lines += PlainLines::Trade(m_asset.GetShortName(), *--known);
     }
     m_trades = std::move(trades);
+    if (!m_trades.empty())
+        NoteTime(m_trades.front().time);
 }
 
 void Watch::End(std::wstring_view a_reason)
@@ -181,16 +185,25 @@ bool Watch::HasEnded() const
 Watch::Snapshot Watch::Look(std::size_t a_candleCount) const
 {
     const std::lock_guard lock(m_mutex);
+    const auto ofDay = [this](ESeriesId a_seriesId) {
+        const auto found = m_day.find(a_seriesId);
+        return found == m_day.end() ? std::nullopt : std::optional(found->second);
+    };
     return {m_model.GetInterval(),
             m_model.GetLastCandles(a_candleCount),
             m_offers,
             m_trades,
             m_lastPrice,
             m_direction,
-            m_reference,
+            ofDay(Reference),
             m_decimals,
             m_model.HasHistoryEnded(),
-            m_endReason};
+            m_endReason,
+            m_time,
+            ofDay(Open),
+            ofDay(Max),
+            ofDay(Min),
+            ofDay(VolumeTotal)};
 }
 
 std::string Watch::TakeLines()
@@ -204,4 +217,19 @@ void Watch::NotePrice(double a_price)
     if (m_lastPrice && a_price != *m_lastPrice)
         m_direction = a_price > *m_lastPrice ? 1 : -1;
     m_lastPrice = a_price;
+}
+
+void Watch::NoteTime(const NDateTime& a_time)
+{
+    if (!m_time || *m_time < a_time)
+        m_time = a_time;
+}
+
+void Watch::NoteLastCandle()
+{
+    if (m_model.GetCount() == 0)
+        return;
+    const Record last = m_model.GetCandle(m_model.GetCount() - 1);
+    NotePrice(last.find(Price)->second);
+    NoteTime(last.GetTime());
 }

@@ -7,6 +7,7 @@
 #include "series/LatestRecords.h"
 #include "series/Offers.h"
 
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -23,15 +24,20 @@ public:
     /// What there is to see, at one moment.
     struct Snapshot {
         IntervalAndMultiplicity interval;
-        History candles;
+        History candles{EIntervalTick, 1};
         std::optional<Offers> offers;
         std::vector<LatestRecords::LastRecord> trades; ///< The newest first.
         std::optional<double> lastPrice;
-        int direction = 0; ///< Of the last price's last change: above 0 up, below 0 down.
-        std::optional<double> reference;
-        int decimals = 2; ///< Of prices.
+        int direction = 0;               ///< Of the last price's last change: above 0 up, below 0 down.
+        std::optional<double> reference; ///< What the change of the day is counted from.
+        int decimals = 2;                ///< Of prices.
         bool historyEnded = false;
-        std::wstring ended; ///< Why nothing comes any more; empty while something may.
+        std::wstring ended;            ///< Why nothing comes any more; empty while something may.
+        std::optional<NDateTime> time; ///< Of the latest that came: the clock of what is played.
+        std::optional<double> open;    ///< Here and below: of the day so far, where the provider tells.
+        std::optional<double> high;
+        std::optional<double> low;
+        std::optional<double> volume;
     };
 
     /// Chooses what to ask for among what the provider offers for the asset: all kinds, in that interval or, where the
@@ -63,6 +69,8 @@ private:
           const ConsoleOptions& a_options);
 
     void NotePrice(double a_price);
+    void NoteTime(const NDateTime& a_time);
+    void NoteLastCandle();
     void PrintPast();
 
     const Asset m_asset;
@@ -77,7 +85,8 @@ private:
     std::vector<LatestRecords::LastRecord> m_trades;
     std::optional<double> m_lastPrice;
     int m_direction = 0;
-    std::optional<double> m_reference;
+    std::optional<NDateTime> m_time;
+    std::map<ESeriesId, double> m_day; // what the state told
     bool m_hasEnded = false;
     std::wstring m_endReason;
     std::string m_lines;

@@ -21,11 +21,27 @@ ScreenModel MakeModel()
                                       {IntervalMax, open + 1},
                                       {IntervalMin, open - 1}}}));
     }
-    ScreenModel model{L"PKO",   L"Bank próbny",
-                      L"Pliki", EConnectionStatusConnected,
-                      0,        2,
-                      false,    false,
-                      {},       {{EIntervalMinute, 1}, candles, Offers(), {}, 99.53, 1, 98.0, 2, true, {}}};
+    ScreenModel model;
+    model.symbol = L"PKO";
+    model.name = L"Bank próbny";
+    model.provider = L"Pliki";
+    model.status = EConnectionStatusConnected;
+    model.count = 2;
+    model.data = {{EIntervalMinute, 1},
+                  candles,
+                  Offers(),
+                  {},
+                  99.53,
+                  1,
+                  98.0,
+                  2,
+                  true,
+                  {},
+                  NDateTime(2021, 3, 4, 10, 49, 59, 0),
+                  99.0,
+                  106.0,
+                  98.0,
+                  50000.0};
     model.data.offers->SetBuyIfChanged({99.52, 99.51, 99.50, 99.49, 99.48});
     model.data.offers->SetQBuyIfChanged({100, 200, 300, 400, 500});
     model.data.offers->SetSellIfChanged({99.54, 99.55, 99.56, 99.57, 99.58});
@@ -130,4 +146,43 @@ TEST(RenderScreenTest, VolumesOfAnySizeStandApartFromPrices)
                                                L"99,57000  1,235M", L"99,58000      3G"};
     for (const wchar_t* line : lines)
         EXPECT_TRUE(Has(cells, line)) << testing::PrintToString(std::wstring(line));
+}
+
+TEST(RenderScreenTest, EveryShapeOfACandleIsToldWithoutColour)
+{
+    ScreenModel model = MakeModel();
+    model.inColour = false;
+    // Rows 2 to 14 and columns up to the axis: the candles. All of the model's rise.
+    const auto has = [&](wchar_t a_sign) {
+        const ScreenCells cells = RenderScreen(model, 80, 24);
+        for (int row = 2; row < 13; ++row)
+            if (cells.GetLine(row).substr(0, 35).find(a_sign) != std::wstring::npos)
+                return true;
+        return false;
+    };
+    EXPECT_TRUE(has(L'┃'));
+    EXPECT_FALSE(has(L'█'));
+    for (auto& [seriesId, column] : model.data.candles)
+        if (seriesId == Price)
+            for (double& close : column)
+                close -= 1.0;
+    EXPECT_FALSE(has(L'┃'));
+    EXPECT_TRUE(has(L'█'));
+}
+
+TEST(RenderScreenTest, ANewDayIsNamedBelowItsFirstCandle)
+{
+    ScreenModel model = MakeModel();
+    EXPECT_TRUE(model.data.candles.AddData(
+        {NDateTime(2021, 3, 5, 9, 0, 30, 0),
+         {{Price, 99.0}, {Volume, 10.0}, {IntervalOpen, 99.0}, {IntervalMax, 99.0}, {IntervalMin, 99.0}}}));
+    for (unsigned int minute = 1; minute < 9; ++minute) {
+        Record candle = model.data.candles.GetLastRecord();
+        candle.SetTime(NDateTime(2021, 3, 5, 9, minute, 30, 0));
+        EXPECT_TRUE(model.data.candles.AddData(candle));
+    }
+    EXPECT_TRUE(Has(RenderScreen(model, 80, 24), L"05.03"));
+    model.asTable = true;
+    for (const wchar_t* time : {L"05.03 09:08", L"04.03 10:49"})
+        EXPECT_TRUE(Has(RenderScreen(model, 80, 24), time));
 }
