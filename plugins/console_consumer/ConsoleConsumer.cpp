@@ -58,6 +58,14 @@ void ClearSignal(int a_event)
     [[maybe_unused]] const auto taken = read(a_event, &count, sizeof(count));
 }
 
+// An end that nobody expects is told as well: lines have no place for it, and a screen may show another instrument.
+void EndAndTell(Watch& a_watch, std::wstring_view a_reason)
+{
+    if (a_watch.End(a_reason))
+        PluginBase::ShowNotificationMessage(CodePage::Utf8ToWide(a_watch.GetAsset().GetShortName()) + L": " +
+                                            std::wstring(a_reason));
+}
+
 } // namespace
 
 ConsoleConsumer::ConsoleConsumer(const ConsoleOptions& a_options, std::ostream& a_out)
@@ -217,7 +225,7 @@ void ConsoleConsumer::Deliver(unsigned int a_requestId, const std::function<void
 
 void ConsoleConsumer::SymbolDeleted(unsigned int a_requestId, const std::string& /*a_isin*/)
 {
-    Deliver(a_requestId, [](Watch& a_watch) { a_watch.End(L"Instrument wycofany z notowań"); });
+    Deliver(a_requestId, [](Watch& a_watch) { EndAndTell(a_watch, L"Instrument wycofany z notowań"); });
 }
 
 void ConsoleConsumer::ProcessOperations(unsigned int a_requestId, const HistoryOperations& a_operations)
@@ -262,12 +270,18 @@ void ConsoleConsumer::ProcessLatestRecords(unsigned int a_requestId, const Lates
 
 void ConsoleConsumer::RequestRefused(unsigned int a_requestId, std::wstring_view a_reason)
 {
-    Deliver(a_requestId, [&](Watch& a_watch) { a_watch.End(a_reason); });
+    Deliver(a_requestId, [&](Watch& a_watch) { EndAndTell(a_watch, a_reason); });
 }
 
 void ConsoleConsumer::RequestEnded(unsigned int a_requestId)
 {
-    Deliver(a_requestId, [](Watch& a_watch) { a_watch.End(L"Koniec danych"); });
+    Deliver(a_requestId, [](Watch& a_watch) {
+        const std::wstring_view reason = L"Koniec danych";
+        if (a_watch.GetRequestParams().IsSetOnlyHistory())
+            a_watch.End(reason);
+        else
+            EndAndTell(a_watch, reason);
+    });
 }
 
 void ConsoleConsumer::ShowMessageLine(std::wstring_view a_text)

@@ -167,13 +167,15 @@ void Watch::SetTrades(const LatestRecords& a_trades)
         NoteTime(m_trades.front().time);
 }
 
-void Watch::End(std::wstring_view a_reason)
+bool Watch::End(std::wstring_view a_reason)
 {
     const std::lock_guard lock(m_mutex);
     PrintPast();
     // The first reason is the cause: behind a symbol that was deleted comes the end of the request.
-    if (!std::exchange(m_hasEnded, true))
-        m_endReason = a_reason;
+    if (std::exchange(m_hasEnded, true))
+        return false;
+    m_endReason = a_reason;
+    return true;
 }
 
 bool Watch::HasEnded() const

@@ -56,8 +56,8 @@ public:
     void SetState(const CurrentState& a_state);
     void SetOffers(const Offers& a_offers);
     void SetTrades(const LatestRecords& a_trades);
-    /// a_reason: for the user.
-    void End(std::wstring_view a_reason);
+    /// a_reason: for the user. False where it had ended before; the first reason stays.
+    bool End(std::wstring_view a_reason);
 
     bool HasEnded() const;
     Snapshot Look(std::size_t a_candleCount) const;

@@ -93,9 +93,11 @@ TEST(ConsoleConsumerTest, LinesTellEachChangeOnceAndTheEndEndsTheHost)
     EXPECT_EQ(out.str(), expected);
     EXPECT_TRUE(mediator.Calls().empty());
 
+    // The user is told the cause, and once.
+    consumer.SymbolDeleted(feed.requestId, "");
     consumer.RequestEnded(feed.requestId);
     consumer.Refresh();
     consumer.Refresh();
-    EXPECT_EQ(mediator.Calls().front(), "RequestExit 0");
+    EXPECT_EQ(mediator.Calls(), (std::vector<std::string>{"ShowNotificationMessage", "RequestExit 0"}));
     consumer.StopWork();
 }
