@@ -60,7 +60,8 @@ protected:
 /// second apart). A source whose past was rewritten gives the instrument another generation (InstrumentsChanged).
 ///
 /// All operations may be called from any thread. Those that read raise std::exception when the store can't be read now
-/// (no connection, a damaged file), with a text for the log; the provider asks again after Restored. An instrument that
+/// (no connection, a damaged file), with a text for the log; the provider asks again after Restored, or, where the store
+/// didn't tell that it is broken, after a pause. Rows that aren't as told here count as such a failure. An instrument that
 /// isn't there has no rows.
 class IMarketStore {
 public:

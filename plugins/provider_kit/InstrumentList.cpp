@@ -8,14 +8,28 @@
 #include <algorithm>
 #include <utility>
 
+namespace {
+
+// Rows that nothing can be made of are better refused here, once, than at each subscription.
+bool HasUsableRows(const StoreInstrument& a_instrument)
+{
+    const auto& series = a_instrument.series;
+    return a_instrument.interval.IsValid() && (!a_instrument.live || a_instrument.interval.IsSingleTick()) &&
+           std::ranges::find(series, Price, &DSProp::GetSeriesID) != series.end();
+}
+
+} // namespace
+
 InstrumentList::InstrumentList(ProviderBase& a_provider, std::vector<StoreInstrument>&& a_instruments)
 {
     std::map<std::wstring, std::vector<std::shared_ptr<Asset>>> groups;
     for (StoreInstrument& instrument : a_instruments) {
         const std::string isin = instrument.isin;
-        if (!StoreProvider::IsServable(isin) || m_entries.contains(isin)) {
+        if (!StoreProvider::IsServable(isin) || m_entries.contains(isin) || !HasUsableRows(instrument)) {
             VeloTools::Log::Instance().Write("InstrumentList::InstrumentList", __LINE__,
-                                             "Pominięty walor: "_cp1250 + isin);
+                                             "Dostawca "_cp1250 +
+                                                 CodePage::WideToCp1250(a_provider.GetName()) +
+                                                 ", pominięty walor: "_cp1250 + isin);
             continue;
         }
         const auto asset = std::make_shared<Asset>(&a_provider, instrument.shortName, instrument.longName,

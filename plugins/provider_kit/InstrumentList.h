@@ -15,8 +15,8 @@ class ProviderBase;
 class InstrumentList {
 public:
     InstrumentList() = default; ///< Nothing.
-    /// Instruments whose ISIN StoreProvider::IsServable refuses, or that come a second time, are left out with a line in
-    /// the log.
+    /// Instruments whose ISIN StoreProvider::IsServable refuses, that come a second time, that have no Price or an impossible
+    /// interval, and live ones of other rows than single ticks are left out with a line in the log.
     InstrumentList(ProviderBase& a_provider, std::vector<StoreInstrument>&& a_instruments);
 
     /// Null for one that isn't there.

@@ -9,6 +9,7 @@
 #include "series/Record.h"
 #include "series/Synchronization.h"
 #include "velo/Log.h"
+#include "velo/LogAllExceptions.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -22,6 +23,16 @@ namespace {
 constexpr std::uint64_t S_partRows = 20'000;
 
 constexpr unsigned int S_allKinds = ~0U;
+
+// Short enough for a store that stumbled once, long enough for one that never gets up.
+constexpr std::chrono::milliseconds S_firstPause(250);
+constexpr std::chrono::milliseconds S_longestPause = std::chrono::seconds(8);
+
+// The length of the pause that begins now; the next one is longer.
+std::chrono::milliseconds TakePause(std::chrono::milliseconds& a_pause)
+{
+    return std::exchange(a_pause, std::min(2 * a_pause, S_longestPause));
+}
 
 unsigned int OfferedKinds(const StoreInstrument& a_instrument)
 {
@@ -48,6 +59,13 @@ std::optional<NDateTime> DayAfter(const NDateTime& a_time)
 {
     const NDateTime day = NDateTime::FromDouble(a_time.GetAbsoluteDay() + 1.0);
     return day.IsValid() ? std::optional(day) : std::nullopt;
+}
+
+// A store whose rows go back in time from one reading to the next is told from no more.
+void CheckOrder(const std::optional<NDateTime>& a_last, const NDateTime& a_next)
+{
+    if (a_last && !(*a_last < a_next))
+        throw std::runtime_error("Wiersze z magazynu cofają się w czasie"_cp1250);
 }
 
 Synchronization SynchronizationOf(History&& a_rows)
@@ -81,20 +99,25 @@ struct StoreEngine::Served : SubscriptionBook::Subscription {
     std::uint64_t nextHistory = 0;               // row that the history goes on with
     std::uint64_t endHistory = 0;
     std::uint64_t firstSynchronized = 0;
-    std::uint64_t endSynchronized = 0; // also where records go on without a synchronization
+    std::optional<NDateTime> lastHistory; // time of the last row of the history that was read
+    std::uint64_t endSynchronized = 0;    // also where records go on without a synchronization
     std::unique_ptr<HistoryFold> fold;
     bool mustSynchronize = false;     // once more, after a break
     bool mustCheckOperations = false; // they may have changed since they were told
     bool historyDone = false;
+    std::chrono::milliseconds pause = S_firstPause; // after the next failure
+    // Under the engine's mutex.
+    bool isRetried = false; // waits for the end of its pause
     // Under Lock; the flag is looked at without it too, so that nobody waits for a past that is being told.
     std::atomic<bool> isLive = false;
-    std::uint64_t nextRow = 0; // to be told as a record
+    std::uint64_t nextRow = 0;         // to be told as a record
+    std::optional<NDateTime> lastTime; // of the row before it, where that was told
     // The live thread alone.
     bool knowsSession = false;
 };
 
 StoreEngine::StoreEngine(StoreProvider& a_provider, std::unique_ptr<IMarketStore> a_store)
-    : m_provider(a_provider), m_store(std::move(a_store)), m_operations(*m_store)
+    : m_provider(a_provider), m_store(std::move(a_store)), m_operations(*m_store), m_taskPause(S_firstPause)
 {
     m_past = std::thread([this] { TellPast(); });
     m_live = std::thread([this] { TellLive(); });
@@ -103,6 +126,8 @@ StoreEngine::StoreEngine(StoreProvider& a_provider, std::unique_ptr<IMarketStore
 StoreEngine::~StoreEngine()
 {
     End();
+    // First, while all the rest stands: a store that tells its listener to the last ends its threads here at the latest.
+    m_store.reset();
 }
 
 void StoreEngine::End()
@@ -157,17 +182,20 @@ bool StoreEngine::SwitchStore(bool a_connect)
     try {
         m_store->Open(*this);
     } catch (...) {
-        LogAllExceptions("StoreEngine::SwitchStore", __LINE__);
+        LogFailure("StoreEngine::SwitchStore", __LINE__, {});
+        const std::lock_guard lock(m_mutex);
+        m_breakReason = L"Nie udało się połączyć; przyczyna jest w dzienniku";
     }
     return true;
 }
 
+// Whatever the store raises: at the end the consumers are owed their silence, and the threads must be joined.
 void StoreEngine::CloseStore()
 {
     try {
         m_store->Close();
     } catch (...) {
-        LogAllExceptions("StoreEngine::CloseStore", __LINE__);
+        LogFailure("StoreEngine::CloseStore", __LINE__, {});
     }
 }
 
@@ -245,7 +273,7 @@ std::optional<StoreEngine::RowCount> StoreEngine::CountNow(const std::string& a_
     try {
         return RowCount{m_store->GetRowCount(a_isin), instrument->generation};
     } catch (...) {
-        LogAllExceptions("StoreEngine::CountNow", __LINE__);
+        LogFailure("StoreEngine::CountNow", __LINE__, a_isin);
         return std::nullopt;
     }
 }
@@ -293,12 +321,11 @@ void StoreEngine::InstrumentsChanged()
 void StoreEngine::TellPast()
 {
     for (;;) {
-        Task task;
+        std::optional<Task> task;
         ServedPtr served;
         {
             std::unique_lock lock(m_mutex);
-            m_wakePast.wait(lock, [this] { return m_quit || !m_tasks.empty() || !m_steps.empty(); });
-            if (m_quit)
+            if (!WaitForPast(lock))
                 return;
             if (!m_tasks.empty()) {
                 task = std::move(m_tasks.front());
@@ -308,26 +335,56 @@ void StoreEngine::TellPast()
                 m_steps.pop_front();
             }
         }
-        if (served) {
+        if (task)
+            RunTask(*task);
+        else
             RunStep(served);
-            continue;
-        }
-        try {
-            task();
-        } catch (...) {
-            LogAllExceptions("StoreEngine::TellPast", __LINE__);
-        }
+    }
+}
+
+bool StoreEngine::WaitForPast(std::unique_lock<std::mutex>& a_lock)
+{
+    for (;;) {
+        while (!m_later.empty() && m_later.begin()->first <= Clock::now())
+            m_later.extract(m_later.begin()).mapped()();
+        if (m_quit)
+            return false;
+        if (!m_tasks.empty() || !m_steps.empty())
+            return true;
+        if (m_later.empty())
+            m_wakePast.wait(a_lock);
+        else
+            m_wakePast.wait_until(a_lock, m_later.begin()->first);
+    }
+}
+
+void StoreEngine::RunTask(const Task& a_task)
+{
+    try {
+        a_task.run();
+        m_taskPause = S_firstPause;
+    } catch (...) {
+        LogFailure("StoreEngine::RunTask", __LINE__, {});
+        const std::lock_guard lock(m_mutex);
+        CallLater(TakePause(m_taskPause), [this, a_task] {
+            // With a new connection all is read anew.
+            if (m_connection == a_task.connection && m_switchedOn)
+                m_tasks.push_back(a_task);
+        });
     }
 }
 
 void StoreEngine::RunStep(const ServedPtr& a_served)
 {
     EStep step = EStepWaits;
+    bool hasFailed = false;
     try {
         step = Step(*a_served);
+        a_served->pause = S_firstPause;
     } catch (...) {
-        // Nothing is lost: the stage begins once more when the connection is back, or when the item has news.
-        LogAllExceptions("StoreEngine::RunStep", __LINE__);
+        // Nothing is lost: the stage begins once more.
+        LogFailure("StoreEngine::RunStep", __LINE__, a_served->GetIsin());
+        hasFailed = true;
     }
     if (step == EStepDone)
         return;
@@ -339,6 +396,8 @@ void StoreEngine::RunStep(const ServedPtr& a_served)
         }
         std::erase_if(m_waiting, [](const auto& a_waiting) { return a_waiting->IsOver(); });
         m_waiting.push_back(a_served);
+        if (hasFailed)
+            RetryStep(a_served);
     }
     if (step == EStepWaits)
         return;
@@ -347,8 +406,41 @@ void StoreEngine::RunStep(const ServedPtr& a_served)
         if (m_store->GetRowCount(a_served->GetIsin()) > 0)
             RowsAdded(a_served->GetIsin());
     } catch (...) {
-        LogAllExceptions("StoreEngine::RunStep", __LINE__);
+        LogFailure("StoreEngine::RunStep", __LINE__, a_served->GetIsin());
+        const std::lock_guard lock(m_mutex);
+        RetryStep(a_served);
     }
+}
+
+void StoreEngine::RetryStep(const ServedPtr& a_served)
+{
+    if (!m_connected)
+        return;
+    a_served->isRetried = true;
+    CallLater(TakePause(a_served->pause), [this, a_served] {
+        if (!std::exchange(a_served->isRetried, false))
+            return; // released meanwhile
+        if (const auto place = std::ranges::find(m_waiting, a_served); place != m_waiting.end()) {
+            m_waiting.erase(place);
+            m_steps.push_back(a_served);
+        }
+    });
+}
+
+void StoreEngine::CallLater(std::chrono::milliseconds a_pause, std::function<void()> a_call)
+{
+    m_later.emplace(Clock::now() + a_pause, std::move(a_call));
+    m_wakePast.notify_one();
+}
+
+// In a handler; a_isin is empty where no item is concerned.
+void StoreEngine::LogFailure(const char* a_place, int a_line, const std::string& a_isin) const
+{
+    std::string text = "Dostawca "_cp1250 + CodePage::WideToCp1250(m_provider.GetName());
+    if (!a_isin.empty())
+        text += ", walor "_cp1250 + a_isin;
+    VeloTools::Log::Instance().Write(a_place, a_line, text + ": magazyn zawiódł"_cp1250);
+    LogAllExceptions(a_place, a_line);
 }
 
 StoreEngine::EStep StoreEngine::Step(Served& a_served)
@@ -484,6 +576,8 @@ StoreEngine::EStep StoreEngine::TellHistory(Served& a_served)
         History rows = ReadPart(a_served.GetIsin(), a_served.nextHistory,
                                 std::min(a_served.endHistory, a_served.nextHistory + S_partRows));
         const std::size_t count = rows.GetRecordsCount();
+        CheckOrder(a_served.lastHistory, rows.TimeSeries().front());
+        a_served.lastHistory = rows.TimeSeries().back();
         History part = a_served.fold->Add(std::move(rows));
         a_served.nextHistory += count;
         tell(std::move(part));
@@ -509,6 +603,7 @@ StoreEngine::EStep StoreEngine::TellHistory(Served& a_served)
 
 StoreEngine::EStep StoreEngine::Synchronize(Served& a_served)
 {
+    std::optional<NDateTime> last;
     if (a_served.instrument->live && a_served.Wants(ParamsBase::S_kindDataSynchro)) {
         // Without a row there is nothing to tie to; the first one makes the synchronization.
         if (a_served.endSynchronized == 0) {
@@ -521,6 +616,7 @@ StoreEngine::EStep StoreEngine::Synchronize(Served& a_served)
         Synchronization block = SynchronizationOf(
             ReadPart(a_served.GetIsin(), a_served.firstSynchronized, a_served.endSynchronized));
         a_served.endSynchronized = a_served.firstSynchronized + block.GetRecordsCount();
+        last = block.TimeSeries().back();
         SubscriptionBook::Tell(a_served, ParamsBase::S_kindDataSynchro,
                                [&](IConsumer& a_consumer, unsigned int a_number) {
                                    a_consumer.ProcessSynchronization(a_number, std::move(block));
@@ -529,6 +625,7 @@ StoreEngine::EStep StoreEngine::Synchronize(Served& a_served)
     {
         const auto lock = a_served.Lock();
         a_served.nextRow = a_served.endSynchronized;
+        a_served.lastTime = last;
     }
     a_served.stage = Served::ECatchUp;
     return EStepMore;
@@ -720,6 +817,7 @@ void StoreEngine::Revisit(bool a_synchronize)
     {
         const std::lock_guard lock(m_mutex);
         ReleaseWaiting(nullptr);
+        m_failed.clear();
         m_steps.insert(m_steps.end(), revisited.begin(), revisited.end());
         for (const auto& subscription : subscriptions)
             m_marked.insert(subscription->GetIsin());
@@ -737,16 +835,40 @@ void StoreEngine::TellLive()
             if (m_quit)
                 return;
             items.swap(m_marked);
+            for (const auto& [isin, failure] : m_failed)
+                if (failure.isPending)
+                    items.erase(isin);
         }
         for (const std::string& isin : items) {
             try {
                 TellItem(isin);
             } catch (...) {
-                // The positions stay where they are: the next news of the item, or the new connection, goes on from there.
-                LogAllExceptions("StoreEngine::TellLive", __LINE__);
+                // The positions stay where they are: the retry, or the new connection, goes on from there.
+                LogFailure("StoreEngine::TellLive", __LINE__, isin);
+                RetryItem(isin);
+                continue;
             }
+            const std::lock_guard lock(m_mutex);
+            m_failed.erase(isin);
         }
     }
+}
+
+void StoreEngine::RetryItem(const std::string& a_isin)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_connected)
+        return;
+    Failure& failure = m_failed.try_emplace(a_isin, S_firstPause, false).first->second;
+    failure.isPending = true;
+    CallLater(TakePause(failure.pause), [this, a_isin] {
+        const auto failed = m_failed.find(a_isin);
+        if (failed == m_failed.end())
+            return;
+        failed->second.isPending = false;
+        m_marked.insert(a_isin);
+        m_wakeLive.notify_one();
+    });
 }
 
 void StoreEngine::TellItem(const std::string& a_isin)
@@ -849,13 +971,16 @@ void StoreEngine::TellRows(Served& a_served, bool a_isLive, const History& a_row
             !a_served.Wants(ParamsBase::S_kindDataRecord))
             return;
         const auto place = static_cast<std::size_t>(row - a_first);
+        const NDateTime& time = a_rows.TimeSeries()[place];
+        CheckOrder(a_served.lastTime, time);
         if (!record)
             record.emplace(a_rows.GetEmptyRecord());
         auto value = record->begin();
         for (const auto& [series, values] : a_rows)
             (value++)->second = values[place];
-        record->SetTime(a_rows.TimeSeries()[place]);
+        record->SetTime(time);
         a_served.nextRow = row + 1;
+        a_served.lastTime = time;
         SubscriptionBook::Tell(a_served, ParamsBase::S_kindDataRecord,
                                [&](IConsumer& a_consumer, unsigned int a_number) {
                                    a_consumer.ProcessRecord(a_number, *record);
@@ -863,20 +988,40 @@ void StoreEngine::TellRows(Served& a_served, bool a_isLive, const History& a_row
     }
 }
 
-// Never empty: rows that were counted can be read, or the store raises.
+// Never empty, and as IMarketStore promises: rows that were counted can be read, or the store raises. What is handed on is
+// indexed without further looking.
 History StoreEngine::ReadPart(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last)
 {
+    const auto refuse = [&](const char* a_message) {
+        throw std::runtime_error(std::string(a_message) + ": "_cp1250 + a_isin);
+    };
     History rows = m_store->ReadRows(a_isin, a_first, a_last);
-    if (rows.IsEmpty())
-        throw std::runtime_error("Magazyn nie oddał wierszy, które policzył: "_cp1250 + a_isin);
+    const std::vector<NDateTime>& times = rows.TimeSeries();
+    if (times.empty())
+        refuse("Magazyn nie oddał wierszy, które policzył"_cp1250);
+    if (times.size() > a_last - a_first)
+        refuse("Magazyn oddał więcej wierszy, niż miał przeczytać"_cp1250);
+    if (!times.front().IsValid() ||
+        std::ranges::adjacent_find(times, [](const auto& earlier, const auto& later) {
+            return !later.IsValid() || !(earlier < later);
+        }) != times.end())
+        refuse("Czasy wierszy z magazynu nie rosną"_cp1250);
+    if (std::ranges::any_of(rows, [&](const auto& column) { return column.second.size() != times.size(); }))
+        refuse("Kolumny wierszy z magazynu nie są równej długości"_cp1250);
+    const auto instruments = GetInstruments();
+    const StoreInstrument* const instrument = instruments->Find(a_isin);
+    // Of one that isn't listed any more the subscriptions are being ended.
+    if (instrument != nullptr &&
+        !std::ranges::equal(rows, instrument->series, {}, &History::Column::first, &DSProp::GetSeriesID))
+        refuse("Serie wierszy z magazynu nie są tymi, które walor ma w spisie"_cp1250);
     return rows;
 }
 
-void StoreEngine::Queue(Task a_task)
+void StoreEngine::Queue(std::function<void()> a_run)
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_tasks.push_back(std::move(a_task));
+        m_tasks.push_back({std::move(a_run), m_connection});
     }
     m_wakePast.notify_one();
 }
@@ -894,8 +1039,10 @@ void StoreEngine::ReleaseWaiting(const std::string* a_isin)
 {
     const auto released =
         std::stable_partition(m_waiting.begin(), m_waiting.end(), [&](const auto& a_served) {
-            return a_isin != nullptr && a_served->GetIsin() != *a_isin;
+            return a_isin != nullptr && (a_served->GetIsin() != *a_isin || a_served->isRetried);
         });
+    for (auto served = released; served != m_waiting.end(); ++served)
+        (*served)->isRetried = false;
     m_steps.insert(m_steps.end(), std::make_move_iterator(released),
                    std::make_move_iterator(m_waiting.end()));
     m_waiting.erase(released, m_waiting.end());

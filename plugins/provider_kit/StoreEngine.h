@@ -10,6 +10,7 @@
 #include "provider_kit/SubscriptionBook.h"
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -33,6 +34,10 @@ namespace kalvento::internal {
 /// history, synchronization. It works in steps of one part of the rows and takes the next subscription after each, so that
 /// a short one needn't wait for a long one. The live thread tells whoever has got so far the rows from its position on. A
 /// subscription's position changes under its number's lock only, which is what joins the two without a gap.
+///
+/// What a store raises, and rows that aren't as IMarketStore promises, cost the step or the item at hand and nothing else: it
+/// waits for the new connection where the store says that it is broken, and otherwise for a pause that doubles with every
+/// failure in a row. News of the item doesn't cut the pause short, or a store that fails at each row would fill the log.
 class StoreEngine : public IMarketStoreListener {
 public:
     StoreEngine(StoreProvider& a_provider, std::unique_ptr<IMarketStore> a_store);
@@ -65,7 +70,15 @@ public:
 private:
     struct Served;
     using ServedPtr = std::shared_ptr<Served>;
-    using Task = std::function<void()>;
+    using Clock = std::chrono::steady_clock;
+    struct Task {
+        std::function<void()> run;
+        std::uint64_t connection; // m_connection when it was queued
+    };
+    struct Failure {
+        std::chrono::milliseconds pause;
+        bool isPending; // the pause isn't over
+    };
 
     enum EStep : std::uint32_t {
         EStepMore,
@@ -83,6 +96,9 @@ private:
     // The thread of the past.
     void TellPast();
     void RunStep(const ServedPtr& a_served);
+    void RunTask(const Task& a_task);
+    void RetryStep(const ServedPtr& a_served);       // under m_mutex
+    bool WaitForPast(std::unique_lock<std::mutex>&); // false: the end
     EStep Step(Served& a_served);
     EStep Begin(Served& a_served);
     EStep TellOperations(Served& a_served);
@@ -101,20 +117,23 @@ private:
 
     // The live thread.
     void TellLive();
+    void RetryItem(const std::string& a_isin);
     void TellItem(const std::string& a_isin);
     void NoteLastDay(const std::string& a_isin, const NDateTime& a_time);
     void TellSession(SessionState& a_session, const SubscriptionBook::Subscriptions& a_subscriptions);
     std::shared_ptr<SessionState> SessionOf(const std::string& a_isin);
 
     // Both.
+    void CallLater(std::chrono::milliseconds a_pause, std::function<void()> a_call); // under m_mutex
+    void LogFailure(const char* a_place, int a_line, const std::string& a_isin) const;
     History ReadPart(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last);
     static void TellRows(Served& a_served, bool a_isLive, const History& a_rows, std::uint64_t a_first);
-    void Queue(Task a_task);
+    void Queue(std::function<void()> a_run);
     void MarkItem(const std::string& a_isin);
     void ReleaseWaiting(const std::string* a_isin); // under m_mutex; null: all
 
     StoreProvider& m_provider;
-    const std::unique_ptr<IMarketStore> m_store;
+    std::unique_ptr<IMarketStore> m_store; // gone only when the threads are
     OperationsKeeper m_operations;
     SubscriptionBook m_book;
     std::atomic<bool> m_keepsOperations = false;
@@ -131,10 +150,14 @@ private:
     std::uint64_t m_connection = 0; // changes with each news of the connection
     std::wstring m_breakReason;
     std::shared_ptr<const InstrumentList> m_instruments = std::make_shared<const InstrumentList>();
-    std::deque<Task> m_tasks;         // of the past's thread, before its steps
-    std::deque<ServedPtr> m_steps;    // subscriptions that have a past to be told
-    std::vector<ServedPtr> m_waiting; // those that can't be served until something happens
-    std::set<std::string> m_marked;   // items with news
+    std::deque<Task> m_tasks;                // of the past's thread, before its steps
+    std::deque<ServedPtr> m_steps;           // subscriptions that have a past to be told
+    std::vector<ServedPtr> m_waiting;        // those that can't be served until something happens
+    std::set<std::string> m_marked;          // items with news
+    std::map<std::string, Failure> m_failed; // items that couldn't be told
+    std::chrono::milliseconds m_taskPause;   // of the past's thread alone
+    std::multimap<Clock::time_point, std::function<void()>>
+        m_later; // called by the past's thread under m_mutex
     std::map<std::string, std::shared_ptr<SessionState>> m_sessions; // used by the live thread alone
     std::map<std::string, NDateTime> m_lastDays; // of rows that came since the instruments were read
     std::condition_variable m_wakePast;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -80,6 +81,12 @@ public:
                 return;
         }
         TellBroken();
+    }
+    /// What is read of rows goes through this from now on; it may spoil it or raise.
+    void SetSpoiler(std::function<void(History&)> a_spoiler)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_spoiler = std::move(a_spoiler);
     }
     void Restore()
     {
@@ -159,7 +166,10 @@ public:
         for (std::size_t series = 0; series < item.series.size(); ++series)
             columns.emplace_back(item.series[series], cut(item.columns[series]));
         const IntervalAndMultiplicity interval = item.instrument.interval;
-        return {interval.GetInterval(), interval.GetMultiplicity(), cut(item.times), std::move(columns)};
+        History rows(interval.GetInterval(), interval.GetMultiplicity(), cut(item.times), std::move(columns));
+        if (m_spoiler)
+            m_spoiler(rows);
+        return rows;
     }
     std::optional<Offers> ReadOffers(const std::string& a_isin) override
     {
@@ -223,4 +233,5 @@ private:
     std::map<std::string, Item> m_items;
     bool m_broken = false;
     std::optional<unsigned int> m_readingsLeft;
+    std::function<void(History&)> m_spoiler;
 };

@@ -228,6 +228,64 @@ TEST(StoreProviderLawTest, WhatAConsumerBuildsIsOneFoldOfAllRows)
     }
 }
 
+// A store that fails without a word is asked again by itself, and nothing of what it gave meanwhile is passed on.
+TEST(StoreProviderLawTest, AStoreThatStumblesIsAskedAgain)
+{
+    const TestMediator mediator;
+    const std::pair<const char*, void (*)(History&)> faults[] = {
+        {"raises", [](History&) { throw std::runtime_error("stumbled"); }},
+        {"raises what is no exception", [](History&) { throw 7; }},
+        {"nothing",
+         [](History& a_rows) {
+             a_rows = History(std::set<ESeriesId>{Price, Volume}, EIntervalTick, 1);
+         }},
+        {"a short column", [](History& a_rows) { a_rows.begin()->second.pop_back(); }},
+        {"a column less",
+         [](History& a_rows) {
+             a_rows =
+                 History(EIntervalTick, 1, std::vector<NDateTime>(a_rows.TimeSeries()), {*a_rows.begin()});
+         }},
+        {"a row too many",
+         [](History& a_rows) {
+             Record more = a_rows.GetLastRecord();
+             more.SetTime(NDateTime(2030, 1, 1));
+             a_rows.AddData(more);
+         }},
+        {"times that fall", [](History& a_rows) {
+             std::vector<NDateTime> times(a_rows.TimeSeries());
+             times.back() = NDateTime(1999, 1, 1);
+             if (times.size() == 1)
+                 times.back() = NDateTime(1999, 13, 1);
+             a_rows = History(EIntervalTick, 1, std::move(times), {a_rows.begin(), a_rows.end()});
+         }}};
+    constexpr std::size_t rows = 3 * TickMaker::S_rowsPerDay;
+    constexpr IntervalAndMultiplicity interval(EIntervalHour, 1);
+    History all = TickMaker::Rows(0, rows);
+    ASSERT_TRUE(WrapperOf(interval).AgregateHistory(all));
+    for (const auto& [name, fault] : faults) {
+        SCOPED_TRACE(name);
+        BuildingConsumer consumer(interval);
+        StoreQuotes quotes;
+        quotes.AddTicks(S_isin, rows / 2);
+        quotes.Connect();
+        int reading = 0;
+        quotes.store.SetSpoiler([&, fault](History& a_rows) {
+            if (++reading % 5 == 1) // a step reads less often than that, so each comes to its end
+                fault(a_rows);
+        });
+        const RequestParams request = RequestOf(S_candleKinds | ParamsBase::S_kindDataCS, interval);
+        consumer.Open(1, request);
+        ASSERT_TRUE(quotes.provider.StartSubscription(
+            {&consumer, 1, *quotes.provider.GetAssetByIsin(S_isin), request}));
+        ASSERT_TRUE(consumer.WaitFor(1, CheckingConsumer::ESynchronization));
+        quotes.AddTicks(S_isin, rows - rows / 2);
+        EXPECT_TRUE(consumer.WaitForTime(TickMaker::TimeOf(rows - 1)));
+        quotes.provider.StopWork();
+        EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
+        EXPECT_TRUE(consumer.Candles() == CandlesOf(all));
+    }
+}
+
 TEST_F(StoreProviderTest, AHistoryOfManyPartsIsWholeAndLetsOthersIn)
 {
     constexpr std::size_t rows = 50'000;
