@@ -53,8 +53,8 @@ public:
 
     /// StopWork of the modules, consumers first, and of the mediator; then the executor is closed, the modules are
     /// destroyed, and the plug-ins unloaded. Both groups go in the reverse order of their coming. What a module raises is
-    /// logged. May be called again. What the program got from modules, such as shared pointers to assets, it has let go of
-    /// before: the code that destroys it is the plug-ins'.
+    /// logged with its name. May be called again. What the program got from modules, such as shared pointers to assets, it
+    /// has let go of before: the code that destroys it is the plug-ins'.
     ///
     /// Where a plug-in was abandoned, the mediator stays, deaf, and stays known: the plug-in's thread may come back at any
     /// time and ask it something.

@@ -1,5 +1,6 @@
 #include "host/Plugin.h"
 
+#include "host/CallModule.h"
 #include "host/HostOptions.h"
 #include "host/ModuleDirectory.h"
 #include "modules/ConsumerBase.h"
@@ -7,7 +8,6 @@
 #include "modules/ProviderBase.h"
 #include "platform/CodePage.h"
 #include "velo/Log.h"
-#include "velo/LogAllExceptions.h"
 
 #include <dlfcn.h>
 
@@ -53,13 +53,8 @@ std::wstring LoadError(const std::filesystem::path& a_path)
 template<typename Module>
 void StopAll(std::vector<Module*>& a_modules)
 {
-    for (; !a_modules.empty(); a_modules.pop_back()) {
-        try {
-            a_modules.back()->StopWork();
-        } catch (...) {
-            LogAllExceptions("kalvento::host::Plugin::StopWork", __LINE__);
-        }
-    }
+    for (; !a_modules.empty(); a_modules.pop_back())
+        CallModule(*a_modules.back(), L"StopWork", [&] { a_modules.back()->StopWork(); });
 }
 
 } // namespace

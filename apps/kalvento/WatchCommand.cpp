@@ -1,6 +1,7 @@
 #include "assets/Asset.h"
 #include "console_consumer/ConsoleOptions.h"
 #include "console_consumer/IMessageLine.h"
+#include "host/CallModule.h"
 #include "host/Host.h"
 #include "host/HostMediator.h"
 #include "host/IHostView.h"
@@ -179,10 +180,27 @@ std::vector<ProviderBase*> ChooseProviders(const host::Host& a_host, const Watch
     return providers;
 }
 
+/// False where the provider raises; the user is told.
+bool Ask(host::IHostView& a_view, const ProviderBase& a_provider, std::wstring_view a_operation,
+         const std::function<void()>& a_question)
+{
+    const std::wstring fault = host::CallModule(a_provider, a_operation, a_question);
+    if (!fault.empty())
+        a_view.ShowText(fault);
+    return fault.empty();
+}
+
+std::vector<std::shared_ptr<Asset>> AssetsOf(const ProviderBase& a_provider)
+{
+    std::vector<std::shared_ptr<Asset>> assets;
+    host::CallModule(a_provider, L"GetAssets", [&] { assets = a_provider.GetAssets(); });
+    return assets;
+}
+
 std::shared_ptr<Asset> FindAsset(const std::vector<ProviderBase*>& a_providers, const std::string& a_symbol)
 {
     for (const ProviderBase* provider : a_providers)
-        for (const auto& asset : provider->GetAssets())
+        for (const auto& asset : AssetsOf(*provider))
             if (Lower(asset->GetShortName()) == Lower(a_symbol) ||
                 Lower(asset->GetIsin()) == Lower(a_symbol) ||
                 CodePage::Cp1250ToUtf8(asset->GetLongName()) == a_symbol)
@@ -222,7 +240,7 @@ std::string NearNames(const std::vector<ProviderBase*>& a_providers, const std::
 {
     std::vector<std::pair<std::size_t, std::string>> names;
     for (const ProviderBase* provider : a_providers)
-        for (const auto& asset : provider->GetAssets())
+        for (const auto& asset : AssetsOf(*provider))
             names.emplace_back(Distance(Lower(asset->GetShortName()), Lower(a_symbol)),
                                asset->GetShortName());
     std::string statuses;
@@ -242,7 +260,7 @@ void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
 {
     for (const ProviderBase* provider : a_providers) {
         a_context.out << StatusText(*provider) << '\n';
-        for (const auto& asset : provider->GetAssets())
+        for (const auto& asset : AssetsOf(*provider))
             a_context.out << "  " << asset->GetShortName() << "\t" << asset->GetIsin() << "\t"
                           << CodePage::Cp1250ToUtf8(asset->GetLongName()) << '\n';
     }
@@ -301,9 +319,12 @@ void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options,
 {
     a_host.Start();
     ReportFailures(a_host, a_context);
-    const std::vector<ProviderBase*> providers = ChooseProviders(a_host, a_options);
-    for (ProviderBase* provider : providers)
-        provider->SwitchConnection(true);
+    std::vector<ProviderBase*> providers = ChooseProviders(a_host, a_options);
+    // One that can't be asked is left out, and the others serve.
+    std::erase_if(providers, [&](ProviderBase* a_provider) {
+        return !Ask(a_view, *a_provider, L"SwitchConnection", [&] { a_provider->SwitchConnection(true); }) ||
+               !Ask(a_view, *a_provider, L"GetAssets", [&] { a_provider->GetAssets(); });
+    });
     WaitForProviders(a_host, providers, a_options, a_context);
     if (a_options.list)
         return List(providers, a_context);

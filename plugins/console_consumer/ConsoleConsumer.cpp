@@ -6,6 +6,8 @@
 #include "platform/CodePage.h"
 #include "series/CurrentState.h"
 #include "series/Synchronization.h"
+#include "velo/Log.h"
+#include "velo/LogAllExceptions.h"
 
 #include <algorithm>
 #include <array>
@@ -52,6 +54,23 @@ void Signal(int a_event)
     [[maybe_unused]] const auto written = write(a_event, &one, sizeof(one));
 }
 
+// A provider that raises, or hands over what can't be shown, costs its own instrument and nothing else: the thread that is
+// joined at the end, the others' subscriptions and the terminal are not its affair.
+bool CallGuarded(const char* a_place, const Asset& a_asset, const std::function<void()>& a_call)
+{
+    try {
+        a_call();
+        return true;
+    } catch (...) {
+        const std::wstring provider = a_asset.IsProviderSet() ? a_asset.GetProvider()->GetName() : L"?";
+        VeloTools::Log::Instance().Write(a_place, __LINE__,
+                                         "Dostawca "_cp1250 + CodePage::WideToCp1250(provider) +
+                                             ", walor "_cp1250 + a_asset.GetIsin());
+        LogAllExceptions(a_place, __LINE__);
+        return false;
+    }
+}
+
 void ClearSignal(int a_event)
 {
     std::uint64_t count = 0;
@@ -95,7 +114,7 @@ unsigned int ConsoleConsumer::AddInstrument(HWND /*a_window*/, const Asset& a_as
 {
     if (!IsRunning())
         return 0;
-    WatchPtr watch = Watch::Make(a_asset, m_interval, m_options);
+    WatchPtr watch = MakeWatch(a_asset);
     if (!watch)
         return 0;
     if (!m_options.plain && !m_screen) {
@@ -122,6 +141,14 @@ void ConsoleConsumer::RemoveInstrument(const Asset& a_asset)
     m_place = 0;
 }
 
+ConsoleConsumer::WatchPtr ConsoleConsumer::MakeWatch(const Asset& a_asset) const
+{
+    WatchPtr watch;
+    CallGuarded("ConsoleConsumer::MakeWatch", a_asset,
+                [&] { watch = Watch::Make(a_asset, m_interval, m_options); });
+    return watch;
+}
+
 unsigned int ConsoleConsumer::Start(WatchPtr a_watch)
 {
     const unsigned int requestId = m_requestIds.GetNextRequestId();
@@ -131,7 +158,10 @@ unsigned int ConsoleConsumer::Start(WatchPtr a_watch)
         m_watches[requestId] = a_watch;
     }
     const Subscribe::StartParams params(this, requestId, a_watch->GetAsset(), a_watch->GetRequestParams());
-    if (a_watch->GetAsset().GetProvider()->StartSubscription(params))
+    bool started = false;
+    if (CallGuarded("ConsoleConsumer::Start", a_watch->GetAsset(),
+                    [&] { started = a_watch->GetAsset().GetProvider()->StartSubscription(params); }) &&
+        started)
         return requestId;
     const std::lock_guard lock(m_mutex);
     m_watches.erase(requestId);
@@ -143,8 +173,10 @@ void ConsoleConsumer::Stop(unsigned int a_requestId)
     const WatchPtr watch = Find(a_requestId);
     if (!watch)
         return;
-    watch->GetAsset().GetProvider()->StopSubscription(
-        Subscribe::StopParams(this, a_requestId, watch->GetAsset(), std::nullopt));
+    CallGuarded("ConsoleConsumer::Stop", watch->GetAsset(), [&] {
+        watch->GetAsset().GetProvider()->StopSubscription(
+            Subscribe::StopParams(this, a_requestId, watch->GetAsset(), std::nullopt));
+    });
     const std::lock_guard lock(m_mutex);
     m_watches.erase(a_requestId);
 }
@@ -192,7 +224,7 @@ void ConsoleConsumer::ChangeInterval(int a_step)
         if (!watch)
             continue;
         // What the provider has withdrawn stays as it is.
-        WatchPtr next = Watch::Make(watch->GetAsset(), m_interval, m_options);
+        WatchPtr next = MakeWatch(watch->GetAsset());
         if (!next)
             continue;
         Stop(number);
@@ -218,7 +250,7 @@ void ConsoleConsumer::Deliver(unsigned int a_requestId, const std::function<void
     const WatchPtr watch = Find(a_requestId);
     if (!watch)
         return;
-    a_deliver(*watch);
+    CallGuarded("ConsoleConsumer::Deliver", watch->GetAsset(), [&] { a_deliver(*watch); });
     ++m_delivered;
     Wake();
 }

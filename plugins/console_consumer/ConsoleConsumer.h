@@ -59,6 +59,7 @@ private:
     using WatchPtr = std::shared_ptr<Watch>;
 
     void Deliver(unsigned int a_requestId, const std::function<void(Watch&)>& a_deliver);
+    WatchPtr MakeWatch(const Asset& a_asset) const;
     unsigned int Start(WatchPtr a_watch);
     void Stop(unsigned int a_requestId);
     void StopAll();

@@ -16,7 +16,7 @@ std::unique_ptr<Watch> Watch::Make(const Asset& a_asset, IntervalAndMultiplicity
         return nullptr;
     const AssetParams offered = a_asset.GetParams();
     const std::set<DSProp> series = a_asset.GetProvider()->GetAssetSeries(a_asset);
-    if (offered.GetKindData() == 0 || series.empty())
+    if (offered.GetKindData() == 0 || std::ranges::find(series, Price, &DSProp::GetSeriesID) == series.end())
         return nullptr;
 
     RequestParams request(offered.GetKindData(), true);
