@@ -55,11 +55,12 @@ for preset in "${presets[@]}"; do
     fi
     mapfile -t programs < <(thread_programs)
     [ ${#programs[@]} -gt 0 ] || continue
-    build tsan tsan -- "${programs[@]}" feed_load
+    build tsan tsan -- "${programs[@]}" feed_load plugin_faults
     for program in "${programs[@]}"; do
         step "$program under ThreadSanitizer"
         "$(find build/tsan/tests -type f -name "$program" -print -quit)" --gtest_brief=1
     done
     step "A market through plug-ins under ThreadSanitizer"
     quietly build/tsan/tests/load/feed_load --seconds 2 --rate 2000 --instruments 50
+    quietly build/tsan/tests/faults/plugin_faults --seconds 2
 done

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "plugins/provider_kit/StoreTestTools.h"
+#include "series/DataSeriesSet.h"
+
+#include <bit>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// What the program and its plug-ins share. The program makes one and gives its address to the plug-in of the consumers.
+struct FaultReport {
+    struct Seen {
+        std::uint64_t callbacks = 0;
+        std::uint64_t candles = 0;
+        std::uint64_t sum = 0; // SumOf the candles
+        std::vector<std::string> breaches;
+    };
+    std::mutex mutex;
+    std::map<std::pair<std::wstring, std::string>, Seen> seen; // by provider and ISIN
+
+    static constexpr std::size_t S_rows =
+        15 * TickMaker::S_rowsPerDay; // of each instrument, half of them live
+    static constexpr EInterval S_interval = EIntervalMinute;
+    static constexpr unsigned short S_multiplicity = 5;
+
+    /// A number that every bit of the rows takes part in.
+    static std::uint64_t SumOf(const DataSeriesSet& a_rows)
+    {
+        std::uint64_t sum = a_rows.GetRecordsCount();
+        const auto add = [&](double a_value) {
+            sum = (sum ^ std::bit_cast<std::uint64_t>(a_value)) * 0x100000001b3U;
+        };
+        for (const NDateTime& time : a_rows.TimeSeries())
+            add(time.ToDouble());
+        for (const auto& [series, values] : a_rows) {
+            add(series);
+            for (const double value : values)
+                add(value);
+        }
+        return sum;
+    }
+};

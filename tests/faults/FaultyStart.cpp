@@ -1,0 +1,90 @@
+// Plug-ins that fail at their start, after a provider of theirs has begun to tell things, and that go on telling when the
+// host has dropped them.
+#include "modules/ConsumerBase.h"
+#include "modules/IAppMediator.h"
+#include "modules/IModuleRegistry.h"
+#include "modules/PluginDescription.h"
+#include "support/CheckingConsumer.h"
+#include "support/TestProvider.h"
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace {
+
+class TellingProvider : public TestProvider {
+public:
+    TellingProvider() : TestProvider(Name()) {}
+    ~TellingProvider() override
+    {
+        m_quit = true;
+        m_thread.join();
+    }
+    bool Init() override
+    {
+#ifdef FAULT_IN_INIT
+        throw 7;
+#else
+        return TestProvider::Init();
+#endif
+    }
+
+private:
+    static std::wstring Name()
+    {
+        const std::string name = FAULT_PLUGIN;
+        return {name.begin(), name.end()};
+    }
+    void Tell()
+    {
+        while (!m_quit) {
+            NotifyChangeConnectionStatus();
+            ShowAdditionalInfo(L"Jestem");
+            SetOperationsDidToProgress(1);
+            GetAppMediator()->AssetsChanged(this); // not asking whether it runs still
+            GetAppMediator()->PostToMainThread([] { throw 7; });
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+    std::atomic<bool> m_quit = false;
+    std::thread m_thread{[this] { Tell(); }};
+};
+
+#ifdef FAULT_IN_CONSUMER
+class RefusingConsumer : public ConsumerBase {
+public:
+    RefusingConsumer() : ConsumerBase(EGenericModuleNone, L"Refusing", {}) {}
+    bool Init() override { throw std::runtime_error("no screen"); }
+    void OnStopWork() override {}
+    HICON GetTitleBarIconHandle() override { return nullptr; }
+    void ProcessOperations(unsigned int, const HistoryOperations&) override {}
+    void ProcessHistory(unsigned int, History&&) override {}
+    void ProcessHistoryEnd(unsigned int) override {}
+    void ProcessSynchronization(unsigned int, Synchronization&&) override {}
+    void ProcessRecord(unsigned int, const Record&) override {}
+    void ProcessCurrentState(unsigned int, const CurrentState&) override {}
+    void ProcessOffers(unsigned int, const Offers&) override {}
+    void ProcessLatestRecords(unsigned int, const LatestRecords&) override {}
+    void RequestRefused(unsigned int, std::wstring_view) override {}
+    void RequestEnded(unsigned int) override {}
+};
+#endif
+
+void CreateModules(IModuleRegistry& a_registry, const Settings& /*a_options*/)
+{
+    a_registry.AddProvider(std::make_unique<TellingProvider>());
+#ifdef FAULT_IN_CREATE
+    throw "no keys";
+#endif
+#ifdef FAULT_IN_CONSUMER
+    a_registry.AddConsumer(std::make_unique<RefusingConsumer>());
+#endif
+}
+
+} // namespace
+
+KALVENTO_PLUGIN(FAULT_PLUGIN, "1.0", &CreateModules)

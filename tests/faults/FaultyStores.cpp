@@ -1,0 +1,207 @@
+// Providers of the kit over stores that break what IMarketStore asks of them: the kit keeps the promises to the consumers all
+// the same. Without a fault it is the honest provider beside them.
+#include "faults/FaultReport.h"
+#include "modules/IModuleRegistry.h"
+#include "modules/PluginDescription.h"
+#include "settings/Settings.h"
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+enum EFault : std::uint32_t {
+    EFaultNone,
+    EFaultManyThreads, // news from many threads at once, also what isn't so
+    EFaultRaises,
+    EFaultRaisesNumbers,
+    EFaultSpoiltRows,
+    EFaultSpoiltList,
+    EFaultTellsAfterClose
+};
+
+const char* const S_isins[] = {"PLTEST000001", "PLTEST000002"};
+
+class RudeStore : public MemoryStore {
+public:
+    RudeStore(EFault a_fault, unsigned int a_seconds) : m_fault(a_fault), m_seconds(a_seconds)
+    {
+        for (const char* isin : S_isins) {
+            AddInstrument(TickMaker::Instrument(isin));
+            for (std::size_t row = 0; row < FaultReport::S_rows / 2; ++row)
+                AddNext(isin, row);
+        }
+        if (a_fault == EFaultSpoiltRows)
+            SetSpoiler([this](History& a_rows) { Spoil(a_rows); });
+    }
+    ~RudeStore() override { EndThreads(); }
+
+    void Open(IMarketStoreListener& a_listener) override
+    {
+        m_told = &a_listener;
+        MemoryStore::Open(a_listener);
+        m_threads.emplace_back([this] { MakeRows(); });
+        if (m_fault == EFaultManyThreads || m_fault == EFaultTellsAfterClose)
+            for (unsigned int teller = 0; teller < 4; ++teller)
+                m_threads.emplace_back([this, teller] { TellAnything(teller); });
+    }
+    void Close() override
+    {
+        MemoryStore::Close();
+        if (m_fault != EFaultTellsAfterClose)
+            EndThreads();
+        Stumble(true);
+    }
+    std::vector<StoreInstrument> ReadInstruments() override
+    {
+        Stumble();
+        auto list = MemoryStore::ReadInstruments();
+        if (m_fault != EFaultSpoiltList)
+            return list;
+        const auto add = [&](auto a_change) {
+            StoreInstrument spoilt = list.front();
+            a_change(spoilt);
+            list.push_back(std::move(spoilt));
+        };
+        add([](StoreInstrument&) {}); // a second time
+        add([](StoreInstrument& a_spoilt) { a_spoilt.isin.clear(); });
+        add([](StoreInstrument& a_spoilt) { a_spoilt.isin = "../../outside"; });
+        add([](StoreInstrument& a_spoilt) {
+            (a_spoilt.isin = "NOPRICE"), a_spoilt.series = {DSProp(Volume)};
+        });
+        add([](StoreInstrument& a_spoilt) {
+            (a_spoilt.isin = "LIVEDAYS"), a_spoilt.interval = {EIntervalDay, 1};
+        });
+        add([](StoreInstrument& a_spoilt) {
+            (a_spoilt.isin = "NEVER"), a_spoilt.interval = {EIntervalMinute, 0};
+        });
+        return list;
+    }
+    HistoryOperations ReadOperations(const std::string& a_isin) override
+    {
+        Stumble();
+        return MemoryStore::ReadOperations(a_isin);
+    }
+    std::uint64_t GetRowCount(const std::string& a_isin) override
+    {
+        Stumble();
+        return MemoryStore::GetRowCount(a_isin);
+    }
+    std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) override
+    {
+        Stumble();
+        return MemoryStore::FindRow(a_isin, a_time);
+    }
+    History ReadRows(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last) override
+    {
+        Stumble();
+        return MemoryStore::ReadRows(a_isin, a_first, a_last);
+    }
+    std::optional<Offers> ReadOffers(const std::string& a_isin) override
+    {
+        Stumble();
+        return MemoryStore::ReadOffers(a_isin);
+    }
+
+private:
+    void EndThreads()
+    {
+        m_quit = true;
+        for (std::thread& thread : m_threads)
+            thread.join();
+        m_threads.clear();
+    }
+    void AddNext(const char* a_isin, std::size_t a_row)
+    {
+        AddRow(a_isin, TickMaker::TimeOf(a_row), {TickMaker::PriceOf(a_row), TickMaker::VolumeOf(a_row)});
+    }
+    void MakeRows()
+    {
+        const auto pause =
+            std::chrono::microseconds(std::chrono::seconds(m_seconds)) / (FaultReport::S_rows / 2);
+        for (std::size_t row = FaultReport::S_rows / 2; row < FaultReport::S_rows && !m_quit; ++row) {
+            for (const char* isin : S_isins)
+                AddNext(isin, row);
+            std::this_thread::sleep_for(pause);
+        }
+    }
+    void TellAnything(unsigned int a_teller)
+    {
+        for (unsigned int round = a_teller; !m_quit; ++round) {
+            if (round % 50 == 0)
+                m_told->Broken(L"Nieprawda");
+            if (round % 50 == 0 || round % 50 == 1)
+                m_told->Restored();
+            if (round % 70 == 0)
+                m_told->InstrumentsChanged();
+            m_told->RowsAdded(round % 9 == 0 ? "UNKNOWN" : S_isins[round % 2]);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+    // Often, but rarely enough for each step of the provider to come to its end sometimes.
+    void Stumble(bool a_always = false)
+    {
+        if (m_fault == EFaultRaises && (a_always || ++m_readings % 17 == 0))
+            throw std::runtime_error("the store stumbles");
+        if (m_fault == EFaultRaisesNumbers && (a_always || ++m_readings % 17 == 0))
+            throw 7;
+    }
+    void Spoil(History& a_rows)
+    {
+        const unsigned int reading = ++m_readings;
+        if (reading % 7 != 0)
+            return;
+        std::vector<NDateTime> times(a_rows.TimeSeries());
+        History::Columns columns(a_rows.begin(), a_rows.end());
+        switch (reading / 7 % 5) {
+        case 0:
+            columns.front().second.pop_back();
+            break;
+        case 1:
+            columns.pop_back();
+            break;
+        case 2:
+            times.back() = NDateTime(1999, 13, 1); // no such month
+            break;
+        case 3:
+            times.push_back(times.back());
+            break;
+        default:
+            times.clear();
+        }
+        a_rows = History(EIntervalTick, 1, std::move(times), std::move(columns));
+    }
+
+    const EFault m_fault;
+    const unsigned int m_seconds;
+    IMarketStoreListener* m_told = nullptr;
+    std::atomic<bool> m_quit = false;
+    std::atomic<unsigned int> m_readings = 0;
+    std::vector<std::thread> m_threads;
+};
+
+void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
+{
+    const unsigned int seconds = a_options["Seconds"];
+    const auto add = [&](const wchar_t* a_name, EFault a_fault) {
+        a_registry.AddProvider(std::make_unique<StoreProvider>(
+            EGenericModuleNone, a_name, std::make_unique<RudeStore>(a_fault, seconds)));
+    };
+    if (FAULT_HONEST)
+        return add(L"Honest", EFaultNone);
+    add(L"Store: news from many threads", EFaultManyThreads);
+    add(L"Store: raises std::exception", EFaultRaises);
+    add(L"Store: raises an int", EFaultRaisesNumbers);
+    add(L"Store: spoilt rows", EFaultSpoiltRows);
+    add(L"Store: spoilt list", EFaultSpoiltList);
+    add(L"Store: news after its close", EFaultTellsAfterClose);
+}
+
+} // namespace
+
+KALVENTO_PLUGIN(FAULT_PLUGIN, "1.0", &CreateModules)
