@@ -1,7 +1,6 @@
 #include "modules/IAppMediator.h"
 
 #include "TemporaryFolder.h"
-#include "dragdrop/DragDropManager.h"
 #include "platform/WidePath.h"
 #include "support/TestMediator.h"
 
@@ -11,13 +10,14 @@
 
 #include <fstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 TEST(AppMediatorTest, StopWorkEndsWhatWasToBeKept)
 {
     const TemporaryFolder folder;
     TestMediator mediator;
+    EXPECT_FALSE(mediator.OpenProcess(L"/nie/ma/takiego", L"", true));
+    EXPECT_FALSE(mediator.IsDroppingInProgress());
     std::vector<std::ifstream> pipes;
     for (const char* name : {"first", "second"}) {
         const auto pipe = folder / name;
@@ -48,21 +48,4 @@ TEST(AppMediatorTest, StopWorkSparesWhatWasLetGo)
     std::string line;
     std::ifstream(pipe) >> line;
     EXPECT_EQ(line, "alive");
-}
-
-TEST(AppMediatorTest, AProgramThatIsNotThereIsNotOpened)
-{
-    TestMediator mediator;
-    EXPECT_FALSE(mediator.OpenProcess(L"/nie/ma/takiego", L"", true));
-    mediator.StopWork();
-}
-
-TEST(AppMediatorTest, NoDragRunsAtFirst)
-{
-    const TestMediator mediator;
-    ASSERT_NE(mediator.GetDragDropMgr(), nullptr);
-    EXPECT_FALSE(mediator.GetDragDropMgr()->IsDropInProgress());
-    bool seenElsewhere = true;
-    std::thread([&] { seenElsewhere = mediator.IsDroppingInProgress(); }).join();
-    EXPECT_FALSE(seenElsewhere);
 }

@@ -91,15 +91,6 @@ TEST(ProviderBaseTest, AStoppedProviderFallsSilentButForWorkAhead)
     EXPECT_EQ(mediator.Calls().size(), 2 * all.size() + 1);
 }
 
-TEST(ProviderBaseTest, ProgressAndTextsNeedNoMediator)
-{
-    TestProvider provider(L"Giełda");
-    provider.AddOperationsToDoToProgress(3);
-    provider.SetOperationsDidToProgress(2);
-    provider.ShowAdditionalInfo(L"Koniec");
-    EXPECT_FALSE(PluginBase::IsAppMediatorValid());
-}
-
 TEST(ProviderBaseTest, MessagesEndInAFullStop)
 {
     TestMediator mediator;
@@ -109,15 +100,6 @@ TEST(ProviderBaseTest, MessagesEndInAFullStop)
     EXPECT_EQ(mediator.Texts(), (std::vector<std::wstring>{
                                     L"Giełda:\n\nBrak danych.", L"Giełda:\n\nBrak danych.",
                                     L"Giełda:\n\nBrak danych\n", L"Giełda:\n\n.", L"Giełda:\n\nCzemu?."}));
-}
-
-TEST(ProviderBaseTest, WithoutWindowsThereIsNothingToSave)
-{
-    TestProvider provider(L"Giełda");
-    EXPECT_FALSE(provider.SaveObjectAvailable());
-    EXPECT_TRUE(provider.SaveWindowToFile(nullptr, L"/nie/ma/takiego", 0));
-    EXPECT_FALSE(std::filesystem::exists("/nie/ma/takiego"));
-    EXPECT_TRUE(provider.ShowLoginDlg(nullptr));
 }
 
 TEST(ProviderBaseTest, InitSetsUpTheHistoryBelowTheModulesName)

@@ -27,7 +27,6 @@ TEST(RequestParamsTest, OnlyHistoryIsHeldAgainstRangeAndInterval)
     };
     const std::vector<Case> cases = {
         {"nothing asked for", RequestParams(), false},
-        {"synchronization alone", RequestParams(4), true},
         {"history with all defaults", RequestParams(8), true},
         {"wrong order", RequestParams(8, EIntervalTick, 1, S_to, S_from, false), false},
         {"wrong order beside synchronization", RequestParams(12, EIntervalTick, 1, S_to, S_from, false),
@@ -38,24 +37,12 @@ TEST(RequestParamsTest, OnlyHistoryIsHeldAgainstRangeAndInterval)
         {"no multiplicity", HistoryOf(3, 0), false},
         {"no interval", HistoryOf(0, 1), false},
         {"many ticks", HistoryOf(1, 4294967295U), true},
-        {"many years", HistoryOf(8, 4294967295U), true},
-        {"weeks over the limit", HistoryOf(6, 52), false},
         {"an unknown interval", HistoryOf(9, 2), false},
     };
     for (const auto& tried : cases) {
         SCOPED_TRACE(tried.what);
         EXPECT_EQ(tried.params.IsValid(), tried.valid);
     }
-}
-
-TEST(RequestParamsTest, SingleTickIsOneOfThem)
-{
-    RequestParams params(8);
-    EXPECT_TRUE(params.IsSingleTick());
-    params.SetIntervalAndMultiplicity(EIntervalTick, 2);
-    EXPECT_FALSE(params.IsSingleTick());
-    params.SetIntervalAndMultiplicity(EIntervalSecond, 1);
-    EXPECT_FALSE(params.IsSingleTick());
 }
 
 TEST(RequestParamsTest, DatesComeInUnchangedAndAreSetByDay)

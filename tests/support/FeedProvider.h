@@ -4,8 +4,8 @@
 #include "assets/AssetParams.h"
 #include "history_operations/HistoryOperations.h"
 #include "modules/IConsumer.h"
-#include "modules/ProvidersHelper.h"
 #include "modules/Subscribe.h"
+#include "provider_kit/SubscriptionBook.h"
 #include "series/CurrentState.h"
 #include "series/History.h"
 #include "series/LatestRecords.h"
@@ -13,15 +13,11 @@
 #include "series/Record.h"
 #include "series/Synchronization.h"
 #include "support/TestProvider.h"
-#include "velo/LogAllExceptions.h"
 
-#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
-#include <iterator>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -29,7 +25,7 @@
 #include <utility>
 #include <vector>
 
-/// A whole provider in memory, as small as it can be, with two assets: the reading of IConsumer's promises in code. It
+/// A whole provider in memory, as small as it can be, with two assets, on the SubscriptionBook of the provider kit. It
 /// delivers on the thread that starts the subscription or makes the data, or on a thread of its own. A class derived from
 /// it stops the work in its own destructor: the thread calls virtual operations.
 class FeedProvider : public TestProvider {
@@ -55,72 +51,26 @@ public:
     void MakeLiveData(const std::string& a_isin)
     {
         Do([this, a_isin] {
-            for (const auto& subscription : SubscriptionsOf(a_isin))
-                Call(*subscription, [&] { DeliverLive(*subscription); });
+            const auto subscriptions = m_book.SubscriptionsOf(a_isin);
+            for (const auto& subscription : *subscriptions)
+                DeliverLive(static_cast<const Subscription&>(*subscription));
         });
     }
     /// How many subscriptions are booked.
-    std::size_t BookedCount() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_subscriptions.size();
-    }
+    std::size_t BookedCount() const { return m_book.GetCount(); }
 
     bool StartSubscription(const Subscribe::StartParams& a_params) override
     {
-        if (!ProvidersHelper::ValidateSubscribeParameters(this, a_params.GetConsumer(),
-                                                          a_params.GetRequestId(), a_params.GetAsset(),
-                                                          a_params.GetRequestParams()))
-            return false;
-        auto subscription = std::make_shared<Subscription>(a_params);
-        {
-            const std::lock_guard lock(m_mutex);
-            if (!IsRunning())
-                return false;
-            if (Find(a_params) != m_subscriptions.end())
-                return true;
-            ProvidersHelper::AddPairToContainer(a_params.GetRequestId(), a_params.GetConsumer(),
-                                                m_subscribers[a_params.GetAsset().GetIsin()]);
-            m_subscriptions.push_back(subscription);
-        }
-        Do([this, subscription] { Call(*subscription, [&] { DeliverPast(subscription); }); });
-        return true;
+        const auto subscription = std::make_shared<Subscription>(a_params);
+        const SubscriptionBook::EBooking booking = m_book.Book(*this, subscription);
+        if (booking == SubscriptionBook::EBookingDone)
+            Do([this, subscription] { DeliverPast(*subscription); });
+        return booking != SubscriptionBook::EBookingRefused;
     }
-    void StopSubscription(const Subscribe::StopParams& a_params) override
-    {
-        std::shared_ptr<Subscription> subscription;
-        Subscriptions ending;
-        {
-            const std::lock_guard lock(m_mutex);
-            if (const auto found = Find(a_params); found != m_subscriptions.end())
-                subscription = *found;
-            std::copy_if(m_ending.begin(), m_ending.end(), std::back_inserter(ending),
-                         [&](const auto& a_other) { return a_params.Suit(a_other->params); });
-        }
-        // Here and below: waits for a running callback, unless it is the one that called us.
-        for (const auto& other : ending)
-            const std::lock_guard calling(other->calling);
-        if (!subscription)
-            return;
-        const std::lock_guard calling(subscription->calling);
-        if (const auto& part = a_params.GetRequestParams())
-            subscription->kinds &= ~part->GetKindData();
-        else
-            subscription->kinds = 0;
-        if (subscription->kinds == 0)
-            Unbook(*subscription);
-    }
+    void StopSubscription(const Subscribe::StopParams& a_params) override { m_book.Stop(a_params); }
     void OnStopWork() override
     {
-        std::vector<std::shared_ptr<Subscription>> subscriptions;
-        {
-            const std::lock_guard lock(m_mutex);
-            subscriptions = m_subscriptions;
-        }
-        for (const auto& subscription : subscriptions) {
-            const std::lock_guard calling(subscription->calling);
-            Unbook(*subscription);
-        }
+        m_book.Close();
         if (!m_worker.joinable())
             return;
         {
@@ -163,91 +113,26 @@ public:
     }
 
 private:
-    struct Subscription {
-        explicit Subscription(const Subscribe::StartParams& a_params)
-            : params(a_params), kinds(a_params.GetRequestParams().GetKindData())
-        {}
-        const Subscribe::StartParams params;
-        std::recursive_mutex calling; // held while a callback runs; what follows is under it
-        unsigned int kinds;           // still asked for; 0 once it is over
-        bool begun = false;           // the past has been delivered, so live data may follow
+    struct Subscription : SubscriptionBook::Subscription {
+        using SubscriptionBook::Subscription::Subscription;
+        bool begun = false; // under Lock; the past has been delivered, so live data may follow
     };
-    using Subscriptions = std::vector<std::shared_ptr<Subscription>>;
 
-    Subscriptions::iterator Find(const Subscribe::Params& a_params) // under m_mutex
+    void DeliverPast(Subscription& a_subscription)
     {
-        return std::find_if(m_subscriptions.begin(), m_subscriptions.end(),
-                            [&](const auto& a_other) { return a_other->params == a_params; });
-    }
-    Subscriptions SubscriptionsOf(const std::string& a_isin)
-    {
-        const std::lock_guard lock(m_mutex);
-        Subscriptions found;
-        for (const auto& subscription : m_subscriptions)
-            if (subscription->params.GetAsset().GetIsin() == a_isin)
-                found.push_back(subscription);
-        return found;
-    }
-    void Unbook(Subscription& a_subscription) // its `calling` is held
-    {
-        a_subscription.kinds = 0;
-        const std::lock_guard lock(m_mutex);
-        const Subscribe::StartParams& booked = a_subscription.params;
-        const std::string& isin = booked.GetAsset().GetIsin();
-        if (ProvidersHelper::RemovePairToContainer(booked.GetRequestId(), booked.GetConsumer(),
-                                                   m_subscribers[isin]))
-            m_subscribers.erase(isin);
-        std::erase_if(m_subscriptions, [&](const auto& a_other) { return a_other.get() == &a_subscription; });
-    }
-    // The last callback of a subscription. Its number is free already, but a stop waits for the callback all the same:
-    // the consumer may be destroyed after the stop.
-    void End(const std::shared_ptr<Subscription>& a_subscription,
-             const std::function<void(IConsumer&, unsigned int)>& a_callback)
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_ending.push_back(a_subscription);
-        }
-        Tell(*a_subscription, S_allKinds, [&](IConsumer& a_consumer, unsigned int a_number) {
-            Unbook(*a_subscription);
-            a_callback(a_consumer, a_number);
-        });
-        const std::lock_guard lock(m_mutex);
-        std::erase(m_ending, a_subscription);
-    }
-
-    // One or more callbacks of a subscription, never two at once.
-    static void Call(Subscription& a_subscription, const std::function<void()>& a_callbacks)
-    {
-        const std::lock_guard calling(a_subscription.calling);
-        a_callbacks();
-    }
-    // One callback, if it is still wanted: any before may have stopped the subscription.
-    template<class Callback>
-    static void Tell(const Subscription& a_subscription, unsigned int a_kinds, Callback&& a_callback)
-    {
-        if ((a_subscription.kinds & a_kinds) == 0)
-            return;
-        try {
-            a_callback(*a_subscription.params.GetConsumer(), a_subscription.params.GetRequestId());
-        } catch (...) {
-            LogAllExceptions("FeedProvider::Tell", __LINE__);
-        }
-    }
-
-    void DeliverPast(const std::shared_ptr<Subscription>& a_subscription)
-    {
-        Subscription& subscription = *a_subscription;
-        const RequestParams& request = subscription.params.GetRequestParams();
-        const auto asset = GetAssetByIsin(subscription.params.GetAsset().GetIsin());
-        if (!asset) {
-            End(a_subscription, [](IConsumer& a_consumer, unsigned int a_number) {
+        const auto lock = a_subscription.Lock();
+        const RequestParams& request = a_subscription.GetParams().GetRequestParams();
+        if (!GetAssetByIsin(a_subscription.GetIsin())) {
+            m_book.End(a_subscription, [](IConsumer& a_consumer, unsigned int a_number) {
                 a_consumer.RequestRefused(a_number, L"Nieznany walor");
             });
             return;
         }
+        const auto tell = [&](unsigned int a_kinds, auto&& a_callback) {
+            SubscriptionBook::Tell(a_subscription, a_kinds, a_callback);
+        };
         if (request.NeedsDataOperationInfo())
-            Tell(subscription, S_allKinds, [](IConsumer& a_consumer, unsigned int a_number) {
+            tell(S_allKinds, [](IConsumer& a_consumer, unsigned int a_number) {
                 a_consumer.ProcessOperations(a_number, HistoryOperations());
             });
         for (unsigned int day = 1; day <= S_historyDays; day += S_partDays) {
@@ -255,40 +140,44 @@ private:
                          request.GetMultiplicity());
             for (unsigned int last = day; last < day + S_partDays && last <= S_historyDays; ++last)
                 part.AddData(Row(last));
-            Tell(subscription, ParamsBase::S_kindDataHistory,
-                 [&](IConsumer& a_consumer, unsigned int a_number) {
-                     a_consumer.ProcessHistory(a_number, std::move(part));
-                 });
+            tell(ParamsBase::S_kindDataHistory, [&](IConsumer& a_consumer, unsigned int a_number) {
+                a_consumer.ProcessHistory(a_number, std::move(part));
+            });
         }
-        Tell(subscription, ParamsBase::S_kindDataHistory,
+        tell(ParamsBase::S_kindDataHistory,
              [](IConsumer& a_consumer, unsigned int a_number) { a_consumer.ProcessHistoryEnd(a_number); });
-        Tell(subscription, ParamsBase::S_kindDataSynchro, [&](IConsumer& a_consumer, unsigned int a_number) {
+        tell(ParamsBase::S_kindDataSynchro, [&](IConsumer& a_consumer, unsigned int a_number) {
             Synchronization block(request.GetInterval(), request.GetMultiplicity(),
                                   std::set<ESeriesId>{ESeriesId::Price});
             block.AddData(Row(S_historyDays));
             a_consumer.ProcessSynchronization(a_number, std::move(block));
         });
-        subscription.begun = true;
-        if (subscription.kinds == ParamsBase::S_kindDataHistory)
-            End(a_subscription,
-                [](IConsumer& a_consumer, unsigned int a_number) { a_consumer.RequestEnded(a_number); });
+        a_subscription.begun = true;
+        if (a_subscription.GetKinds() == ParamsBase::S_kindDataHistory)
+            m_book.End(a_subscription, [](IConsumer& a_consumer, unsigned int a_number) {
+                a_consumer.RequestEnded(a_number);
+            });
     }
-    static void DeliverLive(Subscription& a_subscription)
+    static void DeliverLive(const Subscription& a_subscription)
     {
+        const auto lock = a_subscription.Lock();
         if (!a_subscription.begun)
             return;
-        Tell(a_subscription, ParamsBase::S_kindDataCS, [](IConsumer& a_consumer, unsigned int a_number) {
+        const auto tell = [&](unsigned int a_kinds, auto&& a_callback) {
+            SubscriptionBook::Tell(a_subscription, a_kinds, a_callback);
+        };
+        tell(ParamsBase::S_kindDataCS, [](IConsumer& a_consumer, unsigned int a_number) {
             CurrentState state(std::set<ESeriesId>{ESeriesId::Price});
             state.SetData(ESeriesId::Price, 10.0);
             a_consumer.ProcessCurrentState(a_number, state);
         });
-        Tell(a_subscription, ParamsBase::S_kindDataCS, [](IConsumer& a_consumer, unsigned int a_number) {
+        tell(ParamsBase::S_kindDataCS, [](IConsumer& a_consumer, unsigned int a_number) {
             a_consumer.ProcessOffers(a_number, Offers());
         });
-        Tell(a_subscription, ParamsBase::S_kindDataCS, [](IConsumer& a_consumer, unsigned int a_number) {
+        tell(ParamsBase::S_kindDataCS, [](IConsumer& a_consumer, unsigned int a_number) {
             a_consumer.ProcessLatestRecords(a_number, LatestRecords());
         });
-        Tell(a_subscription, ParamsBase::S_kindDataRecord, [](IConsumer& a_consumer, unsigned int a_number) {
+        tell(ParamsBase::S_kindDataRecord, [](IConsumer& a_consumer, unsigned int a_number) {
             a_consumer.ProcessRecord(a_number, Row(S_historyDays));
         });
     }
@@ -327,11 +216,9 @@ private:
     const bool m_ownThread;
     std::vector<std::shared_ptr<Asset>> m_assets; // never changed
     std::atomic<EConnectionStatus> m_status = EConnectionStatusDisconnected;
-    mutable std::mutex m_mutex; // never held while a callback runs; what follows is under it
+    SubscriptionBook m_book;
+    std::mutex m_mutex; // what follows is under it
     std::condition_variable m_wake;
-    Subscriptions m_subscriptions;
-    Subscriptions m_ending; // while their last callback runs
-    std::map<std::string, ProvidersHelper::SubscribersContainer> m_subscribers; // by ISIN
     std::deque<std::function<void()>> m_tasks;
     bool m_quit = false;
     std::thread m_worker; // last: it uses all the others
