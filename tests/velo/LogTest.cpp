@@ -2,6 +2,7 @@
 
 #include "TemporaryFolder.h"
 #include "platform/CodePage.h"
+#include "support/LogWatch.h"
 #include "velo/LogAllExceptions.h"
 
 #include <gmock/gmock.h>
@@ -12,7 +13,6 @@
 #include <fstream>
 #include <iterator>
 #include <latch>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -26,31 +26,6 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using VeloTools::Log;
-
-// Keeps the messages that arrive while it lives.
-class Listener {
-public:
-    Listener()
-        : m_id(Log::Instance().AddSink([this](std::string_view, int, std::string_view a_message) {
-              const std::lock_guard lock(m_mutex);
-              m_messages.emplace_back(a_message);
-          }))
-    {}
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-    ~Listener() { Log::Instance().RemoveSink(m_id); }
-
-    std::vector<std::string> GetMessages() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_messages;
-    }
-
-private:
-    mutable std::mutex m_mutex;
-    std::vector<std::string> m_messages;
-    Log::SinkId m_id;
-};
 
 std::vector<std::string> LinesOf(const std::filesystem::path& a_path)
 {
@@ -188,22 +163,21 @@ struct OddType {};
 
 TEST(LogAllExceptionsTest, TellsTypeAndText)
 {
-    const Listener listener;
+    const LogWatch listener;
     LogWhat([] { throw std::out_of_range("too far"); });
     LogWhat([] { throw std::string("a string"); });
     LogWhat([] { throw "a literal"; });
     LogWhat([] { throw 42; });
     LogWhat([] { throw OddType(); });
     LogAllExceptions("Test", 2);
-    EXPECT_THAT(listener.GetMessages(),
-                ElementsAre(HasSubstr("std::out_of_range: too far"), HasSubstr("a string"),
-                            HasSubstr("a literal"), HasSubstr("int: 42"), HasSubstr("OddType"),
-                            "Brak wyj\xB9tku w locie"));
+    EXPECT_THAT(listener.lines, ElementsAre(HasSubstr("std::out_of_range: too far"), HasSubstr("a string"),
+                                            HasSubstr("a literal"), HasSubstr("int: 42"),
+                                            HasSubstr("OddType"), EndsWith(": Brak wyj\xB9tku w locie")));
 }
 
 TEST(LogAllExceptionsTest, UnwindsCauses)
 {
-    const Listener listener;
+    const LogWatch listener;
     LogWhat([] {
         try {
             try {
@@ -215,7 +189,7 @@ TEST(LogAllExceptionsTest, UnwindsCauses)
             std::throw_with_nested(std::logic_error("outer"));
         }
     });
-    EXPECT_THAT(listener.GetMessages(),
+    EXPECT_THAT(listener.lines,
                 ElementsAre(HasSubstr(": outer"), HasSubstr(": inner"), HasSubstr("OddType")));
 }
 
@@ -233,7 +207,7 @@ TEST(LogAllExceptionsTest, EndlessCausesEnd)
             last = std::current_exception();
         }
     }
-    const Listener listener;
+    const LogWatch listener;
     LogWhat([&last] { std::rethrow_exception(last); });
-    EXPECT_LT(listener.GetMessages().size(), 50U);
+    EXPECT_LT(listener.lines.size(), 50U);
 }
