@@ -122,7 +122,7 @@ unsigned int ConsoleConsumer::AddInstrument(HWND /*a_window*/, const Asset& a_as
         m_hasScreen = true;
     }
     StartThread();
-    const unsigned int requestId = Start(std::move(watch));
+    const unsigned int requestId = Start(watch);
     if (requestId != 0)
         m_shown.push_back(requestId);
     Wake();
@@ -149,7 +149,7 @@ ConsoleConsumer::WatchPtr ConsoleConsumer::MakeWatch(const Asset& a_asset) const
     return watch;
 }
 
-unsigned int ConsoleConsumer::Start(WatchPtr a_watch)
+unsigned int ConsoleConsumer::Start(const WatchPtr& a_watch)
 {
     const unsigned int requestId = m_requestIds.GetNextRequestId();
     {

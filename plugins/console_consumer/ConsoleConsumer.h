@@ -60,7 +60,7 @@ private:
 
     void Deliver(unsigned int a_requestId, const std::function<void(Watch&)>& a_deliver);
     WatchPtr MakeWatch(const Asset& a_asset) const;
-    unsigned int Start(WatchPtr a_watch);
+    unsigned int Start(const WatchPtr& a_watch);
     void Stop(unsigned int a_requestId);
     void StopAll();
     void ChangeInterval(int a_step);
