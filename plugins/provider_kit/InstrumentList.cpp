@@ -6,6 +6,8 @@
 #include "velo/Log.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <set>
 #include <utility>
 
 namespace {
@@ -16,6 +18,18 @@ bool HasUsableRows(const StoreInstrument& a_instrument)
     const auto& series = a_instrument.series;
     return a_instrument.interval.IsValid() && (!a_instrument.live || a_instrument.interval.IsSingleTick()) &&
            std::ranges::find(series, Price, &DSProp::GetSeriesID) != series.end();
+}
+
+// What is saved of a group is its number, so it hangs on the name alone, and not on what other groups there are just now.
+// FNV-1a, 32 bits; source: RFC 9923, "The FNV Non-Cryptographic Hash Algorithm". A number that is taken gives the next one.
+std::uint32_t TakeNumber(const std::wstring& a_name, std::set<std::uint32_t>& a_taken)
+{
+    std::uint32_t number = 0x811C9DC5U;
+    for (const char sign : CodePage::WideToUtf8(a_name))
+        number = (number ^ static_cast<unsigned char>(sign)) * 0x01000193U;
+    while (number == 0 || !a_taken.insert(number).second)
+        ++number;
+    return number;
 }
 
 } // namespace
@@ -40,9 +54,9 @@ InstrumentList::InstrumentList(ProviderBase& a_provider, std::vector<StoreInstru
         m_entries.emplace(isin, Entry{std::move(instrument), asset});
     }
     std::ranges::sort(m_assets, [](const auto& a_left, const auto& a_right) { return *a_left < *a_right; });
-    unsigned int number = 0;
+    std::set<std::uint32_t> numbers;
     for (const auto& [name, members] : groups) {
-        AssetsGroup group(++number, false, name, a_provider.GetName(), &a_provider);
+        AssetsGroup group(TakeNumber(name, numbers), false, name, a_provider.GetName(), &a_provider);
         for (const auto& asset : members)
             group.AddAsset(asset);
         group.SortAssets();

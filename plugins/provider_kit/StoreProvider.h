@@ -52,7 +52,7 @@ public:
     void StopSubscription(const Subscribe::StopParams& a_params) override;
 
     std::vector<std::shared_ptr<Asset>> GetAssets() const override;
-    /// One for each group that an instrument names; numbers by the order of the names, from 1 on.
+    /// One for each group that an instrument names, by name. A number is made of the name: it is the same in every run.
     std::vector<AssetsGroup> GetAssetsGroups() const override;
     std::optional<AssetsGroup> GetAssetsGroupForAssetsGroupId(const AssetsGroupId& a_groupId) override;
     std::shared_ptr<Asset> GetAssetByIsin(const std::string& a_isin) override;

@@ -345,6 +345,25 @@ TEST_F(StoreProviderTest, WhatCannotBeServedIsRefused)
     }
 }
 
+// What is saved of a group is its number.
+TEST_F(StoreProviderTest, AGroupKeepsItsNumberWhateverOthersCome)
+{
+    m_quotes.AddTicks(S_isin, 1);
+    StoreInstrument first = TickMaker::Instrument("PLTEST000002");
+    first.groups = {L"Zagranica"};
+    m_quotes.store.AddInstrument(first);
+    m_quotes.Connect();
+    const AssetsGroupId saved = m_quotes.provider.GetAssetsGroups().back().GetId();
+    first.isin = "PLTEST000003";
+    first.groups = {L"Akcje"};
+    m_quotes.store.AddInstrument(first);
+    while (m_quotes.provider.GetAssetsGroups().size() < 3)
+        std::this_thread::yield();
+    const auto found = m_quotes.provider.GetAssetsGroupForAssetsGroupId(saved);
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->GetName(), L"Zagranica");
+}
+
 TEST_F(StoreProviderTest, ASymbolThatGoesEndsItsSubscriptions)
 {
     m_quotes.AddTicks(S_isin, 10);
