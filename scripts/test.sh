@@ -40,11 +40,10 @@ run_tests() {
 }
 
 # The test programs with several threads, their own or those of the modules that they test, by the rule that the tests of a
-# folder NAME are the program NAME_tests. The others have one thread, about which ThreadSanitizer has nothing to say. Left out
-# is the one over the database's client libraries, which aren't instrumented.
+# folder NAME are the program NAME_tests. The others have one thread, about which ThreadSanitizer has nothing to say.
 thread_programs() {
     grep -rlE 'std::(thread|jthread|async|execution::par)|support/(Provider|Consumer)Contract\.h|"host/' --include='*Test.cpp' tests/ |
-        sed -nE 's#^.*/([a-z_]+)/[A-Za-z0-9_]+\.cpp$#\1_tests#p' | grep -vx sql_provider_tests | sort -u
+        sed -nE 's#^.*/([a-z_]+)/[A-Za-z0-9_]+\.cpp$#\1_tests#p' | sort -u
 }
 
 for preset in "${presets[@]}"; do
