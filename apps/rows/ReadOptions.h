@@ -36,8 +36,9 @@ struct ReadOptions {
     std::string outputZone; ///< Zone in which windows lie and results are written; empty: that of the input.
     std::string from;       ///< First whole day, YYYY-MM-DD; empty: no limit.
     std::string to;         ///< Last whole day, included.
-    std::string symbolColumn;    ///< The column that tells instruments apart; empty: one instrument.
-    std::string inputInterval;   ///< Interval of candles; empty: the smallest step between the first rows.
+    std::string symbolColumn;  ///< The column that tells instruments apart; empty: one instrument.
+    bool findSymbols = false;  ///< Without symbolColumn: a column of a usual name for that, if there is one.
+    std::string inputInterval; ///< Interval of candles; empty: the smallest step between the first rows.
     bool stampedWithEnd = false; ///< Candles bear the end of their window.
     EOrderRule order = EOrderRaise;
     EBadLines badLines = EBadLinesStop;

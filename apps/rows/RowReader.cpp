@@ -595,6 +595,15 @@ bool IsNamed(const std::string& a_header, std::initializer_list<std::string_view
 
 } // namespace
 
+void RowCounts::Add(const RowCounts& a_other)
+{
+    rows += a_other.rows;
+    bad += a_other.bad;
+    dropped += a_other.dropped;
+    raised += a_other.raised;
+    outside += a_other.outside;
+}
+
 void RowReader::Impl::PlanColumns(const std::vector<Field>& a_header)
 {
     plan.resize(a_header.size());
@@ -630,7 +639,12 @@ void RowReader::Impl::PlanColumns(const std::vector<Field>& a_header)
     for (ColumnPlan& column : plan) {
         if (column.kind != ESkip)
             continue;
-        if (!options.symbolColumn.empty() && column.header == options.symbolColumn) {
+        const bool isSymbol =
+            options.symbolColumn.empty()
+                ? options.findSymbols && !has(ESymbol) &&
+                      IsNamed(column.header, {"symbol", "ticker", "<ticker>", "instrument", "papier"})
+                : column.header == options.symbolColumn;
+        if (isSymbol) {
             column.kind = ESymbol;
             continue;
         }

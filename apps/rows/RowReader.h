@@ -49,6 +49,9 @@ struct RowCounts {
         0; ///< Moved up behind a later time before them (EOrderRaise); equal times don't count.
     std::uint64_t firstRaised = 0; ///< The line (text, from 1) or row (block, from 0) of the first of them.
     std::uint64_t outside = 0;     ///< Outside of `from` and `to`.
+
+    /// Those of another input; firstRaised stays.
+    void Add(const RowCounts& a_other);
 };
 
 /// What became of one line of a text that holds a row.

@@ -11,4 +11,12 @@ struct RowLayout;
 /// The series of rows with how each of them folds, as the folding of single rows wants them. Without precisions.
 std::set<DSProp> PropertiesOf(const RowLayout& a_layout);
 
+/// As many places behind the point as are told apart at most.
+inline constexpr unsigned int S_mostDecimals = 6;
+
+/// How many places behind the point the price needs, 0 to S_mostDecimals.
+unsigned int DecimalsOf(double a_price);
+/// Prices of rows and candles are to be shown with so many, at least with two.
+void SetDecimals(const std::set<DSProp>& a_series, unsigned int a_decimals);
+
 } // namespace kalvento::tool

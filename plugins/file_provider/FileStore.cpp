@@ -5,6 +5,7 @@
 #include "platform/CodePage.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
+#include "rows/RowSeries.h"
 #include "rows/TimeText.h"
 #include "series/Series.h"
 #include "velo/Log.h"
@@ -180,10 +181,9 @@ std::set<DSProp> SeriesOf(const CacheContents& a_contents, unsigned int a_decima
                                  L"Seria " + std::to_wstring(static_cast<unsigned int>(id)), EPrecision2));
             continue;
         }
-        const DSProp& property = *series.insert(DSProp(id)).first;
-        if (id == Price || property.IsAggregationSeries())
-            property.SetPrecision(static_cast<EPrecision>(std::max(a_decimals, 2U)));
+        series.insert(DSProp(id));
     }
+    kalvento::tool::SetDecimals(series, a_decimals);
     return series;
 }
 

@@ -6,6 +6,7 @@
 #include "rows/ByteSource.h"
 #include "rows/ReadOptions.h"
 #include "rows/RowReader.h"
+#include "rows/RowSeries.h"
 #include "rows/SeriesNames.h"
 #include "rows/ToolContext.h"
 #include "series/Offers.h"
@@ -37,7 +38,6 @@ constexpr int S_indexVersion = 1;
 // Rows of all instruments that wait to become a part; with many instruments their parts get smaller.
 constexpr std::uint64_t S_waitingRows = std::uint64_t{1} << 20U;
 constexpr std::size_t S_readRows = 4096;
-constexpr unsigned int S_mostDecimals = 6;
 
 constexpr const char* XML_VERSION = "Version";
 constexpr const char* XML_SOURCE = "Source";
@@ -137,7 +137,7 @@ private:
     std::optional<std::uint64_t> m_marked;
 };
 
-/// The names of the columns, as far as telling a symbol or a book by them needs.
+/// The names of the columns, as far as telling a book by them needs.
 std::vector<std::string> ColumnsOf(const std::filesystem::path& a_path)
 {
     constexpr std::size_t longest = 65536;
@@ -166,16 +166,10 @@ std::vector<std::string> ColumnsOf(const std::filesystem::path& a_path)
 tool::ReadOptions OptionsFor(const SourceFile& a_source, ESeriesId& a_priceMeans)
 {
     tool::ReadOptions options;
+    options.findSymbols = !a_source.isBook;
+    if (!a_source.isBook)
+        return options;
     for (const std::string& column : ColumnsOf(a_source.path)) {
-        std::string name = column;
-        for (char& sign : name)
-            sign = sign >= 'A' && sign <= 'Z' ? static_cast<char>(sign - 'A' + 'a') : sign;
-        if (!a_source.isBook) {
-            if (name == "symbol" || name == "ticker" || name == "<ticker>" || name == "instrument" ||
-                name == "papier")
-                options.symbolColumn = column;
-            continue;
-        }
         // Rows always have a price: in a book, which has none, the first of its columns stands in for it.
         const auto series = tool::SeriesFromName(column);
         if (series && Offers::Series.contains(*series) && options.columns.empty()) {
@@ -184,16 +178,6 @@ tool::ReadOptions OptionsFor(const SourceFile& a_source, ESeriesId& a_priceMeans
         }
     }
     return options;
-}
-
-unsigned int DecimalsOf(double a_price)
-{
-    double scaled = std::abs(a_price);
-    for (unsigned int decimals = 0; decimals < S_mostDecimals; ++decimals, scaled *= 10.0) {
-        if (std::abs(scaled - std::round(scaled)) <= 1e-9 * std::max(1.0, scaled))
-            return decimals;
-    }
-    return S_mostDecimals;
 }
 
 void Log(int a_line, const std::string& a_utf8)
@@ -247,8 +231,8 @@ private:
         symbol.hasTimesOfDay = symbol.hasTimesOfDay || time.GetAbsoluteTime() != 0;
         for (std::size_t column = 0; column < waiting.columns.size(); ++column) {
             waiting.columns[column].push_back(a_block.columns[column][a_row]);
-            if (m_contents.series[column] == Price && symbol.decimals < S_mostDecimals)
-                symbol.decimals = std::max(symbol.decimals, DecimalsOf(a_block.columns[column][a_row]));
+            if (m_contents.series[column] == Price && symbol.decimals < tool::S_mostDecimals)
+                symbol.decimals = std::max(symbol.decimals, tool::DecimalsOf(a_block.columns[column][a_row]));
         }
         ++m_rows;
         if (waiting.times.size() == S_partRows)
@@ -463,7 +447,7 @@ std::optional<CacheContents> RowCache::ReadIndex(const Settings& a_index) const
     for (auto node = symbols.begin_unnamed(); node != symbols.end_unnamed(); ++node) {
         CachedSymbol& symbol = contents.symbols.emplace_back();
         symbol.symbol = static_cast<const std::string&>((*node)[XML_SYMBOL]);
-        symbol.decimals = std::min<unsigned int>((*node)[XML_DECIMALS], S_mostDecimals);
+        symbol.decimals = std::min<unsigned int>((*node)[XML_DECIMALS], tool::S_mostDecimals);
         symbol.hasTimesOfDay = (*node)[XML_TIMES_OF_DAY];
         const Settings& parts = (*node)[XML_PARTS];
         for (auto child = parts.begin_unnamed(); child != parts.end_unnamed(); ++child) {
