@@ -2,6 +2,7 @@
 
 #include "platform/CodePage.h"
 #include "sql_provider/SqlConnection.h"
+#include "sql_provider/SqlQueries.h"
 #include "sql_provider/SqlRowForm.h"
 #include "sql_provider/SqlSchema.h"
 
@@ -135,7 +136,8 @@ std::size_t CheckRowsThere(pqxx::transaction_base& a_transaction, const Target& 
         }
         if (!same)
             throw SqlConflict("W bazie jest już inny wiersz o numerze "_cp1250 +
-                              std::to_string(a_expectedPosition + row));
+                                  std::to_string(a_expectedPosition + row),
+                              a_expectedPosition + row);
     }
     return there;
 }
@@ -292,10 +294,10 @@ bool SqlWriter::RemoveInstrument(const std::string& a_isin)
     return removed;
 }
 
-std::uint64_t SqlWriter::AppendRows(const std::string& a_isin, std::uint64_t a_expectedPosition,
-                                    const History& a_rows)
+SqlWriter::Appended SqlWriter::AppendRows(const std::string& a_isin, std::uint64_t a_expectedPosition,
+                                          const History& a_rows)
 {
-    std::uint64_t count = 0;
+    Appended result{};
     m_session->Transact([&](pqxx::work& a_transaction) {
         // Numbers come from the count of rows under the instrument's lock, not from a sequence. A sequence is given out
         // before the commit: the writer of number 7 may commit before that of number 6, a reader would go on behind 7,
@@ -307,25 +309,42 @@ std::uint64_t SqlWriter::AppendRows(const std::string& a_isin, std::uint64_t a_e
         CheckRows(a_isin, a_rows, ReadSeriesIds(a_transaction, target.number), target);
         const std::size_t first = CheckRowsThere(a_transaction, target, a_expectedPosition, a_rows);
         const std::size_t added = a_rows.GetRecordsCount() - first;
-        count = target.rowCount + added;
+        result = {added, target.rowCount + added};
         if (added == 0)
             return;
         CheckOrder(a_transaction, target, a_rows, first);
         CopyRows(a_transaction, target, a_rows, first);
         a_transaction.exec_params("UPDATE instruments SET row_count = $2 WHERE number = $1", target.number,
-                                  count);
+                                  result.count);
         TellRowsAdded(a_transaction, target.number);
     });
-    return count;
+    return result;
+}
+
+std::optional<StoreInstrument> SqlWriter::FindInstrument(const std::string& a_isin)
+{
+    std::optional<StoreInstrument> instrument;
+    m_session->Transact([&](pqxx::work& a_transaction) {
+        for (StoreInstrument& found : SqlQueries::ReadInstruments(a_transaction, a_isin))
+            instrument = std::move(found);
+    });
+    return instrument;
+}
+
+std::uint64_t SqlWriter::FindRow(const std::string& a_isin, const NDateTime& a_time)
+{
+    std::uint64_t row = 0;
+    m_session->Transact(
+        [&](pqxx::work& a_transaction) { row = SqlQueries::FindRow(a_transaction, a_isin, a_time); });
+    return row;
 }
 
 std::uint64_t SqlWriter::GetRowCount(const std::string& a_isin)
 {
     std::uint64_t count = 0;
     m_session->Transact([&](pqxx::work& a_transaction) {
-        const pqxx::result found = a_transaction.exec_params(
-            "SELECT row_count FROM instruments WHERE isin = $1", SqlRowForm::WriteBytes(a_isin));
-        count = found.empty() ? 0 : found[0][0].as<std::uint64_t>();
+        if (const auto shape = SqlQueries::FindShape(a_transaction, a_isin))
+            count = shape->rowCount;
     });
     return count;
 }

@@ -7,13 +7,21 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 /// What was asked for contradicts what the database holds; asking again won't help. Text in CP1250.
 class SqlConflict : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    explicit SqlConflict(const std::string& a_text, std::optional<std::uint64_t> a_otherRow = std::nullopt)
+        : std::runtime_error(a_text), m_otherRow(a_otherRow)
+    {}
+    /// Number of the row that is there and is another one than was given; empty for all other conflicts.
+    std::optional<std::uint64_t> GetOtherRow() const { return m_otherRow; }
+
+private:
+    std::optional<std::uint64_t> m_otherRow;
 };
 
 /// Puts instruments and rows into the database that SqlStore reads. Every operation is one transaction, seen by others as a
@@ -35,12 +43,19 @@ public:
     /// Rows and all. False where there is none.
     bool RemoveInstrument(const std::string& a_isin);
 
-    /// Numbers the rows from a_expectedPosition on and returns how many the instrument has then. Rows of these numbers that
+    struct Appended {
+        std::uint64_t added; ///< Rows that were not there.
+        std::uint64_t count; ///< Rows that the instrument has now.
+    };
+    /// Numbers the rows from a_expectedPosition on. Rows of these numbers that
     /// are there already are skipped where they are equal, bit for bit. Conflict: a row that is there is another one, so
     /// somebody else wrote; rows before a_expectedPosition are missing; times don't rise strictly; other series or another
     /// interval; no such instrument. Nothing is changed then.
-    std::uint64_t AppendRows(const std::string& a_isin, std::uint64_t a_expectedPosition,
-                             const History& a_rows);
+    Appended AppendRows(const std::string& a_isin, std::uint64_t a_expectedPosition, const History& a_rows);
+    /// The instrument, as SqlStore reads it; empty for none.
+    std::optional<StoreInstrument> FindInstrument(const std::string& a_isin);
+    /// Number of the first row whose time isn't before a_time; how many there are where there is none.
+    std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time);
     /// How many rows there are; 0 for no such instrument.
     std::uint64_t GetRowCount(const std::string& a_isin);
 

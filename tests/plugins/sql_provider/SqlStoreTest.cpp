@@ -86,7 +86,7 @@ TEST_F(SqlStoreTest, RowsComeBackBitForBit)
     const std::vector<double> volumes = {1, 2, 3, 4, 5, 6, 7, 1e15 + 1};
     const History rows(EIntervalTick, 1, std::vector(times), {{Price, prices}, {Volume, volumes}});
     m_writer->CreateInstrument(TickInstrument("A"));
-    EXPECT_EQ(m_writer->AppendRows("A", 0, rows), rows.GetRecordsCount());
+    EXPECT_EQ(m_writer->AppendRows("A", 0, rows).count, rows.GetRecordsCount());
 
     NotingListener listener;
     const auto store = OpenStore(listener);
@@ -104,7 +104,7 @@ TEST_F(SqlStoreTest, BulkLoadsAndPagesFitTogether)
     constexpr std::uint64_t count = 60'000; // more than a page
     m_writer->CreateInstrument(TickInstrument("A"));
     const History rows = RowsOf(0, count);
-    ASSERT_EQ(m_writer->AppendRows("A", 0, rows), count);
+    ASSERT_EQ(m_writer->AppendRows("A", 0, rows).count, count);
     NotingListener listener;
     const auto store = OpenStore(listener);
     EXPECT_EQ(store->GetRowCount("A"), count);
@@ -181,10 +181,10 @@ TEST_F(SqlStoreTest, InstrumentsOperationsAndBooksComeBack)
 TEST_F(SqlStoreTest, ARepeatedAppendDoublesNothing)
 {
     m_writer->CreateInstrument(TickInstrument("A"));
-    EXPECT_EQ(m_writer->AppendRows("A", 0, RowsOf(0, 10)), 10U);
-    EXPECT_EQ(m_writer->AppendRows("A", 0, RowsOf(0, 10)), 10U);
-    EXPECT_EQ(m_writer->AppendRows("A", 5, RowsOf(5, 15)), 15U);
-    EXPECT_EQ(m_writer->AppendRows("A", 2, RowsOf(2, 4)), 15U);
+    EXPECT_EQ(m_writer->AppendRows("A", 0, RowsOf(0, 10)).count, 10U);
+    EXPECT_EQ(m_writer->AppendRows("A", 0, RowsOf(0, 10)).count, 10U);
+    EXPECT_EQ(m_writer->AppendRows("A", 5, RowsOf(5, 15)).count, 15U);
+    EXPECT_EQ(m_writer->AppendRows("A", 2, RowsOf(2, 4)).count, 15U);
 
     const History daily(std::set{ESeriesId::Price, Volume}, EIntervalDay, 1);
     const struct {

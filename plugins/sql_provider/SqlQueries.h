@@ -1,0 +1,34 @@
+#pragma once
+
+#include "provider_kit/IMarketStore.h"
+
+#include <pqxx/pqxx>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What SqlStore and SqlWriter both ask the database. Raises pqxx::pqxx_exception, and std::runtime_error (CP1250) for
+/// answers that nothing of ours can have put there.
+namespace SqlQueries {
+
+/// What reading rows of an instrument needs.
+struct Shape {
+    int number = 0;
+    IntervalAndMultiplicity interval;
+    std::uint64_t rowCount = 0;
+};
+
+/// Empty for no such instrument.
+std::optional<Shape> FindShape(pqxx::transaction_base& a_transaction, const std::string& a_isin);
+/// Those of all instruments, or of one, if it is there.
+std::vector<StoreInstrument> ReadInstruments(pqxx::transaction_base& a_transaction,
+                                             const std::optional<std::string>& a_isin = std::nullopt);
+/// As IMarketStore::FindRow.
+std::uint64_t FindRow(pqxx::transaction_base& a_transaction, const std::string& a_isin,
+                      const NDateTime& a_time);
+/// Positions beyond what the database can hold are those of no row.
+std::int64_t ToPosition(std::uint64_t a_position);
+
+} // namespace SqlQueries
