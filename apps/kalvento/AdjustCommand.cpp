@@ -3,6 +3,7 @@
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
 #include "kalvento/Progress.h"
+#include "kalvento/ReportCounts.h"
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
@@ -29,22 +30,6 @@ struct AdjustOptions {
     std::string output;
     ReadOptions read;
 };
-
-void Report(const RowCounts& a_counts, ToolContext& a_context)
-{
-    if (a_context.quiet)
-        return;
-    const auto note = [&](std::uint64_t a_count, const char* a_text) {
-        if (a_count > 0)
-            a_context.err << "kalvento: " << a_count << ' ' << a_text << '\n';
-    };
-    note(a_counts.bad, "lines set aside that could not be read");
-    note(a_counts.dropped, "rows left out, their times not later than the ones before");
-    note(a_counts.raised, "rows with falling times moved up behind the ones before");
-    if (a_counts.rows == 0)
-        a_context.err << "kalvento: no rows" << (a_counts.outside > 0 ? " between --from and --to" : "")
-                      << '\n';
-}
 
 void RunAdjust(const AdjustOptions& a_options, ToolContext& a_context)
 {
@@ -74,7 +59,7 @@ void RunAdjust(const AdjustOptions& a_options, ToolContext& a_context)
     target.Commit();
     if (rejects)
         rejects->Commit();
-    Report(reader.GetCounts(), a_context);
+    ReportCounts(reader.GetCounts(), a_context);
 }
 
 constexpr const char* S_help =

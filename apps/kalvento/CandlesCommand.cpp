@@ -3,6 +3,7 @@
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
 #include "kalvento/Progress.h"
+#include "kalvento/ReportCounts.h"
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
@@ -119,8 +120,6 @@ private:
     void FoldFile(RowReader& a_reader, std::uint64_t a_bytesBefore, Progress& a_progress);
     void FoldSymbols(const RowBlock& a_rows);
     void FinishSymbols(const std::vector<std::string>& a_symbols);
-    void Add(const RowCounts& a_counts);
-    void Report();
 
     const CandlesOptions& m_options;
     const std::vector<std::string>& m_files;
@@ -174,7 +173,7 @@ void CandlesRun::Run()
             reader->ContinueFrom(*before);
         Start(*reader, m_files[file]);
         FoldFile(*reader, bytes, progress);
-        Add(reader->GetCounts());
+        m_counts.Add(reader->GetCounts());
         bytes += reader->GetBytesRead();
         before = std::move(reader);
     }
@@ -188,7 +187,7 @@ void CandlesRun::Run()
     }
     if (rejects)
         rejects->Commit();
-    Report();
+    ReportCounts(m_counts, m_context);
 }
 
 void CandlesRun::Start(const RowReader& a_reader, const std::string& a_file)
@@ -302,31 +301,6 @@ void CandlesRun::FinishSymbols(const std::vector<std::string>& a_symbols)
     }
     if (!split)
         Close();
-}
-
-void CandlesRun::Add(const RowCounts& a_counts)
-{
-    m_counts.rows += a_counts.rows;
-    m_counts.bad += a_counts.bad;
-    m_counts.dropped += a_counts.dropped;
-    m_counts.raised += a_counts.raised;
-    m_counts.outside += a_counts.outside;
-}
-
-void CandlesRun::Report()
-{
-    if (m_context.quiet)
-        return;
-    const auto note = [this](std::uint64_t a_count, const char* a_text) {
-        if (a_count > 0)
-            m_context.err << "kalvento: " << a_count << ' ' << a_text << '\n';
-    };
-    note(m_counts.bad, "lines set aside that could not be read");
-    note(m_counts.dropped, "rows left out, their times not later than the ones before");
-    note(m_counts.raised, "rows with falling times moved up behind the ones before");
-    if (m_counts.rows == 0)
-        m_context.err << "kalvento: no rows" << (m_counts.outside > 0 ? " between --from and --to" : "")
-                      << '\n';
 }
 
 /// Runs one file of --out-dir with streams of its own, for several go at once.

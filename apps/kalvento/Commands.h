@@ -29,6 +29,9 @@ void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context);
 /// `kalvento live`: follows a growing file of ticks and prints each change of a candle.
 void AddLiveCommand(CLI::App& a_app, ToolContext& a_context);
 
+/// `kalvento load`: puts rows of files into the database that the plug-in sql_provider serves.
+void AddLoadCommand(CLI::App& a_app, ToolContext& a_context);
+
 /// `kalvento operations`: shows, checks and converts a list of corporate operations.
 void AddOperationsCommand(CLI::App& a_app, ToolContext& a_context);
 

@@ -36,6 +36,7 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
     AddExplainCommand(app, a_context);
     AddGenerateCommand(app, a_context);
     AddLiveCommand(app, a_context);
+    AddLoadCommand(app, a_context);
     AddProveCommand(app, a_context);
     AddSeriesCommand(app, a_context);
     AddShowCommand(app, a_context);
@@ -76,7 +77,7 @@ int RunTool(const std::vector<std::string>& a_arguments, ToolContext& a_context)
 
 std::string ExitCodesHelp()
 {
-    return "Exit codes: 0 done, 1 the machine refused (disk, memory), 2 the command line can't be meant,\n"
+    return "Exit codes: 0 done, 1 the machine refused (disk, memory, database), 2 the command line can't be meant,\n"
            "3 the input can't be taken, 4 an input file can't be opened, 5 a check answers no.";
 }
 
