@@ -219,6 +219,11 @@ void ConsoleConsumer::ChangeInterval(int a_step)
     if (!chosen)
         return;
     m_interval = *chosen;
+    SubscribeAnew();
+}
+
+void ConsoleConsumer::SubscribeAnew()
+{
     for (unsigned int& number : m_shown) {
         const WatchPtr watch = Find(number);
         if (!watch)
@@ -406,7 +411,7 @@ void ConsoleConsumer::Obey(EScreenKey a_key)
 {
     const std::size_t count = std::max<std::size_t>(m_shown.size(), 1);
     m_message.clear();
-    if (a_key <= EKeyShorterInterval)
+    if (a_key <= EKeyAgain)
         m_frozen = false; // the picture held is that of another instrument or interval
     switch (a_key) {
     case EKeyNextInstrument:
@@ -420,6 +425,9 @@ void ConsoleConsumer::Obey(EScreenKey a_key)
         break;
     case EKeyShorterInterval:
         ChangeInterval(-1);
+        break;
+    case EKeyAgain:
+        SubscribeAnew();
         break;
     case EKeyFreeze:
         m_frozen = !m_frozen;
@@ -494,11 +502,15 @@ void ConsoleConsumer::Paint()
         model.place = m_place;
         model.count = m_shown.size();
         model.inColour = m_screen->HasColours();
+        // Stays in sight until it is over.
+        if (asset.GetProvider()->GetStatusLevel() == EStatusLevelProblem)
+            model.hindrance = asset.GetProvider()->GetStatusToolTip();
+        std::replace(model.hindrance.begin(), model.hindrance.end(), L'\n', L' ');
         model.data = watch->Look(S_screenCandles);
         m_painted = std::move(model);
     }
     m_painted->frozen = m_frozen;
     m_painted->asTable = m_asTable;
-    m_painted->message = m_message;
+    m_painted->message = m_message.empty() ? m_painted->hindrance : m_message;
     m_screen->Paint(RenderScreen(*m_painted, width, height));
 }

@@ -64,6 +64,7 @@ private:
     void Stop(unsigned int a_requestId);
     void StopAll();
     void ChangeInterval(int a_step);
+    void SubscribeAnew();
     void StartThread();
     void Work();
     void Wake();

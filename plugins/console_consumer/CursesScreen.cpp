@@ -154,6 +154,8 @@ std::optional<EScreenKey> CursesScreen::ReadKey()
         return EKeyLongerInterval;
     case L'-':
         return EKeyShorterInterval;
+    case L'r':
+        return EKeyAgain;
     case L' ':
         return EKeyFreeze;
     case L'c':

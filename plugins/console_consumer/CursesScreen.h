@@ -11,7 +11,8 @@ enum EScreenKey : std::uint8_t {
     EKeyNextInstrument,
     EKeyPreviousInstrument,
     EKeyLongerInterval,
-    EKeyShorterInterval, // up to here another picture is asked for
+    EKeyShorterInterval,
+    EKeyAgain, // up to here another picture is asked for
     EKeyFreeze,
     EKeyChart,
     EKeyTable,

@@ -34,11 +34,12 @@ std::string PlainLines::Candle(std::string_view a_symbol, std::string_view a_sta
                        ValueText(a_candle, Volume));
 }
 
-std::string PlainLines::Book(std::string_view a_symbol, const Offers& a_offers)
+std::string PlainLines::Book(std::string_view a_symbol, const Offers& a_offers,
+                             const std::optional<NDateTime>& a_time)
 {
-    const bool timed = a_offers.TimeFieldIsSet();
-    std::string line =
-        fmt::format("{};{};book", a_symbol, timed ? TimeText(a_offers.GetTime().value) : std::string());
+    const std::optional<NDateTime> time =
+        a_offers.TimeFieldIsSet() ? std::optional(a_offers.GetTime().value) : a_time;
+    std::string line = fmt::format("{};{};book", a_symbol, time ? TimeText(*time) : std::string());
     for (unsigned int level = 0; level < 5; ++level)
         line += fmt::format(";{};{};{};{}", OfferText(a_offers, BidVolume1, level),
                             OfferText(a_offers, Bid1, level), OfferText(a_offers, Ask1, level),

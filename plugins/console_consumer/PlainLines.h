@@ -4,6 +4,7 @@
 #include "series/Offers.h"
 #include "series/Record.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,8 +14,8 @@ namespace PlainLines {
 
 /// `symbol;time;state;open;high;low;close;volume`. The time is that of the candle's last row.
 std::string Candle(std::string_view a_symbol, std::string_view a_state, const Record& a_candle);
-/// `symbol;time;book;` and for each of five levels `volume;bid;ask;volume`.
-std::string Book(std::string_view a_symbol, const Offers& a_offers);
+/// `symbol;time;book;` and for each of five levels `volume;bid;ask;volume`. a_time: for a book that bears none.
+std::string Book(std::string_view a_symbol, const Offers& a_offers, const std::optional<NDateTime>& a_time);
 /// `symbol;time;trade;price;volume`.
 std::string Trade(std::string_view a_symbol, const LatestRecords::LastRecord& a_trade);
 

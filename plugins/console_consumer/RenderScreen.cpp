@@ -133,13 +133,14 @@ void DrawFooter(const ScreenModel& a_model, ScreenCells& a_cells)
     struct Key {
         const wchar_t* key;
         const wchar_t* meaning;
-        bool ofSeveral; // instruments
+        bool isShown;
     };
-    static constexpr std::array<Key, 5> S_keys = {{{L"n/p", L"instrument", true},
-                                                   {L"+/-", L"interwał", false},
-                                                   {L"spacja", L"zatrzymaj", false},
-                                                   {L"c/t", L"wykres/tabela", false},
-                                                   {L"q", L"koniec", false}}};
+    const std::array<Key, 6> keys = {{{L"n/p", L"instrument", a_model.count > 1},
+                                      {L"+/-", L"interwał", true},
+                                      {L"r", L"od nowa", !a_model.data.ended.empty()},
+                                      {L"spacja", L"zatrzymaj", true},
+                                      {L"c/t", L"wykres/tabela", true},
+                                      {L"q", L"koniec", true}}};
     const int row = a_cells.GetHeight() - 1;
     const int width = a_cells.GetWidth();
     if (a_model.frozen || !a_model.message.empty()) {
@@ -152,9 +153,9 @@ void DrawFooter(const ScreenModel& a_model, ScreenCells& a_cells)
     // With all meanings, with that of the last key alone, or nothing but the last key.
     const auto lay = [&](int a_level, bool a_draw) {
         int column = 1;
-        for (const Key& key : S_keys) {
-            const bool isLast = &key == &S_keys.back();
-            if ((key.ofSeveral && a_model.count < 2) || (a_level == 2 && !isLast))
+        for (const Key& key : keys) {
+            const bool isLast = &key == &keys.back();
+            if (!key.isShown || (a_level == 2 && !isLast))
                 continue;
             const std::wstring meaning = a_level == 0 || isLast ? std::wstring(L" ") + key.meaning : L"";
             if (a_draw) {

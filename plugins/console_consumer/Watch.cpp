@@ -144,7 +144,7 @@ void Watch::SetOffers(const Offers& a_offers)
     else
         m_offers->MergeChangesValues(a_offers);
     if (m_options.plain && m_options.book)
-        m_lines += PlainLines::Book(m_asset.GetShortName(), *m_offers);
+        m_lines += PlainLines::Book(m_asset.GetShortName(), *m_offers, m_time);
 }
 
 void Watch::SetTrades(const LatestRecords& a_trades)
