@@ -1,10 +1,9 @@
 // Plug-ins that fail at their start, after a provider of theirs has begun to tell things, and that go on telling when the
 // host has dropped them.
-#include "modules/ConsumerBase.h"
 #include "modules/IAppMediator.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
-#include "support/CheckingConsumer.h"
+#include "support/IdleConsumer.h"
 #include "support/TestProvider.h"
 
 #include <atomic>
@@ -55,22 +54,10 @@ private:
 };
 
 #ifdef FAULT_IN_CONSUMER
-class RefusingConsumer : public ConsumerBase {
+class RefusingConsumer : public IdleConsumer {
 public:
-    RefusingConsumer() : ConsumerBase(EGenericModuleNone, L"Refusing", {}) {}
+    RefusingConsumer() : IdleConsumer(L"Refusing") {}
     bool Init() override { throw std::runtime_error("no screen"); }
-    void OnStopWork() override {}
-    HICON GetTitleBarIconHandle() override { return nullptr; }
-    void ProcessOperations(unsigned int, const HistoryOperations&) override {}
-    void ProcessHistory(unsigned int, History&&) override {}
-    void ProcessHistoryEnd(unsigned int) override {}
-    void ProcessSynchronization(unsigned int, Synchronization&&) override {}
-    void ProcessRecord(unsigned int, const Record&) override {}
-    void ProcessCurrentState(unsigned int, const CurrentState&) override {}
-    void ProcessOffers(unsigned int, const Offers&) override {}
-    void ProcessLatestRecords(unsigned int, const LatestRecords&) override {}
-    void RequestRefused(unsigned int, std::wstring_view) override {}
-    void RequestEnded(unsigned int) override {}
 };
 #endif
 

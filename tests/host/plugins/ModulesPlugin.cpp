@@ -1,10 +1,10 @@
 // A plug-in with a provider and a consumer that note what is done with them, and that misbehave as the options say.
 #include "host/plugins/Recorder.h"
-#include "modules/ConsumerBase.h"
 #include "modules/IAppMediator.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
 #include "settings/Settings.h"
+#include "support/IdleConsumer.h"
 #include "support/TestProvider.h"
 #include "velo/ConverterMultiByteToWideChar.h"
 
@@ -54,11 +54,9 @@ private:
     Task m_task;
 };
 
-class Consumer : public ConsumerBase {
+class Consumer : public IdleConsumer {
 public:
-    Consumer(std::wstring a_name, Task a_task)
-        : ConsumerBase(EGenericModuleNone, std::move(a_name), {}), m_task(std::move(a_task))
-    {}
+    Consumer(std::wstring a_name, Task a_task) : IdleConsumer(std::move(a_name)), m_task(std::move(a_task)) {}
     ~Consumer() override { m_task.recorder->Note("destroy consumer " + Name()); }
     bool Init() override
     {
@@ -77,18 +75,6 @@ public:
         if (m_task.behaviour == "throw in stop")
             throw std::runtime_error("no way");
     }
-
-    HICON GetTitleBarIconHandle() override { return nullptr; }
-    void ProcessOperations(unsigned int, const HistoryOperations&) override {}
-    void ProcessHistory(unsigned int, History&&) override {}
-    void ProcessHistoryEnd(unsigned int) override {}
-    void ProcessSynchronization(unsigned int, Synchronization&&) override {}
-    void ProcessRecord(unsigned int, const Record&) override {}
-    void ProcessCurrentState(unsigned int, const CurrentState&) override {}
-    void ProcessOffers(unsigned int, const Offers&) override {}
-    void ProcessLatestRecords(unsigned int, const LatestRecords&) override {}
-    void RequestRefused(unsigned int, std::wstring_view) override {}
-    void RequestEnded(unsigned int) override {}
 
 private:
     std::string Name() const { return {GetName().begin(), GetName().end()}; }
