@@ -60,18 +60,16 @@ std::filesystem::path FollowLinks(std::filesystem::path a_path, std::error_code&
 // A file that dies unless it was renamed.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const std::filesystem::path& a_folder)
+    // Without a name as long as it is written, where the system can: then a kill leaves nothing behind.
+    TemporaryFile(std::filesystem::path a_folder, bool a_named) : m_folder(std::move(a_folder))
     {
-        static std::atomic<std::uint64_t> S_number = 0;
-        for (int attempt = 0; attempt < S_mostNames; ++attempt) {
-            m_path = a_folder /
-                     (".kalvento-" + std::to_string(::getpid()) + "-" + std::to_string(++S_number) + ".tmp");
-            m_file = Open(m_path, O_WRONLY | O_CREAT | O_EXCL, 0666);
-            m_waiting = m_file.IsOpen();
-            // A name may be taken by what a killed process with our number left.
-            if (m_waiting || errno != EEXIST)
-                return;
-        }
+        if (!a_named)
+            m_file = Open(m_folder, O_WRONLY | O_TMPFILE, 0666);
+        else
+            TakeName([this] {
+                m_file = Open(m_path, O_WRONLY | O_CREAT | O_EXCL, 0666);
+                return m_file.IsOpen();
+            });
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -110,9 +108,19 @@ public:
         return true;
     }
 
-    bool FlushAndClose()
+    bool Flush() const
     {
-        return Retry([&] { return ::fsync(m_file.Get()); }) == 0 && m_file.Close() == 0;
+        return Retry([&] { return ::fsync(m_file.Get()); }) == 0;
+    }
+
+    // A file has to have a name before it can take the place of another.
+    bool GiveName()
+    {
+        const std::string unnamed = "/proc/self/fd/" + std::to_string(m_file.Get());
+        return m_waiting || TakeName([&] {
+                   return ::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, m_path.c_str(), AT_SYMLINK_FOLLOW) ==
+                          0;
+               });
     }
 
     bool Rename(const std::filesystem::path& a_target)
@@ -124,6 +132,22 @@ public:
     }
 
 private:
+    template<class Attempt>
+    bool TakeName(const Attempt& a_attempt)
+    {
+        static std::atomic<std::uint64_t> S_number = 0;
+        for (int attempt = 0; attempt < S_mostNames && !m_waiting; ++attempt) {
+            m_path = m_folder /
+                     (".kalvento-" + std::to_string(::getpid()) + "-" + std::to_string(++S_number) + ".tmp");
+            m_waiting = a_attempt();
+            // A name may be taken by what a killed process with our number left.
+            if (!m_waiting && errno != EEXIST)
+                return false;
+        }
+        return m_waiting;
+    }
+
+    const std::filesystem::path m_folder;
     std::filesystem::path m_path;
     UniqueFd m_file;
     bool m_waiting = false; // there is a file of that name, and it is ours
@@ -147,9 +171,18 @@ bool Replace(const std::filesystem::path& a_target, std::string_view a_bytes)
         return false;
     }
     const std::filesystem::path folder = a_target.has_parent_path() ? a_target.parent_path() : ".";
-    TemporaryFile file(folder);
-    return file.IsOpen() && (!exists || file.TakeRightsOf(old)) && file.Write(a_bytes) &&
-           file.FlushAndClose() && file.Rename(a_target) && FlushFolder(folder);
+    for (const bool named : {false, true}) {
+        TemporaryFile file(folder, named);
+        // Not every file system has files without a name, nor every process the folder that names them later.
+        if (!named && !file.IsOpen())
+            continue;
+        if (!file.IsOpen() || (exists && !file.TakeRightsOf(old)) || !file.Write(a_bytes) || !file.Flush())
+            return false;
+        if (!file.GiveName() && !named)
+            continue;
+        return file.Rename(a_target) && FlushFolder(folder);
+    }
+    return false;
 }
 
 // Never over a file that is there already.

@@ -129,7 +129,8 @@ TEST(KillTest, WhatAHostReportedSavedSurvivesTwoHundredKills)
     }
     for (const std::uint32_t number : reported)
         EXPECT_GT(number, 0U);
+    const auto files = std::distance(std::filesystem::directory_iterator(folder.GetPath()),
+                                     std::filesystem::directory_iterator());
     std::printf("200 kills, %zu saves reported, none of them lost; %td files left in the folder\n", reports,
-                std::distance(std::filesystem::directory_iterator(folder.GetPath()),
-                              std::filesystem::directory_iterator()));
+                files);
 }
