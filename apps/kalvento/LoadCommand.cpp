@@ -53,12 +53,12 @@ struct Tally {
     std::uint64_t count = 0; // in the database, when the last of them was looked at
 };
 
-// The server's client explains itself in several lines.
+// The server's client explains itself in several lines; from "LINE" on they are about the text of a statement.
 std::string OneLine(const std::string& a_text)
 {
     std::istringstream lines(a_text);
     std::string all;
-    for (std::string line; std::getline(lines >> std::ws, line);)
+    for (std::string line; std::getline(lines >> std::ws, line) && !line.starts_with("LINE ");)
         all += (all.empty() ? "" : "; ") + line;
     return all;
 }
@@ -159,8 +159,8 @@ public:
                 EExitBadData,
                 m_place + ": the database has another row in the place of the one of " +
                     ShownTimeWithCounter(history.TimeSeries().at(row)) +
-                    "; rows are only added behind the last one that is there, so a file goes on behind "
-                    "it, with a new second, or repeats what is there without a gap");
+                    "; a file repeats rows that are there without a gap, or goes on behind the last of them "
+                    "from a new second on");
         }
     }
 
@@ -342,10 +342,19 @@ void LoadRun::PrintTallies()
     if (m_isins.empty())
         return;
     TextTable table({"instrument", "rows added", "were there", "now in all"}, {false, true, true, true});
+    const auto add = [&table](const std::string& a_name, const Tally& a_tally) {
+        table.Add({a_name, ShownCount(a_tally.added), ShownCount(a_tally.there), ShownCount(a_tally.count)});
+    };
+    Tally all;
     for (const std::string& isin : m_isins) {
         const Tally& tally = m_tallies[isin];
-        table.Add({isin, ShownCount(tally.added), ShownCount(tally.there), ShownCount(tally.count)});
+        add(isin, tally);
+        all.added += tally.added;
+        all.there += tally.there;
+        all.count += tally.count;
     }
+    if (m_isins.size() > 1)
+        add("(all " + std::to_string(m_isins.size()) + ")", all);
     m_context.out << table.ToText() << std::flush;
 }
 

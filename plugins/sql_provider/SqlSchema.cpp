@@ -91,7 +91,8 @@ bool Exists(pqxx::transaction_base& a_transaction)
 
 void CheckVersion(pqxx::transaction_base& a_transaction)
 {
-    const int version = a_transaction.exec1("SELECT version FROM state")[0].as<int>();
+    // By its whole name: who may not use the schema is told so, instead of there being no such table.
+    const int version = a_transaction.exec1("SELECT version FROM kalvento.state")[0].as<int>();
     if (version != SqlSchema::S_version)
         throw std::runtime_error(std::string("Tabele w bazie mają wersję "_cp1250) + std::to_string(version) +
                                  ", a obsługiwana jest "_cp1250 + std::to_string(SqlSchema::S_version));
