@@ -25,6 +25,9 @@ constexpr std::size_t S_candlesBefore = 2;
 // The live rows after a hand-over go on until so many candles behind the open one have begun. A candle's state comes from
 // its own rows alone, so from the second one on the run could only repeat what the row-by-row road has shown.
 constexpr std::size_t S_candlesAfter = 2;
+// Rows folded one by one for all hand-overs together, where the caller leaves it to us: some seconds.
+constexpr std::size_t S_greatestLiveWork = 20'000'000;
+constexpr std::size_t S_fewestSamples = 9;
 
 bool SameBits(double a_left, double a_right)
 {
@@ -188,7 +191,8 @@ AggregatorWrapper FoldProof::MakeWrapper() const
             static_cast<unsigned short>(m_interval.GetMultiplicity())};
 }
 
-std::optional<FoldProof::Finding> FoldProof::Run(std::size_t a_samples)
+std::optional<FoldProof::Finding> FoldProof::Run(std::size_t a_samples, bool a_mayThin,
+                                                 const OnHandOver& a_onHandOver)
 {
     if (m_ticks.IsEmpty())
         return std::nullopt;
@@ -197,13 +201,14 @@ std::optional<FoldProof::Finding> FoldProof::Run(std::size_t a_samples)
     if (auto finding = ProveLive())
         return finding;
 
-    const std::vector<std::size_t> rows = ChooseRows(a_samples);
+    const std::vector<std::size_t> chosen = ChooseRows(a_samples);
+    const std::vector<std::size_t> rows = a_mayThin ? Thin(chosen) : chosen;
     m_wholeHistories = rows.size() <= S_greatestWork / m_ticks.GetRecordsCount();
     for (const std::size_t row : rows) {
         for (const ERoad road : {ERoadHandOver, ERoadSynchronization})
             if (auto finding = ProveHandOver(row, road))
                 return finding;
-        ++m_handOvers;
+        a_onHandOver(++m_handOvers, rows.size());
     }
     return std::nullopt;
 }
@@ -276,6 +281,26 @@ std::vector<std::size_t> FoldProof::ChooseRows(std::size_t a_samples) const
     std::sort(rows.begin(), rows.end());
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     return rows;
+}
+
+std::vector<std::size_t> FoldProof::Thin(const std::vector<std::size_t>& a_rows) const
+{
+    std::size_t work = 0;
+    for (const std::size_t row : a_rows) {
+        const auto open = static_cast<std::size_t>(
+            std::upper_bound(m_candleRows.begin(), m_candleRows.end(), row) - m_candleRows.begin() - 1);
+        const std::size_t behind = open + S_candlesAfter + 1;
+        work += (behind < m_candleRows.size() ? m_candleRows[behind] : m_ticks.GetRecordsCount()) -
+                m_candleRows[open];
+    }
+    // Each goes twice, as a history and as a synchronization. An odd step keeps the three kinds of rows mixed.
+    const std::size_t step = std::min(2 * work / S_greatestLiveWork + 1,
+                                      std::max(a_rows.size() / S_fewestSamples, std::size_t{1})) |
+                             1U;
+    std::vector<std::size_t> kept;
+    for (std::size_t place = 0; place < a_rows.size(); place += step)
+        kept.push_back(a_rows[place]);
+    return kept;
 }
 
 } // namespace kalvento::tool

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <set>
 #include <vector>
@@ -50,6 +51,7 @@ public:
         ERoadHandOver,       ///< History up to a row, SetCurrentRecord of its last record, live rows.
         ERoadSynchronization ///< Synchronization from the begin of the window up to a row, live rows.
     };
+    using OnHandOver = std::function<void(std::size_t a_done, std::size_t a_total)>;
     struct Finding {
         ERoad road = ERoadLive;
         std::size_t row = 0; ///< The row handed over at, from 0; of no meaning for ERoadLive.
@@ -63,8 +65,10 @@ public:
 
     /// Runs the roads. a_samples: how many rows are handed over at; every row where there are no more than that. Else a third
     /// each of the rows lie anywhere, begin a candle, and end one: the places where a state could be carried wrongly.
-    /// The same rows for the same input. Raises ToolError (EExitFailure) when the engine refuses what it should fold.
-    std::optional<Finding> Run(std::size_t a_samples);
+    /// The same rows for the same input. With a_mayThin it takes fewer of them, evenly, where candles are so long that the
+    /// rows behind each hand-over would take minutes. a_onHandOver is told how many are done, and of how many.
+    /// Raises ToolError (EExitFailure) when the engine refuses what it should fold.
+    std::optional<Finding> Run(std::size_t a_samples, bool a_mayThin, const OnHandOver& a_onHandOver);
 
     std::size_t GetCandleCount() const { return m_candles.GetRecordsCount(); }
     std::size_t GetHandOverCount() const { return m_handOvers; }
@@ -77,6 +81,7 @@ private:
     std::optional<Finding> ProveLive();
     std::optional<Finding> ProveHandOver(std::size_t a_row, ERoad a_road) const;
     std::vector<std::size_t> ChooseRows(std::size_t a_samples) const;
+    std::vector<std::size_t> Thin(const std::vector<std::size_t>& a_rows) const;
     AggregatorWrapper MakeWrapper() const;
 
     const DataSeriesSet& m_ticks;

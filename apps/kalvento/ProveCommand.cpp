@@ -1,6 +1,7 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/FoldProof.h"
+#include "kalvento/Progress.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
@@ -102,10 +103,11 @@ std::string RuleBehind(const FoldProof::Finding& a_finding, IntervalAndMultiplic
 {
     // A candle doesn't tell how many rows made it, so whoever goes on with it counts from it as from a first row.
     if (a_interval.IsNTick() && a_finding.road >= FoldProof::ERoadHandOver)
-        return "a candle of " + std::to_string(a_interval.GetMultiplicity()) +
-               " ticks that is handed over counts as its first tick, since a candle doesn't tell how many rows "
-               "made it; "
-               "candles of ticks agree only where the rows are never handed over";
+        return "a candle doesn't tell how many rows made it, so one of " +
+               std::to_string(a_interval.GetMultiplicity()) +
+               " ticks that is handed over counts as its first tick, and the rows behind it fall into other "
+               "candles; in one go and row by row they agree, and whoever goes on with such a candle folds its "
+               "rows again, as watch does";
     if (a_finding.difference.kind == CandleDifference::EKindValue)
         return FoldRule(a_finding.difference.series, a_layout);
     return a_interval.IsTick() ? "windows of ticks are counted anew from each change of the day"
@@ -145,7 +147,8 @@ private:
         for (const ESeriesId column : CandleSeries())
             series += ", " + ColumnName(column, true);
         text += "identical\n  " + ShownCount(a_proof.rows) + " rows, " + ShownCount(a_proof.candles) +
-                " candles in one go and row by row\n  " + ShownCount(a_proof.handOvers) +
+                (a_proof.candles == 1 ? " candle" : " candles") + " in one go and row by row\n  " +
+                ShownCount(a_proof.handOvers) +
                 (a_proof.handOvers == a_proof.rows ? " hand-overs, one at each row"
                                                    : " hand-overs at chosen rows") +
                 ", as a history" +
@@ -275,16 +278,21 @@ std::vector<Ticks> ReadTicks(RowReader& a_reader)
 }
 
 Proof Prove(const Ticks& a_ticks, const RowLayout& a_layout, IntervalAndMultiplicity a_interval,
-            std::size_t a_samples)
+            std::size_t a_samples, ToolContext& a_context)
 {
     const auto start = std::chrono::steady_clock::now();
     const std::set<DSProp> properties = PropertiesOf(a_layout);
     FoldProof fold(a_ticks.rows, properties, a_interval);
     Proof proof;
     proof.rows = a_ticks.rows.GetRecordsCount();
-    proof.finding = fold.Run(a_samples > 0                  ? a_samples
-                             : proof.rows <= S_everyRowUpTo ? proof.rows
-                                                            : S_samples);
+    const std::size_t samples = a_samples > 0                  ? a_samples
+                                : proof.rows <= S_everyRowUpTo ? proof.rows
+                                                               : S_samples;
+    constexpr std::size_t parts = 1000;
+    Progress progress(a_context, parts);
+    proof.finding = fold.Run(samples, a_samples == 0, [&](std::size_t a_done, std::size_t a_total) {
+        progress.Show(parts * a_done / a_total, proof.rows);
+    });
     proof.candles = fold.GetCandleCount();
     proof.handOvers = fold.GetHandOverCount();
     proof.wholeHistories = fold.FoldsWholeHistories();
@@ -302,10 +310,15 @@ void RunProve(const ProveOptions& a_options, ToolContext& a_context)
                                         FormatInterval(layout.interval) +
                                         "; prove takes single ticks, the only rows that come live");
     const std::vector<Ticks> instruments = ReadTicks(reader);
+    bool isEmpty = true;
+    for (const Ticks& ticks : instruments)
+        isEmpty = isEmpty && ticks.rows.IsEmpty();
+    if (isEmpty)
+        throw ToolError(EExitBadData, source->GetName() + ": holds no rows, so there is nothing to prove");
     ProofWriter writer(a_options, layout, source->GetName(), a_context);
     for (const Ticks& ticks : instruments)
         for (const IntervalAndMultiplicity interval : a_options.intervals) {
-            const Proof proof = Prove(ticks, layout, interval, a_options.samples);
+            const Proof proof = Prove(ticks, layout, interval, a_options.samples, a_context);
             if (proof.finding)
                 a_context.exitCode = EExitDifferent;
             writer.Write(ticks, interval, proof);
