@@ -350,6 +350,7 @@ void DrawTrades(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_a
     else
         a_cells.WriteBefore(a_area.left + a_area.width, a_area.top, L"wolumen", EInkDim);
     std::vector<double> volumes;
+    volumes.reserve(trades.size());
     for (const auto& trade : trades)
         volumes.push_back(trade.volume);
     const std::vector<std::wstring> volumeTexts = ScreenTexts::Volumes(volumes);

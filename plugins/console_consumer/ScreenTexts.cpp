@@ -78,6 +78,7 @@ std::vector<std::wstring> ScreenTexts::Volumes(const std::vector<double>& a_volu
     // Two digits of the smallest one must be left.
     const bool inCommon = least * std::pow(10.0, decimals) >= (decimals > 0 ? 9.5 : 0.5);
     std::vector<std::wstring> texts;
+    texts.reserve(a_volumes.size());
     for (const double volume : a_volumes)
         texts.push_back(inCommon && !IsLarge(volume) ? WithComma(fmt::format(L"{:.{}f}", volume, decimals))
                                                      : Volume(volume));
