@@ -58,15 +58,12 @@ TEST(AggrWindowsTest, LimitsOfAWindow)
          Instant(2021, 3, 1, 23, 59, 59)},
         {EIntervalDay, 7, Instant(2021, 1, 9, 5, 0, 0), Date(2021, 1, 8), Date(2021, 1, 14)},
         {EIntervalDay, 7, Date(2021, 12, 31), Date(2021, 12, 31), Date(2021, 12, 31)},
-        {EIntervalDay, 365, Date(2024, 12, 31), Date(2024, 12, 31), Date(2024, 12, 31)},
         // The border of a short first week reaches past its Sunday.
         {EIntervalWeek, 1, Date(2021, 1, 3), Date(2021, 1, 1), Date(2021, 1, 7)},
-        {EIntervalWeek, 1, Date(2021, 1, 4), Date(2021, 1, 4), Date(2021, 1, 10)},
         {EIntervalWeek, 1, Date(2024, 1, 7), Date(2024, 1, 1), Date(2024, 1, 7)},
         {EIntervalWeek, 1, Date(2012, 12, 31), Date(2012, 12, 31), Date(2012, 12, 31)},
         {EIntervalWeek, 3, Date(2021, 12, 31), Date(2021, 12, 20), Date(2021, 12, 31)},
         {EIntervalMonth, 5, Date(2021, 6, 1), Date(2021, 6, 1), Date(2021, 10, 31)},
-        {EIntervalMonth, 5, Date(2021, 12, 1), Date(2021, 11, 1), Date(2021, 12, 31)},
         {EIntervalMonth, 1, Date(2024, 2, 11), Date(2024, 2, 1), Date(2024, 2, 29)},
         {EIntervalYear, 3, Date(2019, 5, 5), Date(2019, 1, 1), Date(2021, 12, 31)},
     };

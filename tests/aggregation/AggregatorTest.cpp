@@ -67,56 +67,6 @@ std::string MessageOf(Call a_call)
 
 } // namespace
 
-TEST_F(AggregatorTest, TicksOfOneWindowMakeOneCandle)
-{
-    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
-    const double prices[] = {10, 12, 9, 11};
-    Row row;
-    for (int tick = 0; tick < 4; ++tick) {
-        row = Tick(At(10, 0, static_cast<unsigned long>(tick)), prices[tick], tick + 1);
-        EXPECT_EQ(Push(aggregator, row), tick != 0);
-    }
-    ExpectCandle(row, 10, 12, 9, 11, 10);
-    row = Tick(At(10, 5), 20, 7);
-    EXPECT_FALSE(Push(aggregator, row));
-    ExpectCandle(row, 20, 20, 20, 20, 7);
-}
-
-TEST_F(AggregatorTest, EachTimeResultStampsItsOwnTime)
-{
-    const struct {
-        EAggrTimeResult timeResult;
-        NDateTime expected;
-    } cases[] = {{EFirstRecordTime, At(10, 1, 5)},
-                 {ELastRecordTime, At(10, 3, 6)},
-                 {EWindowBegin, At(10, 0)},
-                 {EMetaStockWindowEnd, At(10, 5)},
-                 {EWindowBorder, At(10, 4, 59)}};
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.timeResult);
-        Aggregator aggregator(EIntervalMinute, 5, one.timeResult, m_types);
-        Row first = Tick(At(10, 1, 5), 1, 1);
-        Row second = Tick(At(10, 3, 6), 2, 1);
-        Push(aggregator, first);
-        Push(aggregator, second);
-        EXPECT_EQ(second.time, one.expected);
-    }
-}
-
-TEST_F(AggregatorTest, LateRowLeavesNoTraceAndComesBackAsTheOpenCandle)
-{
-    Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);
-    Row row = Tick(At(10, 1), 10, 1);
-    Push(aggregator, row);
-    Row late = Tick(At(10, 0), 99, 99);
-    EXPECT_TRUE(Push(aggregator, late));
-    ExpectCandle(late, 10, 10, 10, 10, 1);
-    EXPECT_TRUE(late.time.IsEmpty());
-    Row next = Tick(At(10, 2), 11, 2);
-    EXPECT_TRUE(Push(aggregator, next));
-    ExpectCandle(next, 10, 11, 10, 11, 3);
-}
-
 TEST_F(AggregatorTest, AfterAFoldRowsWaitForTheCurrentRecord)
 {
     Aggregator aggregator(EIntervalMinute, 5, ELastRecordTime, m_types);

@@ -310,25 +310,3 @@ TEST(FoldTest, OneHistoryAfterAnotherForgetsTheFirst)
             return;
     }
 }
-
-TEST(FoldTest, VolumeInIsVolumeOut)
-{
-    const std::vector<EAggrType> types = {EAggrTypeOhlc, EAggrTypeSum};
-    Random random(11);
-    for (const EInterval interval : {EIntervalTick, EIntervalMinute, EIntervalWeek, EIntervalYear}) {
-        Rows rows = RandomRows(random, 5000, types.size());
-        double in = 0.0;
-        for (std::size_t row = 0; row < rows.times.size(); ++row) {
-            rows.times[row] = At(40000.0 + static_cast<double>(row) / 100.0, 0);
-            rows.columns[4][row] = static_cast<double>(Below(random, 100));
-            in += rows.columns[4][row];
-        }
-        Aggregator aggregator(interval, 3, ELastRecordTime, types);
-        const unsigned int candles =
-            aggregator.Aggregate(EIntervalTick, 1, 5000, rows.times.data(), rows.Pointers());
-        double out = 0.0;
-        for (std::size_t row = 0; row < candles; ++row)
-            out += rows.columns[4][row];
-        EXPECT_EQ(in, out);
-    }
-}

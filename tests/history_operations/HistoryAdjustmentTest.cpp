@@ -74,21 +74,6 @@ TEST(HistoryAdjustmentTest, TheWholeDayOfTheOperationIsScaled)
     ExpectScaled(history, 4, 0.5, 2.0);
 }
 
-TEST(HistoryAdjustmentTest, OperationsOutsideOfTheHistory)
-{
-    const std::vector<std::pair<std::string, std::size_t>> cases = {
-        {"210228", 0}, {"210301", 1}, {"210303", 3}, {"491231", 3}};
-    for (const auto& [date, scaled] : cases) {
-        SCOPED_TRACE(date);
-        History history = Filled(FirstDaysOfMarch2021(3));
-        history.ApplyDataOperations(Parsed("1\n1," + date + ",2,0.25"));
-        ExpectScaled(history, scaled, 0.25, 4.0);
-    }
-    History empty = Filled({});
-    empty.ApplyDataOperations(Parsed("1\n1,210302,2,0.5"));
-    ExpectScaled(empty, 0, 1.0, 1.0);
-}
-
 // Times that near are earlier than the limit and equal to it at once, or even on both sides of it, since their
 // counter is greater: such a first row counts as the first of the new scale, and so do the rows behind it.
 TEST(HistoryAdjustmentTest, AHistoryThatBeginsInTheLastHalfSecondStaysAsItIs)
@@ -134,21 +119,26 @@ TEST(HistoryAdjustmentTest, RowsAreScaledByTheProductOfAllLaterOperations)
         std::vector<double> priceFactors(10, 1.0);
         std::vector<double> volumeFactors(10, 1.0);
         for (std::size_t count = random() % 6; count > 0; --count) {
-            const std::size_t day = random() % 9;
+            const std::size_t day =
+                10 + random() % 12; // from the day before the first row to the one behind the last
             const int type =
                 random() % 8 == 0 ? std::numeric_limits<int>::max() : static_cast<int>(random() % 20) - 4;
             const double stored = std::ldexp(1.0, static_cast<int>(random() % 7) - 3);
-            text += "1,21030" + std::to_string(day + 1) + "," + std::to_string(type) + "," +
+            text += "1,2103" + std::to_string(day) + "," + std::to_string(type) + "," +
                     std::to_string(stored) + "\n";
             const double factor = type == 4 || type == 14 ? 1.0 / stored : stored;
-            for (std::size_t row = 0; row <= day; ++row) {
+            for (std::size_t row = 0; row < 10 && 11 + row <= day; ++row) {
                 priceFactors[row] *= factor;
                 volumeFactors[row] /= type <= 6 ? factor : 1.0;
             }
         }
         SCOPED_TRACE(text);
-        History history = Filled(FirstDaysOfMarch2021(10));
+        std::vector<NDateTime> times = FirstDaysOfMarch2021(20);
+        History history = Filled({times.begin() + 10, times.end()});
         history.ApplyDataOperations(Parsed(text));
+        History empty = Filled({});
+        empty.ApplyDataOperations(Parsed(text));
+        EXPECT_TRUE(empty.IsEmpty());
         for (std::size_t row = 0; row < 10; ++row) {
             const double value = 8.0 + static_cast<double>(row);
             EXPECT_EQ(history.find(IntervalMax)->second[row], value * priceFactors[row]);

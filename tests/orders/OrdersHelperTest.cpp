@@ -128,7 +128,6 @@ TEST(OrdersHelperTest, CodesInPlaceOfAPrice)
         {-100.0, OrderData::EOrderTypeCode100, std::nullopt, 0},
         {-20.0, OrderData::EOrderTypeCode20, std::nullopt, 0},
         {-10.0, std::nullopt, std::nullopt, 1},
-        {-0.0, std::nullopt, std::nullopt, 1},
         {-20.5, OrderData::EOrderTypeLimit, -20.5, 0},
     };
     for (const Case& testCase : cases) {

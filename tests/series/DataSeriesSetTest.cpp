@@ -270,26 +270,14 @@ TEST(DataSeriesSetTest, UnfitColumnsAreRefusedBeforeTheyAreTouched)
     EXPECT_TRUE(refuses(candles, 4)) << "too few fields";
     EXPECT_TRUE(refuses(candles, 6)) << "too many fields";
     EXPECT_TRUE(refuses(MakeTicks(3), 2)) << "no candle columns";
-
-    const std::vector<NDateTime> times = candles.TimeSeries();
-    const std::vector<double> three(3);
-    EXPECT_TRUE(refuses(
-        {EIntervalTick,
-         1,
-         std::vector(times),
-         {{Price, three}, {Price, three}, {IntervalOpen, three}, {IntervalMax, three}, {IntervalMin, three}}},
-        5))
-        << "the main series twice";
-    EXPECT_TRUE(refuses({EIntervalTick,
-                         1,
-                         std::vector(times),
-                         {{Price, three},
-                          {Volume, three},
-                          {IntervalOpen, three},
-                          {IntervalOpen, three},
-                          {IntervalMin, three}}},
-                        5))
-        << "a candle series twice and another missing";
+    // The main series twice; a candle series twice and another missing.
+    for (const auto& series : {std::vector{Price, Price, IntervalOpen, IntervalMax, IntervalMin},
+                               {Price, Volume, IntervalOpen, IntervalOpen, IntervalMin}}) {
+        DataSeriesSet::Columns columns;
+        for (const ESeriesId id : series)
+            columns.emplace_back(id, std::vector<double>(3));
+        EXPECT_TRUE(refuses({EIntervalTick, 1, std::vector(candles.TimeSeries()), std::move(columns)}, 5));
+    }
     candles.AddNewSeries(Volume, {1.0, 2.0});
     EXPECT_TRUE(refuses(candles, 5)) << "a short column";
 }

@@ -85,16 +85,10 @@ TEST_F(LatestRecordsTest, ALongBatchKeepsItsLengthUnderLiveTransactions)
 
 TEST(DataSheetItemTest, OnlyTheExactKindIsPegged)
 {
-    struct Case {
-        std::string_view kind;
-        bool isPeg;
-    };
-    for (const Case& testCase : {Case{"PEG", true}, Case{"", false}, Case{"peg", false}, Case{"PEGX", false},
-                                 Case{std::string_view("PEG\0", 4), false}, Case{"PE", false}}) {
-        SCOPED_TRACE(testCase.kind);
-        EXPECT_EQ(DataSheetItem("key", 1, testCase.kind, ESheetPageActive, 1.0, 2.0, 3.0).GetPEGValue(),
-                  testCase.isPeg);
-    }
+    using namespace std::string_view_literals;
+    for (const auto kind : {"PEG"sv, ""sv, "peg"sv, "PEGX"sv, "PEG\0"sv, "PE"sv})
+        EXPECT_EQ(DataSheetItem("key", 1, kind, ESheetPageActive, 1.0, 2.0, 3.0).GetPEGValue(),
+                  kind == "PEG"sv);
 }
 
 } // namespace

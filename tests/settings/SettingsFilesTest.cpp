@@ -86,13 +86,6 @@ protected:
 
 } // namespace
 
-TEST_F(SettingsFilesTest, WithoutFilesThereIsNothingToPrepare)
-{
-    EXPECT_FALSE(m_settings.Prepare());
-    EXPECT_EQ(m_settings.m_colour, "none");
-    EXPECT_EQ(CountFiles(), 0);
-}
-
 TEST_F(SettingsFilesTest, AFirstStartCopiesTheFactoryFile)
 {
     Put("factory.xml", m_factory);

@@ -93,45 +93,25 @@ static_assert(std::contiguous_iterator<Settings::const_iterator>);
 TEST(SettingsTest, WholeNumbersKeepTheirValue)
 {
     Settings tree;
-    tree["int lowest"] = std::numeric_limits<int>::min();
-    tree["int highest"] = std::numeric_limits<int>::max();
-    tree["unsigned"] = std::numeric_limits<unsigned int>::max();
-    tree["int64 lowest"] = std::numeric_limits<std::int64_t>::min();
-    tree["int64 highest"] = std::numeric_limits<long long>::max();
+    tree["lowest"] = std::numeric_limits<std::int64_t>::min();
+    tree["highest"] = std::numeric_limits<long long>::max();
     tree["uint64"] = std::numeric_limits<unsigned long long>::max();
-    tree["unsigned long"] = 0xFFFFFFFFFFUL;
     tree["minus one"] = -1;
     ForEachWay(tree, [](const Settings& a_tree) {
-        EXPECT_EQ(static_cast<int>(a_tree["int lowest"]), std::numeric_limits<int>::min());
-        EXPECT_EQ(static_cast<int>(a_tree["int highest"]), std::numeric_limits<int>::max());
-        EXPECT_EQ(static_cast<unsigned int>(a_tree["unsigned"]), std::numeric_limits<unsigned int>::max());
-        EXPECT_EQ(static_cast<std::int64_t>(a_tree["int64 lowest"]),
-                  std::numeric_limits<std::int64_t>::min());
-        EXPECT_EQ(static_cast<long long>(a_tree["int64 highest"]), std::numeric_limits<long long>::max());
+        EXPECT_EQ(static_cast<std::int64_t>(a_tree["lowest"]), std::numeric_limits<std::int64_t>::min());
+        EXPECT_EQ(static_cast<long long>(a_tree["highest"]), std::numeric_limits<long long>::max());
         EXPECT_EQ(static_cast<std::uint64_t>(a_tree["uint64"]), std::numeric_limits<std::uint64_t>::max());
-        EXPECT_EQ(static_cast<unsigned long>(a_tree["unsigned long"]), 0xFFFFFFFFFFUL);
         EXPECT_EQ(static_cast<int>(a_tree["minus one"]), -1);
     });
 }
 
 TEST(SettingsTest, DoublesKeepEveryBit)
 {
-    std::vector<std::uint64_t> patterns = {Bits(0.0),
-                                           Bits(-0.0),
-                                           Bits(0.1),
-                                           Bits(1e300),
-                                           Bits(-1e-300),
-                                           Bits(9007199254740993.0),
-                                           1,
-                                           0x800FFFFFFFFFFFFF,
-                                           0x7FEFFFFFFFFFFFFF,
-                                           0x7FF0000000000000,
-                                           0xFFF0000000000000,
-                                           0x7FF8000000000000,
-                                           0xFFF8000000000000,
-                                           0x7FF0000000000001,
-                                           0x7FF8000000000123,
-                                           0xFFFFFFFFFFFFFFFF};
+    // Zeros, the least and the greatest, infinities and NaNs with a load, then any.
+    std::vector<std::uint64_t> patterns = {Bits(0.0), Bits(-0.0), Bits(0.1), 1, 0x7FEFFFFFFFFFFFFF};
+    for (const std::uint64_t tail :
+         {0x0ULL, 0x8000000000000ULL, 0x1ULL, 0x8000000000123ULL, 0xFFFFFFFFFFFFFULL})
+        patterns.insert(patterns.end(), {0x7FF0000000000000 | tail, 0xFFF0000000000000 | tail});
     std::mt19937_64 random(1); // NOLINT(bugprone-random-generator-seed): the same numbers on every run.
     for (int count = 0; count < 2000; ++count)
         patterns.push_back(random());
@@ -151,24 +131,8 @@ TEST(SettingsTest, DoublesKeepEveryBit)
 
 TEST(SettingsTest, TextsAndKeysKeepEveryByte)
 {
-    std::vector<std::string> texts = {"",
-                                      " ",
-                                      "  two  ",
-                                      "a\r\nb\n\tc",
-                                      "C:\\new\\table",
-                                      "<&>\"']]>",
-                                      "\\",
-                                      "\\x{}",
-                                      "za\xBF\xF3\xB3\xE6",
-                                      "\xC5\x82",
-                                      "<!-- -->",
-                                      std::string("a\0b", 3),
-                                      "&#0;",
-                                      "item",
-                                      "var",
-                                      "xmlns",
-                                      "1st",
-                                      "a.b-c_d"};
+    std::vector<std::string> texts = {"",         "  two  ", "C:\\new\\table", "<&>\"']]>", "\\x{}",
+                                      "<!-- -->", "&#0;",    "item",           "var",       "xmlns"};
     for (int byte = 0; byte < 256; ++byte)
         texts.emplace_back(1, static_cast<char>(static_cast<unsigned char>(byte)));
     std::mt19937_64 random(2); // NOLINT(bugprone-random-generator-seed)
@@ -246,27 +210,9 @@ TEST(SettingsTest, StoringChangesNoAnswer)
     }
     for (const bool flag : {false, true})
         values.emplace_back([flag](Settings& a_node) { a_node = flag; });
-    for (const char* text : {"12",
-                             "-12",
-                             "+12",
-                             " 12",
-                             "12 ",
-                             "0x10",
-                             "1e2",
-                             "1e999",
-                             "-0",
-                             "true",
-                             "false",
-                             "True",
-                             "nan",
-                             "inf",
-                             "9223372036854775808",
-                             "-9223372036854775809",
-                             "1,2",
-                             "1, 2, 3, 4",
-                             "1,2,3,4,5",
-                             "1,,3,4",
-                             "99999999999,1"}) {
+    for (const char* text :
+         {"12", "+12", " 12", "0x10", "1e2", "1e999", "-0", "true", "True", "nan", "9223372036854775808",
+          "1,2", "1, 2, 3, 4", "1,2,3,4,5", "1,,3,4", "99999999999,1"}) {
         values.emplace_back([text](Settings& a_node) { a_node = text; });
         const std::string narrow = text;
         values.emplace_back(
@@ -292,32 +238,19 @@ TEST(SettingsTest, ValuesReadAsOtherTypes)
         settings = a_value;
         return settings;
     };
-    const auto narrow = [&node](auto a_value) {
-        const Settings settings = node(a_value);
-        return static_cast<std::string>(settings);
-    };
-    const Settings minusOne = node(-1);
-    EXPECT_EQ(static_cast<unsigned int>(minusOne), 0U);
-    EXPECT_EQ(static_cast<double>(minusOne), -1.0);
-    EXPECT_TRUE(static_cast<bool>(minusOne));
+    EXPECT_EQ(static_cast<unsigned int>(node(-1)), 0U);
     EXPECT_EQ(static_cast<int>(node(3000000000U)), 0);
-    EXPECT_EQ(static_cast<std::int8_t>(node(-128)), -128);
     EXPECT_EQ(static_cast<std::int8_t>(node(128)), 0);
     EXPECT_EQ(static_cast<int>(node(-2.9)), -2);
-    EXPECT_EQ(static_cast<unsigned int>(node(-0.9)), 0U);
-    EXPECT_EQ(static_cast<std::int64_t>(node("-9223372036854775809")), 0);
     EXPECT_EQ(static_cast<int>(node(L"42")), 42);
     EXPECT_EQ(static_cast<int>(node("4 2")), 0);
     EXPECT_EQ(static_cast<int>(node(true)), 1);
-    EXPECT_FALSE(static_cast<bool>(node("yes")));
     EXPECT_FALSE(static_cast<bool>(node(std::nan(""))));
-    EXPECT_EQ(narrow(true), "true");
-    EXPECT_EQ(narrow(0.1), "0.1");
-    EXPECT_EQ(narrow(L"\u0142 \u03A9"), "\xB3 ?");
+    const Settings wide = node(L"\u0142 \u03A9");
+    EXPECT_EQ(static_cast<std::string>(wide), "\xB3 ?");
     EXPECT_EQ(static_cast<std::wstring>(node("\xB3")), L"\u0142");
     EXPECT_EQ(static_cast<CRect>(node("1, 2, 3, 4")), (CRect{1, 2, 3, 4}));
     EXPECT_EQ(static_cast<CRect>(node(CSize{1, 2})), CRect{});
-    EXPECT_EQ(static_cast<double>(node(CSize{1, 2})), 0.0);
 }
 
 TEST(SettingsTest, ReadingLeavesNoTrace)
@@ -385,19 +318,6 @@ TEST(SettingsTest, NodeTakesItsOwnParts)
     Settings& self = tree;
     tree = std::move(self);
     EXPECT_EQ(static_cast<int>(tree["Grandchild"]), 7);
-}
-
-TEST(SettingsTest, CopiesAreIndependent)
-{
-    Settings tree;
-    tree["Key"] = 1.5;
-    EXPECT_EQ(static_cast<std::string>(tree["Key"]), "1.5");
-    const Settings copy = tree;
-    tree["Key"] = 2;
-    tree["Key"]["More"] = 3;
-    EXPECT_EQ(static_cast<double>(copy["Key"]), 1.5);
-    EXPECT_FALSE(copy["Key"]["More"].Exists());
-    EXPECT_EQ(static_cast<std::string>(tree["Key"]), "2");
 }
 
 TEST(SettingsTest, DepthCostsNoStack)

@@ -54,11 +54,9 @@ TEST(DateTimeConverterTest, LimitsOfTheConversion)
 {
     const std::string wrong = "Błąd konwersji czasów"_cp1250;
     EXPECT_EQ(FailureOf([] { ToLocal(NDateTime(1600, 12, 31, 23, 59, 59, 0)); }), wrong);
-    EXPECT_EQ(FailureOf([] { ToLocal(NDateTime(1601, 1, 1)); }), "nothing raised");
     EXPECT_EQ(FailureOf([] { ToUtc(NDateTime(1601, 1, 1, 0, 59, 59, 0)); }), wrong) << "ends before 1601";
     EXPECT_EQ(FailureOf([] { ToUtc(NDateTime(1601, 1, 1, 1, 0, 0, 0)); }), "nothing raised");
     EXPECT_EQ(FailureOf([] { ToLocal(NDateTime(2021, 2, 30)); }), wrong);
-    EXPECT_EQ(FailureOf([] { ToUtc(NDateTime(1899, 12, 30)); }), "nothing raised");
     const COleDateTime wild(1e300, COleDateTime::valid);
     EXPECT_EQ(FailureOf([&] { kalvento::internal::UtcToLocal(Warsaw(), wild, 0); }), wrong);
     // The year 10000 is no year of the calendar.

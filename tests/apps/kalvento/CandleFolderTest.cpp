@@ -1,15 +1,13 @@
 #include "rows/CandleFolder.h"
 
-#include "aggregation/AggregatorWrapper.h"
+#include "aggregation/Aggregator.h"
 #include "series/ESeriesId.h"
-#include "series/History.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
 #include <random>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -155,52 +153,6 @@ TEST_F(CandleFolderTest, PiecesGiveTheCandlesOfTheWhole)
             }
         }
     }
-}
-
-TEST_F(CandleFolderTest, AgreesWithTheWrapperOverAHistory)
-{
-    MakeTicks(3000);
-    for (const EAggrType main : {EAggrTypeOhlc, EAggrTypeOhlcSum, EAggrTypeOhlcLast}) {
-        SCOPED_TRACE(main);
-        layout.folds.front() = main;
-        std::set<DSProp> props;
-        DataSeriesSet::Columns columns;
-        for (std::size_t column = 0; column < layout.series.size(); ++column) {
-            props.insert(DSProp(layout.series[column], layout.folds[column], L"", EPrecision2));
-            columns.emplace_back(layout.series[column], rows.columns[column]);
-        }
-        History history(EIntervalTick, 1, std::vector<NDateTime>(rows.times), std::move(columns));
-        AggregatorWrapper wrapper(props, ELastRecordTime, EIntervalMinute, 15);
-        ASSERT_TRUE(wrapper.AgregateHistory(history));
-        RowBlock expected;
-        expected.rows = history.GetRecordsCount();
-        expected.times = std::as_const(history).TimeSeries();
-        for (const auto& [series, values] : history)
-            expected.columns.push_back(values);
-        ExpectSame(FoldInPieces({{EIntervalMinute, 15}, ELastRecordTime}, 100), expected);
-    }
-}
-
-TEST_F(CandleFolderTest, CandlesFoldAsTheTicksWould)
-{
-    MakeTicks(5000);
-    const RowBlock hours = FoldInPieces({{EIntervalHour, 1}, EFirstRecordTime}, 5000);
-    const RowBlock direct = FoldInPieces({{EIntervalDay, 1}, EWindowBegin}, 5000);
-    CandleFolder minutes(layout, {EIntervalMinute, 5}, EFirstRecordTime);
-    const RowBlock folded = FoldInPieces({{EIntervalMinute, 5}, EFirstRecordTime}, 5000);
-    layout = minutes.GetLayout();
-    layout.folds = {EAggrTypeOhlc, EAggrTypeSum, EAggrTypeLast, EAggrTypeLast,
-                    EAggrTypeLast, EAggrTypeSum, EAggrTypeLast};
-    rows = folded;
-    const RowBlock days = FoldInPieces({{EIntervalDay, 1}, EWindowBegin}, 37);
-    ASSERT_EQ(days.rows, direct.rows);
-    for (std::size_t row = 0; row < days.rows; ++row) {
-        EXPECT_EQ(days.times[row], direct.times[row]);
-        for (const std::size_t column : {0U, 2U, 3U, 4U, 6U})
-            EXPECT_EQ(days.columns[column][row], direct.columns[column][row]) << row << ' ' << column;
-        EXPECT_NEAR(days.columns[1][row], direct.columns[1][row], 1e-6);
-    }
-    EXPECT_GT(hours.rows, days.rows);
 }
 
 TEST_F(CandleFolderTest, RefusesWhatCannotBeFolded)

@@ -135,21 +135,3 @@ TEST(CheckCommandTest, SaysWhatIsWrongWithATextAndWhere)
     }
     EXPECT_EQ(RunToolHere({"check", "/nowhere/at/all"}).exitCode, EExitNoInput);
 }
-
-TEST(CheckCommandTest, RealTicksAreSound)
-{
-    const std::filesystem::path folder = std::filesystem::path(KALVENTO_SHARED_DATA) / "ticks";
-    if (!std::filesystem::exists(folder))
-        GTEST_SKIP() << "no real market data here";
-    std::size_t files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        SCOPED_TRACE(entry.path().filename().string());
-        std::vector<std::string> arguments{"check", entry.path().string()};
-        if (entry.path().filename().string().starts_with("us_stocks"))
-            arguments.insert(arguments.end(), {"--symbol-column", "symbol"});
-        const ToolRun run = RunToolHere(arguments);
-        EXPECT_EQ(run.exitCode, EExitOk) << run.out << run.err;
-        ++files;
-    }
-    EXPECT_GT(files, 0U);
-}

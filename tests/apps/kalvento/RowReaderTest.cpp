@@ -157,19 +157,6 @@ TEST_F(RowReaderTest, BothRoadsReadTheSame)
     ExpectSameBits(2, NDateTime(2024, 8, 9, 9, 30, 0, 0));
 }
 
-TEST_F(RowReaderTest, TimesAreThoseOfTheLibrary)
-{
-    Read("time,price\n0100-01-01 00:00:01,1\n1899-12-29 06:00:00,1\n1899-12-30 12:00:01,1\n1970-01-01,1\n"
-         "2000-02-29 23:59:59,1\n4095-12-31 23:59:59,1\n");
-    ASSERT_EQ(times.size(), 6U);
-    ExpectSameBits(0, NDateTime(100, 1, 1, 0, 0, 1, 0));
-    ExpectSameBits(1, NDateTime(1899, 12, 29, 6, 0, 0, 0));
-    ExpectSameBits(2, NDateTime(1899, 12, 30, 12, 0, 1, 0));
-    ExpectSameBits(3, NDateTime(1970, 1, 1));
-    ExpectSameBits(4, NDateTime(2000, 2, 29, 23, 59, 59, 0));
-    ExpectSameBits(5, NDateTime(4095, 12, 31, 23, 59, 59, 0));
-}
-
 TEST_F(RowReaderTest, RowsOfOneSecondRiseAsLiveRowsDo)
 {
     Read("time,price\n2024-08-08 10:00:00.9,1\n2024-08-08 10:00:00.95,2\n2024-08-08 10:00:00.95,3\n"
