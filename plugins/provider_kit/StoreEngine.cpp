@@ -859,7 +859,7 @@ void StoreEngine::RetryItem(const std::string& a_isin)
     const std::lock_guard lock(m_mutex);
     if (!m_connected)
         return;
-    Failure& failure = m_failed.try_emplace(a_isin, S_firstPause, false).first->second;
+    Failure& failure = m_failed.try_emplace(a_isin, Failure{S_firstPause, false}).first->second;
     failure.isPending = true;
     CallLater(TakePause(failure.pause), [this, a_isin] {
         const auto failed = m_failed.find(a_isin);

@@ -21,7 +21,7 @@ struct TickMaker {
         day.ShiftDays(static_cast<int>(a_row / S_rowsPerDay));
         const std::size_t inDay = a_row % S_rowsPerDay;
         // Two of three rows share their second with the one before, apart by the counter alone.
-        const std::size_t second = 9 * 3600 + inDay / 3 * 97;
+        const std::size_t second = std::size_t(9) * 3600 + inDay / 3 * 97;
         return {day.GetYear(),    day.GetMonth(), day.GetDay(), second / 3600,
                 second / 60 % 60, second % 60,    inDay % 3};
     }
