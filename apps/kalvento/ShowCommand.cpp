@@ -35,15 +35,14 @@ constexpr std::size_t S_flushAt = 1 << 16;
 std::vector<DataSeriesSet::const_iterator> ReadingOrder(const DataSeriesSet& a_set)
 {
     std::vector<DataSeriesSet::const_iterator> order;
-    const auto add = [&order](DataSeriesSet::const_iterator a_column) {
-        if (std::find(order.begin(), order.end(), a_column) == order.end())
-            order.push_back(a_column);
-    };
     for (const ESeriesId series : {IntervalOpen, IntervalMax, IntervalMin, Price})
         if (const auto column = a_set.find(series); column != a_set.end())
-            add(column);
+            order.push_back(column);
+    // Held against these few alone: a damaged count makes thousands of columns.
+    const auto leading = static_cast<std::ptrdiff_t>(order.size());
     for (auto column = a_set.begin(); column != a_set.end(); ++column)
-        add(column);
+        if (const auto end = order.begin() + leading; std::find(order.begin(), end, column) == end)
+            order.push_back(column);
     return order;
 }
 
@@ -75,9 +74,10 @@ std::string HeadText(const BlockFile& a_block)
 
     TextTable table({"no", "name", "label", "values", "least", "greatest"},
                     {true, false, false, true, true, true});
+    const bool hasCandles = HasCandles(set);
     for (const auto& [series, values] : set) {
         const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
-        table.Add({std::to_string(series), ColumnName(series, HasCandles(set)),
+        table.Add({std::to_string(series), ColumnName(series, hasCandles),
                    CodePage::WideToUtf8(VeloTools::Series::DefaultLabel(series)), ShownCount(values.size()),
                    values.empty() ? "" : FormatNumber(*least),
                    values.empty() ? "" : FormatNumber(*greatest)});
@@ -90,8 +90,9 @@ std::string RowsText(const DataSeriesSet& a_set, std::size_t a_first, std::size_
     const auto order = ReadingOrder(a_set);
     std::vector<std::string> header{"row", "time"};
     std::vector<bool> right{true, false};
+    const bool hasCandles = HasCandles(a_set);
     for (const auto& column : order) {
-        header.push_back(ColumnName(column->first, HasCandles(a_set)));
+        header.push_back(ColumnName(column->first, hasCandles));
         right.push_back(true);
     }
     TextTable table(std::move(header), std::move(right));
@@ -126,8 +127,9 @@ void WriteCsv(const DataSeriesSet& a_set, OutputTarget& a_target)
 {
     const auto order = ReadingOrder(a_set);
     std::string text = "time";
+    const bool hasCandles = HasCandles(a_set);
     for (const auto& column : order)
-        text += ',' + ColumnName(column->first, HasCandles(a_set));
+        text += ',' + ColumnName(column->first, hasCandles);
     text += '\n';
     for (std::size_t row = 0; row < a_set.GetRecordsCount(); ++row) {
         text += FormatTime(a_set.TimeSeries()[row]);
