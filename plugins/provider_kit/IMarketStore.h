@@ -77,7 +77,7 @@ public:
     virtual std::vector<StoreInstrument> ReadInstruments() = 0;
     /// Corporate operations of the instrument; none for one without.
     virtual HistoryOperations ReadOperations(const std::string& a_isin) = 0;
-    /// How many rows can be seen now. Also asked by StartSubscription, on its caller's thread, so it should be quick.
+    /// How many rows can be seen now.
     virtual std::uint64_t GetRowCount(const std::string& a_isin) = 0;
     /// Number of the first row, among those to be seen now, whose time isn't before a_time; GetRowCount where there is none.
     virtual std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) = 0;

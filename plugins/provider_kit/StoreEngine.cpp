@@ -78,19 +78,21 @@ Synchronization SynchronizationOf(History&& a_rows)
 
 } // namespace
 
-// How many rows of a generation there were.
-struct StoreEngine::RowCount {
-    std::uint64_t rows = 0;
-    std::uint64_t generation = 0;
-};
-
 // A subscription and how far it has been served.
 struct StoreEngine::Served : SubscriptionBook::Subscription {
-    enum EStage : std::uint32_t { EBegin, EOperations, EPlaces, EHistory, ESynchronize, ECatchUp, ELive };
+    enum EStage : std::uint32_t {
+        EBegin,
+        ESession,
+        EOperations,
+        EPlaces,
+        EHistory,
+        ESynchronize,
+        ECatchUp,
+        ELive
+    };
 
     using Subscription::Subscription;
 
-    std::optional<RowCount> countAtStart; // set before the threads know the subscription
     // The thread of the past alone.
     EStage stage = EBegin;
     std::optional<StoreInstrument> instrument;
@@ -253,29 +255,12 @@ bool StoreEngine::Start(const Subscribe::StartParams& a_params)
     case SubscriptionBook::EBookingDone:
         break;
     }
-    // Nothing of the past ties these rows to others, so they begin with the first one that comes from now on.
-    if (!a_params.GetRequestParams().IsSetHistory() && !a_params.GetRequestParams().IsSetSynchro())
-        served->countAtStart = CountNow(a_params.GetAsset().GetIsin());
     {
         const std::lock_guard lock(m_mutex);
         m_steps.push_back(served);
     }
     m_wakePast.notify_one();
     return true;
-}
-
-std::optional<StoreEngine::RowCount> StoreEngine::CountNow(const std::string& a_isin)
-{
-    const auto instruments = GetInstruments();
-    const StoreInstrument* const instrument = instruments->Find(a_isin);
-    if (GetStatus() != EConnectionStatusConnected || instrument == nullptr)
-        return std::nullopt;
-    try {
-        return RowCount{m_store->GetRowCount(a_isin), instrument->generation};
-    } catch (...) {
-        LogFailure("StoreEngine::CountNow", __LINE__, a_isin);
-        return std::nullopt;
-    }
 }
 
 void StoreEngine::RowsAdded(const std::string& a_isin)
@@ -450,6 +435,8 @@ StoreEngine::EStep StoreEngine::Step(Served& a_served)
     switch (a_served.stage) {
     case Served::EBegin:
         return Begin(a_served);
+    case Served::ESession:
+        return MakeSession(a_served);
     case Served::EOperations:
         return TellOperations(a_served);
     case Served::EPlaces:
@@ -490,12 +477,21 @@ StoreEngine::EStep StoreEngine::Begin(Served& a_served)
         Refuse(a_served, L"Waloru nie można pokazać w tym interwale");
         return EStepDone;
     }
+    // Where history ends and what is live begins, whatever is added while the past is told. Before all else that takes
+    // time: records that no past is asked for with begin with the first row that comes from here on.
+    a_served.endSynchronized = m_store->GetRowCount(a_served.GetIsin());
     a_served.instrument = *instrument;
     // Without a history the interval of a request is free, and may be nonsense.
     a_served.interval =
         HistoryFold::Reaches(*instrument, interval) ? interval : IntervalAndMultiplicity(EIntervalTick, 1);
+    a_served.stage = Served::ESession;
+    return EStepMore;
+}
+
+StoreEngine::EStep StoreEngine::MakeSession(Served& a_served)
+{
     if (a_served.Wants(ParamsBase::S_kindDataCS))
-        EnsureSession(*instrument);
+        EnsureSession(*a_served.instrument);
     a_served.stage = Served::EOperations;
     return EStepMore;
 }
@@ -540,16 +536,11 @@ StoreEngine::EStep StoreEngine::TellOperations(Served& a_served)
     return EStepMore;
 }
 
-// Where history ends and what is live begins: settled at one moment, whatever is added while the history is told.
 StoreEngine::EStep StoreEngine::FindPlaces(Served& a_served)
 {
     const std::string& isin = a_served.GetIsin();
-    const auto& atStart = a_served.countAtStart;
-    const std::uint64_t count = atStart && atStart->generation == a_served.instrument->generation
-                                    ? atStart->rows
-                                    : m_store->GetRowCount(isin);
+    const std::uint64_t count = a_served.endSynchronized;
     const bool synchronizes = a_served.instrument->live && a_served.Wants(ParamsBase::S_kindDataSynchro);
-    a_served.endSynchronized = count;
     a_served.firstSynchronized = synchronizes ? FindWindow(a_served, count) : count;
     if (a_served.Wants(ParamsBase::S_kindDataHistory)) {
         const RangeData::Dates dates = a_served.GetParams().GetRequestParams().GetDates();

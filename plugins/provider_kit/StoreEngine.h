@@ -90,9 +90,6 @@ private:
     bool SwitchStore(bool a_connect);
     void CloseStore(); // m_switch held
 
-    struct RowCount;
-    std::optional<RowCount> CountNow(const std::string& a_isin); // empty where it can't be told
-
     // The thread of the past.
     void TellPast();
     void RunStep(const ServedPtr& a_served);
@@ -101,6 +98,7 @@ private:
     bool WaitForPast(std::unique_lock<std::mutex>&); // false: the end
     EStep Step(Served& a_served);
     EStep Begin(Served& a_served);
+    EStep MakeSession(Served& a_served);
     EStep TellOperations(Served& a_served);
     EStep FindPlaces(Served& a_served);
     EStep TellHistory(Served& a_served);

@@ -230,10 +230,12 @@ TEST_P(ProviderContract, ConsumersWithOneNumberAreApart)
 
 TEST_P(ProviderContract, SomeKindsCanStopAlone)
 {
-    const RequestParams params = RequestOf(S_liveKinds);
-    if (params.GetKindData() != S_liveKinds || !HasLiveData())
+    const RequestParams params = RequestOf(ParamsBase::S_kindDataHistory | S_liveKinds);
+    if ((params.GetKindData() & S_liveKinds) != S_liveKinds || !HasLiveData())
         GTEST_SKIP() << "not both of the live kinds";
     ASSERT_TRUE(Start(m_consumer, 1, params));
+    // From when on records come is the provider's own matter, up to the end of the past.
+    ASSERT_TRUE(m_consumer.WaitFor(1, CheckingConsumer::EHistoryEnd));
     ASSERT_TRUE(m_subject->MakeLiveData(TheAsset()));
     ASSERT_TRUE(m_consumer.WaitFor(1, CheckingConsumer::ERecord));
     Provider().StopSubscription({&m_consumer, 1, TheAsset(), RequestParams(ParamsBase::S_kindDataRecord)});

@@ -312,6 +312,44 @@ TEST_F(StoreProviderTest, AHistoryOfManyPartsIsWholeAndLetsOthersIn)
     m_quotes.provider.StopWork();
 }
 
+// A server may hang: whoever starts a subscription, such as the main thread, doesn't wait for it.
+TEST(StoreProviderThreadTest, AStartAsksTheStoreNothing)
+{
+    class WatchingStore : public MemoryStore {
+    public:
+        std::uint64_t GetRowCount(const std::string& a_isin) override
+        {
+            EXPECT_NE(std::this_thread::get_id(), m_caller);
+            const std::uint64_t count = MemoryStore::GetRowCount(a_isin);
+            counted = true;
+            counted.notify_all();
+            return count;
+        }
+        std::atomic<bool> counted = false;
+
+    private:
+        const std::thread::id m_caller = std::this_thread::get_id();
+    };
+    const TestMediator mediator;
+    CheckingConsumer consumer;
+    auto watching = std::make_unique<WatchingStore>();
+    WatchingStore& store = *watching;
+    StoreQuotes quotes(std::move(watching));
+    quotes.AddTicks(S_isin, 5);
+    quotes.Connect();
+    const RequestParams request = RequestOf(ParamsBase::S_kindDataRecord);
+    consumer.Open(1, request);
+    ASSERT_TRUE(
+        quotes.provider.StartSubscription({&consumer, 1, *quotes.provider.GetAssetByIsin(S_isin), request}));
+    store.counted.wait(false);
+    quotes.AddTicks(S_isin, 3);
+    EXPECT_TRUE(consumer.WaitFor(1, CheckingConsumer::ERecord, 3))
+        << "those behind the ones that were counted";
+    quotes.provider.StopWork();
+    EXPECT_EQ(consumer.Count(1, CheckingConsumer::ERecord), 3U);
+    EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
+}
+
 TEST_F(StoreProviderTest, DaysOfARequestAreWhole)
 {
     m_quotes.AddTicks(S_isin, 5 * TickMaker::S_rowsPerDay);
