@@ -1,11 +1,15 @@
 #include "modules/ConsumerBase.h"
 
 #include "assets/Asset.h"
+#include "modules/ConsumerBLBase.h"
+#include "modules/RequestParams.h"
 #include "support/TestMediator.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,6 +31,21 @@ public:
     void ProcessLatestRecords(unsigned int, const LatestRecords&) override {}
     void RequestRefused(unsigned int, std::wstring_view) override {}
     void RequestEnded(unsigned int) override {}
+};
+
+class PlainLogic : public ConsumerBLBase {
+public:
+    using ConsumerBLBase::ConsumerBLBase;
+    std::unique_ptr<ConsumerBLBase> Clone() const override { return std::make_unique<PlainLogic>(*this); }
+    bool SetAsset(const Asset&) override { return false; }
+    std::optional<Asset> GetAsset() const override { return std::nullopt; }
+    bool SetRequestParams(const RequestParams&) override { return false; }
+    RequestParams GetRequestParams() const override { return {}; }
+    bool StartSubscription() override { return false; }
+    void StopSubscription() override {}
+    bool IsSubscribed() const override { return false; }
+    void SerialiseState(Settings&) const override {}
+    bool UnserialiseState(const Settings&) override { return false; }
 };
 
 } // namespace
@@ -60,4 +79,25 @@ TEST(ConsumerBaseTest, CommandsGoWhereTheHostSays)
     const testing::NiceMock<PlainConsumer> consumer;
     const ConsumerBase& base = consumer;
     EXPECT_EQ(static_cast<const void*>(consumer.GetCmdTarger()), static_cast<const void*>(&base));
+}
+
+TEST(ConsumerBaseTest, NewWindowsBearTheModulesName)
+{
+    testing::NiceMock<PlainConsumer> consumer;
+    EXPECT_EQ(&consumer.GetConsumerNewWindowNameTemplate(), &consumer.GetName());
+    EXPECT_EQ(consumer.RegisterConsumerName(consumer.GetConsumerNewWindowNameTemplate()), L"Wykres");
+}
+
+TEST(ConsumerBLBaseTest, ACopyHasNamePathAndNumber)
+{
+    PlainLogic logic(L"Średnia");
+    EXPECT_EQ(logic.RequestID(), 0U);
+    EXPECT_TRUE(logic.SavePath().empty());
+    logic.SavePath(L"/stan");
+    logic.RequestID(4000000000U);
+    const auto copy = logic.Clone();
+    logic.Name(L"Inna");
+    EXPECT_EQ(copy->Name(), L"Średnia");
+    EXPECT_EQ(copy->SavePath(), L"/stan");
+    EXPECT_EQ(copy->RequestID(), 4000000000U);
 }

@@ -220,4 +220,21 @@ TEST(OrdersHelperTest, TheFormStartsWithTheLastPriceOrTheReference)
     EXPECT_EQ(GeOrderDefaultValueFromCS(CurrentState(std::set<ESeriesId>{Volume})), 0.0);
 }
 
+TEST(OrderDataTest, ClearingKeepsOnlyTheSelectedOffer)
+{
+    OrderData order(MakeAsset());
+    EXPECT_EQ(order.GetOrderSide(), EOrderSideBuy);
+    order.SetOrderType(OrderData::EOrderTypeLimit);
+    order.SetSelectedOffer(Ask3);
+    order.SetForceSetValues(true);
+    order.SetValue(1.0);
+    order.AddAmount(-4);
+    EXPECT_EQ(order.GetAmount(), -4);
+    order.ClearUsedValues();
+    EXPECT_FALSE(order.GetAsset() || order.GetValue() || order.GetAmount() || order.GetForceSetValues());
+    EXPECT_EQ(order.GetOrderSide(), EOrderSideNone);
+    EXPECT_EQ(order.GetOrderType(), OrderData::EOrderTypeNone);
+    EXPECT_EQ(order.GetSelectedOffer(), Ask3);
+}
+
 } // namespace
