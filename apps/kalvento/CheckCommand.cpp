@@ -2,7 +2,6 @@
 #include "kalvento/BlockFile.h"
 #include "kalvento/Commands.h"
 #include "kalvento/LogCollector.h"
-#include "kalvento/RowWriter.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "rows/ByteSource.h"

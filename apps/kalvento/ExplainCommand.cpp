@@ -1,7 +1,6 @@
 #include "aggregation/AggrWindowsFactory.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
-#include "kalvento/RowWriter.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "rows/ByteSource.h"
@@ -522,12 +521,12 @@ std::string ExplainRun::RowTable(const Span& a_span) const
 {
     const bool isCandle = !m_layout.interval.IsSingleTick();
     std::vector<std::string> header{m_rows.fromBlock ? "row" : "line", "time"};
-    std::vector<bool> right{true, false};
+    std::vector<TextTable::EColumn> kinds{TextTable::EColumnNumber, TextTable::EColumnText};
     for (const ESeriesId series : m_layout.series) {
         header.push_back(ColumnName(series, isCandle));
-        right.push_back(true);
+        kinds.push_back(TextTable::EColumnValue);
     }
-    TextTable table(std::move(header), std::move(right));
+    TextTable table(std::move(header), std::move(kinds));
     const std::size_t count = a_span.end - a_span.begin;
     const std::size_t head = count <= m_options.rows ? count : (m_options.rows + 1) / 2;
     const std::size_t tail = count <= m_options.rows ? 0 : m_options.rows / 2;
@@ -555,7 +554,8 @@ std::string ExplainRun::Text(const Explanation& a_explanation) const
     text += "  window: " + WindowText(a_explanation) + '\n';
     text += "  rows:   " + ShownCount(span.end - span.begin) + ", from " + Place(span.begin) + " to " +
             Place(span.end - 1) + "\n\n";
-    TextTable values({"value", "", "from"}, {false, true, false});
+    TextTable values({"value", "", "from"},
+                     {TextTable::EColumnText, TextTable::EColumnNumber, TextTable::EColumnText});
     for (const Origin& origin : a_explanation.origins)
         values.Add({origin.name, FormatNumber(origin.value), origin.row ? Place(*origin.row) : origin.how});
     text += values.ToText(2) + '\n' + RowTable(span);

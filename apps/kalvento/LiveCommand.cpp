@@ -2,7 +2,6 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/Interruption.h"
-#include "kalvento/RowWriter.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "rows/GrowingSource.h"

@@ -341,7 +341,9 @@ void LoadRun::PrintTallies()
 {
     if (m_isins.empty())
         return;
-    TextTable table({"instrument", "rows added", "were there", "now in all"}, {false, true, true, true});
+    TextTable table({"instrument", "rows added", "were there", "now in all"},
+                    {TextTable::EColumnText, TextTable::EColumnNumber, TextTable::EColumnNumber,
+                     TextTable::EColumnNumber});
     const auto add = [&table](const std::string& a_name, const Tally& a_tally) {
         table.Add({a_name, ShownCount(a_tally.added), ShownCount(a_tally.there), ShownCount(a_tally.count)});
     };

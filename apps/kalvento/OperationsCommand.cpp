@@ -1,7 +1,6 @@
 #include "kalvento/Commands.h"
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
-#include "kalvento/RowWriter.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "rows/OutputTarget.h"
@@ -34,7 +33,9 @@ double VolumeFactor(const SingleHistoryOperation& a_operation)
 std::string TableText(const OperationsFile& a_file)
 {
     TextTable table({"no", "id", "until", "type", "factor", "prices x", "volumes x"},
-                    {true, true, false, true, true, true, true});
+                    {TextTable::EColumnNumber, TextTable::EColumnNumber, TextTable::EColumnText,
+                     TextTable::EColumnNumber, TextTable::EColumnNumber, TextTable::EColumnNumber,
+                     TextTable::EColumnNumber});
     std::size_t number = 0;
     for (const SingleHistoryOperation& operation : a_file.list) {
         const NDateTime& date = operation.GetDate();

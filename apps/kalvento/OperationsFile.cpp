@@ -1,7 +1,7 @@
 #include "kalvento/OperationsFile.h"
 
 #include "kalvento/LogCollector.h"
-#include "kalvento/RowWriter.h"
+#include "kalvento/TextForms.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
 #include "rows/ByteSource.h"

@@ -2,7 +2,6 @@
 #include "kalvento/Commands.h"
 #include "kalvento/FoldProof.h"
 #include "kalvento/Progress.h"
-#include "kalvento/RowWriter.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "rows/ByteSource.h"

@@ -1,5 +1,6 @@
 #include "kalvento/RowWriter.h"
 
+#include "kalvento/TextForms.h"
 #include "rows/OutputTarget.h"
 #include "rows/SeriesNames.h"
 #include "series/DataSeriesSet.h"
@@ -8,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <boost/json.hpp>
-#include <charconv>
 #include <cmath>
 #include <ostream>
 #include <streambuf>
@@ -46,44 +46,6 @@ std::vector<OutputColumn> OrderColumns(const RowLayout& a_layout)
             add(series);
     }
     return columns;
-}
-
-void AppendDigits(std::string& a_text, unsigned long a_number, int a_width)
-{
-    std::array<char, 8> digits{};
-    for (int place = a_width - 1; place >= 0; --place) {
-        digits[static_cast<std::size_t>(place)] = static_cast<char>('0' + a_number % 10);
-        a_number /= 10;
-    }
-    a_text.append(digits.data(), static_cast<std::size_t>(a_width));
-}
-
-void AppendTime(std::string& a_text, const NDateTime& a_time, bool a_dateOnly, char a_between)
-{
-    AppendDigits(a_text, a_time.GetYear(), 4);
-    a_text += '-';
-    AppendDigits(a_text, a_time.GetMonth(), 2);
-    a_text += '-';
-    AppendDigits(a_text, a_time.GetDay(), 2);
-    if (a_dateOnly)
-        return;
-    a_text += a_between;
-    AppendDigits(a_text, a_time.GetHour(), 2);
-    a_text += ':';
-    AppendDigits(a_text, a_time.GetMinute(), 2);
-    a_text += ':';
-    AppendDigits(a_text, a_time.GetSecond(), 2);
-}
-
-void AppendNumber(std::string& a_text, double a_value)
-{
-    // 1e+06 is shorter than 1000000, but nothing that a table of volumes should hold.
-    const double size = std::fabs(a_value);
-    const auto form =
-        size < 1e15 && (size == 0.0 || size >= 1e-6) ? std::chars_format::fixed : std::chars_format::general;
-    std::array<char, 48> digits{};
-    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), a_value, form);
-    a_text.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
 }
 
 /// A field of CSV text, in quotes where it needs them.
@@ -193,15 +155,8 @@ private:
 class TableWriter final : public LineWriter {
 public:
     TableWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)
-        : LineWriter(a_layout, a_dateOnly, a_target), m_symbols(a_layout.hasSymbols)
-    {
-        std::vector<std::string> heads = {"time"};
-        if (m_symbols)
-            heads.emplace_back("symbol");
-        for (const OutputColumn& column : m_columns)
-            heads.push_back(column.name);
-        m_rows.push_back(std::move(heads));
-    }
+        : LineWriter(a_layout, a_dateOnly, a_target), m_symbols(a_layout.hasSymbols), m_table(MakeTable())
+    {}
 
     void Write(const RowBlock& a_rows, std::string_view a_symbol) override
     {
@@ -211,33 +166,32 @@ public:
                 cells.emplace_back(a_symbol);
             for (const OutputColumn& column : m_columns)
                 cells.push_back(FormatNumber(a_rows.columns[column.place][row]));
-            m_rows.push_back(std::move(cells));
+            m_table.Add(std::move(cells));
         }
     }
 
     void Finish() override
     {
-        std::vector<std::size_t> widths(m_rows.front().size());
-        for (const auto& cells : m_rows) {
-            for (std::size_t column = 0; column < cells.size(); ++column)
-                widths[column] = std::max(widths[column], cells[column].size());
-        }
-        const std::size_t texts = m_symbols ? 2 : 1;
-        for (const auto& cells : m_rows) {
-            for (std::size_t column = 0; column < cells.size(); ++column) {
-                const std::string gap(widths[column] - cells[column].size(), ' ');
-                m_text += column == 0 ? "" : "  ";
-                m_text += column < texts ? cells[column] + gap : gap + cells[column];
-            }
-            m_text += '\n';
-            FlushIfMuch();
-        }
+        m_text = m_table.ToText();
         Flush();
     }
 
 private:
+    TextTable MakeTable() const
+    {
+        std::vector<std::string> heads = {"time"};
+        if (m_symbols)
+            heads.emplace_back("symbol");
+        std::vector<TextTable::EColumn> kinds(heads.size(), TextTable::EColumnText);
+        for (const OutputColumn& column : m_columns) {
+            heads.push_back(column.name);
+            kinds.push_back(TextTable::EColumnValue);
+        }
+        return {std::move(heads), std::move(kinds)};
+    }
+
     bool m_symbols;
-    std::vector<std::vector<std::string>> m_rows;
+    TextTable m_table;
 };
 
 /// Lets a stream write into a target.
@@ -339,20 +293,6 @@ std::unique_ptr<RowWriter> RowWriter::Make(EOutputFormat a_format, const RowLayo
     default:
         return std::make_unique<CsvWriter>(a_layout, a_dateOnly, a_target);
     }
-}
-
-std::string FormatTime(const NDateTime& a_time, bool a_dateOnly, char a_between)
-{
-    std::string text;
-    AppendTime(text, a_time, a_dateOnly, a_between);
-    return text;
-}
-
-std::string FormatNumber(double a_value)
-{
-    std::string text;
-    AppendNumber(text, a_value);
-    return text;
 }
 
 } // namespace kalvento::tool

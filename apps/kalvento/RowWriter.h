@@ -40,9 +40,4 @@ public:
                                            OutputTarget& a_target);
 };
 
-/// "2024-08-08 23:54:15" from the packed fields, or the date alone.
-std::string FormatTime(const NDateTime& a_time, bool a_dateOnly = false, char a_between = ' ');
-/// The shortest decimal that reads back as the same double.
-std::string FormatNumber(double a_value);
-
 } // namespace kalvento::tool

@@ -52,7 +52,9 @@ std::string PrecisionText(const SeriesInfo& a_series)
 std::string TableText()
 {
     TextTable table({"no", "key", "name", "label", "group", "fold", "places"},
-                    {true, false, false, false, false, false, true});
+                    {TextTable::EColumnNumber, TextTable::EColumnText, TextTable::EColumnText,
+                     TextTable::EColumnText, TextTable::EColumnText, TextTable::EColumnText,
+                     TextTable::EColumnNumber});
     for (const SeriesInfo& series : internal::SeriesTable())
         table.Add({std::to_string(series.id), std::string(series.key), std::string(series.name),
                    CodePage::WideToUtf8(series.label), std::string(GroupText(series.id)),

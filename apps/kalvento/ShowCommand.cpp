@@ -1,6 +1,5 @@
 #include "kalvento/BlockFile.h"
 #include "kalvento/Commands.h"
-#include "kalvento/RowWriter.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
@@ -73,7 +72,8 @@ std::string HeadText(const BlockFile& a_block)
     text += "  columns   " + std::to_string(set.SeriesCount()) + "\n\n";
 
     TextTable table({"no", "name", "label", "values", "least", "greatest"},
-                    {true, false, false, true, true, true});
+                    {TextTable::EColumnNumber, TextTable::EColumnText, TextTable::EColumnText,
+                     TextTable::EColumnNumber, TextTable::EColumnNumber, TextTable::EColumnNumber});
     const bool hasCandles = HasCandles(set);
     for (const auto& [series, values] : set) {
         const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
@@ -89,13 +89,13 @@ std::string RowsText(const DataSeriesSet& a_set, std::size_t a_first, std::size_
 {
     const auto order = ReadingOrder(a_set);
     std::vector<std::string> header{"row", "time"};
-    std::vector<bool> right{true, false};
+    std::vector<TextTable::EColumn> kinds{TextTable::EColumnNumber, TextTable::EColumnText};
     const bool hasCandles = HasCandles(a_set);
     for (const auto& column : order) {
         header.push_back(ColumnName(column->first, hasCandles));
-        right.push_back(true);
+        kinds.push_back(TextTable::EColumnValue);
     }
-    TextTable table(std::move(header), std::move(right));
+    TextTable table(std::move(header), std::move(kinds));
     for (std::size_t row = a_first; row < a_end; ++row) {
         std::vector<std::string> cells{std::to_string(row + 1),
                                        ShownTimeWithCounter(a_set.TimeSeries()[row])};

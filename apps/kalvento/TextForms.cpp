@@ -1,6 +1,5 @@
 #include "kalvento/TextForms.h"
 
-#include "kalvento/RowWriter.h"
 #include "time/NDateTime.h"
 
 #include <boost/json/serialize.hpp>
@@ -8,6 +7,9 @@
 #include <boost/json/value.hpp>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
 #include <utility>
 
 namespace kalvento::tool {
@@ -22,7 +24,65 @@ std::size_t Width(std::string_view a_text)
     }));
 }
 
+std::size_t Decimals(std::string_view a_number)
+{
+    const std::size_t point = a_number.find('.');
+    return point == std::string_view::npos ? 0 : a_number.size() - point - 1;
+}
+
+void AppendDigits(std::string& a_text, unsigned long a_number, int a_width)
+{
+    std::array<char, 8> digits{};
+    for (int place = a_width - 1; place >= 0; --place) {
+        digits[static_cast<std::size_t>(place)] = static_cast<char>('0' + a_number % 10);
+        a_number /= 10;
+    }
+    a_text.append(digits.data(), static_cast<std::size_t>(a_width));
+}
+
 } // namespace
+
+void AppendTime(std::string& a_text, const NDateTime& a_time, bool a_dateOnly, char a_between)
+{
+    AppendDigits(a_text, a_time.GetYear(), 4);
+    a_text += '-';
+    AppendDigits(a_text, a_time.GetMonth(), 2);
+    a_text += '-';
+    AppendDigits(a_text, a_time.GetDay(), 2);
+    if (a_dateOnly)
+        return;
+    a_text += a_between;
+    AppendDigits(a_text, a_time.GetHour(), 2);
+    a_text += ':';
+    AppendDigits(a_text, a_time.GetMinute(), 2);
+    a_text += ':';
+    AppendDigits(a_text, a_time.GetSecond(), 2);
+}
+
+void AppendNumber(std::string& a_text, double a_value)
+{
+    // 1e+06 is shorter than 1000000, but nothing that a table of volumes should hold.
+    const double size = std::fabs(a_value);
+    const auto form =
+        size < 1e15 && (size == 0.0 || size >= 1e-6) ? std::chars_format::fixed : std::chars_format::general;
+    std::array<char, 48> digits{};
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), a_value, form);
+    a_text.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
+}
+
+std::string FormatTime(const NDateTime& a_time, bool a_dateOnly, char a_between)
+{
+    std::string text;
+    AppendTime(text, a_time, a_dateOnly, a_between);
+    return text;
+}
+
+std::string FormatNumber(double a_value)
+{
+    std::string text;
+    AppendNumber(text, a_value);
+    return text;
+}
 
 std::string ShownTimeWithCounter(const NDateTime& a_time)
 {
@@ -47,8 +107,8 @@ std::string JsonText(std::string_view a_utf8)
     return boost::json::serialize(boost::json::string(a_utf8.data(), a_utf8.size()));
 }
 
-TextTable::TextTable(std::vector<std::string> a_header, std::vector<bool> a_rightAligned)
-    : m_rightAligned(std::move(a_rightAligned))
+TextTable::TextTable(std::vector<std::string> a_header, std::vector<EColumn> a_columns)
+    : m_columns(std::move(a_columns))
 {
     m_rows.push_back(std::move(a_header));
 }
@@ -58,20 +118,55 @@ void TextTable::Add(std::vector<std::string> a_cells)
     m_rows.push_back(std::move(a_cells));
 }
 
+// How many decimals the values of a column are shown with; 0 where they stay as they are.
+std::size_t TextTable::CommonDecimals(std::size_t a_column) const
+{
+    if (m_columns[a_column] != EColumnValue)
+        return 0;
+    constexpr std::size_t mostDecimals = 8;
+    std::size_t decimals = 0;
+    for (auto row = m_rows.begin() + 1; row != m_rows.end(); ++row) {
+        if (a_column >= row->size())
+            continue;
+        const std::string& cell = (*row)[a_column];
+        if (cell.find_first_not_of("-.0123456789") != std::string::npos)
+            return 0;
+        decimals = std::max(decimals, Decimals(cell));
+    }
+    return decimals <= mostDecimals ? decimals : 0;
+}
+
+std::string TextTable::Cell(const std::vector<std::string>& a_row, std::size_t a_column,
+                            std::size_t a_decimals) const
+{
+    std::string cell = a_row[a_column];
+    if (a_decimals == 0 || cell.empty() || &a_row == &m_rows.front())
+        return cell;
+    const std::size_t decimals = Decimals(cell);
+    if (decimals == 0)
+        cell += '.';
+    return cell.append(a_decimals - decimals, '0');
+}
+
 std::string TextTable::ToText(std::size_t a_indent) const
 {
-    std::vector<std::size_t> widths(m_rightAligned.size());
-    for (const auto& row : m_rows)
-        for (std::size_t column = 0; column < row.size(); ++column)
-            widths[column] = std::max(widths[column], Width(row[column]));
+    std::vector<std::size_t> decimals(m_columns.size());
+    std::vector<std::size_t> widths(m_columns.size());
+    for (std::size_t column = 0; column < m_columns.size(); ++column) {
+        decimals[column] = CommonDecimals(column);
+        for (const auto& row : m_rows)
+            if (column < row.size())
+                widths[column] = std::max(widths[column], Width(Cell(row, column, decimals[column])));
+    }
 
     std::string text;
     for (const auto& row : m_rows) {
         std::string line(a_indent, ' ');
         for (std::size_t column = 0; column < row.size(); ++column) {
-            const std::string blanks(widths[column] - Width(row[column]), ' ');
+            const std::string cell = Cell(row, column, decimals[column]);
+            const std::string blanks(widths[column] - Width(cell), ' ');
             line += column > 0 ? "  " : "";
-            line += m_rightAligned[column] ? blanks + row[column] : row[column] + blanks;
+            line += m_columns[column] == EColumnText ? cell + blanks : blanks + cell;
         }
         line.erase(line.find_last_not_of(' ') + 1);
         text += line + '\n';

@@ -72,7 +72,7 @@ TEST(CandlesCommandTest, EveryFormHoldsTheSameRows)
     EXPECT_THAT(lines.out, HasSubstr("{\"time\":\"2024-08-08T10:00:00\",\"open\":10,"));
 
     EXPECT_THAT(Candles({"-i", "5min", "--format", "table"}).out,
-                HasSubstr("2024-08-08 10:00:00    10    12     9      9       6\n"));
+                HasSubstr("2024-08-08 10:00:00  10.0  12.0   9.0    9.0     6.0\n"));
 
     const ToolRun block = Candles({"-i", "5min", "--format", "block"});
     std::istringstream bytes(block.out);
