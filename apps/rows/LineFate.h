@@ -1,0 +1,26 @@
+#pragma once
+
+#include "time/NDateTime.h"
+
+#include <cstdint>
+#include <string>
+
+namespace kalvento::tool {
+
+/// What became of one line of a text that holds a row.
+struct LineFate {
+    enum EFate : std::uint8_t {
+        EFateTaken, ///< Handed out; where the one before has the same time, told apart by the ordering counter.
+        EFateRaised,  ///< Handed out with a later time than its own (EOrderRaise).
+        EFateDropped, ///< Left out for its time (EOrderDrop).
+        EFateOutside, ///< Outside of `from` and `to`.
+        EFateBad      ///< Set aside: it can't be read, or its time can't be taken.
+    };
+    EFate fate = EFateTaken;
+    std::uint64_t line = 0;   ///< From 1.
+    std::uint32_t symbol = 0; ///< Place in RowReader::GetSymbols; of no meaning for bad lines.
+    NDateTime written;        ///< The line's own time in the zone of the output; zero for bad lines.
+    std::string reason;       ///< Of bad lines: what was found and what would be accepted.
+};
+
+} // namespace kalvento::tool

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+
+namespace kalvento::tool {
+
+/// What became of the lines of an input.
+struct RowCounts {
+    std::uint64_t rows = 0;    ///< Handed out.
+    std::uint64_t bad = 0;     ///< Set aside, unreadable.
+    std::uint64_t dropped = 0; ///< Left out for their time (EOrderDrop).
+    std::uint64_t raised =
+        0; ///< Moved up behind a later time before them (EOrderRaise); equal times don't count.
+    std::uint64_t firstRaised = 0; ///< The line (text, from 1) or row (block, from 0) of the first of them.
+    std::uint64_t outside = 0;     ///< Outside of `from` and `to`.
+
+    /// Those of another input; firstRaised stays.
+    void Add(const RowCounts& a_other)
+    {
+        rows += a_other.rows;
+        bad += a_other.bad;
+        dropped += a_other.dropped;
+        raised += a_other.raised;
+        outside += a_other.outside;
+    }
+};
+
+} // namespace kalvento::tool

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "aggregation/EAggrType.h"
+#include "time/IntervalAndMultiplicity.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+enum ESeriesId : std::uint32_t;
+
+namespace kalvento::tool {
+
+/// The shape of the rows of one input.
+struct RowLayout {
+    std::vector<ESeriesId> series; ///< Ascending, without Time: the order of RowBlock::columns.
+    std::vector<EAggrType> folds;  ///< How each of them folds.
+    IntervalAndMultiplicity
+        interval; ///< (EIntervalTick, 1) for ticks; a candle interval where open, high, low stand.
+    bool hasSymbols = false;
+
+    /// Whether there is a column of that series.
+    bool Has(ESeriesId a_series) const;
+    /// Fills `folds`: the defaults of the series, and what the user says (ReadOptions::folds). Raises ToolError (EExitUsage)
+    /// for what doesn't fit. a_input: its name, for messages.
+    void PlanFolds(const std::map<std::string, std::string>& a_folds, const std::string& a_input);
+};
+
+} // namespace kalvento::tool

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kalvento::tool {
+
+/// A field of a line, quotes taken off, with its place for messages.
+struct Field {
+    std::string text;
+    std::size_t column = 1; // byte in the line, from 1
+};
+
+/// Splits one line of a text, without its line feed. False where a quote is left open: in the last field then.
+bool SplitLine(std::string_view a_line, char a_delimiter, std::vector<Field>& a_fields);
+
+/// A text from outside as messages show it: in quotes, its first 60 bytes, control signs as \xNN.
+std::string Quote(std::string_view a_text);
+
+} // namespace kalvento::tool
