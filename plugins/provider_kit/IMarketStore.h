@@ -61,8 +61,8 @@ protected:
 ///
 /// All operations may be called from any thread. Those that read raise std::exception when the store can't be read now
 /// (no connection, a damaged file), with a text for the log; the provider asks again after Restored, or, where the store
-/// didn't tell that it is broken, after a pause. Rows that aren't as told here count as such a failure. An instrument that
-/// isn't there has no rows.
+/// didn't tell that it is broken, after a pause. Rows that aren't as told here count as such a failure. DamagedData says that
+/// asking again is no use: whoever came upon it is told the end. An instrument that isn't there has no rows.
 class IMarketStore {
 public:
     virtual ~IMarketStore() = default;

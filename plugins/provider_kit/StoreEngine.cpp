@@ -4,6 +4,7 @@
 #include "aggregation/Aggregator.h"
 #include "modules/IConsumer.h"
 #include "platform/CodePage.h"
+#include "provider_kit/DamagedData.h"
 #include "provider_kit/StoreProvider.h"
 #include "provider_kit/TickShape.h"
 #include "series/Record.h"
@@ -23,6 +24,8 @@ namespace {
 constexpr std::uint64_t S_partRows = 20'000;
 
 constexpr unsigned int S_allKinds = ~0U;
+
+constexpr const wchar_t* S_damaged = L"Danych waloru nie można odczytać; przyczyna jest w dzienniku";
 
 // Short enough for a store that stumbled once, long enough for one that never gets up.
 constexpr std::chrono::milliseconds S_firstPause(250);
@@ -366,6 +369,9 @@ void StoreEngine::RunStep(const ServedPtr& a_served)
     try {
         step = Step(*a_served);
         a_served->pause = S_firstPause;
+    } catch (const DamagedData&) {
+        LogFailure("StoreEngine::RunStep", __LINE__, a_served->GetIsin());
+        return CutOff(*a_served, S_damaged);
     } catch (...) {
         // Nothing is lost: the stage begins once more.
         LogFailure("StoreEngine::RunStep", __LINE__, a_served->GetIsin());
@@ -390,6 +396,9 @@ void StoreEngine::RunStep(const ServedPtr& a_served)
     try {
         if (m_store->GetRowCount(a_served->GetIsin()) > 0)
             RowsAdded(a_served->GetIsin());
+    } catch (const DamagedData&) {
+        LogFailure("StoreEngine::RunStep", __LINE__, a_served->GetIsin());
+        CutOff(*a_served, S_damaged);
     } catch (...) {
         LogFailure("StoreEngine::RunStep", __LINE__, a_served->GetIsin());
         const std::lock_guard lock(m_mutex);
@@ -501,6 +510,16 @@ void StoreEngine::Refuse(Served& a_served, std::wstring_view a_reason)
     m_book.End(a_served, [&](IConsumer& a_consumer, unsigned int a_number) {
         a_consumer.RequestRefused(a_number, a_reason);
     });
+}
+
+// Ends what can't go on. A request whose history is cut short can't have been served.
+void StoreEngine::CutOff(Served& a_served, std::wstring_view a_reason)
+{
+    if (a_served.historyDone || !a_served.Wants(ParamsBase::S_kindDataHistory))
+        m_book.End(a_served,
+                   [](IConsumer& a_consumer, unsigned int a_number) { a_consumer.RequestEnded(a_number); });
+    else
+        Refuse(a_served, a_reason);
 }
 
 StoreEngine::EStep StoreEngine::TellOperations(Served& a_served)
@@ -754,14 +773,20 @@ void StoreEngine::EndWhatIsGone(const InstrumentList& a_before, const Instrument
             SubscriptionBook::Tell(served, S_allKinds, [&](IConsumer& a_consumer, unsigned int a_number) {
                 a_consumer.SymbolDeleted(a_number, isin);
             });
-        // A request whose history is cut short can't have been served.
-        if (served.historyDone || !served.Wants(ParamsBase::S_kindDataHistory))
-            m_book.End(served, [](IConsumer& a_consumer, unsigned int a_number) {
-                a_consumer.RequestEnded(a_number);
-            });
-        else
-            Refuse(served, now == nullptr ? L"Walor przestał istnieć" : L"Dane waloru zmieniły się");
+        CutOff(served, now == nullptr ? L"Walor przestał istnieć" : L"Dane waloru zmieniły się");
     }
+}
+
+// Those whom the live thread tells of the item. Others may never come upon the rows that are damaged.
+void StoreEngine::CutOffItem(const std::string& a_isin)
+{
+    for (const auto& subscription : *m_book.SubscriptionsOf(a_isin)) {
+        auto& served = static_cast<Served&>(*subscription);
+        if (served.isLive || (served.stage > Served::ESession && served.Wants(ParamsBase::S_kindDataCS)))
+            CutOff(served, S_damaged);
+    }
+    const std::lock_guard lock(m_mutex);
+    m_sessions.erase(a_isin);
 }
 
 void StoreEngine::Reconnect(std::uint64_t a_connection)
@@ -833,6 +858,10 @@ void StoreEngine::TellLive()
         for (const std::string& isin : items) {
             try {
                 TellItem(isin);
+            } catch (const DamagedData&) {
+                LogFailure("StoreEngine::TellLive", __LINE__, isin);
+                GiveUpItem(isin);
+                continue;
             } catch (...) {
                 // The positions stay where they are: the retry, or the new connection, goes on from there.
                 LogFailure("StoreEngine::TellLive", __LINE__, isin);
@@ -860,6 +889,13 @@ void StoreEngine::RetryItem(const std::string& a_isin)
         m_marked.insert(a_isin);
         m_wakeLive.notify_one();
     });
+}
+
+// The end is the other thread's: it alone knows how far each has been served. The pause keeps this one quiet until then.
+void StoreEngine::GiveUpItem(const std::string& a_isin)
+{
+    RetryItem(a_isin);
+    Queue([this, a_isin] { CutOffItem(a_isin); });
 }
 
 void StoreEngine::TellItem(const std::string& a_isin)

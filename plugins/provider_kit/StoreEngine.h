@@ -38,6 +38,7 @@ namespace kalvento::internal {
 /// What a store raises, and rows that aren't as IMarketStore promises, cost the step or the item at hand and nothing else: it
 /// waits for the new connection where the store says that it is broken, and otherwise for a pause that doubles with every
 /// failure in a row. News of the item doesn't cut the pause short, or a store that fails at each row would fill the log.
+/// DamagedData ends the subscriptions that came upon it.
 class StoreEngine : public IMarketStoreListener {
 public:
     StoreEngine(StoreProvider& a_provider, std::unique_ptr<IMarketStore> a_store);
@@ -105,6 +106,8 @@ private:
     EStep Synchronize(Served& a_served);
     EStep CatchUp(Served& a_served);
     void Refuse(Served& a_served, std::wstring_view a_reason);
+    void CutOff(Served& a_served, std::wstring_view a_reason);
+    void CutOffItem(const std::string& a_isin);
     std::uint64_t FindWindow(const Served& a_served, std::uint64_t a_count);
     void EnsureSession(const StoreInstrument& a_instrument);
     void ReadInstruments();
@@ -116,6 +119,7 @@ private:
     // The live thread.
     void TellLive();
     void RetryItem(const std::string& a_isin);
+    void GiveUpItem(const std::string& a_isin);
     void TellItem(const std::string& a_isin);
     void NoteLastDay(const std::string& a_isin, const NDateTime& a_time);
     void TellSession(SessionState& a_session, const SubscriptionBook::Subscriptions& a_subscriptions);

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-/// What SqlStore and SqlWriter both ask the database. Raises pqxx::pqxx_exception, and std::runtime_error (CP1250) for
-/// answers that nothing of ours can have put there.
+/// What SqlStore and SqlWriter both ask the database. Raises pqxx::pqxx_exception, and DamagedData for answers that nothing
+/// of ours can have put there.
 namespace SqlQueries {
 
 /// What reading rows of an instrument needs.
@@ -22,12 +22,15 @@ struct Shape {
 
 /// Empty for no such instrument.
 std::optional<Shape> FindShape(pqxx::transaction_base& a_transaction, const std::string& a_isin);
-/// Those of all instruments, or of one, if it is there.
+/// Those of all instruments, where one that can't be read is left out with a line in the log; or of one, if it is there.
 std::vector<StoreInstrument> ReadInstruments(pqxx::transaction_base& a_transaction,
                                              const std::optional<std::string>& a_isin = std::nullopt);
 /// As IMarketStore::FindRow.
 std::uint64_t FindRow(pqxx::transaction_base& a_transaction, const std::string& a_isin,
                       const NDateTime& a_time);
+/// A row that was counted isn't there: raises DamagedData, unless the instrument went meanwhile.
+void CheckMissing(pqxx::transaction_base& a_transaction, const std::string& a_isin, const Shape& a_shape,
+                  std::uint64_t a_row);
 /// Positions beyond what the database can hold are those of no row.
 std::int64_t ToPosition(std::uint64_t a_position);
 

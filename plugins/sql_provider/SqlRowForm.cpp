@@ -1,6 +1,7 @@
 #include "sql_provider/SqlRowForm.h"
 
 #include "platform/CodePage.h"
+#include "provider_kit/DamagedData.h"
 
 #include <algorithm>
 #include <array>
@@ -20,8 +21,8 @@ constexpr int S_secondsADay = 24 * 60 * 60;
 
 [[noreturn]] void RaiseUnreadable(std::string_view a_text)
 {
-    throw std::runtime_error(std::string("Nieczytelna wartość w bazie: "_cp1250) +
-                             std::string(a_text.substr(0, 60)));
+    throw DamagedData(std::string("Nieczytelna wartość w bazie: "_cp1250) +
+                      std::string(a_text.substr(0, 60)));
 }
 
 template<class Number>
@@ -158,4 +159,34 @@ std::wstring SqlRowForm::ReadText(const pqxx::field& a_field)
 std::string SqlRowForm::ToLogText(std::string_view a_utf8)
 {
     return CodePage::WideToCp1250(CodePage::Utf8ToWide(a_utf8));
+}
+
+std::string SqlRowForm::ReasonInFlight()
+{
+    try {
+        throw;
+    } catch (const pqxx::pqxx_exception& failure) {
+        std::string reason = ToLogText(failure.base().what());
+        reason.erase(reason.find_last_not_of(" \r\n") + 1);
+        return reason;
+    } catch (const std::exception& failure) {
+        return failure.what();
+    }
+}
+
+bool SqlRowForm::IsDamageInFlight()
+{
+    try {
+        throw;
+    } catch (const DamagedData&) {
+        return true;
+    } catch (const pqxx::conversion_error&) {
+        return true;
+    } catch (const pqxx::sql_error& failure) {
+        // Values that can't be computed with, and pages that the server can't read;
+        // source: https://www.postgresql.org/docs/15/errcodes-appendix.html
+        return failure.sqlstate().starts_with("22") || failure.sqlstate().starts_with("XX");
+    } catch (...) {
+        return false;
+    }
 }

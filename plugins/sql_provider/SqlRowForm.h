@@ -10,7 +10,7 @@
 #include <vector>
 
 /// How values stand in the database, there and back bit for bit. What comes from the database is not trusted: a text of
-/// another form raises std::runtime_error (CP1250).
+/// another form raises DamagedData.
 namespace SqlRowForm {
 
 /// A time in whole numbers that people can query, and the day number beside them: values of one calendar time differ in it,
@@ -47,5 +47,9 @@ std::wstring ReadText(const pqxx::field& a_field);
 
 /// The texts of libpqxx and of the server are UTF-8; of this program's log CP1250.
 std::string ToLogText(std::string_view a_utf8);
+/// What the exception in flight says, in CP1250: the texts of libpqxx are UTF-8, all others are our own.
+std::string ReasonInFlight();
+/// Whether the exception in flight tells of the values that were asked for, and not of the server or the way there.
+bool IsDamageInFlight();
 
 } // namespace SqlRowForm

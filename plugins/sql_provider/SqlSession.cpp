@@ -1,6 +1,7 @@
 #include "sql_provider/SqlSession.h"
 
 #include "platform/CodePage.h"
+#include "provider_kit/DamagedData.h"
 #include "sql_provider/SqlRowForm.h"
 #include "sql_provider/SqlSchema.h"
 #include "velo/Log.h"
@@ -25,20 +26,6 @@ int MakeEvent()
     if (event < 0)
         throw std::system_error(errno, std::generic_category(), "eventfd");
     return event;
-}
-
-// Of the exception in flight, in CP1250. The texts of libpqxx are UTF-8, all others are our own.
-std::string ReasonInFlight()
-{
-    try {
-        throw;
-    } catch (const pqxx::pqxx_exception& failure) {
-        std::string reason = SqlRowForm::ToLogText(failure.base().what());
-        reason.erase(reason.find_last_not_of(" \r\n") + 1);
-        return reason;
-    } catch (const std::exception& failure) {
-        return failure.what();
-    }
 }
 
 } // namespace
@@ -103,7 +90,7 @@ void SqlSession::Run()
             SetConnected(false);
             if (m_interrupt->IsInterrupted())
                 return;
-            TellBroken(ReasonInFlight());
+            TellBroken(SqlRowForm::ReasonInFlight());
         }
         // Only a connection that lasted puts the pause back: a server that accepts and fails at once isn't hammered.
         if (std::chrono::steady_clock::now() - begin > m_pauses.longest)
@@ -252,7 +239,12 @@ void SqlSession::Read(const Reading& a_reading)
         pqxx::nontransaction transaction(*connection);
         a_reading(transaction);
     } catch (...) {
-        const std::string reason = ReasonInFlight();
+        const std::string reason = SqlRowForm::ReasonInFlight();
+        if (SqlRowForm::IsDamageInFlight()) {
+            // The next reading, of other rows, will do: a break would concern everybody.
+            GiveBack(std::move(connection), era);
+            throw DamagedData(reason);
+        }
         connection.reset();
         GiveBack(nullptr, era);
         {

@@ -1,6 +1,7 @@
 #include "sql_provider/SqlStore.h"
 
 #include "platform/CodePage.h"
+#include "provider_kit/DamagedData.h"
 #include "settings/Settings.h"
 #include "sql_provider/SqlQueries.h"
 #include "sql_provider/SqlRowForm.h"
@@ -19,20 +20,36 @@ constexpr std::uint64_t S_rowsAPage = 50'000;
 void AppendPage(pqxx::transaction_base& a_transaction, int a_number, std::uint64_t a_first,
                 std::uint64_t a_last, std::vector<NDateTime>& a_times, DataSeriesSet::Columns& a_columns)
 {
-    const pqxx::result page = a_transaction.exec_params(
-        std::string("SELECT ") + SqlRowForm::S_timeColumns +
-            ", values, position FROM rows WHERE instrument = $1 AND position >= $2 AND position < $3"
-            " ORDER BY position",
-        a_number, SqlQueries::ToPosition(a_first), SqlQueries::ToPosition(a_last));
-    std::vector<double> values;
-    std::uint64_t expected = a_first;
-    for (const pqxx::row& row : page) {
-        SqlRowForm::ReadNumbers(row[4].c_str(), values);
-        if (row[5].as<std::uint64_t>() != expected++ || values.size() != a_columns.size())
-            throw std::runtime_error("Uszkodzone wiersze w bazie: "_cp1250 + std::to_string(a_first));
-        a_times.push_back(SqlRowForm::ReadTime(row, 0));
-        for (std::size_t column = 0; column < values.size(); ++column)
-            a_columns[column].second.push_back(values[column]);
+    std::uint64_t next = a_first;
+    std::string place =
+        "wiersze od "_cp1250 + std::to_string(a_first) + " do "_cp1250 + std::to_string(a_last - 1);
+    try {
+        const pqxx::result page = a_transaction.exec_params(
+            std::string("SELECT ") + SqlRowForm::S_timeColumns +
+                ", values, position FROM rows WHERE instrument = $1 AND position >= $2 AND position < $3"
+                " ORDER BY position",
+            a_number, SqlQueries::ToPosition(a_first), SqlQueries::ToPosition(a_last));
+        std::vector<double> values;
+        for (const pqxx::row& row : page) {
+            place = "wiersz "_cp1250 + std::to_string(next);
+            if (row[5].as<std::uint64_t>() != next)
+                return; // the caller asks why it isn't there
+            SqlRowForm::ReadNumbers(row[4].c_str(), values);
+            if (values.size() != a_columns.size())
+                throw DamagedData("wartości jest "_cp1250 + std::to_string(values.size()) +
+                                  ", a serii "_cp1250 + std::to_string(a_columns.size()));
+            const NDateTime time = SqlRowForm::ReadTime(row, 0);
+            if (!a_times.empty() && !(a_times.back() < time))
+                throw DamagedData("czas nie jest późniejszy od poprzedniego"_cp1250);
+            a_times.push_back(time);
+            for (std::size_t column = 0; column < values.size(); ++column)
+                a_columns[column].second.push_back(values[column]);
+            ++next;
+        }
+    } catch (...) {
+        if (!SqlRowForm::IsDamageInFlight())
+            throw;
+        throw DamagedData(place + ": " + SqlRowForm::ReasonInFlight());
     }
 }
 
@@ -78,6 +95,16 @@ void SqlStore::Read(const std::function<void(pqxx::transaction_base&)>& a_readin
     session->Read(a_reading);
 }
 
+void SqlStore::ReadOf(const std::string& a_isin,
+                      const std::function<void(pqxx::transaction_base&)>& a_reading)
+{
+    try {
+        Read(a_reading);
+    } catch (const DamagedData& damage) {
+        throw DamagedData("Uszkodzone dane waloru "_cp1250 + a_isin + " w bazie: "_cp1250 + damage.what());
+    }
+}
+
 std::vector<StoreInstrument> SqlStore::ReadInstruments()
 {
     std::vector<StoreInstrument> instruments;
@@ -92,7 +119,7 @@ std::vector<StoreInstrument> SqlStore::ReadInstruments()
 HistoryOperations SqlStore::ReadOperations(const std::string& a_isin)
 {
     Settings list;
-    Read([&](pqxx::transaction_base& a_transaction) {
+    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
         const pqxx::result found = a_transaction.exec_params(
             "SELECT operations_version, id, kind, day_number, counter, factor FROM instruments"
             " LEFT JOIN operations ON instrument = number WHERE isin = $1 ORDER BY place",
@@ -116,7 +143,7 @@ HistoryOperations SqlStore::ReadOperations(const std::string& a_isin)
 std::uint64_t SqlStore::GetRowCount(const std::string& a_isin)
 {
     std::uint64_t count = 0;
-    Read([&](pqxx::transaction_base& a_transaction) {
+    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
         if (const auto shape = SqlQueries::FindShape(a_transaction, a_isin))
             count = shape->rowCount;
     });
@@ -126,7 +153,7 @@ std::uint64_t SqlStore::GetRowCount(const std::string& a_isin)
 std::uint64_t SqlStore::FindRow(const std::string& a_isin, const NDateTime& a_time)
 {
     std::uint64_t row = 0;
-    Read([&](pqxx::transaction_base& a_transaction) {
+    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
         row = SqlQueries::FindRow(a_transaction, a_isin, a_time);
     });
     return row;
@@ -137,7 +164,7 @@ History SqlStore::ReadRows(const std::string& a_isin, std::uint64_t a_first, std
     std::vector<NDateTime> times;
     DataSeriesSet::Columns columns;
     IntervalAndMultiplicity interval(EIntervalTick, 1);
-    Read([&](pqxx::transaction_base& a_transaction) {
+    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
         const auto shape = SqlQueries::FindShape(a_transaction, a_isin);
         if (!shape)
             return;
@@ -146,11 +173,12 @@ History SqlStore::ReadRows(const std::string& a_isin, std::uint64_t a_first, std
                  "SELECT id FROM series WHERE instrument = $1 ORDER BY place", shape->number))
             columns.emplace_back(static_cast<ESeriesId>(row[0].as<std::uint32_t>()), std::vector<double>());
         const std::uint64_t last = std::min(a_last, shape->rowCount);
-        for (std::uint64_t first = a_first; first < last; first += S_rowsAPage)
+        for (std::uint64_t first = a_first; first < last && times.size() == first - a_first;
+             first += S_rowsAPage)
             AppendPage(a_transaction, shape->number, first, std::min(first + S_rowsAPage, last), times,
                        columns);
         if (a_first < last && times.size() != last - a_first)
-            throw std::runtime_error("W bazie brakuje wierszy instrumentu "_cp1250 + a_isin);
+            SqlQueries::CheckMissing(a_transaction, a_isin, *shape, a_first + times.size());
     });
     return {interval.GetInterval(), interval.GetMultiplicity(), std::move(times), std::move(columns)};
 }
@@ -158,7 +186,7 @@ History SqlStore::ReadRows(const std::string& a_isin, std::uint64_t a_first, std
 std::optional<Offers> SqlStore::ReadOffers(const std::string& a_isin)
 {
     std::optional<Offers> offers;
-    Read([&](pqxx::transaction_base& a_transaction) {
+    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
         const pqxx::result found = a_transaction.exec_params(
             std::string("SELECT ") + SqlRowForm::S_timeColumns +
                 ", series, values FROM books JOIN instruments ON number = instrument WHERE isin = $1",

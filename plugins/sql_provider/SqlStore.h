@@ -19,7 +19,8 @@ class transaction_base;
 ///
 /// One thread holds the connection on which the database tells of new rows; it connects again after a break, with pauses
 /// that grow. Those who read share a few further connections, made at need. A read that fails makes that thread break off
-/// and connect anew, so that Restored follows every failure sooner or later.
+/// and connect anew, so that Restored follows every failure sooner or later. Values that can't be read are no such failure:
+/// they raise DamagedData, and an instrument is left out of the list, with a line in the log.
 class SqlStore : public IMarketStore {
 public:
     struct Pauses {
@@ -46,6 +47,8 @@ public:
 
 private:
     void Read(const std::function<void(pqxx::transaction_base&)>& a_reading);
+    // DamagedData names the instrument.
+    void ReadOf(const std::string& a_isin, const std::function<void(pqxx::transaction_base&)>& a_reading);
 
     const SqlAddress m_address;
     const Pauses m_pauses;

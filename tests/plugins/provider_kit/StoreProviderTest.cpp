@@ -6,6 +6,7 @@
 #include "assets/AssetsGroup.h"
 #include "modules/RequestParams.h"
 #include "modules/Subscribe.h"
+#include "provider_kit/DamagedData.h"
 #include "support/CheckingConsumer.h"
 #include "support/TestMediator.h"
 
@@ -348,6 +349,26 @@ TEST(StoreProviderThreadTest, AStartAsksTheStoreNothing)
     quotes.provider.StopWork();
     EXPECT_EQ(consumer.Count(1, CheckingConsumer::ERecord), 3U);
     EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
+}
+
+TEST_F(StoreProviderTest, DamagedDataEndWhoeverComesUponThem)
+{
+    m_quotes.AddTicks(S_isin, 5);
+    m_quotes.Connect();
+    m_quotes.store.SetSpoiler([](History& a_rows) {
+        if (a_rows.TimeSeries().back() == TickMaker::TimeOf(5))
+            throw DamagedData("test");
+    });
+    ASSERT_TRUE(Start(m_consumer, 1, RequestOf(ParamsBase::S_kindDataRecord)));
+    ASSERT_TRUE(Start(m_consumer, 2, RequestOf(ParamsBase::S_kindDataHistory)));
+    ASSERT_TRUE(m_consumer.WaitForEnd(2));
+    m_quotes.AddTicks(S_isin, 1);
+    ASSERT_TRUE(m_consumer.WaitForEnd(1));
+    EXPECT_EQ(m_consumer.Events(1), std::vector{CheckingConsumer::EEnded});
+    ASSERT_TRUE(Start(m_consumer, 3, RequestOf(ParamsBase::S_kindDataHistory | ParamsBase::S_kindDataCS)));
+    ASSERT_TRUE(m_consumer.WaitForEnd(3));
+    EXPECT_EQ(m_consumer.Events(3), std::vector{CheckingConsumer::ERefused});
+    EXPECT_EQ(m_consumer.HistoryRows(2), 5U);
 }
 
 TEST_F(StoreProviderTest, DaysOfARequestAreWhole)

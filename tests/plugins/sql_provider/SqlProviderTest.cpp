@@ -4,9 +4,11 @@
 #include "SqlTestTools.h"
 #include "series/Synchronization.h"
 #include "sql_provider/SqlWriter.h"
+#include "support/LogWatch.h"
 #include "support/ProviderContract.h"
 
 #include <gtest/gtest.h>
+#include <pqxx/pqxx>
 
 #include <atomic>
 #include <condition_variable>
@@ -186,4 +188,74 @@ TEST(SqlProviderTest, AServerThatIsKilledLosesNoRowAndDoublesNone)
     provider.StopSubscription({&keeper, 1, *asset, std::nullopt});
     EXPECT_EQ(keeper.Volumes(), RowsOf(0, all).find(Volume)->second);
     provider.StopWork();
+}
+
+// What can't be read ends the subscriptions that came upon it, says which instrument and row, and breaks no connection.
+TEST(SqlProviderTest, ADamagedRowConcernsItsInstrumentAlone)
+{
+    PostgresCluster* cluster = PostgresCluster::Get();
+    if (cluster == nullptr)
+        GTEST_SKIP() << "no PostgreSQL server here: install the package postgresql";
+    const std::string connection = cluster->NewDatabase();
+    SqlWriter writer(connection);
+    for (const char* isin : {"GOOD", "HURT"}) {
+        writer.CreateInstrument(TickInstrument(isin));
+        writer.AppendRows(isin, 0, RowsOf(0, 200));
+    }
+    pqxx::connection raw(connection);
+    const auto hurt = [&](const std::string& a_statements) {
+        pqxx::nontransaction transaction(raw);
+        const int number =
+            transaction.exec1("SELECT number FROM kalvento.instruments WHERE isin = 'HURT'")[0].as<int>();
+        transaction.exec_params("SELECT set_config('test.hurt', $1, false)", number);
+        transaction.exec("SET search_path = kalvento; " + a_statements);
+    };
+    hurt(
+        "UPDATE rows SET values = '{1}' WHERE position = 50 AND instrument = current_setting('test.hurt')::int");
+
+    const LogWatch log;
+    const TestMediator mediator;
+    CheckingConsumer consumer;
+    SqlProvider provider(connection, {std::chrono::milliseconds(5), std::chrono::milliseconds(50)});
+    provider.SwitchConnection(true);
+    while (provider.GetAssets().size() < 2)
+        std::this_thread::yield();
+    const auto start = [&](unsigned int a_number, const std::string& a_isin, unsigned int a_kinds) {
+        const RequestParams params(a_kinds, EIntervalTick, 1, NDateTime(1990, 1, 1), NDateTime(2099, 12, 31),
+                                   false);
+        consumer.Open(a_number, params);
+        EXPECT_TRUE(
+            provider.StartSubscription({&consumer, a_number, *provider.GetAssetByIsin(a_isin), params}));
+    };
+    constexpr unsigned int live = ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord;
+    start(1, "GOOD", live);
+    start(2, "HURT", live); // begins behind the damage
+    start(3, "HURT", ParamsBase::S_kindDataHistory);
+    EXPECT_TRUE(consumer.WaitFor(1, CheckingConsumer::ESynchronization));
+    EXPECT_TRUE(consumer.WaitFor(2, CheckingConsumer::ESynchronization));
+    EXPECT_TRUE(consumer.WaitForEnd(3));
+    EXPECT_EQ(consumer.Events(3).back(), CheckingConsumer::ERefused);
+
+    // One that the server itself can't compute with, and live.
+    hurt("INSERT INTO rows SELECT instrument, 200, 'infinity', second, counter, day_number, values FROM rows"
+         " WHERE position = 199 AND instrument = current_setting('test.hurt')::int;"
+         "UPDATE instruments SET row_count = 201 WHERE isin = 'HURT';"
+         "SELECT pg_notify('kalvento_rows', current_setting('test.hurt'))");
+    EXPECT_TRUE(consumer.WaitForEnd(2));
+    EXPECT_EQ(consumer.Events(2).back(), CheckingConsumer::EEnded);
+
+    hurt("UPDATE instruments SET interval_kind = -1 WHERE isin = 'HURT'; NOTIFY kalvento_instruments");
+    while (provider.GetAssetByIsin("HURT") != nullptr)
+        std::this_thread::yield();
+    writer.AppendRows("GOOD", 200, RowsOf(200, 201));
+    EXPECT_TRUE(consumer.WaitFor(1, CheckingConsumer::ERecord));
+    provider.StopWork();
+    EXPECT_EQ(consumer.Count(1, CheckingConsumer::ESynchronization), 1U) << "a break brings another one";
+    EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
+    for (const char* told :
+         {"HURT w bazie: wiersz 50:", "HURT w bazie: wiersze od 200 do 200:", "opis waloru HURT"})
+        EXPECT_TRUE(std::ranges::any_of(
+            log.lines, [&](const std::string& a_line) { return a_line.find(told) != std::string::npos; }))
+            << told << "\n"
+            << testing::PrintToString(log.lines);
 }
