@@ -265,7 +265,8 @@ bool FileStore::Impl::Refresh(const std::stop_token& a_stop)
     if (connected && Now() - watched < S_watchEvery)
         return *connected;
     watched = Now();
-    FolderContents folder = ScanFolder(options.folder);
+    const std::shared_ptr<Catalog> before = catalog;
+    FolderContents folder = ScanFolder(options.folder, before ? &before->folder : nullptr);
     if (!folder.exists && !options.folder.empty()) {
         if (connected.value_or(true))
             listener->Broken(L"Nie ma folderu " + WidePath::ToWide(options.folder) +
@@ -273,9 +274,10 @@ bool FileStore::Impl::Refresh(const std::stop_token& a_stop)
         connected = false;
         return false;
     }
-    const std::shared_ptr<Catalog> before = catalog;
     const bool changed = !before || before->folder.Differs(folder);
     if (changed) {
+        for (const std::filesystem::path& path : folder.unreadable)
+            Log(__LINE__, path.string() + ": nie można odczytać; podawane jest to, co wczytano wcześniej");
         auto made = MakeCatalog(std::move(folder), before.get(), a_stop);
         if (connected.value_or(false) && !made->keepsRows) {
             listener->Broken(L"Zmieniły się pliki z notowaniami.");

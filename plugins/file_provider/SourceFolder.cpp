@@ -4,6 +4,7 @@
 #include "platform/WidePath.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <system_error>
 
@@ -23,15 +24,45 @@ std::string LowerCase(std::string_view a_text)
     return lower;
 }
 
+// What isn't there is gone; all other errors say that it can't be reached just now.
+bool IsUnreachable(const std::error_code& a_error)
+{
+    return a_error && a_error != std::errc::no_such_file_or_directory &&
+           a_error != std::errc::not_a_directory;
+}
+
+// A file, or all that is in a sub-folder, stays as it was.
+void Keep(const std::filesystem::path& a_path, const FolderContents* a_before, FolderContents& a_contents)
+{
+    a_contents.unreadable.push_back(a_path);
+    if (a_before == nullptr)
+        return;
+    const auto isOfIt = [&a_path](const auto& a_file) {
+        return a_file.path == a_path || a_file.path.parent_path() == a_path;
+    };
+    for (const SourceFile& source : a_before->sources) {
+        if (!isOfIt(source))
+            continue;
+        a_contents.sources.push_back(source);
+        a_contents.sources.back().name = SafeName(source.path.stem().string()); // not yet numbered
+    }
+    std::ranges::copy_if(a_before->operations, std::back_inserter(a_contents.operations), isOfIt);
+}
+
 void TakeFile(const std::filesystem::path& a_path, const std::filesystem::path& a_subFolder,
-              FolderContents& a_contents)
+              const FolderContents* a_before, FolderContents& a_contents)
 {
     const std::string extension = LowerCase(a_path.extension().string());
     const std::string stem = a_path.stem().string();
     const std::string lower = LowerCase(stem);
-    const auto stamp = StampOf(a_path);
     const bool isText = extension == ".csv" || extension == ".txt" || extension == ".tsv";
-    if (!stamp || stem.empty() || stem.front() == '.' || (!isText && extension != ".block"))
+    if (stem.empty() || stem.front() == '.' || (!isText && extension != ".block"))
+        return;
+    std::error_code error;
+    const auto stamp = StampOf(a_path, error);
+    if (IsUnreachable(error))
+        return Keep(a_path, a_before, a_contents);
+    if (!stamp)
         return;
     if (extension == ".txt" &&
         (lower.ends_with(S_operationsEnding) || lower.starts_with(S_operationsStart))) {
@@ -77,14 +108,14 @@ bool FolderContents::Differs(const FolderContents& a_other) const
     const auto same = [](const auto& a_left, const auto& a_right) {
         return a_left.path == a_right.path && a_left.stamp == a_right.stamp;
     };
-    return exists != a_other.exists ||
+    return exists != a_other.exists || unreadable != a_other.unreadable ||
            !std::equal(sources.begin(), sources.end(), a_other.sources.begin(), a_other.sources.end(),
                        same) ||
            !std::equal(operations.begin(), operations.end(), a_other.operations.begin(),
                        a_other.operations.end(), same);
 }
 
-FolderContents ScanFolder(const std::filesystem::path& a_folder)
+FolderContents ScanFolder(const std::filesystem::path& a_folder, const FolderContents* a_before)
 {
     FolderContents contents;
     std::error_code error;
@@ -96,14 +127,21 @@ FolderContents ScanFolder(const std::filesystem::path& a_folder)
     // An empty list would say that all instruments are gone.
     contents.exists = !error;
     for (const auto& entry : entries) {
-        if (!entry.is_directory(error))
-            TakeFile(entry.path(), {}, contents);
+        const bool isFolder = entry.is_directory(error);
+        if (!isFolder && !IsUnreachable(error))
+            TakeFile(entry.path(), {}, a_before, contents);
         else if (!entry.path().filename().string().starts_with('.'))
             subFolders.push_back(entry.path());
     }
     for (const auto& subFolder : subFolders) {
-        for (const auto& entry : EntriesOf(subFolder, error)) // behind what can't be read it goes on
-            TakeFile(entry.path(), subFolder.filename(), contents);
+        const auto files = EntriesOf(subFolder, error);
+        // Behind what can't be read it goes on.
+        if (IsUnreachable(error)) {
+            Keep(subFolder, a_before, contents);
+            continue;
+        }
+        for (const auto& file : files)
+            TakeFile(file.path(), subFolder.filename(), a_before, contents);
     }
     MakeNamesUnique(contents.sources);
     return contents;
@@ -111,15 +149,20 @@ FolderContents ScanFolder(const std::filesystem::path& a_folder)
 
 std::optional<FileStamp> StampOf(const std::filesystem::path& a_path)
 {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(a_path, error))
+    std::error_code ignored;
+    return StampOf(a_path, ignored);
+}
+
+std::optional<FileStamp> StampOf(const std::filesystem::path& a_path, std::error_code& a_error)
+{
+    if (!std::filesystem::is_regular_file(a_path, a_error))
         return std::nullopt;
     FileStamp stamp;
-    stamp.size = std::filesystem::file_size(a_path, error);
-    if (error)
+    stamp.size = std::filesystem::file_size(a_path, a_error);
+    if (a_error)
         return std::nullopt;
-    stamp.modified = std::filesystem::last_write_time(a_path, error).time_since_epoch().count();
-    return error ? std::nullopt : std::optional(stamp);
+    stamp.modified = std::filesystem::last_write_time(a_path, a_error).time_since_epoch().count();
+    return a_error ? std::nullopt : std::optional(stamp);
 }
 
 std::string SafeName(std::string_view a_name)

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 /// The files of a folder that hold rows, and what lies beside them.
@@ -40,17 +41,23 @@ struct FolderContents {
     bool exists = false; ///< And can be read.
     std::vector<SourceFile> sources;
     std::vector<OperationsSource> operations;
+    std::vector<std::filesystem::path>
+        unreadable; ///< Files and sub-folders that are there, whatever is in them.
 
-    /// Whether files came, went or changed.
+    /// Whether files came, went, changed, or can be read otherwise than before.
     bool Differs(const FolderContents& a_other) const;
 };
 
 /// Looks through a folder and its sub-folders, those of one level. Rows: *.csv, *.txt, *.tsv, *.block; a book: *.book.csv;
-/// operations: *.operations.txt, operations_*.txt. Hidden files are passed over. Never raises for what it finds.
-FolderContents ScanFolder(const std::filesystem::path& a_folder);
+/// operations: *.operations.txt, operations_*.txt. Hidden files are passed over. What is there and can't be read is taken
+/// from a_before (null: from nowhere), as for a file that somebody is writing: its instruments aren't gone. Never raises for
+/// what it finds.
+FolderContents ScanFolder(const std::filesystem::path& a_folder, const FolderContents* a_before);
 
-/// The size and time of a regular file; empty where there is none.
+/// The size and time of a regular file; empty where there is none, or it can't be told.
 std::optional<FileStamp> StampOf(const std::filesystem::path& a_path);
+/// The same, which also says why it can't be told.
+std::optional<FileStamp> StampOf(const std::filesystem::path& a_path, std::error_code& a_error);
 
 /// A name for a symbol, of UTF-8: Polish letters become their Latin ones, every other character but A-Z a-z 0-9 . _ - a '_'.
 /// Never empty, and never with a point in front.

@@ -336,6 +336,30 @@ TEST_F(FileStoreTest, ChangedFilesAreServedAnew)
     EXPECT_EQ(store.GetRowCount("A"), 1U);
 }
 
+// A disk of the network that is away for a moment ends nobody's subscription; a folder that was removed does.
+TEST_F(FileStoreTest, ASubFolderThatCannotBeReadIsServedOn)
+{
+    const std::string rows = "time,price\n2024-08-08 10:00:00,2\n";
+    WriteSource("GPW/A.csv", rows);
+    WriteSource("B.csv", rows);
+    FileStore& store = OpenStore();
+    const auto generation = store.ReadInstruments().front().generation;
+    const std::filesystem::path aside = m_sources.GetPath().string() + "-aside";
+    std::filesystem::rename(m_sources / "GPW", aside);
+    std::filesystem::create_symlink("GPW", m_sources / "GPW"); // leads to itself
+    Move(2s);
+    ASSERT_TRUE(m_listener->WaitFor("changed"));
+    ASSERT_EQ(store.ReadInstruments().size(), 2U);
+    EXPECT_EQ(store.ReadInstruments().front().generation, generation);
+    EXPECT_EQ(store.ReadRows("A", 0, 1).find(Price)->second.front(), 2.0);
+
+    std::filesystem::remove(m_sources / "GPW");
+    std::filesystem::remove_all(aside);
+    Move(2s);
+    ASSERT_TRUE(m_listener->WaitFor("changed", 2));
+    EXPECT_EQ(store.ReadInstruments().size(), 1U);
+}
+
 TEST_F(FileStoreTest, AFolderMayBeMissingAndCome)
 {
     WriteSource("A.csv", "time,price\n2024-08-08 10:00:00,2\n");
