@@ -3,23 +3,15 @@ include(CMakePackageConfigHelpers)
 
 set(KALVENTO_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/KalventoIncludes")
 
-install(TARGETS kalvento_core kalvento_provider_kit EXPORT KalventoIncludesTargets
+install(TARGETS kalvento_core kalvento_provider_kit kalvento_contract_kit EXPORT KalventoIncludesTargets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kalvento"
     FILES_MATCHING PATTERN "*.h")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/plugins/provider_kit" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kalvento"
-    FILES_MATCHING PATTERN "*.h")
-# The contract of providers and consumers as tests, for the test programs of plug-ins.
-install(FILES
-    "${PROJECT_SOURCE_DIR}/tests/support/CheckingConsumer.h"
-    "${PROJECT_SOURCE_DIR}/tests/support/ConsumerContract.h"
-    "${PROJECT_SOURCE_DIR}/tests/support/FeedProvider.h"
-    "${PROJECT_SOURCE_DIR}/tests/support/ProviderContract.h"
-    "${PROJECT_SOURCE_DIR}/tests/support/TestMediator.h"
-    "${PROJECT_SOURCE_DIR}/tests/support/TestProvider.h"
-    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kalvento/support")
+# The kits: providers over a store, and the contract of providers and consumers as tests.
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/plugins/provider_kit" "${PROJECT_SOURCE_DIR}/plugins/contract_kit"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kalvento" FILES_MATCHING PATTERN "*.h")
 install(EXPORT KalventoIncludesTargets NAMESPACE KalventoIncludes:: DESTINATION "${KALVENTO_PACKAGE_DIR}")
 
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/KalventoIncludesConfig.cmake.in"

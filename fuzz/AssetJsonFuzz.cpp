@@ -1,6 +1,6 @@
 #include "assets/Asset.h"
-#include "support/TestMediator.h"
-#include "support/TestProvider.h"
+#include "contract_kit/TestMediator.h"
+#include "contract_kit/TestProvider.h"
 
 #include <boost/json.hpp>
 

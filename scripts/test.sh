@@ -42,7 +42,7 @@ run_tests() {
 # The test programs with several threads, their own or those of the modules that they test, by the rule that the tests of a
 # folder NAME are the program NAME_tests. The others have one thread, about which ThreadSanitizer has nothing to say.
 thread_programs() {
-    grep -rlE 'std::(thread|jthread|async|execution::par)|support/(Provider|Consumer)Contract\.h|"host/' --include='*Test.cpp' tests/ |
+    grep -rlE 'std::(thread|jthread|async|execution::par)|contract_kit/(Provider|Consumer)Contract\.h|"host/' --include='*Test.cpp' tests/ |
         sed -nE 's#^.*/([a-z_]+)/[A-Za-z0-9_]+\.cpp$#\1_tests#p' | sort -u
 }
 

@@ -1,6 +1,6 @@
 #include "RandomWalk.h"
+#include "contract_kit/ProviderContract.h"
 #include "provider_kit/StoreProvider.h"
-#include "support/ProviderContract.h"
 
 #include <memory>
 #include <thread>

@@ -2,9 +2,9 @@
 #include "assets/AssetUtils.h"
 #include "assets/AssetsGroup.h"
 #include "assets/AssetsGroupId.h"
+#include "contract_kit/TestMediator.h"
+#include "contract_kit/TestProvider.h"
 #include "settings/Settings.h"
-#include "support/TestMediator.h"
-#include "support/TestProvider.h"
 
 #include <gtest/gtest.h>
 

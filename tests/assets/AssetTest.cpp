@@ -1,12 +1,12 @@
 #include "assets/Asset.h"
 
 #include "assets/AssetParams.h"
+#include "contract_kit/TestMediator.h"
+#include "contract_kit/TestProvider.h"
 #include "platform/CodePage.h"
 #include "series/DSProp.h"
 #include "settings/Settings.h"
 #include "support/LogWatch.h"
-#include "support/TestMediator.h"
-#include "support/TestProvider.h"
 #include "time/KalventoException.h"
 
 #include <boost/json.hpp>

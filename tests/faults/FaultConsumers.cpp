@@ -3,6 +3,7 @@
 #include "assets/Asset.h"
 #include "console_consumer/CandleModel.h"
 #include "console_consumer/ConsoleConsumer.h"
+#include "contract_kit/CheckingConsumer.h"
 #include "faults/FaultReport.h"
 #include "modules/ConsumerBase.h"
 #include "modules/IModuleRegistry.h"
@@ -11,7 +12,6 @@
 #include "modules/Subscribe.h"
 #include "platform/CodePage.h"
 #include "settings/Settings.h"
-#include "support/CheckingConsumer.h"
 #include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
 

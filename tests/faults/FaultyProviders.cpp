@@ -1,5 +1,6 @@
 // Providers without the kit: some raise from each operation that others call, one delivers whatever it likes, on several
 // threads at once and to the very end.
+#include "contract_kit/TestProvider.h"
 #include "modules/IConsumer.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
@@ -10,7 +11,6 @@
 #include "series/Offers.h"
 #include "series/Record.h"
 #include "series/Synchronization.h"
-#include "support/TestProvider.h"
 
 #include <atomic>
 #include <chrono>

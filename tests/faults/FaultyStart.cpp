@@ -1,10 +1,10 @@
 // Plug-ins that fail at their start, after a provider of theirs has begun to tell things, and that go on telling when the
 // host has dropped them.
+#include "contract_kit/TestProvider.h"
 #include "modules/IAppMediator.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
 #include "support/IdleConsumer.h"
-#include "support/TestProvider.h"
 
 #include <atomic>
 #include <chrono>

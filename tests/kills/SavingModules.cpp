@@ -1,11 +1,11 @@
 // A provider that saves a history and operations, and a consumer that saves settings, each file on a thread of its own, round
 // after round and for ever. What is saved is reported once the save has returned.
+#include "contract_kit/TestProvider.h"
 #include "kills/SavedContents.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
 #include "platform/FileTools.h"
 #include "support/IdleConsumer.h"
-#include "support/TestProvider.h"
 
 #include <array>
 #include <filesystem>

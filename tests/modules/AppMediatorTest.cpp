@@ -1,8 +1,8 @@
 #include "modules/IAppMediator.h"
 
 #include "TemporaryFolder.h"
+#include "contract_kit/TestMediator.h"
 #include "platform/WidePath.h"
-#include "support/TestMediator.h"
 
 #include <gtest/gtest.h>
 

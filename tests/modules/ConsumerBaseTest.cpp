@@ -1,9 +1,9 @@
 #include "modules/ConsumerBase.h"
 
 #include "assets/Asset.h"
+#include "contract_kit/TestMediator.h"
 #include "modules/ConsumerBLBase.h"
 #include "modules/RequestParams.h"
-#include "support/TestMediator.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "support/ConsumerContract.h"
+#include "contract_kit/ConsumerContract.h"
 
 #include "modules/ConsumerBase.h"
 #include "modules/RequestIdGenerator.h"

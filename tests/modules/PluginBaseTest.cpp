@@ -1,9 +1,9 @@
 #include "modules/PluginBase.h"
 
+#include "contract_kit/TestMediator.h"
 #include "modules/IAppMediator.h"
 #include "platform/CodePage.h"
 #include "platform/ThreadId.h"
-#include "support/TestMediator.h"
 #include "time/KalventoException.h"
 
 #include <gtest/gtest.h>

@@ -2,13 +2,13 @@
 
 #include "TemporaryFolder.h"
 #include "assets/AssetsGroup.h"
+#include "contract_kit/TestMediator.h"
+#include "contract_kit/TestProvider.h"
 #include "modules/ProviderSettings.h"
 #include "platform/WidePath.h"
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
 #include "settings/SettingsManager.h"
-#include "support/TestMediator.h"
-#include "support/TestProvider.h"
 
 #include <gtest/gtest.h>
 

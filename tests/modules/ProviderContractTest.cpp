@@ -1,6 +1,6 @@
-#include "support/ProviderContract.h"
+#include "contract_kit/ProviderContract.h"
 
-#include "support/FeedProvider.h"
+#include "contract_kit/FeedProvider.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 #include "modules/ProvidersHelper.h"
 
 #include "assets/Asset.h"
+#include "contract_kit/CheckingConsumer.h"
+#include "contract_kit/TestProvider.h"
 #include "modules/RequestParams.h"
 #include "modules/Subscribe.h"
 #include "platform/CodePage.h"
-#include "support/CheckingConsumer.h"
 #include "support/LogWatch.h"
-#include "support/TestProvider.h"
 
 #include <gtest/gtest.h>
 

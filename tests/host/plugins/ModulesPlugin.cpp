@@ -1,11 +1,11 @@
 // A plug-in with a provider and a consumer that note what is done with them, and that misbehave as the options say.
+#include "contract_kit/TestProvider.h"
 #include "host/plugins/Recorder.h"
 #include "modules/IAppMediator.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
 #include "settings/Settings.h"
 #include "support/IdleConsumer.h"
-#include "support/TestProvider.h"
 #include "velo/ConverterMultiByteToWideChar.h"
 
 #include <bit>

@@ -1,6 +1,6 @@
 #include "console_consumer/ConsoleConsumer.h"
 
-#include "support/ConsumerContract.h"
+#include "contract_kit/ConsumerContract.h"
 
 #include <gtest/gtest.h>
 #include <sstream>

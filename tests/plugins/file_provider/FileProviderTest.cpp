@@ -1,16 +1,19 @@
 #include "file_provider/FileProvider.h"
 
+#include "contract_kit/ProviderContract.h"
 #include "file_provider/FileProviderSettings.h"
 #include "plugins/file_provider/StoreFixture.h"
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
-#include "support/ProviderContract.h"
 
 #include <cstdlib>
+#include <string>
+#include <unistd.h>
 
 namespace {
 
-/// Folders of the application, thrown away with the home folder that they lie in; histories lie in a folder of their own.
+/// Folders of the application are thrown away with the home folder that they lie in. Histories lie beside the programs, in a
+/// folder by the instrument's name, which bears the process here: tests run at the same time.
 class FileSubject : public ProviderSubject {
 public:
     FileSubject()
@@ -19,11 +22,11 @@ public:
         KalventoPaths::Initialize(L"FileProviderTest");
         std::filesystem::copy_file(std::filesystem::path(KALVENTO_SHARED_DATA) /
                                        "ticks/coinbase_btcusd_2023-09-05_16h.csv",
-                                   m_sources / "BTCUSD.csv");
+                                   m_sources / (m_symbol + ".csv"));
         m_provider = std::make_unique<FileProvider>(FileStoreOptions{m_sources.GetPath(), {}, 1.0, {}},
                                                     [this] { return m_clock.Now(); });
         EXPECT_TRUE(m_provider->Init());
-        m_histories = WidePath::ToPath(m_provider->GetHistorySymbolPath("BTCUSD"));
+        m_histories = WidePath::ToPath(m_provider->GetHistorySymbolPath(m_symbol));
         m_provider->SwitchConnection(true);
         // The list comes from the store's thread.
         const auto until = std::chrono::steady_clock::now() + std::chrono::minutes(1);
@@ -48,6 +51,7 @@ public:
     }
 
 private:
+    const std::string m_symbol = "BTCUSD" + std::to_string(::getpid());
     TemporaryFolder m_home;
     TemporaryFolder m_sources;
     std::filesystem::path m_histories;

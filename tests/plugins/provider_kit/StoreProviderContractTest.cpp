@@ -1,4 +1,4 @@
-#include "support/ProviderContract.h"
+#include "contract_kit/ProviderContract.h"
 
 #include "StoreTestTools.h"
 

@@ -4,11 +4,11 @@
 #include "aggregation/AggregatorWrapper.h"
 #include "assets/AssetParams.h"
 #include "assets/AssetsGroup.h"
+#include "contract_kit/CheckingConsumer.h"
+#include "contract_kit/TestMediator.h"
 #include "modules/RequestParams.h"
 #include "modules/Subscribe.h"
 #include "provider_kit/DamagedData.h"
-#include "support/CheckingConsumer.h"
-#include "support/TestMediator.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "provider_kit/SubscriptionBook.h"
 
+#include "contract_kit/CheckingConsumer.h"
+#include "contract_kit/TestProvider.h"
 #include "modules/RequestParams.h"
-#include "support/CheckingConsumer.h"
-#include "support/TestProvider.h"
 
 #include <gtest/gtest.h>
 

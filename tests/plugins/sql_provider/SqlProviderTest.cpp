@@ -2,10 +2,10 @@
 
 #include "PostgresCluster.h"
 #include "SqlTestTools.h"
+#include "contract_kit/ProviderContract.h"
 #include "series/Synchronization.h"
 #include "sql_provider/SqlWriter.h"
 #include "support/LogWatch.h"
-#include "support/ProviderContract.h"
 
 #include <gtest/gtest.h>
 #include <pqxx/pqxx>

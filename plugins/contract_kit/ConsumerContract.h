@@ -1,9 +1,9 @@
 #pragma once
 
+#include "contract_kit/FeedProvider.h"
+#include "contract_kit/TestMediator.h"
 #include "modules/RequestParams.h"
 #include "modules/Subscribe.h"
-#include "support/FeedProvider.h"
-#include "support/TestMediator.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,7 @@
 
 #include "assets/Asset.h"
 #include "assets/AssetParams.h"
+#include "contract_kit/TestProvider.h"
 #include "history_operations/HistoryOperations.h"
 #include "modules/IConsumer.h"
 #include "modules/Subscribe.h"
@@ -12,7 +13,6 @@
 #include "series/Offers.h"
 #include "series/Record.h"
 #include "series/Synchronization.h"
-#include "support/TestProvider.h"
 
 #include <atomic>
 #include <condition_variable>

@@ -3,12 +3,12 @@
 #include "assets/Asset.h"
 #include "assets/AssetParams.h"
 #include "assets/AssetsGroup.h"
+#include "contract_kit/CheckingConsumer.h"
+#include "contract_kit/TestMediator.h"
+#include "contract_kit/TestProvider.h"
 #include "modules/ProviderBase.h"
 #include "modules/RequestParams.h"
 #include "modules/Subscribe.h"
-#include "support/CheckingConsumer.h"
-#include "support/TestMediator.h"
-#include "support/TestProvider.h"
 
 #include <gtest/gtest.h>
 
