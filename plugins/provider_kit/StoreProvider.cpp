@@ -78,7 +78,7 @@ std::wstring StoreProvider::GetStatusToolTip() const
     std::wstring text = GetName() + L": " + GetStatusLabel();
     if (const std::wstring reason = m_engine->GetBreakReason(); !reason.empty() && reason != GetStatusLabel())
         text += L"\n" + reason;
-    return text + L"\nWalory: " + std::to_wstring(m_engine->GetInstruments()->GetAssets().size());
+    return text + L"\nWalory: " + std::to_wstring(m_engine->GetInstruments().Get()->GetAssets().size());
 }
 
 EConnectionStatus StoreProvider::GetConnectionStatus() const
@@ -113,17 +113,17 @@ void StoreProvider::StopSubscription(const Subscribe::StopParams& a_params)
 
 std::vector<std::shared_ptr<Asset>> StoreProvider::GetAssets() const
 {
-    return m_engine->GetInstruments()->GetAssets();
+    return m_engine->GetInstruments().Get()->GetAssets();
 }
 
 std::vector<AssetsGroup> StoreProvider::GetAssetsGroups() const
 {
-    return m_engine->GetInstruments()->GetGroups();
+    return m_engine->GetInstruments().Get()->GetGroups();
 }
 
 std::optional<AssetsGroup> StoreProvider::GetAssetsGroupForAssetsGroupId(const AssetsGroupId& a_groupId)
 {
-    const auto instruments = m_engine->GetInstruments();
+    const auto instruments = m_engine->GetInstruments().Get();
     for (const AssetsGroup& group : instruments->GetGroups())
         if (group.GetId().GetId() == a_groupId.GetId())
             return group;
@@ -132,18 +132,18 @@ std::optional<AssetsGroup> StoreProvider::GetAssetsGroupForAssetsGroupId(const A
 
 std::shared_ptr<Asset> StoreProvider::GetAssetByIsin(const std::string& a_isin)
 {
-    return m_engine->GetInstruments()->FindAsset(a_isin);
+    return m_engine->GetInstruments().Get()->FindAsset(a_isin);
 }
 
 AssetParams StoreProvider::GetAssetParams(const std::string& a_isin)
 {
-    const auto instruments = m_engine->GetInstruments();
+    const auto instruments = m_engine->GetInstruments().Get();
     const StoreInstrument* const instrument = instruments->Find(a_isin);
     if (instrument == nullptr)
         return {};
     constexpr unsigned int live = ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord;
     const unsigned int kinds = ParamsBase::S_kindDataCS | (instrument->live ? live : 0U);
-    const auto days = m_engine->GetDays(a_isin);
+    const auto days = m_engine->GetInstruments().GetDays(a_isin);
     if (!days)
         return AssetParams(kinds);
     return {kinds | ParamsBase::S_kindDataHistory,
@@ -158,20 +158,20 @@ std::set<DSProp> StoreProvider::GetAssetSeries(const Asset& a_asset)
 
 std::set<DSProp> StoreProvider::GetAssetSeriesAlternative(const Asset& a_asset)
 {
-    const auto instruments = m_engine->GetInstruments();
+    const auto instruments = m_engine->GetInstruments().Get();
     const StoreInstrument* const instrument = instruments->Find(a_asset.GetIsin());
     return instrument != nullptr ? instrument->series : std::set<DSProp>();
 }
 
 std::optional<NDateTime> StoreProvider::GetAssetSessionDate(const Asset& a_asset)
 {
-    const auto days = m_engine->GetDays(a_asset.GetIsin());
+    const auto days = m_engine->GetInstruments().GetDays(a_asset.GetIsin());
     return days ? std::optional(days->GetDates().to) : std::nullopt;
 }
 
 std::optional<AssetAdditProp> StoreProvider::GetAssetAdditProp(const Asset& a_asset)
 {
-    const auto instruments = m_engine->GetInstruments();
+    const auto instruments = m_engine->GetInstruments().Get();
     const StoreInstrument* const instrument = instruments->Find(a_asset.GetIsin());
     if (instrument == nullptr)
         return std::nullopt;
@@ -188,7 +188,7 @@ std::optional<AssetAdditProp> StoreProvider::GetAssetAdditProp(const Asset& a_as
 
 HistoryOperations StoreProvider::GetHistoryOperations(const Asset& a_asset)
 {
-    const auto instruments = m_engine->GetInstruments();
+    const auto instruments = m_engine->GetInstruments().Get();
     return instruments->Find(a_asset.GetIsin()) != nullptr ? m_engine->ReadOperations(a_asset.GetIsin())
                                                            : HistoryOperations();
 }

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "history_operations/HistoryOperations.h"
+#include "provider_kit/HistoryFold.h"
+#include "provider_kit/IMarketStore.h"
+#include "provider_kit/StoreFailure.h"
+#include "provider_kit/SubscriptionBook.h"
+#include "time/IntervalAndMultiplicity.h"
+#include "time/NDateTime.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace kalvento::internal {
+
+/// A subscription of StoreEngine and how far it has been served.
+struct Served : SubscriptionBook::Subscription {
+    enum EStage : std::uint32_t {
+        EBegin,
+        ESession,
+        EOperations,
+        EPlaces,
+        EHistory,
+        ESynchronize,
+        ECatchUp,
+        ELive
+    };
+
+    static constexpr unsigned int S_allKinds = ~0U;
+
+    using Subscription::Subscription;
+
+    /// Those of the rows that the subscription is owed, each under its number's lock together with the position. The first of
+    /// the rows has the number a_first. a_isLive: which thread it is, and hence whose turn it must be.
+    void TellRows(bool a_isLive, const History& a_rows, std::uint64_t a_first);
+
+    // The thread of the past alone.
+    EStage stage = EBegin;
+    std::optional<StoreInstrument> instrument;
+    IntervalAndMultiplicity interval;
+    std::optional<HistoryOperations> operations; // as told
+    std::uint64_t nextHistory = 0;               // row that the history goes on with
+    std::uint64_t endHistory = 0;
+    std::uint64_t firstSynchronized = 0;
+    std::optional<NDateTime> lastHistory; // time of the last row of the history that was read
+    std::uint64_t endSynchronized = 0;    // also where records go on without a synchronization
+    std::unique_ptr<HistoryFold> fold;
+    bool mustSynchronize = false;     // once more, after a break
+    bool mustCheckOperations = false; // they may have changed since they were told
+    bool historyDone = false;
+    FailurePause pause; // after the next failure
+    // Under the mutex of StoreEngine.
+    bool isRetried = false; // waits for the end of its pause
+    // Under Lock; the flag is looked at without it too, so that nobody waits for a past that is being told.
+    std::atomic<bool> isLive = false;
+    std::uint64_t nextRow = 0;         // to be told as a record
+    std::optional<NDateTime> lastTime; // of the row before it, where that was told
+    // The live thread alone.
+    bool knowsSession = false;
+};
+using ServedPtr = std::shared_ptr<Served>;
+
+} // namespace kalvento::internal
