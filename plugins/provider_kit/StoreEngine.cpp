@@ -359,7 +359,8 @@ void StoreEngine::EndWhatIsGone(const InstrumentList& a_before, const Instrument
 // Those whom the live thread tells of the item. Others may never come upon the rows that are damaged.
 void StoreEngine::CutOffItem(const std::string& a_isin)
 {
-    for (const auto& subscription : *m_book.SubscriptionsOf(a_isin)) {
+    const auto subscriptions = m_book.SubscriptionsOf(a_isin); // the book lets go of those that end
+    for (const auto& subscription : *subscriptions) {
         auto& served = static_cast<Served&>(*subscription);
         if (served.isLive || (served.stage > Served::ESession && served.Wants(ParamsBase::S_kindDataCS)))
             m_steps.CutOff(served, S_damaged);
