@@ -34,8 +34,9 @@ namespace kalvento::tool {
 namespace {
 
 constexpr std::size_t S_blockRows = 8192;
-// Rows of one transaction: enough to spread its cost, and few enough that readers see a long load grow.
-constexpr std::size_t S_rowsAtOnce = 50'000;
+// Rows of one transaction: enough to spread its cost, and few enough that readers see a long load grow, about once a
+// second.
+constexpr std::size_t S_rowsAtOnce = 200'000;
 // Rows of all instruments that wait for their transactions.
 constexpr std::size_t S_waitingRows = 1'000'000;
 
