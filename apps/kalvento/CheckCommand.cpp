@@ -2,6 +2,7 @@
 #include "kalvento/BlockFile.h"
 #include "kalvento/Commands.h"
 #include "kalvento/LogCollector.h"
+#include "kalvento/OptionValues.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "rows/ByteSource.h"
@@ -9,7 +10,6 @@
 #include "rows/OutputTarget.h"
 #include "rows/RowReader.h"
 #include "rows/SeriesNames.h"
-#include "rows/TimeText.h"
 #include "series/VectorTimeTester.h"
 
 #include <CLI/CLI.hpp>
@@ -199,11 +199,8 @@ void AddCheckCommand(CLI::App& a_app, ToolContext& a_context)
         ->add_option_function<std::string>(
             "--day",
             [options](const std::string& a_text) {
-                const auto days = ParseDateText(a_text);
-                if (!days)
-                    throw CLI::ValidationError("--day",
-                                               "found \"" + a_text + "\", expected a day as 2024-01-02");
-                const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(*days))};
+                const std::chrono::year_month_day date{
+                    std::chrono::sys_days(std::chrono::days(DayOption(a_text, "--day")))};
                 options->day =
                     NDateTime(static_cast<unsigned long>(static_cast<int>(date.year())),
                               static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()));

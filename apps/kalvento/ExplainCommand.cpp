@@ -1,6 +1,7 @@
 #include "aggregation/AggrWindowsFactory.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/OptionValues.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "rows/ByteSource.h"
@@ -630,13 +631,7 @@ void AddExplainCommand(CLI::App& a_app, ToolContext& a_context)
     command
         ->add_option_function<std::string>(
             "-i,--interval",
-            [options](const std::string& a_text) {
-                std::string reason;
-                const auto interval = ParseInterval(a_text, &reason);
-                if (!interval)
-                    throw CLI::ValidationError("--interval", reason);
-                options->interval = *interval;
-            },
+            [options](const std::string& a_text) { options->interval = IntervalOption(a_text); },
             "Interval of the candle, as 5min")
         ->type_name("INTERVAL")
         ->required();
@@ -647,13 +642,7 @@ void AddExplainCommand(CLI::App& a_app, ToolContext& a_context)
         ->required();
     command
         ->add_option_function<std::string>(
-            "--day",
-            [options](const std::string& a_text) {
-                options->day = ParseDateText(a_text);
-                if (!options->day)
-                    throw CLI::ValidationError("--day",
-                                               "found \"" + a_text + "\", expected a day as 2024-01-02");
-            },
+            "--day", [options](const std::string& a_text) { options->day = DayOption(a_text, "--day"); },
             "Day of a time of day (default: the first with a candle then)")
         ->type_name("DAY");
     command->add_option("--symbol", options->symbol, "The instrument (with --symbol-column)")

@@ -1,4 +1,5 @@
 #include "kalvento/Commands.h"
+#include "kalvento/OptionValues.h"
 #include "kalvento/SessionGenerator.h"
 #include "kalvento/TargetStream.h"
 #include "kalvento/Tool.h"
@@ -8,7 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include <charconv>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,23 +25,6 @@ struct GenerateOptions {
     std::string format = "csv";
     std::string output;
 };
-
-std::optional<std::chrono::sys_days> ParseDay(std::string_view a_text)
-{
-    if (a_text.size() != 10 || a_text[4] != '-' || a_text[7] != '-')
-        return std::nullopt;
-    const auto number = [&a_text](std::size_t a_place, std::size_t a_count) {
-        unsigned int value = 0;
-        const char* const end = a_text.data() + a_place + a_count;
-        const auto result = std::from_chars(a_text.data() + a_place, end, value);
-        return result.ptr == end && result.ec == std::errc() ? value : 0U;
-    };
-    const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(number(0, 4))),
-                                           std::chrono::month(number(5, 2)), std::chrono::day(number(8, 2))};
-    if (!date.ok())
-        return std::nullopt;
-    return std::chrono::sys_days(date);
-}
 
 /// Text of trades, a line each. Millions of them are wanted in seconds, so numbers are put in place by hand.
 class CsvWriter {
@@ -220,11 +204,7 @@ void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context)
         ->add_option_function<std::string>(
             "--from",
             [&market](const std::string& a_text) {
-                const auto day = ParseDay(a_text);
-                if (!day)
-                    throw CLI::ValidationError("--from",
-                                               "found \"" + a_text + "\", expected a day as 2024-01-02");
-                market.from = *day;
+                market.from = std::chrono::sys_days(std::chrono::days(DayOption(a_text, "--from")));
             },
             "First day; a weekend means the Monday after it")
         ->default_str("2024-01-02")

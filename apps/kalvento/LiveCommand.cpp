@@ -2,6 +2,7 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/Interruption.h"
+#include "kalvento/OptionValues.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "rows/GrowingSource.h"
@@ -418,13 +419,9 @@ void AddLiveCommand(CLI::App& a_app, ToolContext& a_context)
         ->add_option_function<std::string>(
             "-i,--interval",
             [options](const std::string& a_text) {
-                std::string reason;
-                const auto interval = ParseInterval(a_text, &reason);
-                if (!interval)
-                    throw CLI::ValidationError("--interval", reason);
-                if (interval->GetMultiplicity() > std::numeric_limits<unsigned short>::max())
+                options->interval = IntervalOption(a_text);
+                if (options->interval.GetMultiplicity() > std::numeric_limits<unsigned short>::max())
                     throw CLI::ValidationError("--interval", "at most 65535 ticks make a candle");
-                options->interval = *interval;
             },
             "Interval of the candles, as 1min, 30s, 100tick")
         ->type_name("INTERVAL")

@@ -1,6 +1,7 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/FoldProof.h"
+#include "kalvento/OptionValues.h"
 #include "kalvento/Progress.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
@@ -337,13 +338,8 @@ void AddProveCommand(CLI::App& a_app, ToolContext& a_context)
         ->add_option_function<std::vector<std::string>>(
             "-i,--interval",
             [options](const std::vector<std::string>& a_texts) {
-                for (const std::string& text : a_texts) {
-                    std::string reason;
-                    const auto interval = ParseInterval(text, &reason);
-                    if (!interval)
-                        throw CLI::ValidationError("--interval", reason);
-                    options->intervals.push_back(*interval);
-                }
+                for (const std::string& text : a_texts)
+                    options->intervals.push_back(IntervalOption(text));
             },
             "Interval of the candles, as 1min, 30s, 1d; may be repeated")
         ->type_name("INTERVAL")

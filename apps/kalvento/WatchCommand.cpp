@@ -8,11 +8,11 @@
 #include "host/MainThreadExecutor.h"
 #include "kalvento/Commands.h"
 #include "kalvento/Interruption.h"
+#include "kalvento/OptionValues.h"
 #include "modules/ConsumerBase.h"
 #include "modules/ProviderBase.h"
 #include "platform/CodePage.h"
 #include "platform/WidePath.h"
-#include "rows/IntervalNotation.h"
 #include "rows/TimeText.h"
 #include "settings/KalventoPaths.h"
 #include "velo/Log.h"
@@ -45,7 +45,7 @@ constexpr const char* S_consolePlugin = "console_consumer";
 
 struct WatchOptions {
     std::vector<std::string> symbols;
-    IntervalAndMultiplicity interval = {EIntervalMinute, 1};
+    ConsoleOptions console;
     std::string provider;
     std::string pluginFolder;
     std::string folder;
@@ -53,12 +53,7 @@ struct WatchOptions {
     std::string start;
     std::optional<double> speed;
     std::string database;
-    unsigned int candles = 0;
-    unsigned int idleExit = 0;
     unsigned int patience = 15;
-    bool plain = false;
-    bool book = false;
-    bool trades = false;
     bool list = false;
 };
 
@@ -141,15 +136,9 @@ host::HostOptions MakeHostOptions(const WatchOptions& a_options)
     if (!a_options.database.empty())
         options.pluginOptions["sql_provider"]["Connection"] = a_options.database;
 
-    Settings& console = options.pluginOptions[S_consolePlugin];
-    console[ConsoleOptions::XML_INTERVAL_ID] = static_cast<int>(a_options.interval.GetInterval());
-    console[ConsoleOptions::XML_MULTIPLICITY] = a_options.interval.GetMultiplicity();
-    console[ConsoleOptions::XML_PLAIN] = a_options.plain;
-    console[ConsoleOptions::XML_BOOK] = a_options.book;
-    console[ConsoleOptions::XML_TRADES] = a_options.trades;
-    console[ConsoleOptions::XML_CANDLES] = a_options.candles;
-    console[ConsoleOptions::XML_IDLE_EXIT] = a_options.idleExit;
-    console[ConsoleOptions::XML_EXIT_AT_END] = a_options.plain;
+    ConsoleOptions console = a_options.console;
+    console.exitAtEnd = console.plain;
+    console.Write(options.pluginOptions[S_consolePlugin]);
     return options;
 }
 
@@ -339,7 +328,7 @@ void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options,
             throw ToolError(EExitNoInput, "no instrument \"" + symbol + "\" at any provider; " +
                                               NearNames(providers, symbol));
     }
-    a_view.SetMessageLine(a_options.plain ? nullptr : dynamic_cast<IMessageLine*>(&console));
+    a_view.SetMessageLine(a_options.console.plain ? nullptr : dynamic_cast<IMessageLine*>(&console));
     for (const auto& asset : assets)
         if (console.AddInstrument({}, *asset) == 0)
             throw ToolError(EExitNoInput, "the provider doesn't serve \"" + asset->GetShortName() + '"');
@@ -361,14 +350,14 @@ void CheckPlayback(const WatchOptions& a_options)
         throw ToolError(EExitUsage, "--speed: expected a number above 0, or 0 for the whole day at once");
 }
 
-void RunWatch(WatchOptions a_options, ToolContext& a_context)
+void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
 {
     if (a_options.symbols.empty() && !a_options.list)
         throw ToolError(EExitUsage, "no instrument given; expected its symbol or ISIN, or --list");
-    if (!a_options.plain && !a_options.list) {
+    if (!a_options.console.plain && !a_options.list) {
         if (!a_context.outIsTerminal)
             throw ToolError(EExitUsage, "standard output is no terminal; --plain prints lines");
-        if (a_options.book || a_options.trades || a_options.candles > 0)
+        if (a_options.console.book || a_options.console.trades || a_options.console.candles > 0)
             throw ToolError(EExitUsage,
                             "--book, --trades and --candles go with --plain; the screen shows them all");
     }
@@ -405,13 +394,7 @@ void AddWatchCommand(CLI::App& a_app, ToolContext& a_context)
     command
         ->add_option_function<std::string>(
             "--interval,-i",
-            [options](const std::string& a_text) {
-                std::string reason;
-                const auto interval = ParseInterval(a_text, &reason);
-                if (!interval)
-                    throw ToolError(EExitUsage, "--interval: " + reason);
-                options->interval = *interval;
-            },
+            [options](const std::string& a_text) { options->console.interval = IntervalOption(a_text); },
             "Interval of the candles")
         ->default_str("1min");
     command->add_option("--provider", options->provider,
@@ -422,11 +405,13 @@ void AddWatchCommand(CLI::App& a_app, ToolContext& a_context)
     command->add_option("--speed", options->speed,
                         "Files: how many times faster than it was; 0: the whole day at once");
     command->add_option("--database", options->database, "Database: how to connect");
-    command->add_flag("--plain", options->plain, "Lines on standard output instead of a screen");
-    command->add_flag("--book", options->book, "With --plain: the order book too");
-    command->add_flag("--trades", options->trades, "With --plain: transactions too");
-    command->add_option("--candles", options->candles, "With --plain: how many candles of the past; 0: all");
-    command->add_option("--idle-exit", options->idleExit, "End when nothing has come for so many seconds");
+    command->add_flag("--plain", options->console.plain, "Lines on standard output instead of a screen");
+    command->add_flag("--book", options->console.book, "With --plain: the order book too");
+    command->add_flag("--trades", options->console.trades, "With --plain: transactions too");
+    command->add_option("--candles", options->console.candles,
+                        "With --plain: how many candles of the past; 0: all");
+    command->add_option("--idle-exit", options->console.idleExit,
+                        "End when nothing has come for so many seconds");
     command->add_option("--wait", options->patience, "How many seconds to wait for the provider")
         ->default_val(15);
     command->add_option("--plugins", options->pluginFolder, "Folder of the plug-ins");

@@ -4,7 +4,6 @@
 #include "time/EInterval.h"
 #include "time/IntervalAndMultiplicity.h"
 
-#include <cstddef>
 #include <string_view>
 
 /// What the plug-in is told at its start. An absent key leaves the default.
@@ -22,7 +21,7 @@ struct ConsoleOptions {
     bool plain = false;        ///< Lines on standard output instead of a screen.
     bool book = false;         ///< Plain: lines of the order book too.
     bool trades = false;       ///< Plain: lines of transactions too.
-    std::size_t candles = 0;   ///< Plain: candles of the past to print; 0: all.
+    unsigned int candles = 0;  ///< Plain: candles of the past to print; 0: all.
     bool exitAtEnd = false;    ///< Ends the host when all subscriptions have ended.
     unsigned int idleExit = 0; ///< Ends the host after so many seconds without data; 0: never.
 
@@ -34,18 +33,29 @@ struct ConsoleOptions {
         };
         int intervalId = EIntervalMinute;
         unsigned int multiplicity = 1;
-        unsigned int candleCount = 0;
         read(XML_INTERVAL_ID, intervalId);
         read(XML_MULTIPLICITY, multiplicity);
         read(XML_PLAIN, plain);
         read(XML_BOOK, book);
         read(XML_TRADES, trades);
-        read(XML_CANDLES, candleCount);
+        read(XML_CANDLES, candles);
         read(XML_EXIT_AT_END, exitAtEnd);
         read(XML_IDLE_EXIT, idleExit);
         const IntervalAndMultiplicity asked(static_cast<EInterval>(intervalId), multiplicity);
         if (asked.IsValid())
             interval = asked;
-        candles = candleCount;
+    }
+
+    /// Puts all of them where the constructor takes them from.
+    void Write(Settings& a_settings) const
+    {
+        a_settings[XML_INTERVAL_ID] = static_cast<int>(interval.GetInterval());
+        a_settings[XML_MULTIPLICITY] = interval.GetMultiplicity();
+        a_settings[XML_PLAIN] = plain;
+        a_settings[XML_BOOK] = book;
+        a_settings[XML_TRADES] = trades;
+        a_settings[XML_CANDLES] = candles;
+        a_settings[XML_EXIT_AT_END] = exitAtEnd;
+        a_settings[XML_IDLE_EXIT] = idleExit;
     }
 };

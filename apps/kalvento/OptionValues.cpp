@@ -1,0 +1,27 @@
+#include "kalvento/OptionValues.h"
+
+#include "rows/IntervalNotation.h"
+#include "rows/TimeText.h"
+
+#include <CLI/CLI.hpp>
+
+namespace kalvento::tool {
+
+IntervalAndMultiplicity IntervalOption(const std::string& a_text)
+{
+    std::string reason;
+    const auto interval = ParseInterval(a_text, &reason);
+    if (!interval)
+        throw CLI::ValidationError("--interval", reason);
+    return *interval;
+}
+
+std::int64_t DayOption(const std::string& a_text, const char* a_option)
+{
+    const auto day = ParseDateText(a_text);
+    if (!day)
+        throw CLI::ValidationError(a_option, "found \"" + a_text + "\", expected a day as 2024-01-02");
+    return *day;
+}
+
+} // namespace kalvento::tool
