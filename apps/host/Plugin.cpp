@@ -205,21 +205,22 @@ void Plugin::DoStart()
     const auto options = m_options->pluginOptions.find(m_description->name);
     m_description->createModules(m_modules,
                                  options != m_options->pluginOptions.end() ? options->second : Settings());
-    for (ProviderBase* const provider : m_modules.GetProviders()) {
-        EnterPhase(L"Init modułu " + provider->GetName());
-        if (!provider->Init())
-            throw Refusal{EPluginStateFailed, L"moduł odmówił pracy"};
-        m_providers.push_back(provider);
-    }
+    Init(m_modules.GetProviders(), m_providers);
 }
 
 void Plugin::DoStartConsumers()
 {
-    for (ConsumerBase* const consumer : m_modules.GetConsumers()) {
-        EnterPhase(L"Init modułu " + consumer->GetName());
-        if (!consumer->Init())
+    Init(m_modules.GetConsumers(), m_consumers);
+}
+
+template<typename Module>
+void Plugin::Init(const std::vector<Module*>& a_modules, std::vector<Module*>& a_ready)
+{
+    for (Module* const module : a_modules) {
+        EnterPhase(L"Init modułu " + module->GetName());
+        if (!module->Init())
             throw Refusal{EPluginStateFailed, L"moduł odmówił pracy"};
-        m_consumers.push_back(consumer);
+        a_ready.push_back(module);
     }
 }
 

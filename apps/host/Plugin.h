@@ -54,6 +54,8 @@ private:
     // On the starter thread.
     void DoStart();
     void DoStartConsumers();
+    template<typename Module>
+    void Init(const std::vector<Module*>& a_modules, std::vector<Module*>& a_ready);
     void Load();
     void CheckDescription(const PluginDescription& a_description) const;
     void EnterPhase(std::wstring a_phase);
