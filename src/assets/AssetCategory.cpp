@@ -4,25 +4,10 @@
 
 namespace AssetCategory {
 
-Value ToCategoyValue(std::string_view a_code)
-{
-    const auto value = static_cast<Value>(kalvento::internal::PackFeedCode(a_code));
-    switch (value) {
-    case CategoryShare:
-    case CategoryFuture:
-    case CategoryIndex:
-    case CategoryBond:
-    case CategoryTracker:
-    case CategoryWarrant:
-    case CategoryOptionX:
-    case CategoryOptionY:
-        return value;
-    default:
-        return CategoryUnknown;
-    }
-}
+namespace {
 
-std::wstring ValueToLabel(Value a_value)
+// Null for a number outside the table.
+const wchar_t* LabelOf(Value a_value)
 {
     switch (a_value) {
     case CategoryShare:
@@ -41,8 +26,22 @@ std::wstring ValueToLabel(Value a_value)
     case CategoryOptionY:
         return L"Opcja";
     default:
-        return {};
+        return nullptr;
     }
+}
+
+} // namespace
+
+Value ToCategoyValue(std::string_view a_code)
+{
+    const auto value = static_cast<Value>(kalvento::internal::PackFeedCode(a_code));
+    return LabelOf(value) != nullptr ? value : CategoryUnknown;
+}
+
+std::wstring ValueToLabel(Value a_value)
+{
+    const wchar_t* const label = LabelOf(a_value);
+    return label != nullptr ? label : L"";
 }
 
 } // namespace AssetCategory

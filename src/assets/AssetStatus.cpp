@@ -5,44 +5,10 @@
 
 namespace AssetStatus {
 
-Value ToStatusValue(std::string_view a_code)
-{
-    const auto value = static_cast<Value>(kalvento::internal::PackFeedCode(a_code));
-    switch (value) {
-    case StatusAfterSession:
-    case StatusBalancing:
-    case StatusSuspended:
-    case StatusTradingResumed:
-    case StatusBeforeClosing:
-    case StatusClosing:
-    case StatusMorningMonitoring:
-    case StatusMarketMakerIntervention:
-    case StatusEveningMonitoring:
-    case StatusTradingSuspension:
-    case StatusBasicMonitoring:
-    case StatusOpening:
-    case StatusBeforeOpening:
-    case StatusExtraRound:
-    case StatusSession:
-    case StatusTransitional:
-    case StatusSystemClosed:
-    case StatusBalancing2B:
-    case StatusBalancing2H:
-    case StatusBalancing2P:
-    case StatusSuspended3D:
-    case StatusSuspended3Z:
-        return value;
-    default:
-        return StatusUnknown;
-    }
-}
+namespace {
 
-std::string ValueToCode(Value a_value)
-{
-    return VeloTools::CharIntConverter::ToString(a_value);
-}
-
-std::wstring ValueToLabel(Value a_value)
+// Null for a number outside the table.
+const wchar_t* LabelOf(Value a_value)
 {
     switch (a_value) {
     case StatusAfterSession:
@@ -88,8 +54,27 @@ std::wstring ValueToLabel(Value a_value)
     case StatusSuspended3Z:
         return L"(O) zawieszony";
     default:
-        return {};
+        return nullptr;
     }
+}
+
+} // namespace
+
+Value ToStatusValue(std::string_view a_code)
+{
+    const auto value = static_cast<Value>(kalvento::internal::PackFeedCode(a_code));
+    return LabelOf(value) != nullptr ? value : StatusUnknown;
+}
+
+std::string ValueToCode(Value a_value)
+{
+    return VeloTools::CharIntConverter::ToString(a_value);
+}
+
+std::wstring ValueToLabel(Value a_value)
+{
+    const wchar_t* const label = LabelOf(a_value);
+    return label != nullptr ? label : L"";
 }
 
 } // namespace AssetStatus
