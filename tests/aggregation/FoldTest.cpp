@@ -23,11 +23,12 @@ struct Rows {
     std::vector<NDateTime> times;
     std::vector<std::vector<double>> columns; // open, high, low, close, others
 
-    std::vector<double*> Pointers()
+    /// To the values from that row on.
+    std::vector<double*> Pointers(std::size_t a_row = 0)
     {
         std::vector<double*> pointers;
         for (auto& column : columns)
-            pointers.push_back(column.data());
+            pointers.push_back(column.data() + a_row);
         return pointers;
     }
 };
@@ -195,6 +196,13 @@ std::string Describe(const Shape& a_shape, unsigned int a_seed)
            " ohl " + std::to_string(a_shape.useOhl) + " main type " + std::to_string(a_shape.types.front());
 }
 
+/// One row as it comes live.
+bool Push(Aggregator& a_aggregator, Rows& a_rows, std::size_t a_row, bool a_useOhl)
+{
+    std::vector<double*> fields = a_rows.Pointers(a_row);
+    return a_aggregator.SumWithWindow(&a_rows.times[a_row], &fields, a_useOhl);
+}
+
 } // namespace
 
 TEST(FoldTest, WholeHistoriesHaveTheBitsOfThePlainForm)
@@ -233,14 +241,8 @@ TEST(FoldTest, LiveRowsHaveTheBitsOfThePlainForm)
         Aggregator aggregator(shape.interval, shape.multiplicity, shape.timeResult, shape.types);
         plain::Aggregator plainOne(shape.interval, shape.multiplicity, shape.timeResult, shape.types);
         for (std::size_t row = 0; row < rows.times.size(); ++row) {
-            std::vector<double*> fields;
-            std::vector<double*> plainFields;
-            for (std::size_t field = 0; field < rows.columns.size(); ++field) {
-                fields.push_back(&rows.columns[field][row]);
-                plainFields.push_back(&plainRows.columns[field][row]);
-            }
-            ASSERT_EQ(aggregator.SumWithWindow(&rows.times[row], &fields, shape.useOhl),
-                      plainOne.SumWithWindow(plainRows.times[row], plainFields, shape.useOhl));
+            ASSERT_EQ(Push(aggregator, rows, row, shape.useOhl),
+                      plainOne.SumWithWindow(plainRows.times[row], plainRows.Pointers(row), shape.useOhl));
         }
         ExpectSameRows(rows, plainRows, rows.times.size());
         if (HasFatalFailure())
@@ -264,18 +266,13 @@ TEST(FoldTest, WhatAFoldLeavesBehindContinuesLikeLiveRows)
         Aggregator single = whole;
         whole.Aggregate(EIntervalTick, shape.useOhl ? 2 : 1, static_cast<unsigned int>(folded),
                         rows.times.data(), rows.Pointers());
-        const auto push = [&](Aggregator& a_aggregator, Rows& a_rows, std::size_t a_row) {
-            std::vector<double*> fields;
-            for (auto& column : a_rows.columns)
-                fields.push_back(&column[a_row]);
-            return a_aggregator.SumWithWindow(&a_rows.times[a_row], &fields, shape.useOhl);
-        };
         for (std::size_t row = 0; row < folded; ++row)
-            push(single, live, row);
+            Push(single, live, row, shape.useOhl);
         whole.ClearLastValue();
         single.ClearLastValue();
         for (std::size_t row = folded; row < rows.times.size(); ++row)
-            ASSERT_EQ(push(whole, rows, row), push(single, live, row)) << "row " << row;
+            ASSERT_EQ(Push(whole, rows, row, shape.useOhl), Push(single, live, row, shape.useOhl))
+                << "row " << row;
         for (std::size_t row = folded; row < rows.times.size(); ++row) {
             ASSERT_EQ(std::memcmp(&rows.times[row], &live.times[row], sizeof(NDateTime)), 0);
             for (std::size_t field = 0; field < rows.columns.size(); ++field)

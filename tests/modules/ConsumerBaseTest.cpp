@@ -4,6 +4,7 @@
 #include "contract_kit/TestMediator.h"
 #include "modules/ConsumerBLBase.h"
 #include "modules/RequestParams.h"
+#include "support/IdleConsumer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,22 +16,10 @@
 
 namespace {
 
-class PlainConsumer : public ConsumerBase {
+class PlainConsumer : public IdleConsumer {
 public:
-    PlainConsumer() : ConsumerBase(EGenericModuleNone, L"Wykres", L"") {}
+    PlainConsumer() : IdleConsumer(L"Wykres") {}
     MOCK_METHOD(unsigned int, AddInstrument, (HWND, const Asset&), (override));
-    HICON GetTitleBarIconHandle() override { return nullptr; }
-    void OnStopWork() override {}
-    void ProcessOperations(unsigned int, const HistoryOperations&) override {}
-    void ProcessHistory(unsigned int, History&&) override {}
-    void ProcessHistoryEnd(unsigned int) override {}
-    void ProcessSynchronization(unsigned int, Synchronization&&) override {}
-    void ProcessRecord(unsigned int, const Record&) override {}
-    void ProcessCurrentState(unsigned int, const CurrentState&) override {}
-    void ProcessOffers(unsigned int, const Offers&) override {}
-    void ProcessLatestRecords(unsigned int, const LatestRecords&) override {}
-    void RequestRefused(unsigned int, std::wstring_view) override {}
-    void RequestEnded(unsigned int) override {}
 };
 
 class PlainLogic : public ConsumerBLBase {
