@@ -105,7 +105,8 @@ void Watch::PrintPast()
     if (!m_options.plain)
         return;
     const std::size_t count = m_model.GetCount();
-    const std::size_t shown = m_options.candles == 0 ? count : std::min<std::size_t>(count, m_options.candles);
+    const std::size_t shown =
+        m_options.candles == 0 ? count : std::min<std::size_t>(count, m_options.candles);
     for (std::size_t place = count - shown; place < count; ++place)
         m_lines += PlainLines::Candle(m_asset.GetShortName(), "history", m_model.GetCandle(place));
 }
