@@ -10,6 +10,6 @@ function(kalvento_add_test name)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
     target_compile_definitions(${name} PRIVATE
         KALVENTO_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
-        KALVENTO_SHARED_DATA="${PROJECT_SOURCE_DIR}/../shared/data")
+        KALVENTO_MARKET_DATA="${PROJECT_SOURCE_DIR}/examples/market")
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
 endfunction()

@@ -13,9 +13,7 @@ case "${1:-}" in
     *) fail "takes no arguments" ;;
 esac
 
-# Real prices of one share over some months, as a plotting library's examples hold them.
-prices=/usr/share/matplotlib/mpl-data/sample_data/msft.csv
-need_packages "${KALVENTO_PACKAGES_BUILD[@]}" python-matplotlib-data
+need_packages "${KALVENTO_PACKAGES_BUILD[@]}"
 # Warnings of a compiler that we don't know are no reason to end here.
 build demo release -DKALVENTO_TESTS=OFF -DKALVENTO_BENCH=OFF -DKALVENTO_WERROR=OFF -- kalvento file_provider console_consumer
 
@@ -26,6 +24,7 @@ unset XDG_CONFIG_HOME
 mkdir -p build/demo/files "$HOME"
 cd build/demo/files
 rm -rf -- *
+cp -r "$KALVENTO_TOP"/examples/market/{ticks,daily} .
 
 say() { printf '\n\033[1m%s\033[0m\n' "$*"; }
 # Shows a command as you would type it, then runs it.
@@ -35,12 +34,14 @@ run() {
 }
 [ -t 1 ] || { say() { printf '\n# %s\n' "$*"; }; run() { printf '$ %s\n' "$*"; eval "$*"; }; }
 
-say "1. Trades. An invented exchange, the same for the same seed on every machine:"
+say "1. Trades of a real day, and candles of them. There is every interval from ticks to years; a candle bears the begin of its window:"
+run "head -n 4 ticks/mtgox_btcusd_2013-01-01.csv"
+run "kalvento candles ticks/mtgox_btcusd_2013-01-01.csv --interval 4h --format table --quiet"
+
+say "2. More of them: an invented exchange, the same for the same seed on every machine:"
 run "kalvento generate --rows 200000 --sessions 3 --seed 7 --output ticks.csv"
 run "head -n 4 ticks.csv"
-
-say "2. Candles. Every interval from ticks to years; a candle bears the begin of its window:"
-run "kalvento candles ticks.csv --interval 2h --format table"
+run "kalvento candles ticks.csv --interval 4h --format table"
 
 say "3. Polish words work as well, and the volume of all candles is the volume of all trades:"
 run "kalvento candles ticks.csv --interval Dzienny"
@@ -67,27 +68,22 @@ run "kalvento live feed.csv --interval 5min --history 2 --idle-exit 2"
 wait
 
 say "8. One fold of the past, row by row, or live rows that take over anywhere: the same candles, bit for bit?"
-run "kalvento prove ticks.csv -i 5min -i 1h"
+run "kalvento prove ticks/binance_spot_btcusdt_2024-08-08_midnight.csv -i 1min -i 1h --quiet"
 
 say "9. Which rows made a candle, and which of them gave each value?"
 run "kalvento explain ticks.csv -i 5min --at 10:05 --rows 4"
 
-say "10. Plug-ins. One serves a folder of files and plays a recorded day back, another shows it as it is traded:"
-run "mkdir market && cp ticks.csv market/KALV.csv"
-run "kalvento watch --list --folder market"
-run "kalvento watch KALV --folder market --start 10:59:56 --speed 4 -i 1h --plain --candles 2 | head -n 12"
-say "Without --plain that is a screen with chart, order book and trades; try it:"
-echo "build/demo/apps/kalvento/kalvento watch KALV --folder build/demo/files/market --start 10:59 -i 1min"
+say "10. Corporate operations. A real share was split 7 for 1 on 9 June 2014; as it was traded, and on one scale:"
+run "cut -d, -f1-6 daily/aapl_2014.csv > share.csv"
+run "kalvento candles share.csv --from 2014-06-04 --to 2014-06-11 -i 1d --format table"
+run "cat daily/operations_aapl.txt"
+run "kalvento candles share.csv --from 2014-06-04 --to 2014-06-11 -i 1d --format table --operations daily/operations_aapl.txt"
 
-if [ -r "$prices" ]; then
-    say "11. Real prices: a share by days, newest first and in a form of its own, becomes months:"
-    run "head -n 3 $prices"
-    # The months' names become numbers, and the order turns around.
-    run "(echo date,open,high,low,close,volume; tail -n +2 $prices | tac |
-    awk -F'[-,]' -v OFS=, '{ m = (index(\"JanFebMarAprMayJunJulAugSepOctNovDec\", \$2) + 2) / 3
-        print sprintf(\"20%s-%02d-%02d\", \$3, m, \$1), \$4, \$5, \$6, \$7, \$8 }') > share.csv"
-    run "kalvento check share.csv"
-    run "kalvento candles share.csv -i 1mo --format table"
-fi
+say "11. Plug-ins. One serves a folder of files and plays a recorded day back, another shows it as it is traded:"
+run "mkdir market && cp ticks/coinbase_btcusd_2023-09-05_16h.csv market/BTCUSD.csv"
+run "kalvento watch --list --folder market"
+run "kalvento watch BTCUSD --folder market --start 16:29:55 --speed 4 -i 30min --plain --candles 2 | head -n 12"
+say "Without --plain that is a screen with chart, order book and trades; try it:"
+echo "build/demo/apps/kalvento/kalvento watch BTCUSD --folder build/demo/files/market --start 16:30 -i 1min"
 
 say "That was the road. The files lie in build/demo/files; go on with: build/demo/apps/kalvento/kalvento --help"

@@ -165,7 +165,7 @@ public:
             if (m_symbols)
                 cells.emplace_back(a_symbol);
             for (const OutputColumn& column : m_columns)
-                cells.push_back(FormatNumber(a_rows.columns[column.place][row]));
+                cells.push_back(ShownNumber(a_rows.columns[column.place][row]));
             m_table.Add(std::move(cells));
         }
     }

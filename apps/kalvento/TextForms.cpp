@@ -16,6 +16,8 @@ namespace kalvento::tool {
 
 namespace {
 
+constexpr std::size_t S_mostDecimals = 8;
+
 // Characters as a terminal shows them: every byte but the continuations of a UTF-8 sequence.
 std::size_t Width(std::string_view a_text)
 {
@@ -84,6 +86,21 @@ std::string FormatNumber(double a_value)
     return text;
 }
 
+std::string ShownNumber(double a_value)
+{
+    const std::string exact = FormatNumber(a_value);
+    if (Decimals(exact) <= S_mostDecimals || std::fabs(a_value) < 1.0)
+        return exact;
+    std::array<char, 48> digits{};
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), a_value,
+                                            std::chars_format::fixed, S_mostDecimals);
+    std::string text(digits.data(), end);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.')
+        text.pop_back();
+    return text;
+}
+
 std::string ShownTimeWithCounter(const NDateTime& a_time)
 {
     if (!a_time.IsValid())
@@ -123,7 +140,6 @@ std::size_t TextTable::CommonDecimals(std::size_t a_column) const
 {
     if (m_columns[a_column] != EColumnValue)
         return 0;
-    constexpr std::size_t mostDecimals = 8;
     std::size_t decimals = 0;
     for (auto row = m_rows.begin() + 1; row != m_rows.end(); ++row) {
         if (a_column >= row->size())
@@ -133,7 +149,7 @@ std::size_t TextTable::CommonDecimals(std::size_t a_column) const
             return 0;
         decimals = std::max(decimals, Decimals(cell));
     }
-    return decimals <= mostDecimals ? decimals : 0;
+    return decimals <= S_mostDecimals ? decimals : 0;
 }
 
 std::string TextTable::Cell(const std::vector<std::string>& a_row, std::size_t a_column,

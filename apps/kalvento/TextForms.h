@@ -17,6 +17,8 @@ void AppendTime(std::string& a_text, const NDateTime& a_time, bool a_dateOnly, c
 /// The shortest decimal that reads back as the same double.
 std::string FormatNumber(double a_value);
 void AppendNumber(std::string& a_text, double a_value);
+/// The same for tables that people read, rounded to eight decimals where more are only what sums of binary fractions leave.
+std::string ShownNumber(double a_value);
 /// FormatTime, and behind it " #7" where the ordering counter isn't 0; "invalid" where the status is not valid.
 std::string ShownTimeWithCounter(const NDateTime& a_time);
 /// "1 234 567": thousands apart, for people.

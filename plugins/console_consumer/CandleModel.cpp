@@ -326,7 +326,7 @@ void CandleModel::OpenLive()
     m_live->SetCurrentRecord(last);
 }
 
-bool CandleModel::FoldRow(Record a_row, Change* a_change)
+bool CandleModel::FoldRow(const Record& a_row, Change* a_change)
 {
     Record candle(a_row);
     bool sameWindow = false;

@@ -82,7 +82,7 @@ private:
     bool FoldAnew(Synchronization&& a_rows);
     void ReopenTicks();
     void OpenLive();
-    bool FoldRow(Record a_row, Change* a_change);
+    bool FoldRow(const Record& a_row, Change* a_change);
     std::optional<Record> ToTickShape(const Record& a_record) const;
     template<typename Set>
     Set Adjust(Set&& a_set) const;

@@ -9,7 +9,7 @@ namespace {
 // Unicode in which letters and signs of one column are all there is; the C library's answer depends on the locale.
 bool FitsCell(wchar_t a_character)
 {
-    const auto code = static_cast<std::uint32_t>(a_character);
+    const auto code = std::char_traits<wchar_t>::to_int_type(a_character);
     const auto isIn = [code](std::uint32_t a_first, std::uint32_t a_last) {
         return code >= a_first && code <= a_last;
     };

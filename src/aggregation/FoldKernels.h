@@ -168,8 +168,8 @@ private:
     static constexpr std::uint32_t S_sharedCalendar = S_ofYear ? Words::S_yearMask : 0;
     static constexpr std::uint32_t S_sharedClock = S_belowDay ? Words::S_dayOfYearMask : 0;
     // Slots that a time of day can have; rows with an hour or minute that no day has are placed by the window itself.
-    static constexpr std::uint64_t S_slots = Interval == EIntervalSecond   ? 24U * 60U * 60U
-                                             : Interval == EIntervalMinute ? 24U * 60U
+    static constexpr std::uint64_t S_slots = Interval == EIntervalSecond   ? std::uint64_t{24} * 60 * 60
+                                             : Interval == EIntervalMinute ? std::uint64_t{24} * 60
                                              : Interval == EIntervalHour   ? 24U
                                                                            : std::uint64_t{1} << 32U;
 

@@ -1,5 +1,6 @@
 #include "history_operations/HistoryOperations.h"
 #include "series/History.h"
+#include "support/MarketData.h"
 #include "time/DateTimeTools.h"
 
 #include <gtest/gtest.h>
@@ -63,12 +64,6 @@ protected:
                                                          {IntervalMax, "high"},
                                                          {IntervalMin, "low"}};
 
-    void SetUp() override
-    {
-        if (!std::filesystem::exists(m_folder))
-            GTEST_SKIP() << "no market data at " << m_folder;
-    }
-
     void Adjust(const Share& a_share)
     {
         m_table = ReadTable(m_folder / a_share.history);
@@ -88,7 +83,7 @@ protected:
         ASSERT_GE(m_history.GetRecordsCount(), 252U);
     }
 
-    const std::filesystem::path m_folder = std::filesystem::path(KALVENTO_SHARED_DATA) / "daily";
+    const std::filesystem::path m_folder = MarketData::Path("daily");
     std::map<std::string, std::vector<std::string>> m_table;
     History m_history{EIntervalDay, 1};
 };

@@ -1,4 +1,5 @@
 #include "apps/kalvento/RunToolHere.h"
+#include "support/MarketData.h"
 
 #include <boost/json.hpp>
 #include <gtest/gtest.h>
@@ -39,8 +40,7 @@ protected:
 
 TEST_F(ExplainCommandTest, EveryCandleIsExplainedAsItIsFolded)
 {
-    const std::string real = KALVENTO_SHARED_DATA "/ticks/mtgox_btcusd_2013-01-01.csv";
-    const std::string input = std::filesystem::exists(real) ? real : file;
+    const std::string input = MarketData::Path("ticks/mtgox_btcusd_2013-01-01.csv");
     const ToolRun folded = RunToolHere({"candles", input, "-i", "2h", "-q", "--bad-lines", "reject"});
     std::istringstream lines(folded.out);
     std::string line;

@@ -1,5 +1,6 @@
 #include "apps/kalvento/RunToolHere.h"
 #include "kalvento/FoldProof.h"
+#include "support/MarketData.h"
 
 #include <gtest/gtest.h>
 
@@ -118,14 +119,15 @@ TEST(ProveCommandTest, TakesNothingButTicks)
 
 TEST(ProveCommandTest, RealTicksAreProvedByInstrument)
 {
-    const std::string ticks = KALVENTO_SHARED_DATA "/ticks/";
-    if (!std::filesystem::exists(ticks))
-        GTEST_SKIP() << "no real market data at " << ticks;
-    const ToolRun one = RunToolHere({"prove", ticks + "binance_spot_btcusdt_2024-08-08_midnight.csv", "-i",
-                                     "1s", "-i", "5min", "-i", "1d", "--samples", "30"});
+    const std::string midnight = MarketData::Path("ticks/binance_spot_btcusdt_2024-08-08_midnight.csv");
+    const ToolRun one =
+        RunToolHere({"prove", midnight, "-i", "1s", "-i", "5min", "-i", "1d", "--samples", "30"});
     EXPECT_EQ(one.exitCode, 0) << one.out << one.err;
-    const ToolRun nine = RunToolHere({"prove", ticks + "us_stocks_9_2023-09-05_16h.csv", "-i", "7min",
-                                      "--symbol-column", "symbol", "--samples", "30", "--format", "jsonl"});
+    const TestFolder folder;
+    const std::string dealt =
+        folder.Write("nine.csv", MarketData::DealtOut("ticks/coinbase_btcusd_2023-09-05_16h.csv", 9));
+    const ToolRun nine = RunToolHere(
+        {"prove", dealt, "-i", "7min", "--symbol-column", "symbol", "--samples", "30", "--format", "jsonl"});
     EXPECT_EQ(nine.exitCode, 0) << nine.out << nine.err;
     EXPECT_EQ(std::count(nine.out.begin(), nine.out.end(), '\n'), 9);
 }

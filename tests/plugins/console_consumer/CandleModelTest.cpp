@@ -2,10 +2,10 @@
 
 #include "../../series/SeriesTestTools.h"
 #include "series/Synchronization.h"
+#include "support/MarketData.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>
@@ -47,7 +47,7 @@ std::vector<Record> RandomRows(std::mt19937& a_random, std::size_t a_count, doub
 std::vector<Record> RealRows(const std::string& a_name)
 {
     std::vector<Record> rows;
-    std::ifstream file(std::filesystem::path(KALVENTO_SHARED_DATA) / "ticks" / a_name);
+    std::ifstream file(MarketData::Path(a_name));
     std::string line;
     std::getline(file, line);
     NDateTime last;
@@ -220,9 +220,8 @@ TEST(CandleModelTest, HoweverRowsAreHandedOverTheCandlesAreThoseOfOneFold)
 
 TEST(CandleModelTest, TheLawHoldsOnRealTrades)
 {
-    const std::vector<Record> rows = RealRows("mtgox_btcusd_2013-01-01.csv");
-    if (rows.empty())
-        GTEST_SKIP() << "no real market data at " KALVENTO_SHARED_DATA;
+    const std::vector<Record> rows = RealRows("ticks/mtgox_btcusd_2013-01-01.csv");
+    ASSERT_EQ(rows.size(), 2331U);
     RunCourses(rows, false, 2);
 }
 

@@ -5,6 +5,7 @@
 #include "plugins/file_provider/StoreFixture.h"
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
+#include "support/MarketData.h"
 
 #include <cstdlib>
 #include <string>
@@ -20,8 +21,7 @@ public:
     {
         ::setenv("HOME", m_home.GetPath().c_str(), 1);
         KalventoPaths::Initialize(L"FileProviderTest");
-        std::filesystem::copy_file(std::filesystem::path(KALVENTO_SHARED_DATA) /
-                                       "ticks/coinbase_btcusd_2023-09-05_16h.csv",
+        std::filesystem::copy_file(MarketData::Path("ticks/coinbase_btcusd_2023-09-05_16h.csv"),
                                    m_sources / (m_symbol + ".csv"));
         m_provider = std::make_unique<FileProvider>(FileStoreOptions{m_sources.GetPath(), {}, 1.0, {}},
                                                     [this] { return m_clock.Now(); });

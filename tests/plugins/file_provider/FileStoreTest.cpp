@@ -5,6 +5,7 @@
 #include "rows/ReadOptions.h"
 #include "rows/RowReader.h"
 #include "rows/ToolContext.h"
+#include "support/MarketData.h"
 
 #include <algorithm>
 #include <map>
@@ -15,8 +16,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr const char* S_ticks = "ticks/coinbase_btcusd_2023-09-05_16h.csv";
-constexpr const char* S_shares = "ticks/us_stocks_9_2023-09-05_16h.csv";
-constexpr const char* S_candles = "candles/spy_1min_2011-01.csv";
+constexpr const char* S_candles = "candles/bitstamp_btcusd_1min_2020-01-01.csv";
 
 /// The rows of a text by symbol, without the store.
 std::map<std::string, History> ReadDirectly(const std::filesystem::path& a_path,
@@ -56,14 +56,14 @@ std::map<std::string, History> ReadDirectly(const std::filesystem::path& a_path,
 
 TEST_F(FileStoreTest, RowsAreThoseOfTheFiles)
 {
-    CopyShared(S_ticks, "BTCUSD.csv");
-    CopyShared(S_shares, "usa/shares.csv");
-    CopyShared(S_candles, "usa/SPY.csv");
+    CopyMarket(S_ticks, "BTCUSD.csv");
+    WriteSource("usa/shares.csv", MarketData::DealtOut(S_ticks, 9));
+    CopyMarket(S_candles, "usa/MINUTES.csv");
     FileStore& store = OpenStore();
 
     std::map<std::string, History> expected = ReadDirectly(m_sources / "usa/shares.csv", "symbol");
     expected.emplace("BTCUSD", ReadDirectly(m_sources / "BTCUSD.csv", "").at(""));
-    expected.emplace("SPY", ReadDirectly(m_sources / "usa/SPY.csv", "").at(""));
+    expected.emplace("MINUTES", ReadDirectly(m_sources / "usa/MINUTES.csv", "").at(""));
     const auto instruments = store.ReadInstruments();
     ASSERT_EQ(instruments.size(), expected.size());
     for (const StoreInstrument& instrument : instruments) {
@@ -72,7 +72,7 @@ TEST_F(FileStoreTest, RowsAreThoseOfTheFiles)
         const std::uint64_t count = rows.GetRecordsCount();
         ASSERT_EQ(store.GetRowCount(instrument.isin), count);
         EXPECT_EQ(AllBytes(instrument.isin), BytesOf(rows));
-        EXPECT_EQ(instrument.live, instrument.isin != "SPY");
+        EXPECT_EQ(instrument.live, instrument.isin != "MINUTES");
         EXPECT_EQ(instrument.market, instrument.isin == "BTCUSD" ? "PLIKI" : "usa");
         EXPECT_TRUE(instrument.firstDay.SameDay(rows.TimeSeries().front()));
         EXPECT_TRUE(instrument.lastDay.SameDay(rows.TimeSeries().back()));
@@ -114,8 +114,8 @@ TEST_F(FileStoreTest, ManyPartsAreOneHistory)
 
 TEST_F(FileStoreTest, TheTextIsReadOnce)
 {
-    CopyShared(S_ticks, "BTCUSD.csv");
-    CopyShared(S_shares, "shares.csv");
+    CopyMarket(S_ticks, "BTCUSD.csv");
+    WriteSource("shares.csv", MarketData::DealtOut(S_ticks, 9));
     EXPECT_EQ(OpenStore().GetTextsRead(), 2U);
     const std::string bytes = AllBytes("BTCUSD");
     EXPECT_EQ(OpenStore().GetTextsRead(), 0U);
@@ -130,7 +130,7 @@ TEST_F(FileStoreTest, TheTextIsReadOnce)
 // Whatever a kill, a full disk or a bad sector leaves: the rows are those of the text.
 TEST_F(FileStoreTest, DamagedCachesAreMadeAgain)
 {
-    CopyShared(S_ticks, "BTCUSD.csv");
+    CopyMarket(S_ticks, "BTCUSD.csv");
     OpenStore();
     const std::string bytes = AllBytes("BTCUSD");
     const auto index = m_histories / "BTCUSD/Index.xml";
@@ -189,7 +189,7 @@ TEST_F(FileStoreTest, DamagedCachesAreMadeAgain)
 
 TEST_F(FileStoreTest, WithoutAFolderToWriteItWorksFromMemory)
 {
-    CopyShared(S_ticks, "BTCUSD.csv");
+    CopyMarket(S_ticks, "BTCUSD.csv");
     std::ofstream(m_histories / "BTCUSD") << "a file where the folder should be";
     FileStore& store = OpenStore();
     EXPECT_EQ(BytesOf(store.ReadRows("BTCUSD", 0, 10'000)),
@@ -239,16 +239,16 @@ TEST_F(FileStoreTest, OperationsAndBooksLieBesideTheirFile)
 
 TEST_F(FileStoreTest, PlaybackIsRepeatable)
 {
-    CopyShared(S_shares, "shares.csv");
-    CopyShared(S_ticks, "BTCUSD.csv");
+    WriteSource("shares.csv", MarketData::DealtOut(S_ticks, 9));
+    CopyMarket(S_ticks, "BTCUSD.csv");
     std::vector<std::vector<std::string>> told;
     for (const auto pace : {1s, 37s}) {
         SCOPED_TRACE(pace.count());
         FileStore& store = OpenStore(60.0, "2023-09-05", "16:10");
-        const std::uint64_t before = store.GetRowCount("AAPL");
+        const std::uint64_t before = store.GetRowCount("S1");
         EXPECT_GT(before, 0U);
-        EXPECT_EQ(store.FindRow("AAPL", NDateTime(2023, 9, 5, 16, 10, 1, 0)), before);
-        while (store.GetTimeToNextRow("AAPL") || store.GetTimeToNextRow("BTCUSD"))
+        EXPECT_EQ(store.FindRow("S1", NDateTime(2023, 9, 5, 16, 10, 1, 0)), before);
+        while (store.GetTimeToNextRow("S1") || store.GetTimeToNextRow("BTCUSD"))
             Move(pace);
         // Open again: what a busy thread has not told yet is there by then.
         store.Close();

@@ -3,6 +3,7 @@
 #include "TemporaryFolder.h"
 #include "file_provider/FileStore.h"
 #include "platform/WidePath.h"
+#include "support/MarketData.h"
 
 #include <gtest/gtest.h>
 
@@ -75,15 +76,10 @@ private:
 /// A folder with sources, one with histories, and stores over them.
 class FileStoreTest : public testing::Test {
 protected:
-    static std::filesystem::path Shared(const std::string& a_name)
-    {
-        return std::filesystem::path(KALVENTO_SHARED_DATA) / a_name;
-    }
-    void CopyShared(const std::string& a_from, const std::string& a_to)
+    void CopyMarket(const std::string& a_from, const std::string& a_to)
     {
         std::filesystem::create_directories((m_sources / a_to).parent_path());
-        std::ofstream(m_sources / a_to, std::ios::binary)
-            << std::ifstream(Shared(a_from), std::ios::binary).rdbuf();
+        std::filesystem::copy_file(MarketData::Path(a_from), m_sources / a_to);
     }
     void WriteSource(const std::string& a_name, const std::string& a_text)
     {
