@@ -8,6 +8,8 @@ function(kalvento_add_test name)
     target_link_libraries(${name} PRIVATE KalventoIncludes::Core kalvento_warnings ${arg_LIBRARIES} GTest::gmock
         GTest::gtest_main)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+    # What is tested is optimised to the full; its tests run once and are compiled far more often.
+    target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
     target_compile_definitions(${name} PRIVATE
         KALVENTO_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
         KALVENTO_MARKET_DATA="${PROJECT_SOURCE_DIR}/examples/market")

@@ -97,7 +97,7 @@ TEST_F(AggregatorTest, ACopyOpensItsOwnWindow)
     next = Tick(At(10, 1), 11, 1);
     EXPECT_TRUE(Push(moved, next));
     // A moved-from object and its copies refuse everything and crash nowhere.
-    Aggregator hollow(source); // NOLINT(bugprone-use-after-move)
+    Aggregator hollow(source); // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
     EXPECT_THROW(Push(hollow, next), KalventoException);
     EXPECT_THROW(hollow.Aggregate(EIntervalTick, 1, 1, &next.time, next.Fields()), KalventoException);
     NDateTime begin;

@@ -122,6 +122,7 @@ void ExpectSameCandles(const std::vector<Record>& a_expected, const std::vector<
         EXPECT_TRUE(std::equal(a_expected[row].begin(), a_expected[row].end(), a_candles[row].begin(),
                                a_candles[row].end()))
             << "candle " << row;
+        // Every bit is meant, the counter's and the status's too. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
         EXPECT_EQ(0, std::memcmp(&a_expected[row].GetTime(), &a_candles[row].GetTime(), sizeof(NDateTime)))
             << "candle " << row;
     }
@@ -308,10 +309,11 @@ TEST(AggregatorWrapperTest, CopiesAndMoves)
     AggregatorWrapper taken(std::move(source));
     EXPECT_TRUE(continues(taken));
     // What was moved from refuses all and crashes nowhere.
-    EXPECT_EQ(EIntervalEmpty, source.GetOutputInterval()); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(EIntervalEmpty,
+              source.GetOutputInterval()); // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
     bool sameWindow = false;
     Record row = MakeRows(1, 1)[0];
-    EXPECT_FALSE(source.AggregateRecord(row, sameWindow));
+    EXPECT_FALSE(source.AggregateRecord(row, sameWindow)); // NOLINT(clang-analyzer-cplusplus.Move)
     EXPECT_FALSE(source.SetCurrentRecord(row));
     History history = MakeHistory(MakeRows(1, 1), 0, 1);
     EXPECT_FALSE(source.AgregateHistory(history));

@@ -155,6 +155,7 @@ Rows RandomRows(Random& a_random, std::size_t a_count, std::size_t a_fields)
 
 void ExpectSameRows(const Rows& a_left, const Rows& a_right, std::size_t a_count)
 {
+    // Every bit is meant, the counter's and the status's too. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
     ASSERT_EQ(std::memcmp(a_left.times.data(), a_right.times.data(), a_count * sizeof(NDateTime)), 0);
     for (std::size_t field = 0; field < a_left.columns.size(); ++field) {
         for (std::size_t row = 0; row < a_count; ++row)
@@ -274,6 +275,7 @@ TEST(FoldTest, WhatAFoldLeavesBehindContinuesLikeLiveRows)
             ASSERT_EQ(Push(whole, rows, row, shape.useOhl), Push(single, live, row, shape.useOhl))
                 << "row " << row;
         for (std::size_t row = folded; row < rows.times.size(); ++row) {
+            // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): as above
             ASSERT_EQ(std::memcmp(&rows.times[row], &live.times[row], sizeof(NDateTime)), 0);
             for (std::size_t field = 0; field < rows.columns.size(); ++field)
                 ASSERT_TRUE(SameBits(rows.columns[field][row], live.columns[field][row]));

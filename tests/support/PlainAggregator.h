@@ -99,15 +99,14 @@ public:
             const double value = field < 3 && !a_useOhl ? close : *a_fields[field];
             double& kept = m_values[field];
             const EAggrType type = field <= 3 ? m_types[0] : m_types[field - 3];
-            if (!inWindow || type == EAggrTypeOhlcLast || type == EAggrTypeLast)
-                kept = value;
-            else if (type == EAggrTypeOhlcSum || type == EAggrTypeSum)
+            const bool last = !inWindow || type == EAggrTypeOhlcLast || type == EAggrTypeLast;
+            if (!last && (type == EAggrTypeOhlcSum || type == EAggrTypeSum))
                 kept += value;
-            else if (field == 1)
+            else if (!last && field == 1)
                 kept = value > kept ? value : kept;
-            else if (field == 2)
+            else if (!last && field == 2)
                 kept = value < kept ? value : kept;
-            else if (field == 3)
+            else if (last || field == 3)
                 kept = value;
         }
         for (std::size_t field = 0; field < a_fields.size(); ++field)

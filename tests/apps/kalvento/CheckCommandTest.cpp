@@ -33,8 +33,8 @@ TEST(CheckCommandTest, SaysWhatIsWrongWithABlockAndWhere)
     const std::string good = BlockBytes(EIntervalTick, 1, rising, columns);
     std::string badStatus = good;
     // Version and count of columns, two columns of three values, the count of times; the third time's status.
-    const std::size_t times = 12 + 2U * (12 + 24) + 8;
-    badStatus[times + 2U * 24 + 8] = 1;
+    const std::size_t times = std::size_t{12} + 2 * (12 + 24) + 8;
+    badStatus[times + 2 * 24 + 8] = 1;
 
     struct Case {
         const char* name;
