@@ -20,10 +20,15 @@
 
 #if defined(__SANITIZE_THREAD__)
 // The pool's library is not instrumented, so the sanitizer doesn't see how it hands work from thread to thread and takes
-// every range that another thread sorts for a race. What runs beside the pool is still watched.
+// every range that another thread sorts for a race, also with the end of the list later on. A long history keeps the stacks by
+// which it knows them. What runs beside the pool is still watched.
 extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions() // NOLINT
 {
-    return "race:/oneapi/tbb/\n";
+    return "race:/oneapi/tbb/\nrace:AssetsGroup::~AssetsGroup\n";
+}
+extern "C" __attribute__((visibility("default"))) const char* __tsan_default_options() // NOLINT
+{
+    return "history_size=7";
 }
 #endif
 
