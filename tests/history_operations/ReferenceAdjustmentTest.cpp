@@ -38,6 +38,7 @@ std::map<std::string, std::vector<std::string>> ReadTable(const std::filesystem:
 std::vector<double> Numbers(const std::vector<std::string>& a_texts)
 {
     std::vector<double> numbers;
+    numbers.reserve(a_texts.size());
     for (const std::string& text : a_texts)
         numbers.push_back(std::stod(text));
     return numbers;

@@ -33,7 +33,7 @@ public:
     {
         m_most = std::max(m_most, a_nanoseconds);
         const auto whole = static_cast<std::uint64_t>(std::max(a_nanoseconds, 32.0));
-        const auto doubling = static_cast<std::size_t>(std::bit_width(whole)) - 6;
+        const auto doubling = std::max<std::size_t>(std::bit_width(whole), 6) - 6;
         ++m_counts[std::min(doubling * 32 + (whole >> doubling) - 32, m_counts.size() - 1)];
         ++m_count;
     }
@@ -50,7 +50,7 @@ public:
     double Most() const { return m_most; }
 
 private:
-    std::array<std::uint64_t, 32 * 58> m_counts = {};
+    std::array<std::uint64_t, 58 * std::size_t{32}> m_counts = {};
     std::uint64_t m_count = 0;
     double m_most = 0.0;
 };
