@@ -24,8 +24,10 @@ namespace {
 /// the process, since several run at once.
 class Folders {
 public:
-    Folders() : m_before(std::getenv("HOME") ? std::getenv("HOME") : "")
+    Folders()
     {
+        if (const char* home = std::getenv("HOME"))
+            m_before = home;
         ::setenv("HOME", m_home.GetPath().c_str(), 1);
         KalventoPaths::Initialize(L"ModulesTest");
     }
