@@ -43,6 +43,7 @@ TEST(RequestIdGeneratorTest, ThreadsNeverShareANumber)
     RequestIdGenerator generator;
     std::vector<std::vector<unsigned int>> given(threadCount);
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (auto& mine : given)
         threads.emplace_back([&generator, &mine] {
             for (unsigned int count = 0; count < perThread; ++count) {
@@ -72,6 +73,7 @@ TEST(RequestIdGeneratorTest, ANumberHasOneHolderAtATime)
     std::vector<std::atomic<int>> holders(4 * perThread + 1);
     std::atomic<int> clashes = 0;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread)
         threads.emplace_back([&] {
             for (unsigned int count = 0; count < perThread; ++count) {
