@@ -270,7 +270,7 @@ TEST(StoreProviderLawTest, AStoreThatStumblesIsAskedAgain)
         quotes.AddTicks(S_isin, rows / 2);
         quotes.Connect();
         int reading = 0;
-        quotes.store.SetSpoiler([&, fault](History& a_rows) {
+        quotes.store.SetSpoiler([&, fault = fault](History& a_rows) {
             if (++reading % 5 == 1) // a step reads less often than that, so each comes to its end
                 fault(a_rows);
         });
