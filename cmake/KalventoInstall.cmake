@@ -10,7 +10,7 @@ install(TARGETS kalvento_core kalvento_provider_kit kalvento_contract_kit EXPORT
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kalvento"
     FILES_MATCHING PATTERN "*.h")
 # The kits: providers over a store, and the contract of providers and consumers as tests.
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/plugins/provider_kit" "${PROJECT_SOURCE_DIR}/plugins/contract_kit"
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/libs/provider_kit" "${PROJECT_SOURCE_DIR}/testkit/contract_kit"
     DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kalvento" FILES_MATCHING PATTERN "*.h")
 install(EXPORT KalventoIncludesTargets NAMESPACE KalventoIncludes:: DESTINATION "${KALVENTO_PACKAGE_DIR}")
 

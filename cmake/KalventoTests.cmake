@@ -5,9 +5,7 @@ include(GoogleTest)
 function(kalvento_add_test name)
     cmake_parse_arguments(arg "" "" "LIBRARIES" ${ARGN})
     add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
-    target_link_libraries(${name} PRIVATE KalventoIncludes::Core kalvento_warnings ${arg_LIBRARIES} GTest::gmock
-        GTest::gtest_main)
-    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+    target_link_libraries(${name} PRIVATE kalvento_test_support ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
     # What is tested is optimised to the full; its tests run once and are compiled far more often.
     target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
     target_compile_definitions(${name} PRIVATE

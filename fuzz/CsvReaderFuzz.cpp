@@ -1,8 +1,8 @@
 // Text rows from outside: any bytes end in rows or in a refusal, and rows never go back in time.
 #include "kalvento/RowWriter.h"
-#include "rows/ByteSource.h"
-#include "rows/CandleFolder.h"
-#include "rows/RowReader.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/CandleFolder.h"
+#include "text_rows/RowReader.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "kalvento/AddReadOptions.h"
 
-#include "rows/ReadOptions.h"
+#include "text_rows/ReadOptions.h"
 
 #include <CLI/CLI.hpp>
 

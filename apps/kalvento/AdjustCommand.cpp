@@ -7,9 +7,9 @@
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
-#include "rows/ByteSource.h"
-#include "rows/OutputTarget.h"
-#include "rows/RowReader.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/OutputTarget.h"
+#include "text_rows/RowReader.h"
 
 #include <CLI/CLI.hpp>
 

@@ -7,11 +7,11 @@
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
-#include "rows/ByteSource.h"
-#include "rows/CandleFolder.h"
-#include "rows/IntervalNotation.h"
-#include "rows/OutputTarget.h"
-#include "rows/RowReader.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/CandleFolder.h"
+#include "text_rows/IntervalNotation.h"
+#include "text_rows/OutputTarget.h"
+#include "text_rows/RowReader.h"
 
 #include <CLI/CLI.hpp>
 

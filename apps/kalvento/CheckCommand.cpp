@@ -5,11 +5,11 @@
 #include "kalvento/OptionValues.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
-#include "rows/ByteSource.h"
-#include "rows/IntervalNotation.h"
-#include "rows/OutputTarget.h"
-#include "rows/RowReader.h"
-#include "rows/SeriesNames.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/IntervalNotation.h"
+#include "text_rows/OutputTarget.h"
+#include "text_rows/RowReader.h"
+#include "text_rows/SeriesNames.h"
 #include "series/VectorTimeTester.h"
 
 #include <CLI/CLI.hpp>

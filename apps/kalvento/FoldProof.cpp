@@ -1,7 +1,7 @@
 #include "kalvento/FoldProof.h"
 
-#include "rows/IntervalNotation.h"
-#include "rows/ToolContext.h"
+#include "text_rows/IntervalNotation.h"
+#include "text_rows/ToolContext.h"
 #include "series/Record.h"
 #include "series/Synchronization.h"
 

@@ -3,7 +3,7 @@
 #include "kalvento/SessionGenerator.h"
 #include "kalvento/TargetStream.h"
 #include "kalvento/Tool.h"
-#include "rows/OutputTarget.h"
+#include "text_rows/OutputTarget.h"
 #include "series/DataSeriesSet.h"
 #include "time/DateTimeTools.h"
 

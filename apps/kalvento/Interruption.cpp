@@ -1,6 +1,6 @@
 #include "kalvento/Interruption.h"
 
-#include "rows/ToolContext.h"
+#include "text_rows/ToolContext.h"
 
 #include <atomic>
 #include <cerrno>

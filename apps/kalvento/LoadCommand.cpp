@@ -6,15 +6,15 @@
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
 #include "provider_kit/StoreProvider.h"
-#include "rows/ByteSource.h"
-#include "rows/IntervalNotation.h"
-#include "rows/OutputTarget.h"
-#include "rows/RowReader.h"
-#include "rows/RowSeries.h"
-#include "rows/SeriesNames.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/IntervalNotation.h"
+#include "text_rows/OutputTarget.h"
+#include "text_rows/RowReader.h"
+#include "text_rows/RowSeries.h"
+#include "text_rows/SeriesNames.h"
 #include "series/History.h"
-#include "sql_provider/SqlAddress.h"
-#include "sql_provider/SqlWriter.h"
+#include "sql_store/SqlAddress.h"
+#include "sql_store/SqlWriter.h"
 
 #include <CLI/CLI.hpp>
 

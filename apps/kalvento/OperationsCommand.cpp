@@ -3,7 +3,7 @@
 #include "kalvento/OutputOptions.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
-#include "rows/OutputTarget.h"
+#include "text_rows/OutputTarget.h"
 
 #include "history_operations/OperationsText.h"
 

@@ -4,8 +4,8 @@
 #include "kalvento/TextForms.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
-#include "rows/ByteSource.h"
-#include "rows/ToolContext.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/ToolContext.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,7 @@
 #include "kalvento/OptionValues.h"
 
-#include "rows/IntervalNotation.h"
-#include "rows/TimeText.h"
+#include "text_rows/IntervalNotation.h"
+#include "text_rows/TimeText.h"
 
 #include <CLI/CLI.hpp>
 

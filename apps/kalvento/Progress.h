@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rows/ToolContext.h"
+#include "text_rows/ToolContext.h"
 
 #include <chrono>
 #include <cstdint>

@@ -5,12 +5,12 @@
 #include "kalvento/Progress.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
-#include "rows/ByteSource.h"
-#include "rows/IntervalNotation.h"
-#include "rows/OutputTarget.h"
-#include "rows/RowReader.h"
-#include "rows/RowSeries.h"
-#include "rows/SeriesNames.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/IntervalNotation.h"
+#include "text_rows/OutputTarget.h"
+#include "text_rows/RowReader.h"
+#include "text_rows/RowSeries.h"
+#include "text_rows/SeriesNames.h"
 
 #include <CLI/CLI.hpp>
 #include <boost/json.hpp>

@@ -1,6 +1,6 @@
 #include "kalvento/ReportCounts.h"
 
-#include "rows/RowReader.h"
+#include "text_rows/RowReader.h"
 
 #include <ostream>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "history_operations/HistoryOperations.h"
-#include "rows/RowReader.h"
+#include "text_rows/RowReader.h"
 #include "series/History.h"
 
 #include <cstddef>

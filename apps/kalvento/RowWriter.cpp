@@ -1,8 +1,8 @@
 #include "kalvento/RowWriter.h"
 
 #include "kalvento/TextForms.h"
-#include "rows/OutputTarget.h"
-#include "rows/SeriesNames.h"
+#include "text_rows/OutputTarget.h"
+#include "text_rows/SeriesNames.h"
 #include "series/DataSeriesSet.h"
 #include "series/ESeriesId.h"
 

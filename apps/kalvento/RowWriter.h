@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rows/RowReader.h"
+#include "text_rows/RowReader.h"
 
 #include <cstdint>
 #include <memory>

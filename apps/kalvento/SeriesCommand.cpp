@@ -2,7 +2,7 @@
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
-#include "rows/OutputTarget.h"
+#include "text_rows/OutputTarget.h"
 #include "series/Series.h"
 #include "series/SeriesTable.h"
 

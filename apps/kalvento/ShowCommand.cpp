@@ -3,9 +3,9 @@
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
-#include "rows/IntervalNotation.h"
-#include "rows/OutputTarget.h"
-#include "rows/SeriesNames.h"
+#include "text_rows/IntervalNotation.h"
+#include "text_rows/OutputTarget.h"
+#include "text_rows/SeriesNames.h"
 #include "series/Series.h"
 #include "time/IntervalTranslator.h"
 

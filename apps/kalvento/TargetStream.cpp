@@ -1,6 +1,6 @@
 #include "kalvento/TargetStream.h"
 
-#include "rows/OutputTarget.h"
+#include "text_rows/OutputTarget.h"
 
 #include <exception>
 #include <streambuf>

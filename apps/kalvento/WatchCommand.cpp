@@ -13,7 +13,7 @@
 #include "modules/ProviderBase.h"
 #include "platform/CodePage.h"
 #include "platform/WidePath.h"
-#include "rows/TimeText.h"
+#include "text_rows/TimeText.h"
 #include "settings/KalventoPaths.h"
 #include "velo/Log.h"
 

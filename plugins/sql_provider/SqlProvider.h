@@ -2,7 +2,7 @@
 
 #include "provider_kit/StoreProvider.h"
 #include "sql_provider/SqlProviderSettings.h"
-#include "sql_provider/SqlStore.h"
+#include "sql_store/SqlStore.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugins/provider_kit/StoreTestTools.h"
+#include "libs/provider_kit/StoreTestTools.h"
 #include "series/DataSeriesSet.h"
 
 #include <bit>

@@ -1,6 +1,6 @@
 #include "history_operations/HistoryOperations.h"
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "platform/WidePath.h"
 #include "settings/Settings.h"
 

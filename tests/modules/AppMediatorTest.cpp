@@ -1,6 +1,6 @@
 #include "modules/IAppMediator.h"
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "contract_kit/TestMediator.h"
 #include "platform/WidePath.h"
 

@@ -1,6 +1,6 @@
 #include "modules/ProviderBase.h"
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "assets/AssetsGroup.h"
 #include "contract_kit/TestMediator.h"
 #include "contract_kit/TestProvider.h"

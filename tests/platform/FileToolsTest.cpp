@@ -1,6 +1,6 @@
 #include "platform/FileTools.h"
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

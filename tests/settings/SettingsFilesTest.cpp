@@ -1,7 +1,7 @@
 #include "settings/GeneralSettingsBase.h"
 #include "settings/SettingsManager.h"
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "platform/DpiHelper.h"
 #include "platform/WidePath.h"
 #include "settings/PanelSettings.h"

@@ -1,6 +1,6 @@
 #include "settings/Settings.h"
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "platform/WidePath.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "velo/Log.h"
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "platform/CodePage.h"
 #include "support/LogWatch.h"
 #include "velo/LogAllExceptions.h"

@@ -1,6 +1,6 @@
 #include "velo/Process.h"
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "platform/ChildProcess.h"
 #include "platform/WidePath.h"
 

@@ -1,4 +1,4 @@
-#include "RunToolHere.h"
+#include "apps/kalvento/RunToolHere.h"
 
 #include <gtest/gtest.h>
 

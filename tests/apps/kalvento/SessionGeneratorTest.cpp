@@ -1,10 +1,10 @@
 #include "kalvento/SessionGenerator.h"
 
-#include "RunToolHere.h"
+#include "apps/kalvento/RunToolHere.h"
 #include "kalvento/BlockFile.h"
-#include "rows/ByteSource.h"
-#include "rows/ReadOptions.h"
-#include "rows/RowReader.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/ReadOptions.h"
+#include "text_rows/RowReader.h"
 #include "series/Series.h"
 
 #include <gtest/gtest.h>

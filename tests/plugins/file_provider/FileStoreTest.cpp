@@ -1,10 +1,10 @@
 #include "file_provider/FileStore.h"
 
 #include "plugins/file_provider/StoreFixture.h"
-#include "rows/ByteSource.h"
-#include "rows/ReadOptions.h"
-#include "rows/RowReader.h"
-#include "rows/ToolContext.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/ReadOptions.h"
+#include "text_rows/RowReader.h"
+#include "text_rows/ToolContext.h"
 #include "support/MarketData.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "file_provider/FileStore.h"
 #include "platform/WidePath.h"
 #include "support/MarketData.h"

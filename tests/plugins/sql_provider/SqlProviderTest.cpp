@@ -1,10 +1,10 @@
 #include "sql_provider/SqlProvider.h"
 
-#include "PostgresCluster.h"
-#include "SqlTestTools.h"
+#include "support/PostgresCluster.h"
+#include "support/SqlTestTools.h"
 #include "contract_kit/ProviderContract.h"
 #include "series/Synchronization.h"
-#include "sql_provider/SqlWriter.h"
+#include "sql_store/SqlWriter.h"
 #include "support/LogWatch.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "provider_kit/IMarketStore.h"
+#include "sql_store/SqlAddress.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+class SqlSession;
+
+namespace pqxx {
+class transaction_base;
+} // namespace pqxx
+
+/// Instruments and rows of a PostgreSQL database, which any number of terminals and writers (SqlWriter) share.
+///
+/// One thread holds the connection on which the database tells of new rows; it connects again after a break, with pauses
+/// that grow. Those who read share a few further connections, made at need. A read that fails makes that thread break off
+/// and connect anew, so that Restored follows every failure sooner or later. Values that can't be read are no such failure:
+/// they raise DamagedData, and an instrument is left out of the list, with a line in the log.
+class SqlStore : public IMarketStore {
+public:
+    struct Pauses {
+        std::chrono::milliseconds shortest{100};
+        std::chrono::milliseconds longest{5000};
+    };
+
+    /// An empty address is a store without instruments that never connects and says so to the listener. a_pauses: between
+    /// two attempts to connect; they double.
+    explicit SqlStore(SqlAddress a_address);
+    SqlStore(SqlAddress a_address, Pauses a_pauses);
+    ~SqlStore() override;
+
+    void Open(IMarketStoreListener& a_listener) override;
+    /// Doesn't wait for the server: statements that run are broken off and raise.
+    void Close() override;
+
+    std::vector<StoreInstrument> ReadInstruments() override;
+    HistoryOperations ReadOperations(const std::string& a_isin) override;
+    std::uint64_t GetRowCount(const std::string& a_isin) override;
+    std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) override;
+    History ReadRows(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last) override;
+    std::optional<Offers> ReadOffers(const std::string& a_isin) override;
+
+private:
+    void Read(const std::function<void(pqxx::transaction_base&)>& a_reading);
+    // DamagedData names the instrument.
+    void ReadOf(const std::string& a_isin, const std::function<void(pqxx::transaction_base&)>& a_reading);
+
+    const SqlAddress m_address;
+    const Pauses m_pauses;
+    std::mutex m_mutex;
+    std::shared_ptr<SqlSession> m_session; // between Open and Close
+};

@@ -1,0 +1,126 @@
+#include "text_rows/BlockRows.h"
+
+#include "text_rows/ByteSource.h"
+#include "text_rows/RowBlock.h"
+#include "text_rows/RowCounts.h"
+#include "text_rows/ToolContext.h"
+#include "series/ESeriesId.h"
+
+#include <algorithm>
+#include <istream>
+#include <iterator>
+#include <streambuf>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kalvento::tool {
+
+namespace {
+
+constexpr std::size_t S_readSize = std::size_t{1} << 18U;
+constexpr std::int64_t S_daySeconds = 86400;
+// Day number 0, 1899-12-30, counted from 1970-01-01.
+constexpr std::int64_t S_oleDayZero = -25569;
+
+/// Bytes already read, then the rest of the source, as a stream for the block reader.
+class SourceBuffer final : public std::streambuf {
+public:
+    SourceBuffer(std::string_view a_start, ByteSource& a_source) : m_source(a_source), m_bytes(S_readSize)
+    {
+        m_bytes.resize(std::max(a_start.size(), S_readSize));
+        std::copy(a_start.begin(), a_start.end(), m_bytes.begin());
+        setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + a_start.size());
+    }
+
+private:
+    int_type underflow() override
+    {
+        const std::size_t count = m_source.Read(m_bytes.data(), m_bytes.size());
+        if (count == 0)
+            return traits_type::eof();
+        setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + count);
+        return traits_type::to_int_type(m_bytes.front());
+    }
+
+    ByteSource& m_source;
+    std::vector<char> m_bytes;
+};
+
+} // namespace
+
+bool BlockRows::Recognise(std::string_view a_start)
+{
+    return a_start.starts_with(std::string_view("\x01\0\0\0", 4));
+}
+
+BlockRows::BlockRows(std::string_view a_start, ByteSource& a_source)
+{
+    SourceBuffer bytes(a_start, a_source);
+    std::istream stream(&bytes);
+    m_rows.Read(stream);
+    if (stream.fail() || !m_rows.IsValid())
+        throw ToolError(EExitBadData, a_source.GetName() +
+                                          ": a damaged series block: expected columns and times of one "
+                                          "length, a valid interval, and open, high and low in candles");
+    const std::vector<NDateTime>& rows = std::as_const(m_rows).TimeSeries();
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        if (!rows[row].IsValid() || (row > 0 && rows[row] < rows[row - 1]))
+            throw ToolError(EExitBadData, a_source.GetName() + ": a damaged series block: the time of row " +
+                                              std::to_string(row + 1) +
+                                              " is invalid or earlier than the one before");
+    }
+    const RowLayout layout = GetLayout();
+    if (!std::is_sorted(layout.series.begin(), layout.series.end()) ||
+        std::adjacent_find(layout.series.begin(), layout.series.end()) != layout.series.end())
+        throw ToolError(EExitBadData,
+                        a_source.GetName() + ": a damaged series block: its columns aren't in order");
+    if (!layout.Has(Price))
+        throw ToolError(EExitBadData, a_source.GetName() + ": the series block holds no prices");
+}
+
+RowLayout BlockRows::GetLayout() const
+{
+    RowLayout layout;
+    layout.interval = m_rows.GetIntervalData();
+    for (const auto& [series, values] : m_rows)
+        layout.series.push_back(series);
+    return layout;
+}
+
+bool BlockRows::Read(RowBlock& a_block, std::size_t a_limit, std::size_t a_keep,
+                     const std::optional<std::int64_t>& a_from, const std::optional<std::int64_t>& a_to,
+                     RowCounts& a_counts)
+{
+    const std::vector<NDateTime>& rows = std::as_const(m_rows).TimeSeries();
+    const auto before = [](const NDateTime& a_time, std::int64_t a_seconds) {
+        return a_time.GetAbsoluteDay() < a_seconds / S_daySeconds - S_oleDayZero;
+    };
+    while (a_from && m_next < rows.size() && before(rows[m_next], *a_from)) {
+        ++a_counts.outside;
+        ++m_next;
+    }
+    std::size_t count = std::min(a_limit, rows.size() - m_next);
+    while (a_to && count > 0 && !before(rows[m_next + count - 1], *a_to))
+        --count;
+    a_block.Reserve(
+        a_keep + count,
+        static_cast<std::size_t>(std::distance(std::as_const(m_rows).begin(), std::as_const(m_rows).end())),
+        false);
+    const auto first = static_cast<std::ptrdiff_t>(m_next);
+    const auto end = static_cast<std::ptrdiff_t>(m_next + count);
+    const auto target = static_cast<std::ptrdiff_t>(a_keep);
+    std::copy(rows.begin() + first, rows.begin() + end, a_block.times.begin() + target);
+    std::size_t column = 0;
+    for (const auto& [series, columnValues] : std::as_const(m_rows)) {
+        std::copy(columnValues.begin() + first, columnValues.begin() + end,
+                  a_block.columns[column].begin() + target);
+        ++column;
+    }
+    m_next += count;
+    a_counts.rows += count;
+    a_block.rows = a_keep + count;
+    return count > 0;
+}
+
+} // namespace kalvento::tool

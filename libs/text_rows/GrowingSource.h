@@ -1,0 +1,78 @@
+#pragma once
+
+#include "text_rows/ByteSource.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kalvento::tool {
+
+struct ToolContext;
+
+/// Whole lines of an input that still grows: a file to which somebody appends, a pipe, standard input. A last line that
+/// is half written waits for its line end. Reading never waits; Wait does. One thread at a time.
+class GrowingSource final : public ByteSource {
+public:
+    /// Why waiting ended.
+    enum EWait : std::uint8_t {
+        EWaitMore,       ///< There are new lines to read.
+        EWaitTimeout,    ///< Nothing came in the time given.
+        EWaitCut,        ///< The file became shorter than what was read of it: call Restart.
+        EWaitReplaced,   ///< Another file bears the name now, as after a rotation: call Restart.
+        EWaitEnded,      ///< The other end of the pipe was closed; nothing will come.
+        EWaitInterrupted ///< The user asked to end.
+    };
+
+    /// a_path: a file, a named pipe, or "-" for standard input. Raises ToolError (EExitNoInput).
+    static std::unique_ptr<GrowingSource> Open(const std::string& a_path, ToolContext& a_context);
+    ~GrowingSource() override;
+    GrowingSource(const GrowingSource&) = delete;
+    GrowingSource& operator=(const GrowingSource&) = delete;
+
+    /// Bytes of the whole lines that are there now; 0 when there are none at the moment.
+    std::size_t Read(char* a_bytes, std::size_t a_size) override;
+    /// True when a whole line waits to be read.
+    bool HasLine();
+    /// How many whole lines wait, as far as a first piece of some hundred kilobytes tells.
+    std::size_t CountLines();
+    /// True when the first bytes are those of a binary series block.
+    bool StartsLikeBlock();
+    /// Waits for a change, at most a_limit (empty: for ever), or until a_interruption (a descriptor, -1 for none) can be read.
+    EWait Wait(std::optional<std::chrono::milliseconds> a_limit, int a_interruption);
+    /// Begins again at the start of the file that bears the name now. Half a line of the old one is forgotten.
+    void Restart();
+    /// From now on a last line without a line end counts as whole, and gets one: nothing more is expected.
+    void ReleaseLastLine();
+    /// Whether there is anything to wait for beside what can be read already: false for a pipe, whose lines are all live.
+    bool IsFile() const { return m_kind == EKindFile; }
+
+private:
+    enum EKind : std::uint8_t { EKindFile, EKindPipe, EKindStream };
+
+    GrowingSource(std::string a_name, EKind a_kind, std::istream* a_stream);
+    void OpenFile();
+    void Watch();
+    void CloseAll();
+    bool Fill();
+    std::size_t ReadOnce(char* a_bytes, std::size_t a_size);
+    std::optional<EWait> LookAtFile();
+    void DrainNotices() const;
+
+    EKind m_kind;
+    std::istream* m_stream; // EKindStream only
+    int m_file = -1;
+    int m_notices = -1;           // inotify; -1 where the system gives none, and looking at intervals must do
+    std::uint64_t m_position = 0; // bytes read of the file
+    bool m_ended = false;
+    bool m_lastLineCounts = false;
+    bool m_isInLine = false; // the last byte read was no line end
+    std::string m_buffer;
+    std::size_t m_taken = 0; // of m_buffer, handed out
+    std::size_t m_whole = 0; // of m_buffer, up to the end of the last whole line
+};
+
+} // namespace kalvento::tool

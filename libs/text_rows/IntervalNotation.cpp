@@ -1,0 +1,148 @@
+#include "text_rows/IntervalNotation.h"
+
+#include "time/MaxMultiplicity.h"
+
+#include <array>
+#include <charconv>
+#include <system_error>
+#include <utility>
+
+namespace kalvento::tool {
+
+namespace {
+
+struct UnitName {
+    std::string_view name;
+    EInterval interval;
+};
+
+// The first name of each unit is the one that FormatInterval writes.
+constexpr std::array S_units = {
+    UnitName{"tick", EIntervalTick},
+    UnitName{"ticks", EIntervalTick},
+    UnitName{"t", EIntervalTick},
+    UnitName{"tikowy", EIntervalTick},
+    UnitName{"s", EIntervalSecond},
+    UnitName{"sec", EIntervalSecond},
+    UnitName{"secs", EIntervalSecond},
+    UnitName{"second", EIntervalSecond},
+    UnitName{"seconds", EIntervalSecond},
+    UnitName{"sek", EIntervalSecond},
+    UnitName{"sekundowy", EIntervalSecond},
+    UnitName{"min", EIntervalMinute},
+    UnitName{"m", EIntervalMinute},
+    UnitName{"mins", EIntervalMinute},
+    UnitName{"minute", EIntervalMinute},
+    UnitName{"minutes", EIntervalMinute},
+    UnitName{"minutowy", EIntervalMinute},
+    UnitName{"h", EIntervalHour},
+    UnitName{"hour", EIntervalHour},
+    UnitName{"hours", EIntervalHour},
+    UnitName{"godz", EIntervalHour},
+    UnitName{"godzinowy", EIntervalHour},
+    UnitName{"d", EIntervalDay},
+    UnitName{"day", EIntervalDay},
+    UnitName{"days", EIntervalDay},
+    UnitName{"dni", EIntervalDay},
+    UnitName{"dzien", EIntervalDay},
+    UnitName{"dzienny", EIntervalDay},
+    UnitName{"w", EIntervalWeek},
+    UnitName{"week", EIntervalWeek},
+    UnitName{"weeks", EIntervalWeek},
+    UnitName{"tyg", EIntervalWeek},
+    UnitName{"tygodniowy", EIntervalWeek},
+    UnitName{"mo", EIntervalMonth},
+    UnitName{"month", EIntervalMonth},
+    UnitName{"months", EIntervalMonth},
+    UnitName{"mies", EIntervalMonth},
+    UnitName{"miesieczny", EIntervalMonth},
+    UnitName{"y", EIntervalYear},
+    UnitName{"year", EIntervalYear},
+    UnitName{"years", EIntervalYear},
+    UnitName{"lat", EIntervalYear},
+    UnitName{"lata", EIntervalYear},
+    UnitName{"rok", EIntervalYear},
+    UnitName{"roczny", EIntervalYear},
+};
+
+// Small letters without blanks, accents and the full stop of an abbreviation.
+std::string Plain(std::string_view a_text)
+{
+    std::string plain;
+    for (std::size_t place = 0; place < a_text.size(); ++place) {
+        const char sign = a_text[place];
+        const std::string_view pair = a_text.substr(place, 2);
+        if (pair == "\xC4\x99" || pair == "\xC4\x98") { // e with ogonek, as in the Polish word for monthly
+            plain += 'e';
+            ++place;
+        } else if (pair == "\xC5\x84" || pair == "\xC5\x83") { // n with acute, as in the Polish word for day
+            plain += 'n';
+            ++place;
+        } else if (sign >= 'A' && sign <= 'Z') {
+            plain += static_cast<char>(sign - 'A' + 'a');
+        } else if (sign != ' ' && sign != '\t') {
+            plain += sign;
+        }
+    }
+    if (plain.ends_with('.'))
+        plain.pop_back();
+    return plain;
+}
+
+std::optional<IntervalAndMultiplicity> Refuse(std::string* a_reason, std::string a_text)
+{
+    if (a_reason != nullptr)
+        *a_reason = std::move(a_text);
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<IntervalAndMultiplicity> ParseInterval(std::string_view a_text, std::string* a_reason)
+{
+    const std::string plain = Plain(a_text);
+    const std::string found = "found \"" + std::string(a_text) + "\"";
+    unsigned int multiplicity = 1;
+    const auto [unitBegin, error] = std::from_chars(plain.data(), plain.data() + plain.size(), multiplicity);
+    if (error == std::errc::result_out_of_range)
+        return Refuse(a_reason, found + ", the count must be below 4294967296");
+
+    const std::string_view unit(unitBegin, static_cast<std::size_t>(plain.data() + plain.size() - unitBegin));
+    // Exchanges write 1m for a minute and 1M for a month: a capital could mean either.
+    if (unit == "m" && a_text.find('M') != std::string_view::npos)
+        return Refuse(a_reason, found + ", which could be minutes or months: write min or mo");
+    for (const UnitName& entry : S_units) {
+        if (entry.name != unit)
+            continue;
+        const IntervalAndMultiplicity interval(entry.interval, multiplicity);
+        if (interval.IsValid())
+            return interval;
+        if (multiplicity == 0)
+            return Refuse(a_reason, found + ", the count must be 1 or more");
+        return Refuse(a_reason, found + ", this unit goes up to " +
+                                    std::to_string(kalvento::internal::GetMaxMultiplicity(entry.interval)) +
+                                    "; take the next longer unit");
+    }
+    return Refuse(a_reason, found + ", expected " + std::string(IntervalNotationHelp()));
+}
+
+std::string FormatInterval(IntervalAndMultiplicity a_interval)
+{
+    if (!a_interval.IsValid())
+        return "none";
+    for (const UnitName& entry : S_units) {
+        if (entry.interval != a_interval.GetInterval())
+            continue;
+        if (a_interval.IsSingleTick())
+            return std::string(entry.name);
+        return std::to_string(a_interval.GetMultiplicity()) + std::string(entry.name);
+    }
+    return "none";
+}
+
+std::string_view IntervalNotationHelp()
+{
+    return "tick, 10tick, 30s, 5min, 1h, 1d, 2w, 1mo, 1y or the Polish words (\"5 min.\", \"Dzienny\", \"2 dni\")";
+}
+
+} // namespace kalvento::tool

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "text_rows/ToolContext.h"
+
+#include <string>
+#include <string_view>
+
+namespace kalvento::tool {
+
+/// Where a command's result goes: standard output, or a file that appears whole or not at all. A file is written
+/// beside its place and renamed by Commit; without Commit nothing is left. Standard output is written as the result comes.
+/// A full disk raises ToolError (EExitFailure), a reader that left standard output OutputClosed.
+class OutputTarget {
+public:
+    /// a_path: the file, or "" and "-" for the context's output, which must then outlive this.
+    OutputTarget(const std::string& a_path, ToolContext& a_context);
+    ~OutputTarget();
+    OutputTarget(const OutputTarget&) = delete;
+    OutputTarget& operator=(const OutputTarget&) = delete;
+
+    void Write(std::string_view a_bytes);
+    /// Flushes to the disk and puts the file in its place. Nothing may be written behind it.
+    void Commit();
+
+private:
+    ToolContext& m_context;
+    std::string m_path;   // empty: standard output
+    std::string m_beside; // the file while it is written
+    int m_file = -1;
+};
+
+} // namespace kalvento::tool

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/TimeZone.h"
+#include "text_rows/LineFate.h"
+#include "text_rows/ReadOptions.h"
+#include "text_rows/TimeMaker.h"
+#include "text_rows/TimeText.h"
+#include "time/NDateTime.h"
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <vector>
+
+namespace kalvento::tool {
+
+/// Brings the rows of a text into the output's zone and into order, each symbol on its own.
+class RowOrder {
+public:
+    /// What becomes of a row. Small enough to be handed back in registers, for it is made for each row.
+    struct Verdict {
+        LineFate::EFate fate;
+        std::int64_t seconds; ///< The row's own time in the output's zone.
+    };
+
+    /// Raises ToolError (EExitUsage) for a zone that isn't known and days that aren't. a_options outlives this.
+    explicit RowOrder(const ReadOptions& a_options);
+    /// Candles that bear the end of their window are moved back by so many seconds.
+    void SetStampShift(std::int64_t a_seconds) { m_stampShift = a_seconds; }
+    /// Judges the next row of a symbol, and sets a_taken where it is taken.
+    Verdict Take(const WallTime& a_time, std::uint32_t a_symbol, NDateTime& a_taken);
+    /// Why the last row that was judged EFateBad is that.
+    const char* GetReason() const { return m_reason; }
+    /// Times must rise behind the last rows of another one.
+    void ContinueFrom(const RowOrder& a_before) { m_last = a_before.m_last; }
+    /// The time of the library for Verdict::seconds.
+    NDateTime Show(std::int64_t a_seconds) { return m_maker.Make(a_seconds); }
+
+    /// First day to be taken, and the day behind the last one: seconds of their begins since 1970.
+    const std::optional<std::int64_t>& GetFrom() const { return m_from; }
+    const std::optional<std::int64_t>& GetTo() const { return m_to; }
+
+private:
+    /// What the order of rows is judged by, one for each symbol.
+    struct LastRow {
+        std::int64_t seconds = std::numeric_limits<std::int64_t>::min();
+        std::int32_t nanoseconds = 0;
+        std::int64_t shownSecond = std::numeric_limits<std::int64_t>::min(); // the second that `time` lies in
+        NDateTime time;
+    };
+
+    const ReadOptions& m_options;
+    std::optional<TimeZone> m_inputZone;
+    std::optional<TimeZone> m_outputZone;
+    bool m_convertAll = false; // input and output zone differ
+    std::int64_t m_stampShift = 0;
+    std::optional<std::int64_t> m_from;
+    std::optional<std::int64_t> m_to;
+    const char* m_reason = "";
+    TimeMaker m_maker;
+    std::vector<LastRow> m_last;
+};
+
+} // namespace kalvento::tool

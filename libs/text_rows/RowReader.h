@@ -1,0 +1,62 @@
+#pragma once
+
+#include "text_rows/LineFate.h"
+#include "text_rows/ReadOptions.h"
+#include "text_rows/RowBlock.h"
+#include "text_rows/RowCounts.h"
+#include "text_rows/RowLayout.h"
+#include "text_rows/ToolContext.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kalvento::tool {
+
+class ByteSource;
+class OutputTarget;
+
+/// Reads rows of one text input (delimited columns) or of a binary series block, which it recognises by itself.
+///
+/// Rows come out strictly rising in time (for each symbol): whole seconds, with the ordering counter telling rows of one
+/// second apart, given as DateTimeTools::ShiftTimeIfNeed gives it. From the 50,001st row of one second on, rows share
+/// their time: a greater counter would come within half a second of the next second, where times no longer compare
+/// by their seconds. Before 1899-12-30 they always share it, for the counter counts backward there. A text's memory doesn't grow with its length; a block is read whole. One thread at a time.
+class RowReader {
+public:
+    /// Reads the header and the first rows to learn the shape. The source, the context and a_rejects outlive the reader.
+    /// a_rejects: where lines go that are set aside, the header first; may be null. Raises ToolError: EExitBadData for
+    /// what can't be read, EExitUsage for options that don't fit together.
+    RowReader(ByteSource& a_source, const ReadOptions& a_options, ToolContext& a_context,
+              OutputTarget* a_rejects = nullptr);
+    ~RowReader();
+    RowReader(const RowReader&) = delete;
+    RowReader& operator=(const RowReader&) = delete;
+
+    /// This input goes on where another one of the same series ended: times must rise behind its last rows, symbols keep
+    /// their places. To be called before the first Read.
+    void ContinueFrom(const RowReader& a_before);
+
+    /// From now on a_watcher is told of each line of a text, in their order, from within Read. It must not raise.
+    void WatchLines(std::function<void(const LineFate&)> a_watcher);
+
+    const RowLayout& GetLayout() const;
+    /// Keeps the first a_keep rows of a_block and puts the next rows of the input behind them, at most a_limit. False where
+    /// the source has no more, with no new rows. With ReadOptions::growing that isn't final: the next call asks the source
+    /// again, and the rows go on where they stopped.
+    bool Read(RowBlock& a_block, std::size_t a_limit, std::size_t a_keep = 0);
+    /// Symbols in the order of their first row, so far.
+    const std::vector<std::string>& GetSymbols() const;
+    const RowCounts& GetCounts() const;
+    /// Bytes of the source gone through, for progress.
+    std::uint64_t GetBytesRead() const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace kalvento::tool

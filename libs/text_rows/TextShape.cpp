@@ -1,0 +1,454 @@
+#include "text_rows/TextShape.h"
+
+#include "text_rows/ByteSource.h"
+#include "text_rows/IntervalNotation.h"
+#include "text_rows/LineBuffer.h"
+#include "text_rows/ReadOptions.h"
+#include "text_rows/SeriesNames.h"
+#include "text_rows/TextFields.h"
+#include "text_rows/TimeText.h"
+#include "text_rows/ToolContext.h"
+#include "series/ESeriesId.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <initializer_list>
+#include <limits>
+#include <optional>
+#include <ostream>
+#include <utility>
+
+namespace kalvento::tool {
+
+namespace {
+
+constexpr std::size_t S_peekedRows = 2000;
+constexpr std::int64_t S_daySeconds = 86400;
+
+std::string_view ExpectedOf(EColumnKind a_kind)
+{
+    switch (a_kind) {
+    case EWholeTime:
+        return "a time such as 2024-08-08 23:54:15.342, 2024-08-08T23:54:15Z, 20240808, 20240808235415 or seconds "
+               "since 1970 (--time-format for others)";
+    case EDatePart:
+        return "a date such as 2024-08-08, 20240808 or 08.08.2024 (--time-format for others)";
+    case EClockPart:
+        return "a time of day such as 23:54:15, 235415 or 23:54";
+    case ESymbol:
+        return "a symbol";
+    default:
+        return "a number such as 1234.5";
+    }
+}
+
+std::int64_t UnitSeconds(EInterval a_interval)
+{
+    switch (a_interval) {
+    case EIntervalSecond:
+        return 1;
+    case EIntervalMinute:
+        return 60;
+    case EIntervalHour:
+        return 3600;
+    default:
+        return 0;
+    }
+}
+
+/// The interval that candles have whose times are that many seconds apart.
+IntervalAndMultiplicity IntervalOfStep(std::int64_t a_seconds)
+{
+    constexpr std::array<std::pair<std::int64_t, EInterval>, 7> units = {{{365 * S_daySeconds, EIntervalYear},
+                                                                          {28 * S_daySeconds, EIntervalMonth},
+                                                                          {7 * S_daySeconds, EIntervalWeek},
+                                                                          {S_daySeconds, EIntervalDay},
+                                                                          {3600, EIntervalHour},
+                                                                          {60, EIntervalMinute},
+                                                                          {1, EIntervalSecond}}};
+    for (const auto& [seconds, interval] : units) {
+        // Months and years differ in length; shorter units divide evenly or aren't the unit.
+        const bool uneven = interval == EIntervalMonth || interval == EIntervalYear;
+        if (a_seconds < seconds || (!uneven && a_seconds % seconds != 0))
+            continue;
+        const IntervalAndMultiplicity found(interval, static_cast<unsigned int>(a_seconds / seconds));
+        if (found.IsValid())
+            return found;
+    }
+    return {EIntervalSecond, 1};
+}
+
+/// What a name on our side of --columns stands for.
+struct Role {
+    EColumnKind kind = ESkip;
+    ESeriesId series = static_cast<ESeriesId>(0);
+};
+
+std::optional<Role> RoleFromName(std::string_view a_name)
+{
+    if (a_name == "date")
+        return Role{EDatePart};
+    if (a_name == "clock")
+        return Role{EClockPart};
+    if (a_name == "symbol")
+        return Role{ESymbol};
+    const auto series = SeriesFromName(a_name);
+    if (!series)
+        return std::nullopt;
+    return *series == Time ? Role{EWholeTime} : Role{ESeries, *series};
+}
+
+[[noreturn]] void RefuseRole(const std::string& a_name)
+{
+    throw ToolError(EExitUsage,
+                    "--columns: " + Quote(a_name) +
+                        " is none of ours; accepted are time, date, clock, symbol, price, volume, open, "
+                        "high, low, close and the series keys (kurs, wolumen, lop, kupi, ...)");
+}
+
+bool IsNamed(const std::string& a_header, std::initializer_list<std::string_view> a_names)
+{
+    std::string small;
+    for (const char sign : a_header)
+        small += static_cast<char>(sign >= 'A' && sign <= 'Z' ? sign - 'A' + 'a' : sign);
+    return std::find(a_names.begin(), a_names.end(), small) != a_names.end();
+}
+
+/// The steps of TextShape::Find.
+class ShapeFinder {
+public:
+    ShapeFinder(LineBuffer& a_lines, const ReadOptions& a_options, ToolContext& a_context)
+        : m_lines(a_lines), m_options(a_options), m_context(a_context)
+    {}
+    void ReadShape();
+    TextShape TakeShape() { return std::move(m_shape); }
+
+private:
+    void FindDelimiter(std::string_view a_line);
+    void PlanColumns(const std::vector<Field>& a_header);
+    void PlanByPlaces(std::size_t a_count);
+    void AddSeriesColumn(ColumnPlan& a_plan, ESeriesId a_series);
+    void TakeSessionCandles();
+    void SortSeries();
+    void Peek();
+    void PlanInterval(std::int64_t a_smallestStep);
+
+    LineBuffer& m_lines;
+    const ReadOptions& m_options;
+    ToolContext& m_context;
+    TextShape m_shape;
+    std::vector<Field> m_fields;
+};
+
+void ShapeFinder::ReadShape()
+{
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (m_lines.GetBytes().starts_with(byteOrderMark))
+        m_lines.Skip(byteOrderMark.size());
+    while (m_lines.HaveLine()) {
+        const std::string_view text = m_lines.LineAt(m_lines.GetPlace());
+        if (text.find('\0') != std::string_view::npos)
+            m_lines.Fail(1,
+                         "found a zero byte, expected lines of text or a binary series block of version 1");
+        if (!text.empty() && text.front() != '#') {
+            FindDelimiter(text);
+            if (!SplitLine(text, m_shape.delimiter, m_fields))
+                m_lines.Fail(m_fields.back().column, "a quote is left open in the header line");
+            if (m_options.header) {
+                m_shape.header = text;
+                PlanColumns(m_fields);
+                m_lines.Advance(LineBuffer::Behind(text));
+            } else {
+                PlanByPlaces(m_fields.size());
+            }
+            SortSeries();
+            m_shape.layout.PlanFolds(m_options.folds, m_lines.GetSource().GetName());
+            Peek();
+            return;
+        }
+        m_lines.Advance(LineBuffer::Behind(text));
+    }
+    m_lines.Fail(1, "the input is empty; expected a header line such as time,price,volume");
+}
+
+void ShapeFinder::FindDelimiter(std::string_view a_line)
+{
+    m_shape.delimiter = m_options.delimiter;
+    if (m_shape.delimiter != 0)
+        return;
+    std::size_t most = 0;
+    m_shape.delimiter = ',';
+    // A semicolon goes before a comma, which may be a decimal sign where there is no header.
+    for (const char sign : {';', '\t', ',', '|'}) {
+        const auto count = static_cast<std::size_t>(std::count(a_line.begin(), a_line.end(), sign));
+        if (count > most) {
+            most = count;
+            m_shape.delimiter = sign;
+        }
+        if (count > 0 && sign == ';')
+            return;
+    }
+}
+
+void ShapeFinder::AddSeriesColumn(ColumnPlan& a_plan, ESeriesId a_series)
+{
+    if (m_shape.Has(a_series))
+        m_lines.Fail(1, "two columns mean " + ColumnName(a_series, false) + ", the second is " +
+                            Quote(a_plan.header) + "; choose one by --columns " +
+                            ColumnName(a_series, false) + "=NAME");
+    a_plan.kind = ESeries;
+    a_plan.place = m_shape.layout.series.size();
+    m_shape.layout.series.push_back(a_series);
+}
+
+void ShapeFinder::PlanColumns(const std::vector<Field>& a_header)
+{
+    m_shape.columns.resize(a_header.size());
+    for (std::size_t place = 0; place < m_shape.columns.size(); ++place)
+        m_shape.columns[place].header = a_header[place].text;
+
+    // What the user said comes first and takes its names away from the rest.
+    for (const auto& [ours, theirs] : m_options.columns) {
+        const auto role = RoleFromName(ours);
+        if (!role)
+            RefuseRole(ours);
+        const auto found =
+            std::find_if(m_shape.columns.begin(), m_shape.columns.end(),
+                         [&name = theirs](const ColumnPlan& a_plan) { return a_plan.header == name; });
+        if (found == m_shape.columns.end())
+            m_lines.Fail(1, "--columns: there is no column " + Quote(theirs) + " in the header " +
+                                Quote(m_shape.header));
+        found->kind = role->kind;
+        if (role->kind == ESeries)
+            AddSeriesColumn(*found, role->series);
+    }
+    const bool timeGiven = m_shape.Has(EWholeTime) || m_shape.Has(EDatePart);
+    const bool hasDate =
+        std::any_of(m_shape.columns.begin(), m_shape.columns.end(), [](const ColumnPlan& a_plan) {
+            return IsNamed(a_plan.header, {"date", "data", "<date>"});
+        });
+    const bool hasClock =
+        std::any_of(m_shape.columns.begin(), m_shape.columns.end(), [](const ColumnPlan& a_plan) {
+            return IsNamed(a_plan.header, {"time", "czas", "<time>", "clock"});
+        });
+    std::string skipped;
+    for (ColumnPlan& column : m_shape.columns) {
+        if (column.kind != ESkip)
+            continue;
+        const bool isSymbol =
+            m_options.symbolColumn.empty()
+                ? m_options.findSymbols && !m_shape.Has(ESymbol) &&
+                      IsNamed(column.header, {"symbol", "ticker", "<ticker>", "instrument", "papier"})
+                : column.header == m_options.symbolColumn;
+        if (isSymbol) {
+            column.kind = ESymbol;
+            continue;
+        }
+        const auto series = SeriesFromName(column.header);
+        if (series == Time) {
+            if (timeGiven)
+                continue;
+            const bool isDate = IsNamed(column.header, {"date", "data", "<date>"});
+            const bool isClock = IsNamed(column.header, {"time", "czas", "<time>", "clock"});
+            if (hasDate && hasClock && (isDate || isClock))
+                column.kind = isDate ? EDatePart : EClockPart;
+            else if (!m_shape.Has(EWholeTime))
+                column.kind = EWholeTime;
+            continue;
+        }
+        const bool taken = series && m_shape.Has(*series);
+        // A name that the user gave to another column is that column's.
+        const bool overruled = taken && std::any_of(m_options.columns.begin(), m_options.columns.end(),
+                                                    [&series](const auto& a_pair) {
+                                                        return SeriesFromName(a_pair.first) == series;
+                                                    });
+        if (series && !overruled)
+            AddSeriesColumn(column, *series);
+        else
+            skipped += (skipped.empty() ? "" : ", ") + column.header;
+    }
+    if (!m_options.symbolColumn.empty() && !m_shape.Has(ESymbol))
+        m_lines.Fail(1, "--symbol-column: there is no column " + Quote(m_options.symbolColumn) +
+                            " in the header " + Quote(m_shape.header));
+    if (!m_shape.Has(EWholeTime) && !m_shape.Has(EDatePart))
+        m_lines.Fail(1,
+                     "no column of times in the header " + Quote(m_shape.header) +
+                         "; expected a name such as time, date, timestamp or czas, or --columns time=NAME");
+    if (m_options.strict && !skipped.empty())
+        m_lines.Fail(1, "columns that mean nothing: " + skipped +
+                            "; name them by --columns, or leave --strict out to pass over them");
+    if (!skipped.empty() && !m_context.quiet)
+        m_context.err << "kalvento: " << m_lines.GetSource().GetName() << ": columns passed over: " << skipped
+                      << '\n';
+}
+
+void ShapeFinder::PlanByPlaces(std::size_t a_count)
+{
+    m_shape.columns.resize(a_count);
+    bool timed = false;
+    if (m_options.columns.empty())
+        throw ToolError(EExitUsage,
+                        "--no-header needs --columns with places, such as time=1,price=2,volume=3");
+    for (const auto& [ours, theirs] : m_options.columns) {
+        const auto role = RoleFromName(ours);
+        if (!role)
+            RefuseRole(ours);
+        std::size_t place = 0;
+        const auto [rest, error] = std::from_chars(theirs.data(), theirs.data() + theirs.size(), place);
+        if (error != std::errc() || rest != theirs.data() + theirs.size() || place == 0 || place > a_count)
+            throw ToolError(EExitUsage, "--columns: found " +
+                                            Quote(std::string(ours).append("=").append(theirs)) +
+                                            ", expected a place from 1 to " + std::to_string(a_count) +
+                                            ", since the input has no header");
+        ColumnPlan& column = m_shape.columns[place - 1];
+        if (column.kind != ESkip)
+            throw ToolError(EExitUsage, "--columns: the place " + theirs + " is given twice");
+        column.header = ours;
+        column.kind = role->kind;
+        timed = timed || role->kind == EWholeTime || role->kind == EDatePart;
+        if (role->kind == ESeries)
+            AddSeriesColumn(column, role->series);
+    }
+    if (!timed)
+        throw ToolError(EExitUsage, "--columns: needs the place of the time, such as time=1");
+}
+
+// A daily file names session values; where there is no other price they are the candle.
+void ShapeFinder::TakeSessionCandles()
+{
+    constexpr std::array<std::pair<ESeriesId, ESeriesId>, 4> pairs = {
+        {{Open, IntervalOpen}, {Max, IntervalMax}, {Min, IntervalMin}, {Close, Price}}};
+    for (const auto& [session, candle] : pairs) {
+        if (!m_shape.Has(session) || m_shape.Has(candle))
+            return;
+    }
+    for (const auto& [session, candle] : pairs)
+        std::replace(m_shape.layout.series.begin(), m_shape.layout.series.end(), session, candle);
+}
+
+void ShapeFinder::SortSeries()
+{
+    TakeSessionCandles();
+    const std::vector<ESeriesId> found = m_shape.layout.series;
+    std::sort(m_shape.layout.series.begin(), m_shape.layout.series.end());
+    if (!m_shape.Has(Price))
+        m_lines.Fail(1, "no column of prices" +
+                            (m_shape.header.empty() ? "" : " in the header " + Quote(m_shape.header)) +
+                            "; expected a name such as price, close, last or kurs, or --columns price=NAME");
+    const int candleColumns =
+        int{m_shape.Has(IntervalOpen)} + int{m_shape.Has(IntervalMax)} + int{m_shape.Has(IntervalMin)};
+    if (candleColumns != 0 && candleColumns != 3)
+        m_lines.Fail(1, "candles need all of open, high, low and close; found only some of them" +
+                            (m_shape.header.empty() ? "" : " in the header " + Quote(m_shape.header)));
+    m_shape.layout.interval = {EIntervalTick, 1};
+    for (std::size_t place = 0; place < m_shape.columns.size(); ++place) {
+        ColumnPlan& column = m_shape.columns[place];
+        if (column.kind == ESeries)
+            column.place =
+                static_cast<std::size_t>(std::lower_bound(m_shape.layout.series.begin(),
+                                                          m_shape.layout.series.end(), found[column.place]) -
+                                         m_shape.layout.series.begin());
+        column.expected = ExpectedOf(column.kind);
+        if (column.kind != ESkip)
+            m_shape.columnsNeeded = place + 1;
+        if (column.kind == ESymbol)
+            m_shape.layout.hasSymbols = true;
+    }
+}
+
+// Looks through the first rows without taking them: the decimal sign and the step of the candles show there.
+void ShapeFinder::Peek()
+{
+    bool comma = false;
+    std::int64_t smallest = std::numeric_limits<std::int64_t>::max();
+    std::optional<std::int64_t> before;
+    m_lines.HaveLine();
+    const char* place = m_lines.GetPlace();
+    for (std::size_t row = 0; row < S_peekedRows && place < m_lines.GetEnd(); ++row) {
+        const std::string_view text = m_lines.LineAt(place);
+        place = LineBuffer::Behind(text);
+        if (text.empty() || text.front() == '#' || !SplitLine(text, m_shape.delimiter, m_fields) ||
+            m_fields.size() < m_shape.columnsNeeded)
+            continue;
+        WallTime time;
+        bool timed = true;
+        for (std::size_t column = 0; column < m_shape.columnsNeeded; ++column) {
+            const std::string& field = m_fields[column].text;
+            if (m_shape.columns[column].kind == ESeries && field.find('.') == std::string::npos)
+                comma = comma || std::count(field.begin(), field.end(), ',') == 1;
+            if (m_shape.columns[column].kind == EDatePart) {
+                const auto days = ParseDateText(field);
+                timed = timed && days;
+                time.seconds += days.value_or(0) * S_daySeconds;
+            } else if (m_shape.columns[column].kind == EClockPart) {
+                const auto clock = ParseClockText(field);
+                timed = timed && clock;
+                time.seconds += clock.value_or(WallTime()).seconds;
+            } else if (m_shape.columns[column].kind == EWholeTime) {
+                const auto whole = m_options.timeFormat.empty()
+                                       ? ParseTimeText(field)
+                                       : ParseTimeByFormat(field, m_options.timeFormat);
+                timed = timed && whole;
+                time.seconds += whole.value_or(WallTime()).seconds;
+            }
+        }
+        if (!timed)
+            continue;
+        if (before && time.seconds > *before)
+            smallest = std::min(smallest, time.seconds - *before);
+        before = time.seconds;
+    }
+    m_shape.decimal = m_options.decimal != 0              ? m_options.decimal
+                      : comma && m_shape.delimiter != ',' ? ','
+                                                          : '.';
+    if (m_shape.decimal == m_shape.delimiter)
+        throw ToolError(EExitUsage, "the comma can't be both decimal sign and delimiter; give --delimiter");
+    PlanInterval(smallest);
+}
+
+void ShapeFinder::PlanInterval(std::int64_t a_smallestStep)
+{
+    const bool candles = m_shape.Has(IntervalOpen);
+    if (!m_options.inputInterval.empty()) {
+        std::string reason;
+        const auto given = ParseInterval(m_options.inputInterval, &reason);
+        if (!given)
+            throw ToolError(EExitUsage, "--input-interval: " + reason);
+        if (candles == given->IsSingleTick())
+            throw ToolError(EExitUsage, m_lines.GetSource().GetName() +
+                                            (candles ? ": holds candles" : ": holds ticks") +
+                                            ", which --input-interval " + m_options.inputInterval +
+                                            " doesn't fit; leave it out or give an interval of " +
+                                            (candles ? "candles such as 1min" : "tick"));
+        m_shape.layout.interval = *given;
+    } else if (candles) {
+        m_shape.layout.interval = a_smallestStep == std::numeric_limits<std::int64_t>::max()
+                                      ? IntervalAndMultiplicity(EIntervalSecond, 1)
+                                      : IntervalOfStep(a_smallestStep);
+    }
+    if (!m_options.stampedWithEnd)
+        return;
+    m_shape.stampShift =
+        UnitSeconds(m_shape.layout.interval.GetInterval()) * m_shape.layout.interval.GetMultiplicity();
+    if (m_shape.stampShift == 0)
+        throw ToolError(EExitUsage, "--input-stamp end: needs candles of seconds, minutes or hours, found " +
+                                        FormatInterval(m_shape.layout.interval));
+}
+
+} // namespace
+
+bool TextShape::Has(EColumnKind a_kind) const
+{
+    return std::any_of(columns.begin(), columns.end(),
+                       [a_kind](const ColumnPlan& a_plan) { return a_plan.kind == a_kind; });
+}
+
+TextShape TextShape::Find(LineBuffer& a_lines, const ReadOptions& a_options, ToolContext& a_context)
+{
+    ShapeFinder finder(a_lines, a_options, a_context);
+    finder.ReadShape();
+    return finder.TakeShape();
+}
+
+} // namespace kalvento::tool

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "text_rows/RowLayout.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kalvento::tool {
+
+class LineBuffer;
+struct ReadOptions;
+struct ToolContext;
+
+enum EColumnKind : std::uint8_t { ESkip, EWholeTime, EDatePart, EClockPart, ESymbol, ESeries };
+
+/// What one column of the file is to us.
+struct ColumnPlan {
+    EColumnKind kind = ESkip;
+    std::size_t place = 0; // of the series in the layout
+    std::string header;
+    std::string_view expected;
+};
+
+/// What the header and the first rows of a text tell about all of it.
+struct TextShape {
+    RowLayout layout;
+    char delimiter = ',';
+    char decimal = '.';
+    std::string header; ///< The line itself; empty where there is none.
+    std::vector<ColumnPlan> columns;
+    std::size_t columnsNeeded = 0; ///< Behind the last column that isn't skipped.
+    std::int64_t stampShift =
+        0; ///< By how many seconds candles are stamped late (ReadOptions::stampedWithEnd).
+
+    bool Has(EColumnKind a_kind) const;
+    bool Has(ESeriesId a_series) const { return layout.Has(a_series); }
+
+    /// Reads the header, which is gone through then, and looks through the first rows, which are not. Raises ToolError: what
+    /// isn't there or isn't clear is EExitBadData, what was asked for and doesn't fit EExitUsage.
+    static TextShape Find(LineBuffer& a_lines, const ReadOptions& a_options, ToolContext& a_context);
+};
+
+} // namespace kalvento::tool

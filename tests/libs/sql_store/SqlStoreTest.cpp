@@ -1,0 +1,385 @@
+#include "sql_store/SqlStore.h"
+
+#include "support/PostgresCluster.h"
+#include "support/SqlTestTools.h"
+#include "sql_store/SqlWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <netinet/in.h>
+#include <pqxx/pqxx>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <limits>
+#include <thread>
+
+namespace {
+
+// Every byte of a time and every bit of a value; NaNs are alike here, as they are in the database.
+std::string BytesOf(const History& a_rows)
+{
+    std::string bytes;
+    for (const NDateTime& time : a_rows.TimeSeries())
+        bytes.append(reinterpret_cast<const char*>(&time), sizeof time);
+    for (const auto& [id, column] : a_rows) {
+        bytes += std::to_string(id);
+        bytes.append(reinterpret_cast<const char*>(column.data()), column.size() * sizeof(double));
+    }
+    return bytes;
+}
+
+class SqlStoreTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        m_cluster = PostgresCluster::Get();
+        if (m_cluster == nullptr)
+            GTEST_SKIP() << "no PostgreSQL server here: install the package postgresql";
+        m_connection = m_cluster->NewDatabase();
+        m_writer = std::make_unique<SqlWriter>(m_connection);
+    }
+
+    std::unique_ptr<SqlStore> OpenStore(NotingListener& a_listener)
+    {
+        auto store = std::make_unique<SqlStore>(SqlAddress(m_connection), S_quick);
+        store->Open(a_listener);
+        EXPECT_TRUE(a_listener.WaitForRestored(1));
+        return store;
+    }
+
+    static constexpr SqlStore::Pauses S_quick{std::chrono::milliseconds(5), std::chrono::milliseconds(50)};
+    PostgresCluster* m_cluster = nullptr;
+    std::string m_connection;
+    std::unique_ptr<SqlWriter> m_writer;
+};
+
+} // namespace
+
+TEST_F(SqlStoreTest, RowsComeBackBitForBit)
+{
+    using Limits = std::numeric_limits<double>;
+    NDateTime withShare(2024, 2, 29, 12, 0, 0, 7);
+    NDateTime shifted = withShare;
+    shifted.ShiftMilliSec();
+    NDateTime moved(2024, 2, 29, 12, 0, 1, 0);
+    moved.ShiftSec(3600);
+    const std::vector<NDateTime> times = {NDateTime(100, 1, 1),
+                                          NDateTime(1899, 12, 29, 6, 0, 0, 5),
+                                          NDateTime(1970, 1, 1, 23, 59, 59, 0),
+                                          withShare,
+                                          shifted,
+                                          moved,
+                                          NDateTime::FromDouble(45418.75),
+                                          NDateTime(4095, 12, 31, 23, 59, 58, 0)};
+    const std::vector<double> prices = {0.1,
+                                        -0.0,
+                                        Limits::infinity(),
+                                        -Limits::infinity(),
+                                        Limits::quiet_NaN(),
+                                        Limits::denorm_min(),
+                                        Limits::max(),
+                                        1.0 / 3};
+    const std::vector<double> volumes = {1, 2, 3, 4, 5, 6, 7, 1e15 + 1};
+    const History rows(EIntervalTick, 1, std::vector(times), {{Price, prices}, {Volume, volumes}});
+    m_writer->CreateInstrument(TickInstrument("A"));
+    EXPECT_EQ(m_writer->AppendRows("A", 0, rows).count, rows.GetRecordsCount());
+
+    NotingListener listener;
+    const auto store = OpenStore(listener);
+    EXPECT_EQ(BytesOf(store->ReadRows("A", 0, 100)), BytesOf(rows));
+    EXPECT_EQ(store->ReadRows("A", 3, 5).TimeSeries(), std::vector(times.begin() + 3, times.begin() + 5));
+    EXPECT_EQ(store->ReadInstruments()[0].firstDay, NDateTime(100, 1, 1));
+    EXPECT_EQ(store->ReadInstruments()[0].lastDay, NDateTime(4095, 12, 31));
+    EXPECT_TRUE(store->ReadRows("no such", 0, 9).IsEmpty());
+    EXPECT_EQ(store->GetRowCount("no such"), 0U);
+    EXPECT_EQ(store->FindRow("no such", withShare), 0U);
+}
+
+TEST_F(SqlStoreTest, BulkLoadsAndPagesFitTogether)
+{
+    constexpr std::uint64_t count = 60'000; // more than a page
+    m_writer->CreateInstrument(TickInstrument("A"));
+    const History rows = RowsOf(0, count);
+    ASSERT_EQ(m_writer->AppendRows("A", 0, rows).count, count);
+    NotingListener listener;
+    const auto store = OpenStore(listener);
+    EXPECT_EQ(store->GetRowCount("A"), count);
+    EXPECT_EQ(BytesOf(store->ReadRows("A", 0, count)), BytesOf(rows));
+    EXPECT_EQ(BytesOf(store->ReadRows("A", 49'990, 50'010)), BytesOf(RowsOf(49'990, 50'010)));
+
+    // Where a time lies is what a search through all rows says.
+    const auto& times = rows.TimeSeries();
+    for (const NDateTime& time :
+         {times[0], times[1], times[19'999], times[20'000], times[40'123], times[count - 1],
+          NDateTime(2024, 5, 7), NDateTime(2024, 5, 6, 9, 0, 3, 5), NDateTime(2024, 5, 6, 9, 0, 3, 99),
+          NDateTime(2024, 5, 5), NDateTime(2030, 1, 1), NDateTime()}) {
+        SCOPED_TRACE(testing::Message() << time.ToDouble() << " " << time.GetMilliSec());
+        const auto found = std::lower_bound(times.begin(), times.end(), time);
+        EXPECT_EQ(store->FindRow("A", time), static_cast<std::uint64_t>(found - times.begin()));
+    }
+}
+
+TEST_F(SqlStoreTest, InstrumentsOperationsAndBooksComeBack)
+{
+    StoreInstrument instrument = TickInstrument(std::string("\0'\\\xE9\xFF", 5));
+    instrument.shortName = "\x9C\xB9";
+    instrument.groups = {L"Spółki", L"Indeks \"20\""};
+    instrument.series = {DSProp(Price, EAggrTypeOhlcLast, L"Kurs łączny", EPrecision2, EPrecision4),
+                         DSProp(Turnover)};
+    m_writer->CreateInstrument(instrument);
+    m_writer->CreateInstrument(instrument);
+
+    HistoryOperations operations;
+    ASSERT_TRUE(operations.Parse("7\n1,240506,1,0.333333333333\n2,240507,4,3\n"));
+    m_writer->SetOperations(instrument.isin, operations);
+    Offers offers;
+    offers.SetTime(NDateTime(2024, 5, 6, 9, 0, 1, 3));
+    offers.SetBuyIfChanged({10.5, 10.25});
+    offers.SetQSellIfChanged({100});
+    m_writer->SetOffers(instrument.isin, offers);
+
+    NotingListener listener;
+    const auto store = OpenStore(listener);
+    const auto found = store->ReadInstruments();
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].isin, instrument.isin);
+    EXPECT_EQ(found[0].shortName, instrument.shortName);
+    EXPECT_EQ(found[0].groups, instrument.groups);
+    EXPECT_EQ(found[0].series, instrument.series);
+    EXPECT_EQ(found[0].series.begin()->GetAggrType(), EAggrTypeOhlcLast);
+    EXPECT_EQ(found[0].series.begin()->GetLabel(), L"Kurs łączny");
+    EXPECT_EQ(found[0].series.begin()->GetMaxPrecision(), EPrecision4);
+    EXPECT_TRUE(found[0].live);
+    EXPECT_LT(found[0].lastDay, found[0].firstDay);
+
+    const HistoryOperations read = store->ReadOperations(instrument.isin);
+    EXPECT_EQ(read.Version(), 7);
+    ASSERT_EQ(read.end() - read.begin(), 2);
+    EXPECT_EQ((read.begin() + 1)->GetStoredFactor(), 3.0);
+    EXPECT_EQ(read.begin()->GetStoredFactor(), 0.333333333333);
+    EXPECT_EQ(read.begin()->GetDate(), operations.begin()->GetDate());
+
+    const auto book = store->ReadOffers(instrument.isin);
+    ASSERT_TRUE(book);
+    EXPECT_EQ(book->GetTime().value, offers.GetTime().value);
+    EXPECT_EQ(book->find(Bid2)->second.value, 10.25);
+    EXPECT_EQ(book->find(AskVolume1)->second.value, 100);
+    EXPECT_FALSE(book->find(Ask1)->second.IsSet());
+
+    EXPECT_TRUE(m_writer->RemoveInstrument(instrument.isin));
+    EXPECT_FALSE(m_writer->RemoveInstrument(instrument.isin));
+    EXPECT_FALSE(store->ReadOffers(instrument.isin));
+    EXPECT_TRUE(store->ReadInstruments().empty());
+    m_writer->CreateInstrument(instrument);
+    EXPECT_NE(store->ReadInstruments().at(0).generation, found[0].generation) << "its rows are others";
+}
+
+TEST_F(SqlStoreTest, ARepeatedAppendDoublesNothing)
+{
+    m_writer->CreateInstrument(TickInstrument("A"));
+    EXPECT_EQ(m_writer->AppendRows("A", 0, RowsOf(0, 10)).count, 10U);
+    EXPECT_EQ(m_writer->AppendRows("A", 0, RowsOf(0, 10)).count, 10U);
+    EXPECT_EQ(m_writer->AppendRows("A", 5, RowsOf(5, 15)).count, 15U);
+    EXPECT_EQ(m_writer->AppendRows("A", 2, RowsOf(2, 4)).count, 15U);
+
+    const History daily(std::set{ESeriesId::Price, Volume}, EIntervalDay, 1);
+    const struct {
+        const char* what;
+        const char* isin;
+        std::uint64_t position;
+        History rows;
+    } conflicts[] = {
+        {"another row there", "A", 14, RowsOf(15, 16)},
+        {"a gap", "A", 16, RowsOf(16, 17)},
+        {"a time that goes back", "A", 15, RowsOf(14, 15)},
+        {"another interval", "A", 15, daily},
+        {"other series", "A", 15, History(std::set{ESeriesId::Price}, EIntervalTick, 1)},
+        {"nobody", "B", 0, RowsOf(0, 1)},
+        {"a column too short", "A", 15,
+         History(EIntervalTick, 1, {TimeOfRow(15)}, {{ESeriesId::Price, {1.0}}, {Volume, {}}})},
+    };
+    for (const auto& conflict : conflicts) {
+        SCOPED_TRACE(conflict.what);
+        EXPECT_THROW(m_writer->AppendRows(conflict.isin, conflict.position, conflict.rows), SqlConflict);
+        EXPECT_EQ(m_writer->GetRowCount("A"), 15U);
+    }
+    StoreInstrument other = TickInstrument("A");
+    other.series.insert(DSProp(Lop));
+    EXPECT_THROW(m_writer->CreateInstrument(other), SqlConflict);
+}
+
+// Each appender numbers its row by what it believes is there; who comes second is refused and tries again. The reader goes
+// from what it has seen to what is there, as a subscription does.
+TEST_F(SqlStoreTest, RowsOfManyAppendersAreSeenInOrderAndOnce)
+{
+    constexpr std::uint64_t count = 300;
+    m_writer->CreateInstrument(TickInstrument("A"));
+    NotingListener listener;
+    const auto store = OpenStore(listener);
+    std::vector<std::thread> appenders;
+    appenders.reserve(4);
+    for (int appender = 0; appender < 4; ++appender) {
+        appenders.emplace_back([&] {
+            SqlWriter writer(m_connection);
+            for (std::uint64_t next = 0; (next = writer.GetRowCount("A")) < count;) {
+                History row = RowsOf(next, next + 1);
+                row.find(ESeriesId::Price)->second[0] =
+                    static_cast<double>(std::hash<std::thread::id>()(std::this_thread::get_id()) % 1000);
+                try {
+                    writer.AppendRows("A", next, row);
+                } catch (const SqlConflict&) {
+                    continue; // another one was faster
+                }
+            }
+        });
+    }
+    std::uint64_t seen = 0;
+    std::vector<double> volumes;
+    int told = 0;
+    while (seen < count) {
+        ASSERT_TRUE(listener.WaitUntil([&] { return listener.rowsAdded > told; })) << seen;
+        listener.WaitUntil([&] {
+            told = listener.rowsAdded;
+            return true;
+        });
+        const std::uint64_t there = store->GetRowCount("A");
+        const History rows = store->ReadRows("A", seen, there);
+        ASSERT_EQ(rows.GetRecordsCount(), there - seen);
+        volumes.insert(volumes.end(), rows.find(Volume)->second.begin(), rows.find(Volume)->second.end());
+        seen = there;
+    }
+    for (std::thread& appender : appenders)
+        appender.join();
+    EXPECT_EQ(volumes, RowsOf(0, count).find(Volume)->second);
+}
+
+TEST_F(SqlStoreTest, EveryStoreHearsOfAChange)
+{
+    NotingListener listeners[2];
+    const auto first = OpenStore(listeners[0]);
+    const auto second = OpenStore(listeners[1]);
+    m_writer->CreateInstrument(TickInstrument("A"));
+    for (NotingListener& listener : listeners) {
+        EXPECT_TRUE(listener.WaitUntil([&] { return listener.instrumentsChanged == 1; }));
+    }
+    m_writer->AppendRows("A", 0, RowsOf(0, 1));
+    for (NotingListener& listener : listeners) {
+        EXPECT_TRUE(listener.WaitUntil([&] { return listener.rowsAdded == 1 && listener.lastIsin == "A"; }));
+    }
+    m_writer->SetOffers("A", Offers());
+    for (NotingListener& listener : listeners) {
+        EXPECT_TRUE(listener.WaitUntil([&] { return listener.rowsAdded == 2; }));
+    }
+}
+
+TEST_F(SqlStoreTest, TerminalsThatStartAtOnceMakeTheTablesOnce)
+{
+    NotingListener listeners[6];
+    std::vector<std::unique_ptr<SqlStore>> stores;
+    for (NotingListener& listener : listeners) {
+        stores.push_back(std::make_unique<SqlStore>(SqlAddress(m_connection), S_quick));
+        stores.back()->Open(listener);
+    }
+    for (NotingListener& listener : listeners) {
+        EXPECT_TRUE(listener.WaitForRestored(1));
+    }
+    stores.clear();
+    for (const NotingListener& listener : listeners) {
+        EXPECT_EQ(listener.broken, 0);
+    }
+}
+
+TEST_F(SqlStoreTest, TablesOfAnotherVersionAreLeftAlone)
+{
+    m_writer->GetRowCount("A");
+    {
+        pqxx::connection connection(m_connection);
+        pqxx::nontransaction(connection).exec("UPDATE kalvento.state SET version = 77");
+    }
+    NotingListener listener;
+    SqlStore store(SqlAddress(m_connection), S_quick);
+    store.Open(listener);
+    EXPECT_TRUE(listener.WaitUntil([&] { return listener.broken == 1; }));
+    EXPECT_THROW(store.GetRowCount("A"), std::runtime_error);
+    store.Close();
+    EXPECT_EQ(listener.restored, 0);
+    EXPECT_NE(listener.reason.find(L"77"), std::wstring::npos);
+}
+
+TEST_F(SqlStoreTest, WhatChangedDuringABreakIsToldAfterIt)
+{
+    m_writer->CreateInstrument(TickInstrument("A"));
+    NotingListener listener;
+    const auto store = OpenStore(listener);
+    m_cluster->StopAtOnce();
+    EXPECT_TRUE(listener.WaitUntil([&] { return listener.broken == 1; }));
+    EXPECT_THROW(store->GetRowCount("A"), std::runtime_error);
+    m_cluster->Start();
+    ASSERT_TRUE(listener.WaitForRestored(2));
+    EXPECT_EQ(store->GetRowCount("A"), 0U);
+
+    // A read that fails for any reason is followed by Restored, so that whoever waits for it asks again.
+    pqxx::connection connection(m_connection);
+    pqxx::nontransaction(connection).exec("ALTER TABLE kalvento.instruments RENAME COLUMN row_count TO gone");
+    EXPECT_THROW(store->GetRowCount("A"), std::runtime_error);
+    ASSERT_TRUE(listener.WaitForRestored(3));
+    pqxx::nontransaction(connection).exec("ALTER TABLE kalvento.instruments RENAME COLUMN gone TO row_count");
+    EXPECT_TRUE(listener.WaitUntil([&] { return listener.broken == listener.restored - 1; }));
+}
+
+// A frozen server answers neither a statement nor a request to cancel it; only the end of the test's patience would tell.
+TEST_F(SqlStoreTest, ClosingDoesNotWaitForAServerThatHangs)
+{
+    m_writer->CreateInstrument(TickInstrument("A"));
+    NotingListener listener;
+    const auto store = OpenStore(listener);
+    store->GetRowCount("A");
+    m_cluster->Freeze();
+    std::atomic<bool> reading = false;
+    std::thread reader([&] {
+        reading = true;
+        reading.notify_all();
+        EXPECT_THROW(store->GetRowCount("A"), std::runtime_error);
+    });
+    reading.wait(false);
+    store->Close();
+    reader.join();
+    m_cluster->Thaw();
+    store->Open(listener);
+    EXPECT_TRUE(listener.WaitForRestored(2));
+}
+
+TEST_F(SqlStoreTest, ClosingDoesNotWaitForAConnection)
+{
+    // It takes connections and never says a word.
+    const int silent = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(::bind(silent, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(::listen(silent, 5), 0);
+    ASSERT_EQ(::getsockname(silent, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    NotingListener listener;
+    SqlStore store(
+        SqlAddress("host=127.0.0.1 connect_timeout=600 port=" + std::to_string(ntohs(address.sin_port))));
+    store.Open(listener);
+    const int accepted = ::accept(silent, nullptr, nullptr); // so it is on its way
+    store.Close();
+    EXPECT_EQ(listener.broken + listener.restored, 0);
+    ::close(accepted);
+    ::close(silent);
+}
+
+TEST(SqlStoreWithoutADatabaseTest, SaysSoAndHasNothing)
+{
+    NotingListener listener;
+    SqlStore store{SqlAddress("")};
+    store.Open(listener);
+    EXPECT_TRUE(listener.WaitUntil([&] { return listener.reason == L"nie wskazano bazy"; }));
+    EXPECT_TRUE(store.ReadInstruments().empty());
+}

@@ -1,0 +1,121 @@
+#include "text_rows/GrowingSource.h"
+
+#include "apps/kalvento/RunToolHere.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <sys/stat.h>
+
+using namespace kalvento::tool;
+using namespace std::chrono_literals;
+
+namespace {
+
+class GrowingSourceTest : public testing::Test {
+protected:
+    std::unique_ptr<GrowingSource> Open(const std::string& a_path)
+    {
+        return GrowingSource::Open(a_path, m_context);
+    }
+
+    static std::string ReadAll(GrowingSource& a_source)
+    {
+        std::string text;
+        char bytes[7]; // less than a line, so that lines come in pieces
+        while (const std::size_t count = a_source.Read(bytes, sizeof bytes))
+            text.append(bytes, count);
+        return text;
+    }
+
+    TestFolder m_folder;
+    std::istringstream m_in{"a,b\n1,2"};
+    std::ostringstream m_out;
+    ToolContext m_context{m_in, m_out, m_out};
+};
+
+} // namespace
+
+TEST_F(GrowingSourceTest, HalfALineWaitsForItsEnd)
+{
+    const auto source = Open(m_folder.Write("ticks", "time,price\n2024-01-0"));
+    EXPECT_EQ(ReadAll(*source), "time,price\n");
+    EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitTimeout);
+    m_folder.Append("ticks", "2 09:00,");
+    EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitTimeout);
+    m_folder.Append("ticks", "1.5\n2024");
+    EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitMore);
+    EXPECT_EQ(ReadAll(*source), "2024-01-02 09:00,1.5\n");
+    source->ReleaseLastLine();
+    EXPECT_EQ(ReadAll(*source), "2024\n");
+}
+
+TEST_F(GrowingSourceTest, AnAppendEndsTheWaiting)
+{
+    const auto source = Open(m_folder.Write("ticks", "a\n"));
+    EXPECT_EQ(ReadAll(*source), "a\n");
+    m_folder.Append("ticks", "b\n");
+    EXPECT_EQ(source->Wait(std::nullopt, -1), GrowingSource::EWaitMore);
+    EXPECT_EQ(ReadAll(*source), "b\n");
+}
+
+TEST_F(GrowingSourceTest, ACutFileIsReadAgain)
+{
+    const auto source = Open(m_folder.Write("ticks", "a\nlong line\nhalf"));
+    EXPECT_EQ(ReadAll(*source), "a\nlong line\n");
+    m_folder.Write("ticks", "x\ny\n");
+    EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitCut);
+    source->Restart();
+    EXPECT_EQ(ReadAll(*source), "x\ny\n");
+}
+
+TEST_F(GrowingSourceTest, AReplacedFileIsFinishedFirst)
+{
+    const auto source = Open(m_folder.Write("ticks", "a\nlast without end"));
+    EXPECT_EQ(ReadAll(*source), "a\n");
+    std::filesystem::rename(m_folder.Path("ticks"), m_folder.Path("ticks.1"));
+    EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitTimeout);
+    m_folder.Append("ticks.1", ", late\nmore");
+    m_folder.Write("ticks", "new\n");
+    EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitMore);
+    EXPECT_EQ(ReadAll(*source), "last without end, late\n");
+    // Nobody writes the end of "more" any longer.
+    EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitMore);
+    EXPECT_EQ(ReadAll(*source), "more\n");
+    EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitReplaced);
+    source->Restart();
+    EXPECT_EQ(ReadAll(*source), "new\n");
+}
+
+TEST_F(GrowingSourceTest, APipeEndsWithItsWriter)
+{
+    const std::string path = m_folder.Path("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    // Opened for both first, so that neither end waits for the other.
+    std::fstream writer(path);
+    const auto source = Open(path);
+    EXPECT_FALSE(source->IsFile());
+    EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitTimeout);
+    writer << "a\nhal" << std::flush;
+    EXPECT_EQ(source->Wait(std::nullopt, -1), GrowingSource::EWaitMore);
+    EXPECT_EQ(ReadAll(*source), "a\n");
+    writer.close();
+    EXPECT_EQ(source->Wait(std::nullopt, -1), GrowingSource::EWaitEnded);
+    source->ReleaseLastLine();
+    EXPECT_EQ(ReadAll(*source), "hal\n");
+}
+
+TEST_F(GrowingSourceTest, AStreamIsReadToItsEnd)
+{
+    const auto source = Open("-");
+    EXPECT_EQ(ReadAll(*source), "a,b\n");
+    EXPECT_EQ(source->Wait(std::nullopt, -1), GrowingSource::EWaitEnded);
+}
+
+TEST_F(GrowingSourceTest, WhatCannotBeFollowedIsRefused)
+{
+    EXPECT_THROW(Open(m_folder.Path("none")), ToolError);
+    EXPECT_THROW(Open(m_folder.Path("")), ToolError);
+    const auto endless = Open(m_folder.Write("ticks", std::string((1 << 24) + (1 << 20), 'x')));
+    EXPECT_THROW(endless->Wait(0ms, -1), ToolError);
+}
