@@ -2,7 +2,7 @@
 // a time, with scratch doubles, field pointers and a virtual window call a row; the copy is a memcpy of the 40 bytes a
 // row (time, price, volume) that folding has to read.
 #include "aggregation/Aggregator.h"
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 #include "bench/Pair.h"
 #include "series/DataSeriesSet.h"
 #include "series/History.h"

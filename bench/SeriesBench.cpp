@@ -1,7 +1,7 @@
 // A user opens an instrument: its block is read, cut to the days on the screen and written back. Beside each stands the
 // plain copying of the same bytes, since the ratio is what counts: a block costs little more than moving its memory.
 // The live row is the path of every tick that comes in; beside it stands a candle updated by hand.
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 #include "series/History.h"
 #include "series/Record.h"
 

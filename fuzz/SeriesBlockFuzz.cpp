@@ -1,6 +1,6 @@
 // Blocks come from files and from other programs: whatever the bytes say, reading them may refuse, and nothing that is
 // done with the set afterwards may leave its memory.
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 #include "series/History.h"
 #include "series/Record.h"
 #include "series/Synchronization.h"

@@ -1,4 +1,4 @@
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/Interruption.h"

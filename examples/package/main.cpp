@@ -1,4 +1,4 @@
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 #include "series/History.h"
 #include "series/Record.h"
 #include "time/NDateTime.h"

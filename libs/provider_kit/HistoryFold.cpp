@@ -1,6 +1,6 @@
 #include "provider_kit/HistoryFold.h"
 
-#include "aggregation/AggregatorTools.h"
+#include "folding/AggregatorTools.h"
 #include "platform/CodePage.h"
 #include "provider_kit/TickShape.h"
 #include "time/KalventoException.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 #include "history_operations/HistoryOperations.h"
 #include "series/DSProp.h"
 #include "series/DataSeriesSet.h"

@@ -1,4 +1,4 @@
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 #include "assets/Asset.h"
 #include "faults/FaultReport.h"
 #include "host/CallModule.h"

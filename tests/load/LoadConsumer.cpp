@@ -1,4 +1,4 @@
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 #include "assets/Asset.h"
 #include "load/LoadClock.h"
 #include "modules/ConsumerBase.h"

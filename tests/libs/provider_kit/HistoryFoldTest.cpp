@@ -1,7 +1,7 @@
 #include "provider_kit/HistoryFold.h"
 
 #include "StoreTestTools.h"
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 
 #include <gtest/gtest.h>
 

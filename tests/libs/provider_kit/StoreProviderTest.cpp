@@ -1,7 +1,7 @@
 #include "provider_kit/StoreProvider.h"
 
 #include "StoreTestTools.h"
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 #include "assets/AssetParams.h"
 #include "assets/AssetsGroup.h"
 #include "contract_kit/CheckingConsumer.h"

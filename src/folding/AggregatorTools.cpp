@@ -1,4 +1,4 @@
-#include "aggregation/AggregatorTools.h"
+#include "folding/AggregatorTools.h"
 
 #include "platform/CodePage.h"
 #include "time/KalventoException.h"

@@ -1,7 +1,7 @@
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 
 #include "aggregation/Aggregator.h"
-#include "aggregation/AggregatorTools.h"
+#include "folding/AggregatorTools.h"
 #include "platform/CodePage.h"
 #include "series/FieldAim.h"
 #include "series/History.h"

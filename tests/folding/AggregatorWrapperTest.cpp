@@ -1,6 +1,6 @@
-#include "aggregation/AggregatorWrapper.h"
+#include "folding/AggregatorWrapper.h"
 
-#include "aggregation/AggregatorTools.h"
+#include "folding/AggregatorTools.h"
 #include "platform/CodePage.h"
 #include "series/History.h"
 #include "series/SeriesTestTools.h"
