@@ -6,7 +6,7 @@ import shutil
 import sys
 import tempfile
 
-sys.path.insert(0, str(pathlib.Path(__file__).parents[2] / "support"))
+sys.path.insert(0, str(pathlib.Path(__file__).parents[3] / "testkit" / "support"))
 from watched_candles import Tool, Watched
 
 ticks, day = pathlib.Path(sys.argv[2]), sys.argv[3]

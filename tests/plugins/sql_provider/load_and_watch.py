@@ -5,7 +5,7 @@ import pathlib
 import sys
 import tempfile
 
-sys.path.insert(0, str(pathlib.Path(__file__).parents[2] / "support"))
+sys.path.insert(0, str(pathlib.Path(__file__).parents[3] / "testkit" / "support"))
 from watched_candles import Tool, Watched
 
 database = sys.argv[2]
