@@ -4,6 +4,7 @@
 #include "kalvento/OptionValues.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
+#include "series/Series.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/CandleFolder.h"
 #include "text_rows/IntervalNotation.h"
@@ -11,7 +12,6 @@
 #include "text_rows/RowReader.h"
 #include "text_rows/SeriesNames.h"
 #include "text_rows/TimeText.h"
-#include "series/ESeriesId.h"
 
 #include <CLI/CLI.hpp>
 #include <boost/json.hpp>
@@ -424,14 +424,7 @@ void ExplainRun::ExplainValues(Explanation& a_explanation)
     m_folder.Fold(rows, true, candles);
 
     const std::vector<ESeriesId>& series = m_folder.GetLayout().series;
-    std::vector<std::size_t> order;
-    for (const ESeriesId first : {IntervalOpen, IntervalMax, IntervalMin, Price})
-        if (const auto found = std::find(series.begin(), series.end(), first); found != series.end())
-            order.push_back(static_cast<std::size_t>(found - series.begin()));
-    for (std::size_t place = 0; place < series.size(); ++place)
-        if (std::find(order.begin(), order.end(), place) == order.end())
-            order.push_back(place);
-    for (const std::size_t place : order)
+    for (const std::size_t place : VeloTools::Series::ReadingOrder(series))
         a_explanation.origins.push_back(OriginOf(series[place], candles.columns[place].front(), span));
 }
 

@@ -5,13 +5,14 @@
 #include "kalvento/OptionValues.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
+#include "series/Series.h"
+#include "series/Synchronization.h"
 #include "text_rows/GrowingSource.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
-#include "series/Synchronization.h"
 #include "time/DateTimeTools.h"
 
 #include <CLI/CLI.hpp>
@@ -53,15 +54,10 @@ public:
                  ELiveFormat a_format, ToolContext& a_context)
         : m_target("", a_context), m_format(a_format), m_symbols(a_symbols), m_datesOnly(a_datesOnly)
     {
-        // The order in which people read a candle, then the rest by number.
-        for (const ESeriesId series : {IntervalOpen, IntervalMax, IntervalMin, Price})
-            if (std::find(a_series.begin(), a_series.end(), series) != a_series.end())
-                m_order.push_back(series);
-        for (const ESeriesId series : a_series)
-            if (std::find(m_order.begin(), m_order.end(), series) == m_order.end())
-                m_order.push_back(series);
-        for (const ESeriesId series : m_order)
-            m_names.push_back(ColumnName(series, true));
+        for (const std::size_t place : VeloTools::Series::ReadingOrder(a_series)) {
+            m_order.push_back(a_series[place]);
+            m_names.push_back(ColumnName(a_series[place], true));
+        }
         PrintHeader();
     }
 

@@ -1,12 +1,11 @@
 #include "kalvento/RowWriter.h"
 
 #include "kalvento/TextForms.h"
+#include "series/DataSeriesSet.h"
+#include "series/Series.h"
 #include "text_rows/OutputTarget.h"
 #include "text_rows/SeriesNames.h"
-#include "series/DataSeriesSet.h"
-#include "series/ESeriesId.h"
 
-#include <algorithm>
 #include <array>
 #include <boost/json.hpp>
 #include <cmath>
@@ -27,24 +26,11 @@ struct OutputColumn {
     std::string name;
 };
 
-// Candles lead with open, high, low, close, volume; ticks with price, volume; then the rest by number.
 std::vector<OutputColumn> OrderColumns(const RowLayout& a_layout)
 {
-    const bool candles = !a_layout.interval.IsSingleTick();
     std::vector<OutputColumn> columns;
-    const auto add = [&](ESeriesId a_series) {
-        const auto found = std::find(a_layout.series.begin(), a_layout.series.end(), a_series);
-        if (found != a_layout.series.end())
-            columns.push_back(
-                {static_cast<std::size_t>(found - a_layout.series.begin()), ColumnName(a_series, candles)});
-    };
-    constexpr std::array leading = {IntervalOpen, IntervalMax, IntervalMin, Price, Volume};
-    for (const ESeriesId series : leading)
-        add(series);
-    for (const ESeriesId series : a_layout.series) {
-        if (std::find(leading.begin(), leading.end(), series) == leading.end())
-            add(series);
-    }
+    for (const std::size_t place : VeloTools::Series::ReadingOrder(a_layout.series))
+        columns.push_back({place, ColumnName(a_layout.series[place], !a_layout.interval.IsSingleTick())});
     return columns;
 }
 

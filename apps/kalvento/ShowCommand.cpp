@@ -3,10 +3,10 @@
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
+#include "series/Series.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/OutputTarget.h"
 #include "text_rows/SeriesNames.h"
-#include "series/Series.h"
 #include "time/IntervalTranslator.h"
 
 #include <CLI/CLI.hpp>
@@ -30,18 +30,14 @@ struct ShowOptions {
 
 constexpr std::size_t S_flushAt = 1 << 16;
 
-/// Columns in the order in which people read them: open, high, low, close of a candle, then the rest by number.
 std::vector<DataSeriesSet::const_iterator> ReadingOrder(const DataSeriesSet& a_set)
 {
+    std::vector<ESeriesId> series;
+    for (const auto& [id, values] : a_set)
+        series.push_back(id);
     std::vector<DataSeriesSet::const_iterator> order;
-    for (const ESeriesId series : {IntervalOpen, IntervalMax, IntervalMin, Price})
-        if (const auto column = a_set.find(series); column != a_set.end())
-            order.push_back(column);
-    // Held against these few alone: a damaged count makes thousands of columns.
-    const auto leading = static_cast<std::ptrdiff_t>(order.size());
-    for (auto column = a_set.begin(); column != a_set.end(); ++column)
-        if (const auto end = order.begin() + leading; std::find(order.begin(), end, column) == end)
-            order.push_back(column);
+    for (const std::size_t place : VeloTools::Series::ReadingOrder(series))
+        order.push_back(a_set.begin() + static_cast<std::ptrdiff_t>(place));
     return order;
 }
 

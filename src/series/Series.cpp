@@ -102,6 +102,20 @@ bool IsVolumeSeries(ESeriesId a_seriesId)
     return std::ranges::find(S_volumeSeries, a_seriesId) != S_volumeSeries.end();
 }
 
+std::vector<std::size_t> ReadingOrder(std::span<const ESeriesId> a_series)
+{
+    std::vector<std::size_t> order;
+    for (const ESeriesId leading : {IntervalOpen, IntervalMax, IntervalMin, Price})
+        if (const auto found = std::ranges::find(a_series, leading); found != a_series.end())
+            order.push_back(static_cast<std::size_t>(found - a_series.begin()));
+    // Held against these few alone: a damaged count makes thousands of columns.
+    const std::vector<std::size_t> leading = order;
+    for (std::size_t place = 0; place < a_series.size(); ++place)
+        if (std::ranges::find(leading, place) == leading.end())
+            order.push_back(place);
+    return order;
+}
+
 bool CheckIfCSorOffersContainsGivenSeries(const std::set<ESeriesId>& a_series, ESeriesId a_seriesId)
 {
     return SetOrOffersContain(a_series, a_seriesId);

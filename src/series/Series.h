@@ -5,8 +5,11 @@
 #include "series/DSProp.h"
 #include "series/ESeriesId.h"
 
+#include <cstddef>
 #include <set>
+#include <span>
 #include <string_view>
+#include <vector>
 
 /// What holds for a series by its number alone. Any number may be asked, unlisted ones too; safe from any thread.
 namespace VeloTools::Series {
@@ -29,6 +32,10 @@ KALVENTO_API bool IsContinuousSeries(ESeriesId a_seriesId);
 /// Price-like series.
 KALVENTO_API bool IsValueSeries(ESeriesId a_seriesId);
 KALVENTO_API bool IsVolumeSeries(ESeriesId a_seriesId);
+
+/// Places of a_series in the order in which people read the columns of a candle: open, high, low, close, then the rest as
+/// they stand. Of a series that stands there twice only the first leads.
+KALVENTO_API std::vector<std::size_t> ReadingOrder(std::span<const ESeriesId> a_series);
 
 /// True when the set holds the series, and for every series of the offer table (Bid1 to AskOrders5) without a look at
 /// the set, since offers travel beside it.

@@ -51,6 +51,14 @@ TEST(SeriesTest, EveryNameFindsItsOwnSeries)
     EXPECT_EQ(nullptr, FindSeries(ESeriesId(56)));
 }
 
+TEST(SeriesTest, ACandleIsReadFromItsOpenToItsClose)
+{
+    const std::vector<ESeriesId> stored{Lop, Price, Volume, IntervalMin, IntervalOpen, Price, IntervalMax};
+    EXPECT_EQ((std::vector<std::size_t>{4, 6, 3, 1, 0, 2, 5}), ReadingOrder(stored));
+    EXPECT_EQ((std::vector<std::size_t>{1, 0}), ReadingOrder(std::vector<ESeriesId>{Volume, Price}));
+    EXPECT_TRUE(ReadingOrder({}).empty());
+}
+
 TEST(SeriesTest, OffersAreContainedInEverySet)
 {
     const std::set<ESeriesId> ids{Price, Indicator};
