@@ -26,7 +26,7 @@ sources() {
     if git rev-parse --is-inside-work-tree >/dev/null 2>&1; then
         git ls-files -- '*.h' '*.cpp'
     else
-        find src apps plugins tests bench fuzz examples -name '*.h' -o -name '*.cpp' 2>/dev/null
+        find src libs testkit plugins apps tests bench fuzz examples -name '*.h' -o -name '*.cpp' 2>/dev/null
     fi
 }
 
@@ -45,7 +45,7 @@ if [ "$tidy" -eq 1 ]; then
     step "clang-tidy"
     quietly cmake --preset dev -B build/dev
     if [ ${#files[@]} -eq 0 ]; then
-        mapfile -t files < <(sources | grep -E '^(src|apps|plugins|tests)/.*\.cpp$')
+        mapfile -t files < <(sources | grep -E '^(src|libs|testkit|plugins|apps|tests)/.*\.cpp$')
     fi
     # This compiler knows no unique symbols, so nor the option that goes without them.
     mkdir -p build/dev/tidy

@@ -1,6 +1,6 @@
 #include "console_consumer/CandleModel.h"
 
-#include "../../series/SeriesTestTools.h"
+#include "series/SeriesTestTools.h"
 #include "series/Synchronization.h"
 #include "support/MarketData.h"
 
