@@ -1,11 +1,11 @@
 #include "assets/Asset.h"
-#include "console_consumer/ConsoleOptions.h"
-#include "console_consumer/IMessageLine.h"
 #include "host/CallModule.h"
 #include "host/Host.h"
 #include "host/HostMediator.h"
 #include "host/IHostView.h"
+#include "host/IScreenModule.h"
 #include "host/MainThreadExecutor.h"
+#include "host/ScreenOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/Interruption.h"
 #include "kalvento/OptionValues.h"
@@ -13,8 +13,8 @@
 #include "modules/ProviderBase.h"
 #include "platform/CodePage.h"
 #include "platform/WidePath.h"
-#include "text_rows/TimeText.h"
 #include "settings/KalventoPaths.h"
+#include "text_rows/TimeText.h"
 #include "velo/Log.h"
 
 #include <CLI/CLI.hpp>
@@ -45,7 +45,7 @@ constexpr const char* S_consolePlugin = "console_consumer";
 
 struct WatchOptions {
     std::vector<std::string> symbols;
-    ConsoleOptions console;
+    host::ScreenOptions console;
     std::string provider;
     std::string pluginFolder;
     std::string folder;
@@ -71,7 +71,7 @@ class WatchView : public host::IHostView {
 public:
     explicit WatchView(ToolContext& a_context) : m_context(a_context) {}
 
-    void SetMessageLine(IMessageLine* a_line) { m_line = a_line; }
+    void SetMessageLine(host::IScreenModule* a_line) { m_line = a_line; }
     void ShowText(std::wstring_view a_text) override { Show(a_text); }
     void ShowNotification(std::wstring_view a_text) override { Show(a_text); }
 
@@ -85,7 +85,7 @@ private:
     }
 
     ToolContext& m_context;
-    IMessageLine* m_line = nullptr;
+    host::IScreenModule* m_line = nullptr;
 };
 
 /// Requests the host's exit when the user interrupts.
@@ -136,7 +136,7 @@ host::HostOptions MakeHostOptions(const WatchOptions& a_options)
     if (!a_options.database.empty())
         options.pluginOptions["sql_provider"]["Connection"] = a_options.database;
 
-    ConsoleOptions console = a_options.console;
+    host::ScreenOptions console = a_options.console;
     console.exitAtEnd = console.plain;
     console.Write(options.pluginOptions[S_consolePlugin]);
     return options;
@@ -299,7 +299,7 @@ void WaitForProviders(host::Host& a_host, const std::vector<ProviderBase*>& a_pr
 ConsumerBase& FindConsole(const host::Host& a_host)
 {
     for (ConsumerBase* consumer : a_host.GetConsumers())
-        if (dynamic_cast<IMessageLine*>(consumer) != nullptr)
+        if (dynamic_cast<host::IScreenModule*>(consumer) != nullptr)
             return *consumer;
     throw ToolError(EExitFailure, "the plug-in \"console_consumer\" doesn't run");
 }
@@ -328,7 +328,7 @@ void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options,
             throw ToolError(EExitNoInput, "no instrument \"" + symbol + "\" at any provider; " +
                                               NearNames(providers, symbol));
     }
-    a_view.SetMessageLine(a_options.console.plain ? nullptr : dynamic_cast<IMessageLine*>(&console));
+    a_view.SetMessageLine(a_options.console.plain ? nullptr : dynamic_cast<host::IScreenModule*>(&console));
     for (const auto& asset : assets)
         if (console.AddInstrument({}, *asset) == 0)
             throw ToolError(EExitNoInput, "the provider doesn't serve \"" + asset->GetShortName() + '"');

@@ -87,7 +87,7 @@ void EndAndTell(Watch& a_watch, std::wstring_view a_reason)
 
 } // namespace
 
-ConsoleConsumer::ConsoleConsumer(const ConsoleOptions& a_options, std::ostream& a_out)
+ConsoleConsumer::ConsoleConsumer(const kalvento::host::ScreenOptions& a_options, std::ostream& a_out)
     : ConsumerBase(EGenericModuleNone, L"Konsola", L""),
       m_options(a_options),
       m_out(a_out),

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "console_consumer/ConsoleOptions.h"
 #include "console_consumer/CursesScreen.h"
-#include "console_consumer/IMessageLine.h"
 #include "console_consumer/Watch.h"
+#include "host/IScreenModule.h"
+#include "host/ScreenOptions.h"
 #include "modules/ConsumerBase.h"
 #include "modules/RequestIdGenerator.h"
 #include "platform/UniqueFd.h"
@@ -26,10 +26,10 @@
 /// What providers deliver goes into the watch of its number on their thread; the main thread looks at the watches, at most
 /// twenty times a second. A thread of its own waits for keys, for time, and for data to be shown; it touches nothing but
 /// the executor.
-class ConsoleConsumer : public ConsumerBase, public IMessageLine {
+class ConsoleConsumer : public ConsumerBase, public kalvento::host::IScreenModule {
 public:
     /// a_out: where lines go; outlives the consumer.
-    ConsoleConsumer(const ConsoleOptions& a_options, std::ostream& a_out);
+    ConsoleConsumer(const kalvento::host::ScreenOptions& a_options, std::ostream& a_out);
     ~ConsoleConsumer() override;
 
     HICON GetTitleBarIconHandle() override { return nullptr; }
@@ -75,7 +75,7 @@ private:
     void Paint();
     WatchPtr Find(unsigned int a_requestId) const;
 
-    const ConsoleOptions m_options;
+    const kalvento::host::ScreenOptions m_options;
     std::ostream& m_out;
     RequestIdGenerator m_requestIds;
     const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true); // posted functions look whether it is

@@ -9,7 +9,8 @@ namespace {
 
 void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
 {
-    a_registry.AddConsumer(std::make_unique<ConsoleConsumer>(ConsoleOptions(a_options), std::cout));
+    a_registry.AddConsumer(
+        std::make_unique<ConsoleConsumer>(kalvento::host::ScreenOptions(a_options), std::cout));
 }
 
 } // namespace

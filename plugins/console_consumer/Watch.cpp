@@ -10,7 +10,7 @@
 #include <utility>
 
 std::unique_ptr<Watch> Watch::Make(const Asset& a_asset, IntervalAndMultiplicity a_interval,
-                                   const ConsoleOptions& a_options)
+                                   const kalvento::host::ScreenOptions& a_options)
 {
     if (!a_asset.IsProviderSet())
         return nullptr;
@@ -34,7 +34,7 @@ std::unique_ptr<Watch> Watch::Make(const Asset& a_asset, IntervalAndMultiplicity
 }
 
 Watch::Watch(const Asset& a_asset, const std::set<DSProp>& a_series, RequestParams a_request,
-             const ConsoleOptions& a_options)
+             const kalvento::host::ScreenOptions& a_options)
     : m_asset(a_asset),
       m_request(std::move(a_request)),
       m_options(a_options),

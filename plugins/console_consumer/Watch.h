@@ -2,7 +2,7 @@
 
 #include "assets/Asset.h"
 #include "console_consumer/CandleModel.h"
-#include "console_consumer/ConsoleOptions.h"
+#include "host/ScreenOptions.h"
 #include "modules/RequestParams.h"
 #include "series/LatestRecords.h"
 #include "series/Offers.h"
@@ -43,7 +43,7 @@ public:
     /// Chooses what to ask for among what the provider offers for the asset: all kinds, in that interval or, where the
     /// provider only has coarser candles, in its own. Null where it offers nothing, or nothing that candles can be made of.
     static std::unique_ptr<Watch> Make(const Asset& a_asset, IntervalAndMultiplicity a_interval,
-                                       const ConsoleOptions& a_options);
+                                       const kalvento::host::ScreenOptions& a_options);
 
     const Asset& GetAsset() const { return m_asset; }
     const RequestParams& GetRequestParams() const { return m_request; }
@@ -61,12 +61,12 @@ public:
 
     bool HasEnded() const;
     Snapshot Look(std::size_t a_candleCount) const;
-    /// The lines that have come since the last call; only collected with ConsoleOptions::plain.
+    /// The lines that have come since the last call; only collected with ScreenOptions::plain.
     std::string TakeLines();
 
 private:
     Watch(const Asset& a_asset, const std::set<DSProp>& a_series, RequestParams a_request,
-          const ConsoleOptions& a_options);
+          const kalvento::host::ScreenOptions& a_options);
 
     void NotePrice(double a_price);
     void NoteTime(const NDateTime& a_time);
@@ -75,7 +75,7 @@ private:
 
     const Asset m_asset;
     const RequestParams m_request;
-    const ConsoleOptions m_options;
+    const kalvento::host::ScreenOptions m_options;
     int m_decimals = 2;
 
     mutable std::mutex m_mutex; // of all below

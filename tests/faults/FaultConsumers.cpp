@@ -177,7 +177,7 @@ private:
 
 class PrintingConsole : private std::ostringstream, public ConsoleConsumer {
 public:
-    explicit PrintingConsole(const ConsoleOptions& a_options)
+    explicit PrintingConsole(const kalvento::host::ScreenOptions& a_options)
         : ConsoleConsumer(a_options, static_cast<std::ostringstream&>(*this))
     {}
 };
@@ -186,7 +186,7 @@ void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
 {
     const std::uint64_t report = a_options["Report"];
     a_registry.AddConsumer(std::make_unique<FaultConsumer>(*std::bit_cast<FaultReport*>(report)));
-    ConsoleOptions console;
+    kalvento::host::ScreenOptions console;
     console.plain = console.book = console.trades = true;
     a_registry.AddConsumer(std::make_unique<PrintingConsole>(console));
 }

@@ -8,9 +8,9 @@
 
 namespace {
 
-ConsoleOptions PlainOptions()
+kalvento::host::ScreenOptions PlainOptions()
 {
-    ConsoleOptions options;
+    kalvento::host::ScreenOptions options;
     options.plain = true;
     options.interval = {EIntervalDay, 1};
     options.exitAtEnd = true;

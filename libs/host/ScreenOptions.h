@@ -6,8 +6,10 @@
 
 #include <string_view>
 
-/// What the plug-in is told at its start. An absent key leaves the default.
-struct ConsoleOptions {
+namespace kalvento::host {
+
+/// What a program tells a screen module at its start, as options of its plug-in. An absent key leaves the default.
+struct ScreenOptions {
     static constexpr std::string_view XML_INTERVAL_ID = "IntervalId";
     static constexpr std::string_view XML_MULTIPLICITY = "Multiplicity";
     static constexpr std::string_view XML_PLAIN = "Plain";
@@ -25,8 +27,8 @@ struct ConsoleOptions {
     bool exitAtEnd = false;    ///< Ends the host when all subscriptions have ended.
     unsigned int idleExit = 0; ///< Ends the host after so many seconds without data; 0: never.
 
-    ConsoleOptions() = default;
-    explicit ConsoleOptions(const Settings& a_settings)
+    ScreenOptions() = default;
+    explicit ScreenOptions(const Settings& a_settings)
     {
         const auto read = [&](std::string_view a_key, auto& a_value) {
             TakeSetting(a_settings, a_key, a_value);
@@ -59,3 +61,5 @@ struct ConsoleOptions {
         a_settings[XML_IDLE_EXIT] = idleExit;
     }
 };
+
+} // namespace kalvento::host
