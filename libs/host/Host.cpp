@@ -4,6 +4,7 @@
 #include "host/MainThreadExecutor.h"
 #include "host/ModuleDirectory.h"
 #include "host/PluginLoader.h"
+#include "host/WindowlessMediator.h"
 #include "modules/PluginBase.h"
 
 #include <utility>
@@ -14,7 +15,7 @@ Host::Host(IHostView& a_view, HostOptions a_options)
     : Host(a_view, std::move(a_options),
            [](IHostView& view, std::shared_ptr<MainThreadExecutor> executor,
               std::shared_ptr<ModuleDirectory> directory) {
-               return std::make_shared<HostMediator>(view, std::move(executor), std::move(directory));
+               return std::make_shared<WindowlessMediator>(view, std::move(executor), std::move(directory));
            })
 {}
 

@@ -25,9 +25,9 @@ public:
     using MakeMediator = std::function<std::shared_ptr<HostMediator>(
         IHostView&, std::shared_ptr<MainThreadExecutor>, std::shared_ptr<ModuleDirectory>)>;
 
-    /// Makes the mediator and makes it known (PluginBase::Init). The view outlives the host.
+    /// Makes a mediator without windows and makes it known (PluginBase::Init). The view outlives the host.
     Host(IHostView& a_view, HostOptions a_options);
-    /// The same with a mediator of the program's own.
+    /// The same with a mediator of the program's own, such as one with windows.
     Host(IHostView& a_view, HostOptions a_options, const MakeMediator& a_makeMediator);
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;

@@ -3,7 +3,6 @@
 #include "host/IHostView.h"
 #include "host/MainThreadExecutor.h"
 #include "host/ModuleDirectory.h"
-#include "modules/IGeneralSettings.h"
 #include "modules/ProviderBase.h"
 
 #include <string>
@@ -11,26 +10,10 @@
 
 namespace kalvento::host {
 
-namespace {
-
-// What there is to say of windows where there are none.
-class NoWindowsSettings : public IGeneralSettings {
-public:
-    int GetWindowMargin() const override { return 0; }
-    std::uint32_t GetFlashTime() const override { return 0; }
-};
-
-} // namespace
-
 HostMediator::HostMediator(IHostView& a_view, std::shared_ptr<MainThreadExecutor> a_executor,
                            std::shared_ptr<ModuleDirectory> a_directory)
-    : m_view(a_view),
-      m_executor(std::move(a_executor)),
-      m_directory(std::move(a_directory)),
-      m_generalSettings(std::make_unique<NoWindowsSettings>())
+    : m_view(a_view), m_executor(std::move(a_executor)), m_directory(std::move(a_directory))
 {}
-
-HostMediator::~HostMediator() = default;
 
 ProviderBase* HostMediator::GetProviderByName(std::wstring_view a_name)
 {
@@ -151,82 +134,5 @@ std::optional<int> HostMediator::GetExitCode() const
     const std::lock_guard lock(m_mutex);
     return m_exitCode;
 }
-
-KalventoWindow* HostMediator::GetActiveWindow()
-{
-    return nullptr;
-}
-
-void HostMediator::WindowActivationChanged(KalventoWindow* /*a_window*/, bool /*a_active*/,
-                                           bool /*a_byDeactivation*/)
-{}
-
-void HostMediator::RefreshRibbonContext() {}
-
-void HostMediator::RefreshRibbonContextCaption() {}
-
-COLORREF HostMediator::GetSkinColor(int /*a_index*/)
-{
-    return 0;
-}
-
-std::shared_ptr<Settings> HostMediator::GetWindowTemplate(const ModuleWndBase* /*a_window*/)
-{
-    return nullptr;
-}
-
-bool HostMediator::TemplateExists(IGenericModule* /*a_module*/, const std::wstring& /*a_guid*/)
-{
-    return false;
-}
-
-const IGeneralSettings& HostMediator::GetGeneralSettings()
-{
-    return *m_generalSettings;
-}
-
-IChooseAssetDlgFactory* HostMediator::GetChooseAssetDlgFactory()
-{
-    return nullptr;
-}
-
-CCmdTarget* HostMediator::GetCmdTarget(ConsumerBase* /*a_consumer*/)
-{
-    return nullptr;
-}
-
-bool HostMediator::IsActiveView(CWnd* /*a_window*/)
-{
-    return false;
-}
-
-CWnd* HostMediator::GetActiveView()
-{
-    return nullptr;
-}
-
-void HostMediator::InstrumentAddedFromQuickDialog(const Asset& /*a_asset*/) {}
-
-void HostMediator::WindowResized(ModuleWndBase* /*a_window*/) {}
-
-bool HostMediator::WindowsFollowActiveView()
-{
-    return false;
-}
-
-bool HostMediator::IsDesktopChanging()
-{
-    return false;
-}
-
-bool HostMediator::IsWindowInView(KalventoWindow* /*a_window*/)
-{
-    return false;
-}
-
-void HostMediator::DesktopChanged() {}
-
-void HostMediator::ShowContextMenu(IKalventoContextMenu* /*a_menu*/, CPoint /*a_point*/, CWnd* /*a_parent*/)
-{}
 
 } // namespace kalvento::host

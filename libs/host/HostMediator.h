@@ -12,15 +12,14 @@ class IHostView;
 class MainThreadExecutor;
 class ModuleDirectory;
 
-/// The mediator of a host without windows. What providers tell and what is to be shown hops to the main thread and goes to
-/// the view there; the questions about windows answer that there are none. A host with windows derives from it and
-/// overrides these. Threads as IAppMediator says.
+/// What the mediators of all hosts have in common: it finds modules, what providers tell and what is to be shown hops to
+/// the main thread and goes to the view there, and so does the exit. What concerns windows is left to WindowlessMediator,
+/// and to the mediator of a host with windows. Threads as IAppMediator says.
 class HostMediator : public IAppMediator {
 public:
     /// On the main thread. The view is not owned; it is called no more once the executor is closed.
     HostMediator(IHostView& a_view, std::shared_ptr<MainThreadExecutor> a_executor,
                  std::shared_ptr<ModuleDirectory> a_directory);
-    ~HostMediator() override;
 
     /// From the end of its Init on a module is found.
     ProviderBase* GetProviderByName(std::wstring_view a_name) override;
@@ -45,28 +44,6 @@ public:
     /// Empty until RequestExit. Any thread.
     std::optional<int> GetExitCode() const;
 
-    // There are no windows.
-    KalventoWindow* GetActiveWindow() override;
-    void WindowActivationChanged(KalventoWindow* a_window, bool a_active, bool a_byDeactivation) override;
-    void RefreshRibbonContext() override;
-    void RefreshRibbonContextCaption() override;
-    /// Black.
-    COLORREF GetSkinColor(int a_index) override;
-    std::shared_ptr<Settings> GetWindowTemplate(const ModuleWndBase* a_window) override;
-    bool TemplateExists(IGenericModule* a_module, const std::wstring& a_guid) override;
-    const IGeneralSettings& GetGeneralSettings() override;
-    IChooseAssetDlgFactory* GetChooseAssetDlgFactory() override;
-    CCmdTarget* GetCmdTarget(ConsumerBase* a_consumer) override;
-    bool IsActiveView(CWnd* a_window) override;
-    CWnd* GetActiveView() override;
-    void InstrumentAddedFromQuickDialog(const Asset& a_asset) override;
-    void WindowResized(ModuleWndBase* a_window) override;
-    bool WindowsFollowActiveView() override;
-    bool IsDesktopChanging() override;
-    bool IsWindowInView(KalventoWindow* a_window) override;
-    void DesktopChanged() override;
-    void ShowContextMenu(IKalventoContextMenu* a_menu, CPoint a_point, CWnd* a_parent) override;
-
 protected:
     IHostView& GetView() const { return m_view; }
     MainThreadExecutor& GetExecutor() const { return *m_executor; }
@@ -79,7 +56,6 @@ private:
     IHostView& m_view;
     const std::shared_ptr<MainThreadExecutor> m_executor;
     const std::shared_ptr<ModuleDirectory> m_directory;
-    const std::unique_ptr<IGeneralSettings> m_generalSettings;
     bool m_hasExited = false; // main thread only
 
     mutable std::mutex m_mutex; // of all below
