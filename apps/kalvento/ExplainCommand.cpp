@@ -32,8 +32,6 @@ namespace {
 
 constexpr std::size_t S_rowsAtOnce = 65536;
 constexpr std::int64_t S_daySeconds = 86400;
-// No class of windows counts further: seconds of a day.
-constexpr int S_greatestWindow = 86400;
 
 struct ExplainOptions {
     ReadOptions read;
@@ -165,14 +163,7 @@ public:
     }
 
     /// The window's number as its class counts them: of the day, of the year, or of the years.
-    std::optional<int> NumberOf(const NDateTime& a_time) const
-    {
-        const NDateTime begin = BeginOf(a_time);
-        for (int number = 0; number <= S_greatestWindow; ++number)
-            if (m_window->GetBeginingOfWindowTime(begin, number) == begin)
-                return number;
-        return std::nullopt;
-    }
+    int NumberOf(const NDateTime& a_time) const { return m_window->GetWindowNumber(a_time); }
     NDateTime BorderOf(const NDateTime& a_begin, int a_number) const
     {
         return m_window->GetBorderOfWindowTime(a_begin, a_number);
@@ -500,15 +491,14 @@ std::string ExplainRun::WindowText(const Explanation& a_explanation) const
                " of the day (from 0), " + ShownCount(m_options.interval.GetMultiplicity()) +
                " ticks at most, counted anew each day";
     const NDateTime begin = m_windows->BeginOf(a_explanation.at);
-    std::string text = "begin " + FormatTime(begin);
-    if (const auto number = m_windows->NumberOf(a_explanation.at)) {
-        text = "number " + std::to_string(*number) +
-               (m_options.interval.GetInterval() < EIntervalDay    ? " of the day"
-                : m_options.interval.GetInterval() < EIntervalYear ? " of the year"
-                                                                   : " of the years") +
-               " (from 0), " + text + ", border " + FormatTime(m_windows->BorderOf(begin, *number));
-    }
-    return text;
+    const int number = m_windows->NumberOf(begin);
+    std::string text = "number " + std::to_string(number);
+    if (m_options.interval.GetInterval() < EIntervalDay)
+        text += " of the day";
+    else
+        text += m_options.interval.GetInterval() < EIntervalYear ? " of the year" : " of the years";
+    return text + " (from 0), begin " + FormatTime(begin) + ", border " +
+           FormatTime(m_windows->BorderOf(begin, number));
 }
 
 std::string ExplainRun::RowTable(const Span& a_span) const
@@ -585,10 +575,9 @@ std::string ExplainRun::Json(const Explanation& a_explanation) const
     } else {
         const NDateTime begin = m_windows->BeginOf(a_explanation.at);
         window["begin"] = FormatTime(begin);
-        if (const auto number = m_windows->NumberOf(a_explanation.at)) {
-            window["number"] = *number;
-            window["border"] = FormatTime(m_windows->BorderOf(begin, *number));
-        }
+        const int number = m_windows->NumberOf(begin);
+        window["number"] = number;
+        window["border"] = FormatTime(m_windows->BorderOf(begin, number));
     }
     object["window"] = std::move(window);
     object["row_count"] = span.end - span.begin;

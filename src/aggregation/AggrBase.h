@@ -19,8 +19,9 @@ public:
     AggrBase(const AggrBase&) = delete;
     AggrBase& operator=(const AggrBase&) = delete;
 
-    /// Bounds of the window in which a_time lies, from a_time alone. Either pointer may be null and is then skipped.
-    virtual void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const = 0;
+    /// Bounds of the window in which a_time lies, from a_time alone. Either pointer may be null and is then skipped. The
+    /// end is the window's border, except for months: there it is the last day, and the border the first of that month.
+    virtual void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const;
     /// True if a_time lies in the open window. If not, its window becomes the open one. The only operation that changes
     /// the open window. The first time after the start or a reset always opens a window.
     virtual bool IsInCurrentWindow(const NDateTime& a_time) = 0;
@@ -31,6 +32,9 @@ public:
     virtual NDateTime GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const = 0;
     /// First instant after a window; raises KalventoException for intervals of a day and longer, and for ticks.
     virtual NDateTime GetBeginingOfNextWindowTime(const NDateTime& a_time, int a_window) const = 0;
+    /// The number of the window in which a_time lies, from a_time alone: counted from 0 at midnight, at 1 January or at
+    /// year 0. With a_time it names the window to the three operations above. Raises KalventoException for ticks.
+    virtual int GetWindowNumber(const NDateTime& a_time) const = 0;
 
 protected:
     friend class Aggregator;

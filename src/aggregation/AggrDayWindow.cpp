@@ -14,18 +14,9 @@ AggrDayWindow::AggrDayWindow(unsigned short a_multiplicity, EAggrTimeResult a_ti
                                 "Wyjątek AggrDayWindow! Zbyt duża krotność interwału dziennego."_cp1250);
 }
 
-void AggrDayWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
+int AggrDayWindow::GetWindowNumber(const NDateTime& a_time) const
 {
-    const int window = WindowNumber(a_time.GetDayOfYear(), m_multiplicity);
-    if (a_begin != nullptr)
-        *a_begin = GetBeginingOfWindowTime(a_time, window);
-    if (a_end != nullptr)
-        *a_end = GetBorderOfWindowTime(a_time, window);
-}
-
-bool AggrDayWindow::IsInCurrentWindow(const NDateTime& a_time)
-{
-    return StaysInWindow(a_time, WindowNumber(a_time.GetDayOfYear(), m_multiplicity));
+    return WindowNumber(a_time.GetDayOfYear(), m_multiplicity);
 }
 
 NDateTime AggrDayWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const

@@ -6,11 +6,10 @@
 /// Made by AggrWindowsFactory only.
 class KALVENTO_API AggrDayWindow : public kalvento::internal::WindowOfYear {
 public:
-    void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const override;
-    bool IsInCurrentWindow(const NDateTime& a_time) override;
     NDateTime GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const override;
     NDateTime GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const override;
     NDateTime GetBeginingOfNextWindowTime(const NDateTime& a_time, int a_window) const override;
+    int GetWindowNumber(const NDateTime& a_time) const override;
 
 private:
     friend class AggrWindowsFactory;

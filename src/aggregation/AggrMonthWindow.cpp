@@ -26,23 +26,22 @@ AggrMonthWindow::AggrMonthWindow(unsigned short a_multiplicity, EAggrTimeResult 
 
 void AggrMonthWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
 {
-    const int window = WindowNumber(a_time.GetMonth(), m_multiplicity);
-    if (a_begin != nullptr)
-        *a_begin = GetBeginingOfWindowTime(a_time, window);
+    WindowOfYear::GetWindowLimits(a_time, a_begin, nullptr);
     if (a_end == nullptr)
         return;
 
     // The last day of the window's last month. The border of the same window is that month's first day: the two are
     // different things to their callers and must not be aligned.
-    const std::int64_t month = MonthNumber(std::int64_t{m_multiplicity} * (std::int64_t{window} + 1));
+    const std::int64_t behind = std::int64_t{GetWindowNumber(a_time)} + 1;
+    const std::int64_t month = MonthNumber(m_multiplicity * behind);
     const auto year = static_cast<std::int64_t>(a_time.GetYear());
     *a_end = month == 12 ? DateOf(year + 1, 1, 1) : DateOf(year, month + 1, 1);
     a_end->ShiftDays(-1);
 }
 
-bool AggrMonthWindow::IsInCurrentWindow(const NDateTime& a_time)
+int AggrMonthWindow::GetWindowNumber(const NDateTime& a_time) const
 {
-    return StaysInWindow(a_time, WindowNumber(a_time.GetMonth(), m_multiplicity));
+    return WindowNumber(a_time.GetMonth(), m_multiplicity);
 }
 
 NDateTime AggrMonthWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const

@@ -50,3 +50,9 @@ NDateTime AggrTickWindow::GetBeginingOfNextWindowTime(const NDateTime&, int) con
         "AggrTickWindow::GetBeginingOfNextWindowTime", __LINE__,
         "Wyjątek AggrSecondWindow! Niedopuszczalne wywołanie GetBeginingOfNextWindowTime."_cp1250);
 }
+
+int AggrTickWindow::GetWindowNumber(const NDateTime&) const
+{
+    throw KalventoException("AggrTickWindow::GetWindowNumber", __LINE__,
+                            "Wyjątek AggrTickWindow! Niedopuszczalne wywołanie GetWindowNumber."_cp1250);
+}

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-/// Windows of so many rows, counted anew from each change of the day. They have no bounds in time, so the four
-/// operations on bounds raise KalventoException, and only EFirstRecordTime and ELastRecordTime are accepted.
+/// Windows of so many rows, counted anew from each change of the day. They have no bounds in time, so the
+/// operations on bounds and numbers raise KalventoException, and only EFirstRecordTime and ELastRecordTime are accepted.
 /// Made by AggrWindowsFactory only.
 class KALVENTO_API AggrTickWindow : public AggrBase {
 public:
@@ -14,6 +14,7 @@ public:
     NDateTime GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const override;
     NDateTime GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const override;
     NDateTime GetBeginingOfNextWindowTime(const NDateTime& a_time, int a_window) const override;
+    int GetWindowNumber(const NDateTime& a_time) const override;
 
     /// Rows that the open window still takes, if they stay on its day.
     std::size_t RowsLeft() const { return static_cast<std::size_t>(m_multiplicity - 1 - m_tickCounter); }

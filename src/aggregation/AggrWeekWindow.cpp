@@ -51,29 +51,19 @@ void AggrWeekWindow::FillTables(unsigned int a_year) const
     }
 }
 
-int AggrWeekWindow::WeekOf(const NDateTime& a_time) const
-{
-    const std::size_t day = a_time.GetDayOfYear() - 1;
-    return m_weekByDay[day < S_days ? day : 0];
-}
-
 void AggrWeekWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
 {
     if (a_time.GetDayOfYear() - 1 >= S_days)
         throw KalventoException("AggrWeekWindow::GetWindowLimits", __LINE__,
                                 "Błędny indeks dnia w roku."_cp1250);
-    FillTables(static_cast<unsigned int>(a_time.GetYear()));
-    const int window = WeekOf(a_time) / m_multiplicity;
-    if (a_begin != nullptr)
-        *a_begin = GetBeginingOfWindowTime(a_time, window);
-    if (a_end != nullptr)
-        *a_end = GetBorderOfWindowTime(a_time, window);
+    AggrBase::GetWindowLimits(a_time, a_begin, a_end);
 }
 
-bool AggrWeekWindow::IsInCurrentWindow(const NDateTime& a_time)
+int AggrWeekWindow::GetWindowNumber(const NDateTime& a_time) const
 {
     FillTables(static_cast<unsigned int>(a_time.GetYear()));
-    return StaysInWindow(a_time, WeekOf(a_time) / m_multiplicity);
+    const std::size_t day = a_time.GetDayOfYear() - 1;
+    return m_weekByDay[day < S_days ? day : 0] / m_multiplicity;
 }
 
 NDateTime AggrWeekWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const

@@ -9,10 +9,10 @@
 class KALVENTO_API AggrWeekWindow : public kalvento::internal::WindowOfYear {
 public:
     void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const override;
-    bool IsInCurrentWindow(const NDateTime& a_time) override;
     NDateTime GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const override;
     NDateTime GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const override;
     NDateTime GetBeginingOfNextWindowTime(const NDateTime& a_time, int a_window) const override;
+    int GetWindowNumber(const NDateTime& a_time) const override;
 
 private:
     friend class AggrWindowsFactory;
@@ -20,7 +20,6 @@ private:
 
     /// Weeks of a year: number, first month and first day.
     void FillTables(unsigned int a_year) const;
-    int WeekOf(const NDateTime& a_time) const;
 
     // The tables of one year at a time; rebuilt for a row of another year.
     mutable std::vector<unsigned int> m_startMonthByWeek;

@@ -10,18 +10,14 @@ AggrYearWindow::AggrYearWindow(unsigned short a_multiplicity, EAggrTimeResult a_
     : AggrBase(a_multiplicity, a_timeResult)
 {}
 
-void AggrYearWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
+int AggrYearWindow::GetWindowNumber(const NDateTime& a_time) const
 {
-    const int window = static_cast<int>(a_time.GetYear() / m_multiplicity);
-    if (a_begin != nullptr)
-        *a_begin = GetBeginingOfWindowTime(a_time, window);
-    if (a_end != nullptr)
-        *a_end = GetBorderOfWindowTime(a_time, window);
+    return static_cast<int>(a_time.GetYear() / m_multiplicity);
 }
 
 bool AggrYearWindow::IsInCurrentWindow(const NDateTime& a_time)
 {
-    const int window = static_cast<int>(a_time.GetYear() / m_multiplicity);
+    const int window = GetWindowNumber(a_time);
     if (window == m_currentWindow)
         return true;
     m_currentWindow = window;

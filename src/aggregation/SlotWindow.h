@@ -15,18 +15,9 @@ namespace kalvento::internal {
 template<typename Window, int Slots>
 class SlotWindow : public AggrBase {
 public:
-    void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const override
-    {
-        const int window = WindowOf(a_time);
-        if (a_begin != nullptr)
-            *a_begin = GetBeginingOfWindowTime(a_time, window);
-        if (a_end != nullptr)
-            *a_end = GetBorderOfWindowTime(a_time, window);
-    }
-
     bool IsInCurrentWindow(const NDateTime& a_time) override
     {
-        const int window = WindowOf(a_time);
+        const int window = SlotWindow::GetWindowNumber(a_time);
         const int dayOfYear = static_cast<int>(a_time.GetDayOfYear());
         // The day of the year and not the date: a row exactly a year later counts as the same window. Candles stored
         // by earlier versions were folded this way and must stay reproducible.
@@ -47,6 +38,11 @@ public:
         return BeginOf(a_time, std::int64_t{a_window} + 1);
     }
 
+    int GetWindowNumber(const NDateTime& a_time) const override
+    {
+        return WindowOfSlot(EntryOrFirst(m_slotByPlace, Window::PlaceOf(a_time)), m_multiplicity);
+    }
+
 protected:
     SlotWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
         : AggrBase(a_multiplicity, a_timeResult)
@@ -57,11 +53,6 @@ protected:
     std::vector<int> m_slotByPlace; // by second, minute or hour of the day
 
 private:
-    int WindowOf(const NDateTime& a_time) const
-    {
-        return WindowOfSlot(EntryOrFirst(m_slotByPlace, Window::PlaceOf(a_time)), m_multiplicity);
-    }
-
     NDateTime BeginOf(const NDateTime& a_time, std::int64_t a_window) const
     {
         const std::int64_t first = FirstSlot(a_window, m_multiplicity);

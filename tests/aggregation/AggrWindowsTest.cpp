@@ -123,6 +123,47 @@ TEST(AggrWindowsTest, MembershipFollowsTheCalendarForAnyStreamOfTimes)
     }
 }
 
+TEST(AggrWindowsTest, NumberBeginAndBorderAreThoseOfTheWindowThatATimeIsIn)
+{
+    std::mt19937_64 random(7);
+    static constexpr unsigned short limits[] = {0, 0, 59, 59, 24, 365, 51, 11, 30};
+    for (std::uint32_t place = EIntervalSecond; place <= EIntervalYear; ++place) {
+        const auto interval = static_cast<EInterval>(place);
+        for (unsigned short multiplicity = 1; multiplicity <= limits[place]; ++multiplicity) {
+            const auto window = Window(interval, multiplicity);
+            for (int round = 0; round < 20; ++round) {
+                const NDateTime time =
+                    NDateTime::FromDouble(36526.0 + static_cast<double>(random() % 1'700'000'000) / 86400.0);
+                SCOPED_TRACE(std::to_string(place) + " x " + std::to_string(multiplicity) + " at " +
+                             Text(time));
+                const int number = window->GetWindowNumber(time);
+                ASSERT_EQ(number, plain::WindowNumber(interval, multiplicity, time));
+                NDateTime begin;
+                NDateTime end;
+                window->GetWindowLimits(time, &begin, &end);
+                ASSERT_EQ(window->GetBeginingOfWindowTime(time, number), begin);
+                ASSERT_EQ(window->GetWindowNumber(begin), number);
+                // Of months the border is the last one's first day.
+                NDateTime border = window->GetBorderOfWindowTime(time, number);
+                if (interval == EIntervalMonth) {
+                    ASSERT_EQ(border.GetDay(), 1U);
+                    ASSERT_EQ(border.GetMonth(), end.GetMonth());
+                } else
+                    ASSERT_EQ(border, end);
+                window->IsInCurrentWindow(begin);
+                ASSERT_TRUE(window->IsInCurrentWindow(time));
+                // The border of a short first week reaches into the next window.
+                if (interval != EIntervalWeek) {
+                    ASSERT_TRUE(window->IsInCurrentWindow(border));
+                    ASSERT_TRUE(window->IsInCurrentWindow(end));
+                }
+                begin.ShiftSec(-1);
+                ASSERT_FALSE(window->IsInCurrentWindow(begin));
+            }
+        }
+    }
+}
+
 TEST(AggrWindowsTest, ARowAYearLaterOnTheSameDayOfYearIsTheSameWindow)
 {
     const auto minutes = Window(EIntervalMinute, 5);
@@ -191,6 +232,9 @@ TEST(AggrWindowsTest, RefusedIntervalsAndCalls)
     EXPECT_EQ(
         message([] { Window(EIntervalTick, 1)->GetBorderOfWindowTime(NDateTime(), 0); }),
         "AggrTickWindow::GetBorderOfWindowTime - Wyjątek AggrSecondWindow! Niedopuszczalne wywołanie GetBorderOfWindowTime."_cp1250);
+    EXPECT_EQ(
+        message([] { Window(EIntervalTick, 1)->GetWindowNumber(NDateTime()); }),
+        "AggrTickWindow::GetWindowNumber - Wyjątek AggrTickWindow! Niedopuszczalne wywołanie GetWindowNumber."_cp1250);
     EXPECT_EQ(
         message([] { Window(EIntervalYear, 1)->GetBeginingOfNextWindowTime(NDateTime(), 0); }),
         "AggrYearWindow::GetBeginingOfNextWindowTime - Wyjątek AggrYearWindow! EOD w stylu MetaStocka agreguj z innym typem czasu niż EMetaStockWindowEnd."_cp1250);
