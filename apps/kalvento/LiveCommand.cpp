@@ -1,10 +1,10 @@
 #include "folding/AggregatorWrapper.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
-#include "kalvento/Interruption.h"
 #include "kalvento/OptionValues.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
+#include "platform/Interruption.h"
 #include "series/Series.h"
 #include "series/Synchronization.h"
 #include "text_rows/GrowingSource.h"
@@ -230,12 +230,12 @@ void LiveRun::Run()
                                         "text, and `kalvento candles` folds blocks");
     // Without following, the end of a file is the end; a pipe ends when its writer goes.
     const bool endsAtEnd = !m_options.follow && m_source->IsFile();
-    const Interruption interruption;
+    const internal::Interruption interruption;
     if (endsAtEnd)
         m_source->ReleaseLastLine();
     do
         TakeRows(endsAtEnd);
-    while (!endsAtEnd && WaitForMore(interruption.GetDescriptor()));
+    while (!endsAtEnd && WaitForMore(interruption.GetFd()));
     if (m_skipped > 0)
         Say(ShownCount(m_skipped) + " rows were earlier than rows before the restart and left out");
 }

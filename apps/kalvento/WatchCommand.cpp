@@ -7,11 +7,13 @@
 #include "host/MainThreadExecutor.h"
 #include "host/ScreenOptions.h"
 #include "kalvento/Commands.h"
-#include "kalvento/Interruption.h"
 #include "kalvento/OptionValues.h"
 #include "modules/ConsumerBase.h"
 #include "modules/ProviderBase.h"
 #include "platform/CodePage.h"
+#include "platform/Descriptors.h"
+#include "platform/Interruption.h"
+#include "platform/WakeUp.h"
 #include "platform/WidePath.h"
 #include "settings/KalventoPaths.h"
 #include "text_rows/TimeText.h"
@@ -21,7 +23,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
@@ -29,11 +30,8 @@
 #include <memory>
 #include <optional>
 #include <ostream>
-#include <poll.h>
 #include <string>
-#include <sys/eventfd.h>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -92,31 +90,27 @@ private:
 class ExitOnInterruption {
 public:
     explicit ExitOnInterruption(host::HostMediator& a_mediator)
-        : m_end(eventfd(0, EFD_CLOEXEC)), m_thread([this, &a_mediator] { Wait(a_mediator); })
+        : m_thread([this, &a_mediator] { Wait(a_mediator); })
     {}
     ExitOnInterruption(const ExitOnInterruption&) = delete;
     ExitOnInterruption& operator=(const ExitOnInterruption&) = delete;
     ~ExitOnInterruption()
     {
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const auto written = write(m_end, &one, sizeof(one));
+        m_end.Raise();
         m_thread.join();
-        close(m_end);
     }
 
 private:
     void Wait(host::HostMediator& a_mediator) const
     {
-        std::array<pollfd, 2> descriptors = {
-            {{m_interruption.GetDescriptor(), POLLIN, 0}, {m_end, POLLIN, 0}}};
-        while (poll(descriptors.data(), descriptors.size(), -1) < 0 && errno == EINTR) {
-        }
-        if (descriptors[0].revents != 0)
+        std::array<internal::Descriptors::Awaited, 2> awaited = {{{m_interruption.GetFd()}, {m_end.GetFd()}}};
+        internal::Descriptors::WaitForAny(awaited, std::nullopt);
+        if (awaited[0].isReady)
             a_mediator.RequestExit(EExitOk);
     }
 
-    const Interruption m_interruption;
-    const int m_end;
+    const internal::Interruption m_interruption;
+    internal::WakeUp m_end;
     std::thread m_thread;
 };
 

@@ -1,20 +1,21 @@
 #include "kalvento/Tool.h"
+#include "platform/StandardStreams.h"
 
-#include <csignal>
 #include <iostream>
 #include <string>
-#include <unistd.h>
 #include <vector>
+
+namespace StandardStreams = kalvento::internal::StandardStreams;
 
 int main(int a_count, char** a_arguments)
 {
     // A closed pipe then shows as a failed write, and the run can end without leaving a half-written file behind.
-    std::signal(SIGPIPE, SIG_IGN);
+    StandardStreams::IgnoreClosedPipes();
     std::ios::sync_with_stdio(false);
     std::cin.tie(nullptr);
 
     kalvento::tool::ToolContext context{std::cin, std::cout, std::cerr};
-    context.errIsTerminal = isatty(STDERR_FILENO) == 1;
-    context.outIsTerminal = isatty(STDOUT_FILENO) == 1;
+    context.errIsTerminal = StandardStreams::IsTerminal(StandardStreams::EErrors);
+    context.outIsTerminal = StandardStreams::IsTerminal(StandardStreams::EOutput);
     return kalvento::tool::RunTool(std::vector<std::string>(a_arguments + 1, a_arguments + a_count), context);
 }

@@ -1,28 +1,15 @@
 #include "host/MainThreadExecutor.h"
 
+#include "platform/Descriptors.h"
 #include "velo/LogAllExceptions.h"
 
-#include <poll.h>
-#include <sys/eventfd.h>
-
-#include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <memory>
-#include <system_error>
 #include <utility>
 
 namespace kalvento::host {
 
 namespace {
-
-int MakeEvent()
-{
-    const int event = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (event < 0)
-        throw std::system_error(errno, std::generic_category(), "eventfd");
-    return event;
-}
 
 void CallLogged(const std::function<void()>& a_function)
 {
@@ -33,20 +20,9 @@ void CallLogged(const std::function<void()>& a_function)
     }
 }
 
-// In milliseconds for poll, rounded up: rounded down, the last one would be spent looping.
-int TimeTo(std::optional<std::chrono::steady_clock::time_point> a_deadline)
-{
-    if (!a_deadline)
-        return -1;
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(*a_deadline - std::chrono::steady_clock::now());
-    constexpr std::chrono::milliseconds longest = std::chrono::hours(1); // then poll is called again
-    return static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), longest).count());
-}
-
 } // namespace
 
-MainThreadExecutor::MainThreadExecutor() : m_event(MakeEvent()) {}
+MainThreadExecutor::MainThreadExecutor() = default;
 
 MainThreadExecutor::~MainThreadExecutor()
 {
@@ -59,7 +35,7 @@ void MainThreadExecutor::Post(std::function<void()> a_function)
     if (m_closed)
         return;
     if (m_waiting.empty())
-        ::eventfd_write(m_event.Get(), 1);
+        m_event.Raise();
     m_waiting.push_back(std::move(a_function));
 }
 
@@ -108,8 +84,8 @@ bool MainThreadExecutor::RunOne()
             return false;
         function = std::move(m_waiting.front());
         m_waiting.pop_front();
-        if (eventfd_t count = 0; m_waiting.empty())
-            ::eventfd_read(m_event.Get(), &count);
+        if (m_waiting.empty())
+            m_event.Lower();
     }
     CallLogged(function);
     return true;
@@ -136,8 +112,8 @@ bool MainThreadExecutor::RunUntil(const std::function<bool()>& a_done,
             return false;
         if (RunOne())
             continue;
-        pollfd event{m_event.Get(), POLLIN, 0};
-        ::poll(&event, 1, TimeTo(a_deadline)); // a signal only ends the wait early
+        kalvento::internal::Descriptors::Awaited event{m_event.GetFd()};
+        kalvento::internal::Descriptors::WaitForAny({&event, 1}, a_deadline);
     }
 }
 
@@ -156,8 +132,8 @@ void MainThreadExecutor::Close()
     const std::lock_guard lock(m_mutex);
     m_closed = true;
     dropped.swap(m_waiting);
-    if (eventfd_t count = 0; !dropped.empty())
-        ::eventfd_read(m_event.Get(), &count);
+    if (!dropped.empty())
+        m_event.Lower();
 }
 
 } // namespace kalvento::host

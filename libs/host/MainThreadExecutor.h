@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/UniqueFd.h"
+#include "platform/WakeUp.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -45,7 +45,7 @@ public:
     }
 
     /// Readable as long as a function waits; for poll, or for a toolkit that watches descriptors. Not to be read from.
-    int GetFd() const { return m_event.Get(); }
+    int GetFd() const { return m_event.GetFd(); }
 
     // The rest is for the main thread.
 
@@ -67,9 +67,8 @@ private:
     bool RunOne();
 
     const std::thread::id m_mainThread = std::this_thread::get_id();
-    const kalvento::internal::UniqueFd
-        m_event;        // an eventfd, not zero exactly as long as m_waiting isn't empty
-    std::mutex m_mutex; // of all below
+    kalvento::internal::WakeUp m_event; // up exactly as long as m_waiting isn't empty
+    std::mutex m_mutex;                 // of all below
     std::condition_variable m_answered;
     std::deque<std::function<void()>> m_waiting;
     bool m_waitingEnded = false;

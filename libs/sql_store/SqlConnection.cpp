@@ -1,9 +1,9 @@
 #include "sql_store/SqlConnection.h"
 
-#include <libpq-fe.h>
-#include <poll.h>
+#include "platform/Descriptors.h"
 
-#include <algorithm>
+#include <libpq-fe.h>
+
 #include <array>
 #include <chrono>
 #include <string>
@@ -46,19 +46,14 @@ void SqlConnection::Policy::Connect(handle a_connection) const
     while (step != PGRES_POLLING_OK) {
         if (step == PGRES_POLLING_FAILED)
             throw pqxx::broken_connection(PQerrorMessage(a_connection));
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now())
-                .count();
-        if (left <= 0)
-            throw pqxx::broken_connection("The server does not answer in time");
-        const short events = step == PGRES_POLLING_READING ? POLLIN : POLLOUT;
-        std::array<pollfd, 2> waits{pollfd{PQsocket(a_connection), events, 0},
-                                    pollfd{m_interrupt->GetFd(), POLLIN, 0}};
-        ::poll(waits.data(), waits.size(), static_cast<int>(left));
+        std::array<kalvento::internal::Descriptors::Awaited, 2> awaited = {
+            {{PQsocket(a_connection), step != PGRES_POLLING_READING}, {m_interrupt->GetFd()}}};
+        const bool isInTime = kalvento::internal::Descriptors::WaitForAny(awaited, deadline);
         if (m_interrupt->IsInterrupted())
             throw pqxx::broken_connection("Interrupted");
-        if (waits[0].revents != 0)
-            step = PQconnectPoll(a_connection);
+        if (!isInTime)
+            throw pqxx::broken_connection("The server does not answer in time");
+        step = PQconnectPoll(a_connection);
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/UniqueFd.h"
+#include "platform/WakeUp.h"
 
 #include <atomic>
 #include <mutex>
@@ -11,13 +11,13 @@
 class SqlInterrupt {
 public:
     /// Raises std::system_error where the system has no more descriptors.
-    SqlInterrupt();
+    SqlInterrupt() = default;
 
     /// All that waits now or later with this object gives up at once.
     void Interrupt();
     bool IsInterrupted() const { return m_interrupted; }
     /// Becomes readable with Interrupt and stays so.
-    int GetFd() const { return m_wake.Get(); }
+    int GetFd() const { return m_wake.GetFd(); }
 
     /// From now on Interrupt shuts the socket down too, at once where it came before.
     void Add(int a_socket);
@@ -28,7 +28,7 @@ public:
     SqlInterrupt& operator=(const SqlInterrupt&) = delete;
 
 private:
-    kalvento::internal::UniqueFd m_wake;
+    kalvento::internal::WakeUp m_wake;
     std::atomic<bool> m_interrupted = false;
     std::mutex m_mutex;
     std::set<int> m_sockets;

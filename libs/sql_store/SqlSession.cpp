@@ -1,32 +1,20 @@
 #include "sql_store/SqlSession.h"
 
 #include "platform/CodePage.h"
+#include "platform/Descriptors.h"
 #include "provider_kit/DamagedData.h"
 #include "sql_store/SqlRowForm.h"
 #include "sql_store/SqlSchema.h"
 #include "velo/Log.h"
 
-#include <poll.h>
-#include <sys/eventfd.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace {
 
 constexpr std::size_t S_mostReaders = 4;
-
-int MakeEvent()
-{
-    const int event = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (event < 0)
-        throw std::system_error(errno, std::generic_category(), "eventfd");
-    return event;
-}
 
 } // namespace
 
@@ -52,7 +40,6 @@ SqlSession::SqlSession(SqlAddress a_address, SqlStore::Pauses a_pauses, IMarketS
       m_pauses(a_pauses),
       m_listener(a_listener),
       m_interrupt(std::make_shared<SqlInterrupt>()),
-      m_breakOff(MakeEvent()),
       m_pause(a_pauses.shortest)
 {
     m_thread = std::thread([this] { Run(); });
@@ -104,8 +91,7 @@ void SqlSession::Listen()
     SqlConnection connection(m_address, m_interrupt, SqlConnection::EReading);
     SqlSchema::Ensure(connection);
     // An event of the time before this connection says nothing about it.
-    eventfd_t before = 0;
-    ::eventfd_read(m_breakOff.Get(), &before);
+    m_breakOff.Lower();
     // First the listening, then all that is read: what comes in between is told twice and not missed.
     Receiver rows(connection, SqlSchema::S_channelRows);
     Receiver instruments(connection, SqlSchema::S_channelInstruments);
@@ -146,10 +132,10 @@ void SqlSession::Listen()
 
 void SqlSession::WaitForServer(int a_socket) const
 {
-    std::array<pollfd, 3> waits{pollfd{a_socket, POLLIN, 0}, pollfd{m_interrupt->GetFd(), POLLIN, 0},
-                                pollfd{m_breakOff.Get(), POLLIN, 0}};
-    ::poll(waits.data(), waits.size(), -1);
-    if (waits[2].revents != 0)
+    std::array<kalvento::internal::Descriptors::Awaited, 3> awaited = {
+        {{a_socket}, {m_interrupt->GetFd()}, {m_breakOff.GetFd()}}};
+    kalvento::internal::Descriptors::WaitForAny(awaited, std::nullopt);
+    if (awaited[2].isReady)
         throw std::runtime_error("Nie udało się odczytać danych z bazy"_cp1250);
 }
 
@@ -200,7 +186,7 @@ void SqlSession::SetConnected(bool a_connected)
 
 void SqlSession::BreakOff()
 {
-    ::eventfd_write(m_breakOff.Get(), 1);
+    m_breakOff.Raise();
 }
 
 std::unique_ptr<SqlConnection> SqlSession::TakeConnection(std::uint64_t& a_era)

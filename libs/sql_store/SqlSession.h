@@ -55,7 +55,7 @@ private:
     const SqlStore::Pauses m_pauses;
     IMarketStoreListener& m_listener;
     const std::shared_ptr<SqlInterrupt> m_interrupt;
-    const kalvento::internal::UniqueFd m_breakOff; // an event: a reading failed
+    kalvento::internal::WakeUp m_breakOff; // a reading failed
 
     std::mutex m_mutex;
     std::condition_variable m_changed;

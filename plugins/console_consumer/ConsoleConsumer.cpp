@@ -4,6 +4,8 @@
 #include "modules/ProviderBase.h"
 #include "modules/Subscribe.h"
 #include "platform/CodePage.h"
+#include "platform/Descriptors.h"
+#include "platform/StandardStreams.h"
 #include "series/CurrentState.h"
 #include "series/Synchronization.h"
 #include "velo/Log.h"
@@ -11,19 +13,15 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <optional>
 #include <ostream>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <system_error>
-#include <unistd.h>
 #include <utility>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using namespace kalvento::internal;
 using std::chrono::milliseconds;
 
 constexpr milliseconds S_refreshInterval(50);
@@ -39,20 +37,6 @@ constexpr std::array<IntervalAndMultiplicity, 8> S_intervals = {{{EIntervalTick,
                                                                  {EIntervalHour, 1},
                                                                  {EIntervalDay, 1},
                                                                  {EIntervalWeek, 1}}};
-
-int MakeEvent()
-{
-    const int descriptor = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-    if (descriptor < 0)
-        throw std::system_error(errno, std::generic_category(), "eventfd");
-    return descriptor;
-}
-
-void Signal(int a_event)
-{
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const auto written = write(a_event, &one, sizeof(one));
-}
 
 // A provider that raises, or hands over what can't be shown, costs its own instrument and nothing else: the thread that is
 // joined at the end, the others' subscriptions and the terminal are not its affair.
@@ -71,12 +55,6 @@ bool CallGuarded(const char* a_place, const Asset& a_asset, const std::function<
     }
 }
 
-void ClearSignal(int a_event)
-{
-    std::uint64_t count = 0;
-    [[maybe_unused]] const auto taken = read(a_event, &count, sizeof(count));
-}
-
 // An end that nobody expects is told as well: lines have no place for it, and a screen may show another instrument.
 void EndAndTell(Watch& a_watch, std::wstring_view a_reason)
 {
@@ -91,8 +69,7 @@ ConsoleConsumer::ConsoleConsumer(const kalvento::host::ScreenOptions& a_options,
     : ConsumerBase(EGenericModuleNone, L"Konsola", L""),
       m_options(a_options),
       m_out(a_out),
-      m_interval(a_options.interval),
-      m_event(MakeEvent())
+      m_interval(a_options.interval)
 {}
 
 ConsoleConsumer::~ConsoleConsumer()
@@ -104,7 +81,7 @@ void ConsoleConsumer::OnStopWork()
 {
     StopAll();
     m_quit = true;
-    Signal(m_event.Get());
+    m_event.Raise();
     if (m_thread.joinable())
         m_thread.join();
     m_screen.reset();
@@ -337,7 +314,7 @@ void ConsoleConsumer::StartThread()
 void ConsoleConsumer::Wake()
 {
     if (!m_dirty.exchange(true))
-        Signal(m_event.Get());
+        m_event.Raise();
 }
 
 void ConsoleConsumer::PostRefresh()
@@ -374,12 +351,12 @@ void ConsoleConsumer::Work()
             lastData = now;
         }
         const bool isWaiting = m_dirty || m_hasScreen || m_options.idleExit > 0;
-        std::array<pollfd, 2> descriptors = {
-            {{m_event.Get(), POLLIN, 0}, {m_hasScreen && !m_keysPosted ? STDIN_FILENO : -1, POLLIN, 0}}};
-        poll(descriptors.data(), descriptors.size(),
-             isWaiting ? static_cast<int>(S_refreshInterval.count()) : -1);
-        ClearSignal(m_event.Get());
-        if (descriptors[1].revents != 0 && !m_quit) {
+        std::array<Descriptors::Awaited, 2> awaited = {
+            {{m_event.GetFd()}, {m_hasScreen && !m_keysPosted ? StandardStreams::EInput : -1}}};
+        Descriptors::WaitForAny(awaited,
+                                isWaiting ? std::optional(Clock::now() + S_refreshInterval) : std::nullopt);
+        m_event.Lower();
+        if (awaited[1].isReady && !m_quit) {
             m_keysPosted = true;
             if (IAppMediator* const mediator = GetAppMediator())
                 mediator->PostToMainThread([this, alive = std::weak_ptr(m_alive)] {
@@ -404,7 +381,7 @@ void ConsoleConsumer::ReadKeys()
         Paint();
     }
     m_keysPosted = false;
-    Signal(m_event.Get());
+    m_event.Raise();
 }
 
 void ConsoleConsumer::Obey(EScreenKey a_key)

@@ -6,7 +6,7 @@
 #include "host/ScreenOptions.h"
 #include "modules/ConsumerBase.h"
 #include "modules/RequestIdGenerator.h"
-#include "platform/UniqueFd.h"
+#include "platform/WakeUp.h"
 
 #include <atomic>
 #include <chrono>
@@ -95,7 +95,7 @@ private:
     std::chrono::steady_clock::time_point m_messageUntil; // then the keys are shown again
     std::optional<ScreenModel> m_painted;                 // what a frozen screen goes on showing
 
-    const kalvento::internal::UniqueFd m_event; // wakes the thread
+    kalvento::internal::WakeUp m_event; // wakes the thread
     std::thread m_thread;
     std::atomic<bool> m_quit = false;
     std::atomic<bool> m_dirty = false;         // data came since the last refresh was posted

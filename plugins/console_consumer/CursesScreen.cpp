@@ -4,6 +4,7 @@
 #include "console_consumer/CursesScreen.h"
 
 #include "platform/CodePage.h"
+#include "platform/StandardStreams.h"
 
 #include <clocale>
 #include <cstdio>
@@ -14,9 +15,9 @@
 #include <ncurses.h>
 #include <stdexcept>
 #include <string>
-#include <sys/ioctl.h>
 #include <term.h>
-#include <unistd.h>
+
+namespace StandardStreams = kalvento::internal::StandardStreams;
 
 namespace {
 
@@ -57,7 +58,8 @@ CursesScreen::CursesScreen()
     std::setlocale(LC_CTYPE, "");
     if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
         std::setlocale(LC_CTYPE, "C.UTF-8");
-    if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0)
+    if (!StandardStreams::IsTerminal(StandardStreams::EInput) ||
+        !StandardStreams::IsTerminal(StandardStreams::EOutput))
         throw std::runtime_error("Standardowe wejście lub wyjście nie jest terminalem"_cp1250);
     const char* const kind = std::getenv("TERM");
     SCREEN* const screen = newterm(nullptr, stdout, stdin);
@@ -98,16 +100,14 @@ CursesScreen::~CursesScreen()
 
 bool CursesScreen::HasGone()
 {
-    int count = 0;
-    return ioctl(STDIN_FILENO, FIONREAD, &count) != 0 || count == 0;
+    return !StandardStreams::HasInput();
 }
 
 std::pair<int, int> CursesScreen::FollowSize()
 {
-    winsize size{};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0 &&
-        is_term_resized(size.ws_row, size.ws_col))
-        resizeterm(size.ws_row, size.ws_col);
+    const auto size = StandardStreams::GetTerminalSize();
+    if (size && is_term_resized(size->second, size->first))
+        resizeterm(size->second, size->first);
     return {COLS, LINES};
 }
 

@@ -1,17 +1,16 @@
 #include "platform/ChildProcess.h"
 
+#include "platform/Descriptors.h"
+
 #include <fcntl.h>
 #include <linux/close_range.h>
-#include <poll.h>
 #include <signal.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <limits>
 #include <utility>
 
 namespace kalvento::internal {
@@ -154,19 +153,8 @@ std::optional<ChildProcess> ChildProcess::Start(const std::string& a_program,
 
 bool ChildProcess::Wait(std::chrono::milliseconds a_patience) const
 {
-    const auto deadline = std::chrono::steady_clock::now() + a_patience;
-    while (true) {
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        const auto most = std::chrono::milliseconds(std::numeric_limits<int>::max());
-        pollfd process{m_process.Get(), POLLIN, 0};
-        const int ready = ::poll(
-            &process, 1, static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), most).count()));
-        if (ready > 0)
-            return true;
-        if (ready == 0 || errno != EINTR)
-            return false;
-    }
+    Descriptors::Awaited process{m_process.Get()};
+    return Descriptors::WaitForAny({&process, 1}, std::chrono::steady_clock::now() + a_patience);
 }
 
 bool ChildProcess::End(std::chrono::milliseconds a_patience) const

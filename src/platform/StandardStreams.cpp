@@ -1,0 +1,33 @@
+#include "platform/StandardStreams.h"
+
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace kalvento::internal::StandardStreams {
+
+bool IsTerminal(EStream a_stream)
+{
+    return ::isatty(a_stream) == 1;
+}
+
+std::optional<std::pair<int, int>> GetTerminalSize()
+{
+    winsize size{};
+    if (::ioctl(EOutput, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0)
+        return std::nullopt;
+    return std::pair<int, int>(size.ws_col, size.ws_row);
+}
+
+bool HasInput()
+{
+    int count = 0;
+    return ::ioctl(EInput, FIONREAD, &count) == 0 && count > 0;
+}
+
+void IgnoreClosedPipes()
+{
+    ::signal(SIGPIPE, SIG_IGN);
+}
+
+} // namespace kalvento::internal::StandardStreams
