@@ -1,14 +1,12 @@
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "kalvento/CommandLine.h"
 
 namespace kalvento::tool {
 
 struct ReadOptions;
 
 /// Adds the options that fill a ReadOptions, which must outlive the parse.
-void AddReadOptions(CLI::App& a_command, ReadOptions& a_options);
+void AddReadOptions(Command a_command, ReadOptions& a_options);
 
 } // namespace kalvento::tool

@@ -11,8 +11,6 @@
 #include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 
-#include <CLI/CLI.hpp>
-
 #include <memory>
 #include <ostream>
 #include <string>
@@ -74,24 +72,23 @@ constexpr const char* S_help =
 
 } // namespace
 
-void AddAdjustCommand(CLI::App& a_app, ToolContext& a_context)
+void AddAdjustCommand(Command a_app, ToolContext& a_context)
 {
-    CLI::App* command =
-        a_app.add_subcommand("adjust", "Correct a history by the instrument's corporate operations");
+    Command command =
+        a_app.AddCommand("adjust", "Correct a history by the instrument's corporate operations");
     const auto options = std::make_shared<AdjustOptions>();
-    command->add_option("HISTORY", options->history, "CSV file or series block, - for standard input")
-        ->required()
-        ->type_name("");
+    command.AddOption("HISTORY", options->history, "CSV file or series block, - for standard input")
+        .Required()
+        .TypeName("");
     command
-        ->add_option(
-            "--operations", options->operations,
-            "List of operations: text (version, then lines id,date,type,factor) or DataOperation.xml")
-        ->required()
-        ->type_name("FILE");
-    AddOutputOptions(*command, options->format, options->output);
-    AddReadOptions(*command, options->read);
-    command->footer(S_help + ExitCodesHelp());
-    command->callback([options, &a_context] { RunAdjust(*options, a_context); });
+        .AddOption("--operations", options->operations,
+                   "List of operations: text (version, then lines id,date,type,factor) or DataOperation.xml")
+        .Required()
+        .TypeName("FILE");
+    AddOutputOptions(command, options->format, options->output);
+    AddReadOptions(command, options->read);
+    command.SetFooter(S_help + ExitCodesHelp());
+    command.OnRun([options, &a_context] { RunAdjust(*options, a_context); });
 }
 
 } // namespace kalvento::tool

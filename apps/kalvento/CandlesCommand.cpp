@@ -13,8 +13,6 @@
 #include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -398,50 +396,45 @@ constexpr const char* S_examples = R"(Examples:
 
 } // namespace
 
-void AddCandlesCommand(CLI::App& a_app, ToolContext& a_context)
+void AddCandlesCommand(Command a_app, ToolContext& a_context)
 {
-    CLI::App* command = a_app.add_subcommand(
+    Command command = a_app.AddCommand(
         "candles", "Fold rows (ticks or candles) of CSV files or series blocks into candles");
     const auto options = std::make_shared<CandlesOptions>();
-    command->add_option("FILES", options->files, "CSV files or binary series blocks, - for standard input")
-        ->required()
-        ->type_name("");
+    command.AddOption("FILES", options->files, "CSV files or binary series blocks, - for standard input")
+        .Required()
+        .TypeName("");
     command
-        ->add_option("--interval,-i", options->interval,
-                     "Interval of the candles: " + std::string(IntervalNotationHelp()))
-        ->required()
-        ->type_name("INTERVAL");
+        .AddOption("--interval,-i", options->interval,
+                   "Interval of the candles: " + std::string(IntervalNotationHelp()))
+        .Required()
+        .TypeName("INTERVAL");
     command
-        ->add_option_function<std::string>(
-            "--stamp",
-            [options](const std::string& a_text) {
-                options->stamp = a_text == "first"   ? EFirstRecordTime
-                                 : a_text == "last"  ? ELastRecordTime
-                                 : a_text == "begin" ? EWindowBegin
-                                 : a_text == "end"   ? EMetaStockWindowEnd
-                                                     : EWindowBorder;
-            },
+        .AddChoice<EAggrTimeResult>(
+            "--stamp", options->stamp,
+            {{"first", EFirstRecordTime},
+             {"last", ELastRecordTime},
+             {"begin", EWindowBegin},
+             {"end", EMetaStockWindowEnd},
+             {"border", EWindowBorder}},
             "Time that a candle bears: of its first or last row, the window's begin, the end (first instant behind, "
             "below a day only) or the border (last instant inside); default: begin, for ticks last")
-        ->check(CLI::IsMember({"first", "last", "begin", "end", "border"}))
-        ->type_name("TIME");
-    AddOutputOptions(*command, options->format, options->output);
+        .TypeName("TIME");
+    AddOutputOptions(command, options->format, options->output);
+    command.AddOption("--split", options->splitFolder, "Folder for one file a symbol (with --symbol-column)")
+        .TypeName("DIR");
+    command.AddOption("--out-dir", options->outFolder, "Folder for one output a file, each folded on its own")
+        .TypeName("DIR");
+    command.AddOption("--jobs,-j", options->jobs, "Files folded at once with --out-dir (default: 1)")
+        .Between(1U, 256U)
+        .TypeName("N");
     command
-        ->add_option("--split", options->splitFolder, "Folder for one file a symbol (with --symbol-column)")
-        ->type_name("DIR");
-    command
-        ->add_option("--out-dir", options->outFolder, "Folder for one output a file, each folded on its own")
-        ->type_name("DIR");
-    command->add_option("--jobs,-j", options->jobs, "Files folded at once with --out-dir (default: 1)")
-        ->check(CLI::Range(1U, 256U))
-        ->type_name("N");
-    command
-        ->add_option("--operations", options->operations,
-                     "List of corporate operations to correct the rows by before they are folded")
-        ->type_name("FILE");
-    AddReadOptions(*command, options->read);
-    command->footer(S_examples + ExitCodesHelp());
-    command->callback([options, &a_context] { RunCandles(*options, a_context); });
+        .AddOption("--operations", options->operations,
+                   "List of corporate operations to correct the rows by before they are folded")
+        .TypeName("FILE");
+    AddReadOptions(command, options->read);
+    command.SetFooter(S_examples + ExitCodesHelp());
+    command.OnRun([options, &a_context] { RunCandles(*options, a_context); });
 }
 
 } // namespace kalvento::tool

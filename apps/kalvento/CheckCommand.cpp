@@ -5,14 +5,12 @@
 #include "kalvento/OptionValues.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
+#include "series/VectorTimeTester.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/SeriesNames.h"
-#include "series/VectorTimeTester.h"
-
-#include <CLI/CLI.hpp>
 
 #include <chrono>
 #include <memory>
@@ -188,15 +186,14 @@ int CheckText(const CheckOptions& a_options, ToolContext& a_context)
 
 } // namespace
 
-void AddCheckCommand(CLI::App& a_app, ToolContext& a_context)
+void AddCheckCommand(Command a_app, ToolContext& a_context)
 {
     auto options = std::make_shared<CheckOptions>();
-    CLI::App* command =
-        a_app.add_subcommand("check", "Tell whether a file of rows or a series block is sound");
-    command->add_option("file", options->input, "Series block or text file, or - for text on standard input")
-        ->required();
+    Command command = a_app.AddCommand("check", "Tell whether a file of rows or a series block is sound");
+    command.AddOption("file", options->input, "Series block or text file, or - for text on standard input")
+        .Required();
     command
-        ->add_option_function<std::string>(
+        .AddOption(
             "--day",
             [options](const std::string& a_text) {
                 const std::chrono::year_month_day date{
@@ -206,9 +203,9 @@ void AddCheckCommand(CLI::App& a_app, ToolContext& a_context)
                               static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()));
             },
             "The rows must begin and end on this day")
-        ->type_name("DAY");
-    AddReadOptions(*command, options->read);
-    command->footer(
+        .TypeName("DAY");
+    AddReadOptions(command, options->read);
+    command.SetFooter(
         "Tells whether a series block or a text file of rows is sound, and where the first fault lies. A "
         "block is judged as\n"
         "the library judges it (DataSeriesSet::IsValid, VectorTimeTester::CheckIntegrity), its length and "
@@ -219,7 +216,7 @@ void AddCheckCommand(CLI::App& a_app, ToolContext& a_context)
         "  kalvento check trades.block --day 2024-01-02\n"
         "  kalvento check trades.csv && kalvento candles trades.csv --interval 1min\n\n" +
         ExitCodesHelp());
-    command->callback([options, &a_context] {
+    command.OnRun([options, &a_context] {
         a_context.exitCode =
             IsBlockFile(options->input) ? CheckBlock(*options, a_context) : CheckText(*options, a_context);
     });

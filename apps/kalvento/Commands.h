@@ -1,10 +1,7 @@
 #pragma once
 
+#include "kalvento/CommandLine.h"
 #include "text_rows/ToolContext.h"
-
-namespace CLI {
-class App;
-}
 
 /// One function a command. Each adds its subcommand to the program with options, help and examples; the context must
 /// outlive the parse, for the command runs from within it. A command raises ToolError to fail, or sets
@@ -12,39 +9,39 @@ class App;
 namespace kalvento::tool {
 
 /// `kalvento adjust`: corrects a history by the instrument's corporate operations.
-void AddAdjustCommand(CLI::App& a_app, ToolContext& a_context);
+void AddAdjustCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento candles`: folds rows of CSV files or of a binary series block into candles.
-void AddCandlesCommand(CLI::App& a_app, ToolContext& a_context);
+void AddCandlesCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento check`: tells whether a series block or a text file of rows is sound, and where the first fault lies.
-void AddCheckCommand(CLI::App& a_app, ToolContext& a_context);
+void AddCheckCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento explain`: tells which rows made a candle, and how.
-void AddExplainCommand(CLI::App& a_app, ToolContext& a_context);
+void AddExplainCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento generate`: writes trades of an invented exchange, the same ones for the same options on every machine.
-void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context);
+void AddGenerateCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento live`: follows a growing file of ticks and prints each change of a candle.
-void AddLiveCommand(CLI::App& a_app, ToolContext& a_context);
+void AddLiveCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento load`: puts rows of files into the database that the plug-in sql_provider serves.
-void AddLoadCommand(CLI::App& a_app, ToolContext& a_context);
+void AddLoadCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento operations`: shows, checks and converts a list of corporate operations.
-void AddOperationsCommand(CLI::App& a_app, ToolContext& a_context);
+void AddOperationsCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento prove`: folds ticks on every road that live data takes and compares the candles bit for bit.
-void AddProveCommand(CLI::App& a_app, ToolContext& a_context);
+void AddProveCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento series`: lists the vocabulary of series.
-void AddSeriesCommand(CLI::App& a_app, ToolContext& a_context);
+void AddSeriesCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento show`: prints what a series block holds.
-void AddShowCommand(CLI::App& a_app, ToolContext& a_context);
+void AddShowCommand(Command a_app, ToolContext& a_context);
 
 /// `kalvento watch`: shows instruments of a provider plug-in in the terminal, as they are traded.
-void AddWatchCommand(CLI::App& a_app, ToolContext& a_context);
+void AddWatchCommand(Command a_app, ToolContext& a_context);
 
 } // namespace kalvento::tool

@@ -13,7 +13,6 @@
 #include "text_rows/SeriesNames.h"
 #include "text_rows/TimeText.h"
 
-#include <CLI/CLI.hpp>
 #include <boost/json.hpp>
 
 #include <algorithm>
@@ -604,43 +603,39 @@ std::string ExplainRun::Json(const Explanation& a_explanation) const
 
 } // namespace
 
-void AddExplainCommand(CLI::App& a_app, ToolContext& a_context)
+void AddExplainCommand(Command a_app, ToolContext& a_context)
 {
     const auto options = std::make_shared<ExplainOptions>();
-    CLI::App* command = a_app.add_subcommand("explain", "Tell which rows made a candle, and how");
-    command->add_option("file", options->input, "File of rows or series block, or - for standard input")
-        ->required();
+    Command command = a_app.AddCommand("explain", "Tell which rows made a candle, and how");
+    command.AddOption("file", options->input, "File of rows or series block, or - for standard input")
+        .Required();
     command
-        ->add_option_function<std::string>(
+        .AddOption(
             "-i,--interval",
             [options](const std::string& a_text) { options->interval = IntervalOption(a_text); },
             "Interval of the candle, as 5min")
-        ->type_name("INTERVAL")
-        ->required();
+        .TypeName("INTERVAL")
+        .Required();
     command
-        ->add_option("--at", options->at,
-                     "A moment inside of the candle: 10:05, 10:05:30 or 2024-01-02 10:05")
-        ->type_name("TIME")
-        ->required();
+        .AddOption("--at", options->at, "A moment inside of the candle: 10:05, 10:05:30 or 2024-01-02 10:05")
+        .TypeName("TIME")
+        .Required();
     command
-        ->add_option_function<std::string>(
+        .AddOption(
             "--day", [options](const std::string& a_text) { options->day = DayOption(a_text, "--day"); },
             "Day of a time of day (default: the first with a candle then)")
-        ->type_name("DAY");
-    command->add_option("--symbol", options->symbol, "The instrument (with --symbol-column)")
-        ->type_name("NAME");
-    command->add_option("--rows", options->rows, "How many rows are listed at most (default: 20)")
-        ->type_name("N");
+        .TypeName("DAY");
+    command.AddOption("--symbol", options->symbol, "The instrument (with --symbol-column)").TypeName("NAME");
+    command.AddOption("--rows", options->rows, "How many rows are listed at most (default: 20)")
+        .TypeName("N");
     command
-        ->add_option_function<std::string>(
-            "-f,--format", [options](const std::string& a_text) { options->json = a_text == "json"; },
-            "text, or json: one object (default: text)")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->type_name("FORMAT");
+        .AddChoice<bool>("-f,--format", options->json, {{"text", false}, {"json", true}},
+                         "text, or json: one object (default: text)")
+        .TypeName("FORMAT");
     // Lines that can't be read are part of the answer, not its end.
     options->read.badLines = EBadLinesReject;
-    AddReadOptions(*command, options->read);
-    command->footer(
+    AddReadOptions(command, options->read);
+    command.SetFooter(
         "Shows the rows of one candle, the row that each value comes from, the window, and the rows "
         "that were refused and why.\n"
         "Lines that can't be read are set aside unless --bad-lines stop is given. Ends with 5 where "
@@ -651,7 +646,7 @@ void AddExplainCommand(CLI::App& a_app, ToolContext& a_context)
         "  kalvento explain stocks.csv -i 1min --at 16:00 --symbol-column symbol --symbol TSLA -f "
         "json\n\n" +
         ExitCodesHelp());
-    command->callback([options, &a_context] { ExplainRun(*options, a_context).Run(); });
+    command.OnRun([options, &a_context] { ExplainRun(*options, a_context).Run(); });
 }
 
 } // namespace kalvento::tool

@@ -3,11 +3,9 @@
 #include "kalvento/SessionGenerator.h"
 #include "kalvento/TargetStream.h"
 #include "kalvento/Tool.h"
-#include "text_rows/OutputTarget.h"
 #include "series/DataSeriesSet.h"
+#include "text_rows/OutputTarget.h"
 #include "time/DateTimeTools.h"
-
-#include <CLI/CLI.hpp>
 
 #include <chrono>
 #include <memory>
@@ -172,50 +170,49 @@ void RunGenerate(const GenerateOptions& a_options, ToolContext& a_context)
 
 } // namespace
 
-void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context)
+void AddGenerateCommand(Command a_app, ToolContext& a_context)
 {
     auto options = std::make_shared<GenerateOptions>();
     GeneratorOptions& market = options->market;
-    CLI::App* command = a_app.add_subcommand("generate", "Write invented but lifelike trades");
-    command->add_option("-n,--rows", market.rows, "Trades over all sessions")->capture_default_str();
-    command->add_option("--sessions", market.sessions, "Days of trading")->capture_default_str();
-    command->add_option("--seed", market.seed, "Another number, another market")->capture_default_str();
+    Command command = a_app.AddCommand("generate", "Write invented but lifelike trades");
+    command.AddOption("-n,--rows", market.rows, "Trades over all sessions").ShowDefault();
+    command.AddOption("--sessions", market.sessions, "Days of trading").ShowDefault();
+    command.AddOption("--seed", market.seed, "Another number, another market").ShowDefault();
     const auto addDecimal = [command](const char* a_name, Decimal& a_target, const char* a_default,
                                       const char* a_help) {
         command
-            ->add_option_function<std::string>(
+            .AddOption(
                 a_name,
                 [a_name, &a_target](const std::string& a_text) {
                     const auto number = Decimal::Parse(a_text);
                     if (!number || number->digits == 0)
-                        throw CLI::ValidationError(a_name,
-                                                   "found \"" + a_text +
-                                                       "\", expected a number above 0 with a "
-                                                       "decimal point, at most 9 places after it, as 0.05");
+                        RefuseOption(a_name, "found \"" + a_text +
+                                                 "\", expected a number above 0 with a "
+                                                 "decimal point, at most 9 places after it, as 0.05");
                     a_target = *number;
                 },
                 a_help)
-            ->default_str(a_default)
-            ->type_name("NUMBER");
+            .DefaultText(a_default)
+            .TypeName("NUMBER");
     };
     addDecimal("--start-price", market.startPrice, "100", "First price, rounded to a whole number of ticks");
     addDecimal("--tick-size", market.tickSize, "0.01", "Smallest step of the price");
     command
-        ->add_option_function<std::string>(
+        .AddOption(
             "--from",
             [&market](const std::string& a_text) {
                 market.from = std::chrono::sys_days(std::chrono::days(DayOption(a_text, "--from")));
             },
             "First day; a weekend means the Monday after it")
-        ->default_str("2024-01-02")
-        ->type_name("DAY");
-    command->add_option("--symbol", options->symbol, "Adds a column with this name of an instrument");
-    command->add_option("-f,--format", options->format, "csv, or block: the binary form of a series set")
-        ->check(CLI::IsMember({"csv", "block"}))
-        ->capture_default_str();
-    command->add_option("-o,--output", options->output,
-                        "File to write, whole or not at all (default: standard output)");
-    command->footer(
+        .DefaultText("2024-01-02")
+        .TypeName("DAY");
+    command.AddOption("--symbol", options->symbol, "Adds a column with this name of an instrument");
+    command.AddOption("-f,--format", options->format, "csv, or block: the binary form of a series set")
+        .OneOf({"csv", "block"})
+        .ShowDefault();
+    command.AddOption("-o,--output", options->output,
+                      "File to write, whole or not at all (default: standard output)");
+    command.SetFooter(
         "Writes trades of an invented exchange: an opening auction at 9:00, continuous trading to 16:50, busy at\n"
         "both ends of the day and in bursts, a closing auction at 17:00. Several trades share a second; weekends\n"
         "are skipped. The same options give the same bytes on every machine.\n\n"
@@ -224,7 +221,7 @@ void AddGenerateCommand(CLI::App& a_app, ToolContext& a_context)
         "  kalvento generate --rows 5000000 --sessions 20 --seed 7 --output month.csv\n"
         "  kalvento generate --start-price 2450 --tick-size 0.25 --format block --output future.block\n\n" +
         ExitCodesHelp());
-    command->callback([options, &a_context] { RunGenerate(*options, a_context); });
+    command.OnRun([options, &a_context] { RunGenerate(*options, a_context); });
 }
 
 } // namespace kalvento::tool

@@ -15,8 +15,6 @@
 #include "text_rows/SeriesNames.h"
 #include "time/DateTimeTools.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <chrono>
 #include <limits>
@@ -405,62 +403,56 @@ void LiveRun::Print(bool a_isNew, Instrument& a_instrument, Record& a_candle)
 
 } // namespace
 
-void AddLiveCommand(CLI::App& a_app, ToolContext& a_context)
+void AddLiveCommand(Command a_app, ToolContext& a_context)
 {
     auto options = std::make_shared<LiveOptions>();
-    CLI::App* command =
-        a_app.add_subcommand("live", "Follow a growing file of ticks and print candles as they change");
-    command->add_option("file", options->input, "File of ticks, or - for standard input")->required();
+    Command command =
+        a_app.AddCommand("live", "Follow a growing file of ticks and print candles as they change");
+    command.AddOption("file", options->input, "File of ticks, or - for standard input").Required();
     command
-        ->add_option_function<std::string>(
+        .AddOption(
             "-i,--interval",
             [options](const std::string& a_text) {
                 options->interval = IntervalOption(a_text);
                 if (options->interval.GetMultiplicity() > std::numeric_limits<unsigned short>::max())
-                    throw CLI::ValidationError("--interval", "at most 65535 ticks make a candle");
+                    RefuseOption("--interval", "at most 65535 ticks make a candle");
             },
             "Interval of the candles, as 1min, 30s, 100tick")
-        ->type_name("INTERVAL")
-        ->required();
+        .TypeName("INTERVAL")
+        .Required();
     command
-        ->add_option_function<std::string>(
-            "-f,--format",
-            [options](const std::string& a_text) {
-                options->format = a_text == "csv" ? ELiveCsv : a_text == "jsonl" ? ELiveJsonl : ELiveText;
-            },
-            "text, csv, or jsonl: one JSON object a line (default: text)")
-        ->check(CLI::IsMember({"text", "csv", "jsonl"}))
-        ->type_name("FORMAT");
+        .AddChoice<ELiveFormat>("-f,--format", options->format,
+                                {{"text", ELiveText}, {"csv", ELiveCsv}, {"jsonl", ELiveJsonl}},
+                                "text, csv, or jsonl: one JSON object a line (default: text)")
+        .TypeName("FORMAT");
     command
-        ->add_option_function<std::string>(
-            "--stamp",
-            [options](const std::string& a_text) { options->stampedWithBegin = a_text == "begin"; },
+        .AddChoice<bool>(
+            "--stamp", options->stampedWithBegin, {{"begin", true}, {"last", false}},
             "Time of a candle: begin of its window, or last: its last row (default: begin; ticks always "
             "last)")
-        ->check(CLI::IsMember({"begin", "last"}))
-        ->type_name("TIME");
-    command->add_option("--history", options->history,
-                        "Print only so many candles of what the file holds already (default: all)");
-    command->add_flag_callback(
+        .TypeName("TIME");
+    command.AddOption("--history", options->history,
+                      "Print only so many candles of what the file holds already (default: all)");
+    command.AddFlag(
         "--no-follow", [options] { options->follow = false; }, "End at the end of the file");
-    command->add_option("--idle-exit", options->idleSeconds, "End when nothing has come for so many seconds")
-        ->check(CLI::Range(0, 100000000))
-        ->type_name("SECONDS");
-    AddReadOptions(*command, options->read);
-    command->footer("Folds the ticks that a file holds, keeps its last candle open, and goes on with "
-                    "what is appended to the file (or\n"
-                    "comes through standard input): one line for each change. `changed` replaces the "
-                    "last candle, `new` begins one.\n"
-                    "A half-written last line waits for its end; a file that is cut or replaced is read "
-                    "from its start again.\n"
-                    "Ctrl-C ends.\n\n"
-                    "Examples:\n"
-                    "  kalvento live trades.csv --interval 1min\n"
-                    "  kalvento live trades.csv -i 5min --history 10 --format jsonl\n"
-                    "  feed | kalvento live - --interval 10s --format csv --idle-exit 60\n\n" +
-                    ExitCodesHelp());
+    command.AddOption("--idle-exit", options->idleSeconds, "End when nothing has come for so many seconds")
+        .Between(0, 100000000)
+        .TypeName("SECONDS");
+    AddReadOptions(command, options->read);
+    command.SetFooter("Folds the ticks that a file holds, keeps its last candle open, and goes on with "
+                      "what is appended to the file (or\n"
+                      "comes through standard input): one line for each change. `changed` replaces the "
+                      "last candle, `new` begins one.\n"
+                      "A half-written last line waits for its end; a file that is cut or replaced is read "
+                      "from its start again.\n"
+                      "Ctrl-C ends.\n\n"
+                      "Examples:\n"
+                      "  kalvento live trades.csv --interval 1min\n"
+                      "  kalvento live trades.csv -i 5min --history 10 --format jsonl\n"
+                      "  feed | kalvento live - --interval 10s --format csv --idle-exit 60\n\n" +
+                      ExitCodesHelp());
     options->read.growing = true;
-    command->callback([options, &a_context] { LiveRun(*options, a_context).Run(); });
+    command.OnRun([options, &a_context] { LiveRun(*options, a_context).Run(); });
 }
 
 } // namespace kalvento::tool

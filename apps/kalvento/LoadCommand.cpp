@@ -6,17 +6,15 @@
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
 #include "provider_kit/StoreProvider.h"
+#include "series/History.h"
+#include "sql_store/SqlAddress.h"
+#include "sql_store/SqlWriter.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
-#include "series/History.h"
-#include "sql_store/SqlAddress.h"
-#include "sql_store/SqlWriter.h"
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -373,26 +371,26 @@ constexpr const char* S_help =
 
 } // namespace
 
-void AddLoadCommand(CLI::App& a_app, ToolContext& a_context)
+void AddLoadCommand(Command a_app, ToolContext& a_context)
 {
-    CLI::App* const command = a_app.add_subcommand("load", "Put rows of files into a PostgreSQL database");
+    Command command = a_app.AddCommand("load", "Put rows of files into a PostgreSQL database");
     const auto options = std::make_shared<LoadOptions>();
     options->read.findSymbols = true;
-    command->add_option("files", options->files, "Text files or series blocks, - for standard input")
-        ->required();
+    command.AddOption("files", options->files, "Text files or series blocks, - for standard input")
+        .Required();
     command
-        ->add_option(
+        .AddOption(
             "--database", options->database,
             "How to connect: \"host=... dbname=... user=...\" or postgresql://user@host/name; a password "
             "is better kept in ~/.pgpass")
-        ->required()
-        ->type_name("CONNECTION");
-    command->add_option(
+        .Required()
+        .TypeName("CONNECTION");
+    command.AddOption(
         "--symbol", options->symbol,
         "Name of the instrument (default: that in the file, or the file's name without its ending)");
-    AddReadOptions(*command, options->read);
-    command->footer(S_help + ExitCodesHelp());
-    command->callback([options, &a_context] { LoadRun(*options, a_context).Run(); });
+    AddReadOptions(command, options->read);
+    command.SetFooter(S_help + ExitCodesHelp());
+    command.OnRun([options, &a_context] { LoadRun(*options, a_context).Run(); });
 }
 
 } // namespace kalvento::tool

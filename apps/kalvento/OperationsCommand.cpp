@@ -7,8 +7,6 @@
 
 #include "history_operations/OperationsText.h"
 
-#include <CLI/CLI.hpp>
-
 #include <memory>
 #include <ostream>
 #include <string>
@@ -85,23 +83,23 @@ void RunOperations(const OperationsOptions& a_options, ToolContext& a_context)
 
 } // namespace
 
-void AddOperationsCommand(CLI::App& a_app, ToolContext& a_context)
+void AddOperationsCommand(Command a_app, ToolContext& a_context)
 {
-    CLI::App* command =
-        a_app.add_subcommand("operations", "Show, check and convert a list of corporate operations");
+    Command command =
+        a_app.AddCommand("operations", "Show, check and convert a list of corporate operations");
     const auto options = std::make_shared<OperationsOptions>();
     command
-        ->add_option("FILE", options->input,
-                     "List in the text form of a data source or as DataOperation.xml, - for standard input")
-        ->required()
-        ->type_name("");
+        .AddOption("FILE", options->input,
+                   "List in the text form of a data source or as DataOperation.xml, - for standard input")
+        .Required()
+        .TypeName("");
     command
-        ->add_option("-f,--format", options->format,
-                     "table, text (version, then lines id,date,type,factor) or xml")
-        ->check(CLI::IsMember({"table", "text", "xml"}))
-        ->capture_default_str();
-    AddOutputOption(*command, options->output);
-    command->footer(
+        .AddOption("-f,--format", options->format,
+                   "table, text (version, then lines id,date,type,factor) or xml")
+        .OneOf({"table", "text", "xml"})
+        .ShowDefault();
+    AddOutputOption(command, options->output);
+    command.SetFooter(
         "Shows the list, or writes it in one of its forms, and tells on standard error what nobody can have meant:\n"
         "numbers that can't be read (they count as 0), dates that no calendar has, factors of 0 and below, identifiers given\n"
         "twice. Ends with 0 for a sound list and with 3 for any other, which is written all the same unless it can't be\n"
@@ -111,7 +109,7 @@ void AddOperationsCommand(CLI::App& a_app, ToolContext& a_context)
         "  kalvento operations orcl.txt --format xml -o DataOperation.xml\n"
         "  kalvento operations DataOperation.xml --format text | head\n\n" +
         ExitCodesHelp());
-    command->callback([options, &a_context] { RunOperations(*options, a_context); });
+    command.OnRun([options, &a_context] { RunOperations(*options, a_context); });
 }
 
 } // namespace kalvento::tool

@@ -1,9 +1,8 @@
 #include "kalvento/OptionValues.h"
 
+#include "kalvento/CommandLine.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/TimeText.h"
-
-#include <CLI/CLI.hpp>
 
 namespace kalvento::tool {
 
@@ -12,7 +11,7 @@ IntervalAndMultiplicity IntervalOption(const std::string& a_text)
     std::string reason;
     const auto interval = ParseInterval(a_text, &reason);
     if (!interval)
-        throw CLI::ValidationError("--interval", reason);
+        RefuseOption("--interval", reason);
     return *interval;
 }
 
@@ -20,7 +19,7 @@ std::int64_t DayOption(const std::string& a_text, const char* a_option)
 {
     const auto day = ParseDateText(a_text);
     if (!day)
-        throw CLI::ValidationError(a_option, "found \"" + a_text + "\", expected a day as 2024-01-02");
+        RefuseOption(a_option, "found \"" + a_text + "\", expected a day as 2024-01-02");
     return *day;
 }
 

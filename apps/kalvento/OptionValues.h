@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-/// Values that several commands take as options. For functions that CLI11 calls with an option's text: a text that
-/// can't be read raises CLI::ValidationError, which names the option and what would be accepted.
+/// Values that several commands take as options. A text that can't be read is refused by RefuseOption, which names the
+/// option and what would be accepted.
 namespace kalvento::tool {
 
 /// The value of --interval.

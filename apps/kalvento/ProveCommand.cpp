@@ -12,7 +12,6 @@
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
 
-#include <CLI/CLI.hpp>
 #include <boost/json.hpp>
 #include <fmt/format.h>
 
@@ -328,47 +327,46 @@ void RunProve(const ProveOptions& a_options, ToolContext& a_context)
 
 } // namespace
 
-void AddProveCommand(CLI::App& a_app, ToolContext& a_context)
+void AddProveCommand(Command a_app, ToolContext& a_context)
 {
     const auto options = std::make_shared<ProveOptions>();
-    CLI::App* command =
-        a_app.add_subcommand("prove", "Prove that ticks give the same candles on every road, bit for bit");
-    command->add_option("file", options->input, "File of ticks, or - for standard input")->required();
+    Command command =
+        a_app.AddCommand("prove", "Prove that ticks give the same candles on every road, bit for bit");
+    command.AddOption("file", options->input, "File of ticks, or - for standard input").Required();
     command
-        ->add_option_function<std::vector<std::string>>(
+        .AddList(
             "-i,--interval",
             [options](const std::vector<std::string>& a_texts) {
                 for (const std::string& text : a_texts)
                     options->intervals.push_back(IntervalOption(text));
             },
             "Interval of the candles, as 1min, 30s, 1d; may be repeated")
-        ->type_name("INTERVAL")
-        ->allow_extra_args(false)
-        ->required();
+        .TypeName("INTERVAL")
+        .OneValueEach()
+        .Required();
     command
-        ->add_option("--samples", options->samples,
-                     "Rows at which live rows take over (default: every row up to 2000 rows, else 200)")
-        ->check(CLI::Range(std::size_t{1}, std::size_t{1'000'000'000}))
-        ->type_name("N");
+        .AddOption("--samples", options->samples,
+                   "Rows at which live rows take over (default: every row up to 2000 rows, else 200)")
+        .Between(std::size_t{1}, std::size_t{1'000'000'000})
+        .TypeName("N");
     command
-        ->add_option_function<std::string>(
-            "-f,--format", [options](const std::string& a_text) { options->jsonl = a_text == "jsonl"; },
-            "text, or jsonl: one JSON object for each instrument and interval (default: text)")
-        ->check(CLI::IsMember({"text", "jsonl"}))
-        ->type_name("FORMAT");
-    AddReadOptions(*command, options->read);
-    command->footer("Folds the ticks in one go, row by row as live rows come, and with live rows taking over "
-                    "from a history and from a\n"
-                    "synchronization at chosen rows, and compares the candles bit for bit: times with their "
-                    "counters, and every column.\n"
-                    "Prints `identical` with what was compared, or the first difference with the rule behind "
-                    "it, and ends with 5 then.\n\n"
-                    "Examples:\n"
-                    "  kalvento prove trades.csv --interval 5min\n"
-                    "  kalvento prove trades.csv -i 1min -i 1h -i 1d --samples 5000\n"
-                    "  kalvento prove stocks.csv -i 1min --symbol-column symbol --format jsonl\n\n" +
-                    ExitCodesHelp());
-    command->callback([options, &a_context] { RunProve(*options, a_context); });
+        .AddChoice<bool>("-f,--format", options->jsonl, {{"text", false}, {"jsonl", true}},
+                         "text, or jsonl: one JSON object for each instrument and interval (default: text)")
+        .TypeName("FORMAT");
+    AddReadOptions(command, options->read);
+    command.SetFooter(
+        "Folds the ticks in one go, row by row as live rows come, and with live rows taking over "
+        "from a history and from a\n"
+        "synchronization at chosen rows, and compares the candles bit for bit: times with their "
+        "counters, and every column.\n"
+        "Prints `identical` with what was compared, or the first difference with the rule behind "
+        "it, and ends with 5 then.\n\n"
+        "Examples:\n"
+        "  kalvento prove trades.csv --interval 5min\n"
+        "  kalvento prove trades.csv -i 1min -i 1h -i 1d --samples 5000\n"
+        "  kalvento prove stocks.csv -i 1min --symbol-column symbol --format jsonl\n\n" +
+        ExitCodesHelp());
+    command.OnRun([options, &a_context] { RunProve(*options, a_context); });
 }
 
 } // namespace kalvento::tool

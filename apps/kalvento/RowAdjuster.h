@@ -1,8 +1,8 @@
 #pragma once
 
 #include "history_operations/HistoryOperations.h"
-#include "text_rows/RowReader.h"
 #include "series/History.h"
+#include "text_rows/RowReader.h"
 
 #include <cstddef>
 

@@ -238,19 +238,7 @@ private:
     DataSeriesSet::Columns m_columns;
 };
 
-constexpr std::array<std::pair<std::string_view, EOutputFormat>, 4> S_formats = {
-    {{"csv", EOutputCsv}, {"jsonl", EOutputJsonl}, {"table", EOutputTable}, {"block", EOutputBlock}}};
-
 } // namespace
-
-std::optional<EOutputFormat> OutputFormatFromName(std::string_view a_name)
-{
-    for (const auto& [name, format] : S_formats) {
-        if (name == a_name)
-            return format;
-    }
-    return std::nullopt;
-}
 
 std::string_view OutputExtension(EOutputFormat a_format)
 {

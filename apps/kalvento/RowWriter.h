@@ -20,8 +20,6 @@ enum EOutputFormat : std::uint8_t {
     EOutputBlock  ///< The binary form of DataSeriesSet; held in memory until the end, no symbols.
 };
 
-/// The names on the command line: csv, jsonl, table, block.
-std::optional<EOutputFormat> OutputFormatFromName(std::string_view a_name);
 /// What a file of that form ends with, ".csv".
 std::string_view OutputExtension(EOutputFormat a_format);
 

@@ -2,11 +2,9 @@
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
-#include "text_rows/OutputTarget.h"
 #include "series/Series.h"
 #include "series/SeriesTable.h"
-
-#include <CLI/CLI.hpp>
+#include "text_rows/OutputTarget.h"
 
 #include <memory>
 #include <string>
@@ -97,24 +95,24 @@ std::string JsonlText()
 
 } // namespace
 
-void AddSeriesCommand(CLI::App& a_app, ToolContext& a_context)
+void AddSeriesCommand(Command a_app, ToolContext& a_context)
 {
     auto format = std::make_shared<std::string>("table");
-    CLI::App* command = a_app.add_subcommand("series", "List the series that rows may hold");
-    command->add_option("-f,--format", *format, "table, csv, or jsonl: one JSON object a line")
-        ->check(CLI::IsMember({"table", "csv", "jsonl"}))
-        ->capture_default_str();
-    command->footer("Lists the series that rows may hold: the number that stands in stored blocks, the "
-                    "key by which other programs\n"
-                    "name a series, the English name that heads a column, the Polish label that a user "
-                    "sees, the group, the way in\n"
-                    "which the series folds into a candle unless told otherwise, and the decimal places "
-                    "with which it is shown.\n\n"
-                    "Examples:\n"
-                    "  kalvento series\n"
-                    "  kalvento series --format csv | grep ',volume,'\n\n" +
-                    ExitCodesHelp());
-    command->callback([format, &a_context] {
+    Command command = a_app.AddCommand("series", "List the series that rows may hold");
+    command.AddOption("-f,--format", *format, "table, csv, or jsonl: one JSON object a line")
+        .OneOf({"table", "csv", "jsonl"})
+        .ShowDefault();
+    command.SetFooter("Lists the series that rows may hold: the number that stands in stored blocks, the "
+                      "key by which other programs\n"
+                      "name a series, the English name that heads a column, the Polish label that a user "
+                      "sees, the group, the way in\n"
+                      "which the series folds into a candle unless told otherwise, and the decimal places "
+                      "with which it is shown.\n\n"
+                      "Examples:\n"
+                      "  kalvento series\n"
+                      "  kalvento series --format csv | grep ',volume,'\n\n" +
+                      ExitCodesHelp());
+    command.OnRun([format, &a_context] {
         OutputTarget target("", a_context);
         target.Write(*format == "csv" ? CsvText() : *format == "jsonl" ? JsonlText() : TableText());
         target.Commit();

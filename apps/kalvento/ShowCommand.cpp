@@ -9,8 +9,6 @@
 #include "text_rows/SeriesNames.h"
 #include "time/IntervalTranslator.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -160,27 +158,25 @@ void RunShow(const ShowOptions& a_options, ToolContext& a_context)
 
 } // namespace
 
-void AddShowCommand(CLI::App& a_app, ToolContext& a_context)
+void AddShowCommand(Command a_app, ToolContext& a_context)
 {
     auto options = std::make_shared<ShowOptions>();
-    CLI::App* command = a_app.add_subcommand("show", "Show what a series block holds");
-    command->add_option("block", options->input, "File of a series block, or - for standard input")
-        ->required();
-    command->add_option("-n,--rows", options->rows, "How many of the first and of the last rows")
-        ->capture_default_str();
-    command->add_flag("--all", options->all, "All rows");
-    command->add_option("-f,--format", options->format, "text, or csv: all rows and nothing else")
-        ->check(CLI::IsMember({"text", "csv"}))
-        ->capture_default_str();
-    command->footer("Shows what a binary series block holds: its interval, its columns, its first and "
-                    "last rows. `#7` behind\n"
-                    "a time is the ordering counter, which tells rows of one second apart.\n\n"
-                    "Examples:\n"
-                    "  kalvento show trades.block\n"
-                    "  kalvento show trades.block --all | less\n"
-                    "  kalvento show candles.block --format csv > candles.csv\n\n" +
-                    ExitCodesHelp());
-    command->callback([options, &a_context] { RunShow(*options, a_context); });
+    Command command = a_app.AddCommand("show", "Show what a series block holds");
+    command.AddOption("block", options->input, "File of a series block, or - for standard input").Required();
+    command.AddOption("-n,--rows", options->rows, "How many of the first and of the last rows").ShowDefault();
+    command.AddFlag("--all", options->all, "All rows");
+    command.AddOption("-f,--format", options->format, "text, or csv: all rows and nothing else")
+        .OneOf({"text", "csv"})
+        .ShowDefault();
+    command.SetFooter("Shows what a binary series block holds: its interval, its columns, its first and "
+                      "last rows. `#7` behind\n"
+                      "a time is the ordering counter, which tells rows of one second apart.\n\n"
+                      "Examples:\n"
+                      "  kalvento show trades.block\n"
+                      "  kalvento show trades.block --all | less\n"
+                      "  kalvento show candles.block --format csv > candles.csv\n\n" +
+                      ExitCodesHelp());
+    command.OnRun([options, &a_context] { RunShow(*options, a_context); });
 }
 
 } // namespace kalvento::tool

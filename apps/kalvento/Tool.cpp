@@ -3,9 +3,6 @@
 #include "kalvento/Commands.h"
 #include "platform/CodePage.h"
 
-#include <CLI/CLI.hpp>
-
-#include <algorithm>
 #include <exception>
 #include <new>
 #include <ostream>
@@ -23,12 +20,12 @@ int Report(ToolContext& a_context, EExitCode a_code, const std::string& a_messag
 
 int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
 {
-    CLI::App app("Folds market data into candles and looks after stored series.", "kalvento");
-    app.require_subcommand(1);
-    app.fallthrough();
-    app.set_version_flag("--version", "kalvento 0.1.0");
-    app.add_flag("--quiet,-q", a_context.quiet, "No notes and no progress on standard error; errors remain");
-    app.footer(ExitCodesHelp());
+    CommandLine line("Folds market data into candles and looks after stored series.", "kalvento");
+    line.RequireCommand();
+    line.SetVersion("kalvento 0.1.0");
+    Command app = line.GetProgram();
+    app.AddFlag("--quiet,-q", a_context.quiet, "No notes and no progress on standard error; errors remain");
+    app.SetFooter(ExitCodesHelp());
     AddCandlesCommand(app, a_context);
     AddAdjustCommand(app, a_context);
     AddOperationsCommand(app, a_context);
@@ -42,14 +39,15 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
     AddShowCommand(app, a_context);
     AddWatchCommand(app, a_context);
 
-    try {
-        // The parser takes its arguments from the back.
-        std::reverse(a_arguments.begin(), a_arguments.end());
-        app.parse(std::move(a_arguments));
+    switch (line.Parse(std::move(a_arguments), a_context.out, a_context.err)) {
+    case CommandLine::EParsed:
         return a_context.exitCode;
-    } catch (const CLI::ParseError& failure) {
-        return app.exit(failure, a_context.out, a_context.err) == 0 ? EExitOk : EExitUsage;
+    case CommandLine::EToldUser:
+        return EExitOk;
+    case CommandLine::ERefused:
+        break;
     }
+    return EExitUsage;
 }
 
 } // namespace

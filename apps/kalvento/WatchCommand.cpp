@@ -19,8 +19,6 @@
 #include "text_rows/TimeText.h"
 #include "velo/Log.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -379,39 +377,38 @@ void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
 
 } // namespace
 
-void AddWatchCommand(CLI::App& a_app, ToolContext& a_context)
+void AddWatchCommand(Command a_app, ToolContext& a_context)
 {
-    CLI::App* const command =
-        a_app.add_subcommand("watch", "Shows instruments of a provider in the terminal, as they are traded");
+    Command command =
+        a_app.AddCommand("watch", "Shows instruments of a provider in the terminal, as they are traded");
     const auto options = std::make_shared<WatchOptions>();
-    command->add_option("symbols", options->symbols, "Short names or ISINs; letter case doesn't matter");
+    command.AddOption("symbols", options->symbols, "Short names or ISINs; letter case doesn't matter");
     command
-        ->add_option_function<std::string>(
+        .AddOption(
             "--interval,-i",
             [options](const std::string& a_text) { options->console.interval = IntervalOption(a_text); },
             "Interval of the candles")
-        ->default_str("1min");
-    command->add_option("--provider", options->provider,
-                        "Name of the provider; otherwise the first one that knows the instrument");
-    command->add_option("--folder", options->folder, "Files: the folder in which they lie");
-    command->add_option("--day", options->day, "Files: the day to be played, YYYY-MM-DD");
-    command->add_option("--start", options->start, "Files: time of day at which the play begins");
-    command->add_option("--speed", options->speed,
-                        "Files: how many times faster than it was; 0: the whole day at once");
-    command->add_option("--database", options->database, "Database: how to connect");
-    command->add_flag("--plain", options->console.plain, "Lines on standard output instead of a screen");
-    command->add_flag("--book", options->console.book, "With --plain: the order book too");
-    command->add_flag("--trades", options->console.trades, "With --plain: transactions too");
-    command->add_option("--candles", options->console.candles,
-                        "With --plain: how many candles of the past; 0: all");
-    command->add_option("--idle-exit", options->console.idleExit,
-                        "End when nothing has come for so many seconds");
-    command->add_option("--wait", options->patience, "How many seconds to wait for the provider")
-        ->default_val(15);
-    command->add_option("--plugins", options->pluginFolder, "Folder of the plug-ins");
-    command->add_flag("--list", options->list, "List the providers and their instruments, and end");
-    command->footer("Example:\n  kalvento watch PKO PEO --interval 5min --folder notowania --speed 60");
-    command->callback([options, &a_context] { RunWatch(*options, a_context); });
+        .DefaultText("1min");
+    command.AddOption("--provider", options->provider,
+                      "Name of the provider; otherwise the first one that knows the instrument");
+    command.AddOption("--folder", options->folder, "Files: the folder in which they lie");
+    command.AddOption("--day", options->day, "Files: the day to be played, YYYY-MM-DD");
+    command.AddOption("--start", options->start, "Files: time of day at which the play begins");
+    command.AddOption("--speed", options->speed,
+                      "Files: how many times faster than it was; 0: the whole day at once");
+    command.AddOption("--database", options->database, "Database: how to connect");
+    command.AddFlag("--plain", options->console.plain, "Lines on standard output instead of a screen");
+    command.AddFlag("--book", options->console.book, "With --plain: the order book too");
+    command.AddFlag("--trades", options->console.trades, "With --plain: transactions too");
+    command.AddOption("--candles", options->console.candles,
+                      "With --plain: how many candles of the past; 0: all");
+    command.AddOption("--idle-exit", options->console.idleExit,
+                      "End when nothing has come for so many seconds");
+    command.AddOption("--wait", options->patience, "How many seconds to wait for the provider").ShowDefault();
+    command.AddOption("--plugins", options->pluginFolder, "Folder of the plug-ins");
+    command.AddFlag("--list", options->list, "List the providers and their instruments, and end");
+    command.SetFooter("Example:\n  kalvento watch PKO PEO --interval 5min --folder notowania --speed 60");
+    command.OnRun([options, &a_context] { RunWatch(*options, a_context); });
 }
 
 } // namespace kalvento::tool

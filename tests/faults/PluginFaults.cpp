@@ -1,12 +1,13 @@
-#include "folding/AggregatorWrapper.h"
 #include "assets/Asset.h"
 #include "faults/FaultReport.h"
+#include "folding/AggregatorWrapper.h"
 #include "host/CallModule.h"
 #include "host/Host.h"
 #include "host/HostOptions.h"
 #include "host/IHostView.h"
 #include "host/MainThreadExecutor.h"
 #include "host/PluginReport.h"
+#include "kalvento/CommandLine.h"
 #include "modules/ConsumerBase.h"
 #include "modules/PluginBase.h"
 #include "modules/ProviderBase.h"
@@ -15,13 +16,12 @@
 #include "settings/Settings.h"
 #include "velo/Log.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <bit>
 #include <chrono>
 #include <cstdio>
 #include <functional>
+#include <iostream>
 #include <map>
 #include <mutex>
 #include <string>
@@ -234,10 +234,13 @@ private:
 int main(int a_count, char** a_arguments)
 {
     unsigned int seconds = 3;
-    CLI::App app(
-        "Loads providers that break their promises beside an honest one, and tells what came of it.");
-    app.add_option("--seconds", seconds, "How long rows come (default: 3)")->check(CLI::Range(1U, 3600U));
-    CLI11_PARSE(app, a_count, a_arguments);
+    kalvento::tool::CommandLine line(
+        "Loads providers that break their promises beside an honest one, and tells what came of it.",
+        "plugin_faults");
+    line.GetProgram().AddOption("--seconds", seconds, "How long rows come (default: 3)").Between(1U, 3600U);
+    const auto outcome = line.Parse({a_arguments + 1, a_arguments + a_count}, std::cout, std::cerr);
+    if (outcome != kalvento::tool::CommandLine::EParsed)
+        return outcome == kalvento::tool::CommandLine::EToldUser ? 0 : 2;
 
     KalventoPaths::Initialize(L"Kalvento");
     // Thousands of lines, all of them meant; the table is what there is to read.

@@ -4,12 +4,11 @@
 #include "host/IHostView.h"
 #include "host/MainThreadExecutor.h"
 #include "host/PluginReport.h"
+#include "kalvento/CommandLine.h"
 #include "modules/ConsumerBase.h"
 #include "modules/ProviderBase.h"
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -18,6 +17,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iostream>
 #include <string>
 #include <unistd.h>
 #include <utility>
@@ -66,13 +66,19 @@ int main(int a_count, char** a_arguments)
     unsigned int instruments = 500;
     unsigned int rate = 50000;
     unsigned int seconds = 60;
-    CLI::App app("Sends a market's rows through the host to three consumers and tells how long they took.");
-    app.add_option("--instruments", instruments, "Instruments (default: 500)")
-        ->check(CLI::Range(1U, 100000U));
-    app.add_option("--rate", rate, "Rows a second, of all instruments together (default: 50000)")
-        ->check(CLI::Range(1U, 10000000U));
-    app.add_option("--seconds", seconds, "How long (default: 60)")->check(CLI::Range(1U, 3600U));
-    CLI11_PARSE(app, a_count, a_arguments);
+    kalvento::tool::CommandLine line(
+        "Sends a market's rows through the host to three consumers and tells how long they took.",
+        "feed_load");
+    line.GetProgram()
+        .AddOption("--instruments", instruments, "Instruments (default: 500)")
+        .Between(1U, 100000U);
+    line.GetProgram()
+        .AddOption("--rate", rate, "Rows a second, of all instruments together (default: 50000)")
+        .Between(1U, 10000000U);
+    line.GetProgram().AddOption("--seconds", seconds, "How long (default: 60)").Between(1U, 3600U);
+    const auto outcome = line.Parse({a_arguments + 1, a_arguments + a_count}, std::cout, std::cerr);
+    if (outcome != kalvento::tool::CommandLine::EParsed)
+        return outcome == kalvento::tool::CommandLine::EToldUser ? 0 : 2;
 
     KalventoPaths::Initialize(L"Kalvento");
     kalvento::host::HostOptions options;

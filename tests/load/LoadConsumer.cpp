@@ -1,5 +1,5 @@
-#include "folding/AggregatorWrapper.h"
 #include "assets/Asset.h"
+#include "folding/AggregatorWrapper.h"
 #include "load/LoadClock.h"
 #include "modules/ConsumerBase.h"
 #include "modules/IAppMediator.h"
