@@ -37,32 +37,22 @@ char ParseSign(const std::string& a_text, const char* a_option, std::string_view
     return text[0];
 }
 
-} // namespace
-
-void AddReadOptions(Command a_command, ReadOptions& a_options)
+// How lines become columns.
+void AddColumnOptions(const Command& a_command, ReadOptions& a_options)
 {
-    const std::string group = "Reading";
-    a_command
-        .AddOption(
-            "--delimiter",
-            [&a_options](const std::string& a_text) {
-                a_options.delimiter = ParseSign(a_text, "--delimiter", ",;\t| ");
-            },
-            "Sign between columns: comma, semicolon, tab, pipe, space (default: found out)")
-        .Group(group);
-    a_command
-        .AddOption(
-            "--decimal",
-            [&a_options](const std::string& a_text) {
-                a_options.decimal = ParseSign(a_text, "--decimal", ".,");
-            },
-            "Decimal sign: point or comma (default: found out)")
-        .Group(group);
-    a_command
-        .AddFlag(
-            "--no-header", [&a_options] { a_options.header = false; },
-            "The first line is data; --columns gives places, as in time=1,price=2")
-        .Group(group);
+    a_command.AddOption(
+        "--delimiter",
+        [&a_options](const std::string& a_text) {
+            a_options.delimiter = ParseSign(a_text, "--delimiter", ",;\t| ");
+        },
+        "Sign between columns: comma, semicolon, tab, pipe, space (default: found out)");
+    a_command.AddOption(
+        "--decimal",
+        [&a_options](const std::string& a_text) { a_options.decimal = ParseSign(a_text, "--decimal", ".,"); },
+        "Decimal sign: point or comma (default: found out)");
+    a_command.AddFlag(
+        "--no-header", [&a_options] { a_options.header = false; },
+        "The first line is data; --columns gives places, as in time=1,price=2");
     a_command
         .AddList(
             "--columns",
@@ -70,8 +60,7 @@ void AddReadOptions(Command a_command, ReadOptions& a_options)
                 a_options.columns = ParsePairs(a_pairs, "--columns", "time=Date,price=Last");
             },
             "Names of the file's columns where they differ from ours: time=Date,price=Last")
-        .Separator(',')
-        .Group(group);
+        .Separator(',');
     a_command
         .AddList(
             "--fold",
@@ -79,53 +68,57 @@ void AddReadOptions(Command a_command, ReadOptions& a_options)
                 a_options.folds = ParsePairs(a_pairs, "--fold", "turnover=sum,lop=last");
             },
             "How columns fold: sum or last; the price: ohlc, ohlcsum or ohlclast (turnover=sum)")
-        .Separator(',')
-        .Group(group);
-    a_command
-        .AddFlag("--strict", a_options.strict, "Refuse columns that mean nothing instead of leaving them out")
-        .Group(group);
-    a_command
-        .AddOption(
-            "--time-format", a_options.timeFormat,
-            "Form of times, as %Y-%m-%d %H:%M:%S, or unix, unixms, unixus, unixns (default: found out)")
-        .Group(group);
-    a_command
-        .AddOption("--zone", a_options.zone,
-                   "Zone of input times that bear none, as Europe/Warsaw (default: as written)")
-        .Group(group);
-    a_command
-        .AddOption("--output-zone", a_options.outputZone,
-                   "Zone in which windows lie and times are written (default: that of the input)")
-        .Group(group);
-    a_command.AddOption("--from", a_options.from, "First day taken, YYYY-MM-DD").Group(group);
-    a_command.AddOption("--to", a_options.to, "Last day taken, YYYY-MM-DD, whole").Group(group);
-    a_command
-        .AddOption("--symbol-column", a_options.symbolColumn,
-                   "Column that tells several instruments in one file apart")
-        .Group(group);
-    a_command
-        .AddOption("--input-interval", a_options.inputInterval,
-                   "Interval of input candles (default: the smallest step between the first rows)")
-        .Group(group);
-    a_command
-        .AddChoice<bool>("--input-stamp", a_options.stampedWithEnd, {{"begin", false}, {"end", true}},
-                         "Whether input candles bear the begin or the end of their window (default: begin)")
-        .Group(group);
+        .Separator(',');
+    a_command.AddFlag("--strict", a_options.strict,
+                      "Refuse columns that mean nothing instead of leaving them out");
+}
+
+// What times mean, and which rows are taken.
+void AddTimeOptions(const Command& a_command, ReadOptions& a_options)
+{
+    a_command.AddOption(
+        "--time-format", a_options.timeFormat,
+        "Form of times, as %Y-%m-%d %H:%M:%S, or unix, unixms, unixus, unixns (default: found out)");
+    a_command.AddOption("--zone", a_options.zone,
+                        "Zone of input times that bear none, as Europe/Warsaw (default: as written)");
+    a_command.AddOption("--output-zone", a_options.outputZone,
+                        "Zone in which windows lie and times are written (default: that of the input)");
+    a_command.AddOption("--from", a_options.from, "First day taken, YYYY-MM-DD");
+    a_command.AddOption("--to", a_options.to, "Last day taken, YYYY-MM-DD, whole");
+    a_command.AddOption("--symbol-column", a_options.symbolColumn,
+                        "Column that tells several instruments in one file apart");
+    a_command.AddOption("--input-interval", a_options.inputInterval,
+                        "Interval of input candles (default: the smallest step between the first rows)");
+    a_command.AddChoice<bool>(
+        "--input-stamp", a_options.stampedWithEnd, {{"begin", false}, {"end", true}},
+        "Whether input candles bear the begin or the end of their window (default: begin)");
+}
+
+// What becomes of rows that can't be taken as they are.
+void AddRules(const Command& a_command, ReadOptions& a_options)
+{
     a_command
         .AddChoice<EOrderRule>(
             "--order", a_options.order,
             {{"raise", EOrderRaise}, {"refuse", EOrderRefuse}, {"drop", EOrderDrop}},
             "A row not later than the one before: raise (move it up behind), refuse, drop (default: raise)")
-        .TypeName("RULE")
-        .Group(group);
+        .TypeName("RULE");
     a_command
         .AddChoice<EBadLines>(
             "--bad-lines", a_options.badLines, {{"stop", EBadLinesStop}, {"reject", EBadLinesReject}},
             "A line that can't be read: stop, or reject (set it aside and count it; default: stop)")
-        .TypeName("RULE")
-        .Group(group);
-    a_command.AddOption("--reject-file", a_options.rejectFile, "Where rejected lines go, with the header")
-        .Group(group);
+        .TypeName("RULE");
+    a_command.AddOption("--reject-file", a_options.rejectFile, "Where rejected lines go, with the header");
+}
+
+} // namespace
+
+void AddReadOptions(const Command& a_command, ReadOptions& a_options)
+{
+    const Command reading = a_command.Under("Reading");
+    AddColumnOptions(reading, a_options);
+    AddTimeOptions(reading, a_options);
+    AddRules(reading, a_options);
 }
 
 } // namespace kalvento::tool

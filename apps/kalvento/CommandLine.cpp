@@ -41,12 +41,6 @@ template CommandOption& CommandOption::Between(int, int);
 template CommandOption& CommandOption::Between(unsigned int, unsigned int);
 template CommandOption& CommandOption::Between(std::size_t, std::size_t);
 
-CommandOption& CommandOption::Group(const std::string& a_heading)
-{
-    m_option->group(a_heading);
-    return *this;
-}
-
 CommandOption& CommandOption::Separator(char a_sign)
 {
     m_option->delimiter(a_sign);
@@ -76,10 +70,24 @@ Command Command::AddCommand(const std::string& a_name, const std::string& a_help
     return Command(m_command->add_subcommand(a_name, a_help));
 }
 
+Command Command::Under(const std::string& a_heading) const
+{
+    Command command(*this);
+    command.m_heading = a_heading;
+    return command;
+}
+
+CommandOption Command::Place(CLI::Option* a_option) const
+{
+    if (!m_heading.empty())
+        a_option->group(m_heading);
+    return CommandOption(a_option);
+}
+
 template<typename Value>
 CommandOption Command::AddOption(const std::string& a_names, Value& a_target, const std::string& a_help) const
 {
-    return CommandOption(m_command->add_option(a_names, a_target, a_help));
+    return Place(m_command->add_option(a_names, a_target, a_help));
 }
 
 template CommandOption Command::AddOption(const std::string&, std::string&, const std::string&) const;
@@ -96,26 +104,26 @@ CommandOption Command::AddOption(const std::string& a_names,
                                  std::function<void(const std::string&)> a_function,
                                  const std::string& a_help) const
 {
-    return CommandOption(m_command->add_option_function<std::string>(a_names, std::move(a_function), a_help));
+    return Place(m_command->add_option_function<std::string>(a_names, std::move(a_function), a_help));
 }
 
 CommandOption Command::AddList(const std::string& a_names,
                                std::function<void(const std::vector<std::string>&)> a_function,
                                const std::string& a_help) const
 {
-    return CommandOption(
+    return Place(
         m_command->add_option_function<std::vector<std::string>>(a_names, std::move(a_function), a_help));
 }
 
 CommandOption Command::AddFlag(const std::string& a_names, bool& a_target, const std::string& a_help) const
 {
-    return CommandOption(m_command->add_flag(a_names, a_target, a_help));
+    return Place(m_command->add_flag(a_names, a_target, a_help));
 }
 
 CommandOption Command::AddFlag(const std::string& a_names, std::function<void()> a_function,
                                const std::string& a_help) const
 {
-    return CommandOption(m_command->add_flag_callback(a_names, std::move(a_function), a_help));
+    return Place(m_command->add_flag_callback(a_names, std::move(a_function), a_help));
 }
 
 void Command::SetFooter(const std::string& a_text) const

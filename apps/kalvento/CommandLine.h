@@ -34,8 +34,6 @@ public:
     /// The numbers accepted, both ends included.
     template<typename Number>
     CommandOption& Between(Number a_least, Number a_greatest);
-    /// Under which heading it stands in the help.
-    CommandOption& Group(const std::string& a_heading);
     /// The sign that parts several values in one argument.
     CommandOption& Separator(char a_sign);
     /// Each value has its own option before it.
@@ -57,6 +55,8 @@ public:
     explicit Command(CLI::App* a_command) : m_command(a_command) {}
 
     Command AddCommand(const std::string& a_name, const std::string& a_help) const;
+    /// The same command; the options that are added through what is returned stand under that heading in the help.
+    Command Under(const std::string& a_heading) const;
 
     /// For texts, lists of texts, and numbers, optional ones too.
     template<typename Value>
@@ -97,7 +97,10 @@ public:
     void OnRun(std::function<void()> a_function) const;
 
 private:
+    CommandOption Place(CLI::Option* a_option) const;
+
     CLI::App* m_command;
+    std::string m_heading; // empty: the usual one
 };
 
 /// The command line of one run. One thread.
