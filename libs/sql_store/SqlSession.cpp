@@ -35,7 +35,7 @@ private:
     std::set<std::string> m_payloads;
 };
 
-SqlSession::SqlSession(SqlAddress a_address, SqlStore::Pauses a_pauses, IMarketStoreListener& a_listener)
+SqlSession::SqlSession(SqlAddress a_address, SqlPauses a_pauses, IMarketStoreListener& a_listener)
     : m_address(std::move(a_address)),
       m_pauses(a_pauses),
       m_listener(a_listener),

@@ -2,7 +2,7 @@
 
 #include "provider_kit/IMarketStore.h"
 #include "sql_store/SqlConnection.h"
-#include "sql_store/SqlStore.h"
+#include "sql_store/SqlPauses.h"
 
 #include <condition_variable>
 #include <functional>
@@ -20,7 +20,7 @@ public:
     using Reading = std::function<void(pqxx::transaction_base& a_transaction)>;
 
     /// Begins to connect at once.
-    SqlSession(SqlAddress a_address, SqlStore::Pauses a_pauses, IMarketStoreListener& a_listener);
+    SqlSession(SqlAddress a_address, SqlPauses a_pauses, IMarketStoreListener& a_listener);
     /// Ends all, as Close.
     ~SqlSession();
 
@@ -52,7 +52,7 @@ private:
     void BreakOff();
 
     const SqlAddress m_address;
-    const SqlStore::Pauses m_pauses;
+    const SqlPauses m_pauses;
     IMarketStoreListener& m_listener;
     const std::shared_ptr<SqlInterrupt> m_interrupt;
     kalvento::internal::WakeUp m_breakOff; // a reading failed

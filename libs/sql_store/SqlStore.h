@@ -2,8 +2,8 @@
 
 #include "provider_kit/IMarketStore.h"
 #include "sql_store/SqlAddress.h"
+#include "sql_store/SqlPauses.h"
 
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -23,10 +23,7 @@ class transaction_base;
 /// they raise DamagedData, and an instrument is left out of the list, with a line in the log.
 class SqlStore : public IMarketStore {
 public:
-    struct Pauses {
-        std::chrono::milliseconds shortest{100};
-        std::chrono::milliseconds longest{5000};
-    };
+    using Pauses = SqlPauses;
 
     /// An empty address is a store without instruments that never connects and says so to the listener. a_pauses: between
     /// two attempts to connect; they double.

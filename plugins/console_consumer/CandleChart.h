@@ -1,6 +1,7 @@
 #pragma once
 
-#include "console_consumer/RenderScreen.h"
+#include "console_consumer/ScreenCells.h"
+#include "console_consumer/ScreenModel.h"
 
 /// The candles as a chart: a column each, prices at the right, times below, and, where there is room, bars of the volume.
 class CandleChart {

@@ -3,6 +3,9 @@
 #include "series/Series.h"
 #include "settings/Settings.h"
 
+#include <algorithm>
+#include <set>
+
 DSProp::DSProp(ESeriesId a_seriesId)
     : DSProp(a_seriesId, VeloTools::Series::DefaultAggregationType(a_seriesId),
              VeloTools::Series::DefaultLabel(a_seriesId), VeloTools::Series::DefaultPrecision(a_seriesId))
@@ -53,3 +56,18 @@ void DSProp::UnSerializeState(const Settings& a_settings)
     m_aggrType = static_cast<EAggrType>(aggrType);
     SetPrecision(static_cast<EPrecision>(minPrecision), static_cast<EPrecision>(maxPrecision));
 }
+
+namespace VeloTools::Series {
+
+// Here, where a property is known: the numbers of series stand below it.
+bool CheckIfCSorOffersContainsGivenSeries(const std::set<DSProp>& a_series, ESeriesId a_seriesId)
+{
+    // Element by element: indicators are ordered by their labels too, and not every number makes a property to look for.
+    const auto isSought = [a_seriesId](const DSProp& a_property) {
+        return a_property.GetSeriesID() == a_seriesId;
+    };
+    return CheckIfCSorOffersContainsGivenSeries(std::set<ESeriesId>(), a_seriesId) ||
+           std::ranges::any_of(a_series, isSought);
+}
+
+} // namespace VeloTools::Series

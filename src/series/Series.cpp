@@ -35,20 +35,6 @@ bool IsOfferSeries(ESeriesId a_seriesId)
     return a_seriesId >= Bid1 && a_seriesId <= AskOrders5;
 }
 
-template<class Element>
-bool SetOrOffersContain(const std::set<Element>& a_series, ESeriesId a_seriesId)
-{
-    // Searched element by element: a property is ordered by its label too where it is an indicator, and can't be made
-    // at all from some numbers.
-    const auto isSought = [a_seriesId](const Element& a_element) {
-        if constexpr (std::is_same_v<Element, DSProp>)
-            return a_element.GetSeriesID() == a_seriesId;
-        else
-            return a_element == a_seriesId;
-    };
-    return IsOfferSeries(a_seriesId) || std::ranges::any_of(a_series, isSought);
-}
-
 } // namespace
 
 namespace VeloTools::Series {
@@ -118,12 +104,7 @@ std::vector<std::size_t> ReadingOrder(std::span<const ESeriesId> a_series)
 
 bool CheckIfCSorOffersContainsGivenSeries(const std::set<ESeriesId>& a_series, ESeriesId a_seriesId)
 {
-    return SetOrOffersContain(a_series, a_seriesId);
-}
-
-bool CheckIfCSorOffersContainsGivenSeries(const std::set<DSProp>& a_series, ESeriesId a_seriesId)
-{
-    return SetOrOffersContain(a_series, a_seriesId);
+    return IsOfferSeries(a_seriesId) || a_series.contains(a_seriesId);
 }
 
 ESeriesId GenerateId(std::string_view a_name)

@@ -2,14 +2,16 @@
 
 #include "aggregation/EAggrType.h"
 #include "platform/Export.h"
-#include "series/DSProp.h"
 #include "series/ESeriesId.h"
+#include "velo/EPrecision.h"
 
 #include <cstddef>
 #include <set>
 #include <span>
 #include <string_view>
 #include <vector>
+
+class DSProp;
 
 /// What holds for a series by its number alone. Any number may be asked, unlisted ones too; safe from any thread.
 namespace VeloTools::Series {

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <chrono>
+
+/// Between two attempts to connect; they double from the shortest to the longest.
+struct SqlPauses {
+    std::chrono::milliseconds shortest{100};
+    std::chrono::milliseconds longest{5000};
+};
