@@ -12,8 +12,8 @@ namespace VeloTools {
 
 /// The one logger of the process. Safe from any thread, also while static objects are built and destroyed.
 /// Until a log folder is known, lines go to standard error; from then on to a rotating UTF-8 file in that folder.
-/// A line: local time, thread, source, line, message. Control characters and line ends of a text are written as \n,
-/// \r, \t or \xHH and a backslash as \\, so that no text can pass for a line of its own.
+/// A line: local time, thread, source, line, message. Control characters and line ends of a text are written as `\n`,
+/// `\r`, `\t` or `\xHH` and a backslash as two, so that no text can pass for a line of its own.
 class KALVENTO_API Log {
 public:
     /// Receives every line: source and message as given (CP1250), and the source line. Called on the thread that
