@@ -43,7 +43,7 @@ ROOTS = {
     "libs": ["src", "libs"],
     "testkit": ["src", "libs", "testkit"],
     "plugins": ["src", "libs", "plugins"],
-    "apps": ["src", "libs", "apps", "plugins"],
+    "apps": ["src", "libs", "apps"],
     "tests": ["src", "libs", "testkit", "plugins", "apps", "tests"],
     "bench": ["src", "libs", "testkit", "."],
     "fuzz": ["src", "libs", "testkit", "apps", "tests"],
