@@ -1,8 +1,9 @@
 // Text rows from outside: any bytes end in rows or in a refusal, and rows never go back in time.
+#include "folding/PieceFolder.h"
 #include "kalvento/RowWriter.h"
 #include "text_rows/ByteSource.h"
-#include "text_rows/CandleFolder.h"
 #include "text_rows/RowReader.h"
+#include "text_rows/RowSeries.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -77,7 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
         RowReader reader(source, options, context);
         RowBlock rows;
         RowBlock candles;
-        CandleFolder folder(reader.GetLayout(), {EIntervalYear, 1}, EWindowBegin);
+        const RowLayout& layout = reader.GetLayout();
+        PieceFolder folder(PropertiesOf(layout), layout.interval, {EIntervalYear, 1}, EWindowBegin);
         std::size_t kept = 0;
         while (reader.Read(rows, 7, kept)) {
             Expect(rows.rows > kept);

@@ -5,10 +5,10 @@
 #include "kalvento/Progress.h"
 #include "kalvento/ReportCounts.h"
 #include "kalvento/RowAdjuster.h"
+#include "kalvento/RowFolding.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
 #include "text_rows/ByteSource.h"
-#include "text_rows/CandleFolder.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
@@ -49,27 +49,10 @@ struct CandlesOptions {
 
 /// One symbol's way from rows to candles.
 struct SymbolFold {
-    std::unique_ptr<CandleFolder> folder;
+    std::optional<PieceFolder> folder;
     RowBlock rows;
     RowBlock candles; // all of them, for the output goes symbol by symbol
 };
-
-void AppendRows(const RowBlock& a_from, std::size_t a_begin, std::size_t a_end, RowBlock& a_to)
-{
-    const std::size_t count = a_end - a_begin;
-    // Twice what is needed, so that growing piece by piece stays linear.
-    if (a_to.times.size() < a_to.rows + count)
-        a_to.Reserve((a_to.rows + count) * 2, a_from.columns.size(), false);
-    a_to.columns.resize(a_from.columns.size());
-    std::copy(a_from.times.begin() + static_cast<std::ptrdiff_t>(a_begin),
-              a_from.times.begin() + static_cast<std::ptrdiff_t>(a_end),
-              a_to.times.begin() + static_cast<std::ptrdiff_t>(a_to.rows));
-    for (std::size_t column = 0; column < a_from.columns.size(); ++column)
-        std::copy(a_from.columns[column].begin() + static_cast<std::ptrdiff_t>(a_begin),
-                  a_from.columns[column].begin() + static_cast<std::ptrdiff_t>(a_end),
-                  a_to.columns[column].begin() + static_cast<std::ptrdiff_t>(a_to.rows));
-    a_to.rows += count;
-}
 
 /// A symbol as a file's name: what a path or a shell could take for something else is written as %XX.
 std::string FileNameOf(std::string_view a_symbol)
@@ -128,7 +111,7 @@ private:
     RowLayout m_input;
     std::optional<HistoryOperations> m_operations;
     std::unique_ptr<RowAdjuster> m_adjuster; // null without operations
-    std::unique_ptr<CandleFolder> m_folder;
+    std::optional<PieceFolder> m_folder;
     RowBlock m_rows;
     RowBlock m_candles;
     std::size_t m_kept = 0;
@@ -199,13 +182,13 @@ void CandlesRun::Start(const RowReader& a_reader, const std::string& a_file)
         return;
     }
     m_input = layout;
-    m_folder = std::make_unique<CandleFolder>(layout, m_interval, m_stamp);
+    m_folder.emplace(FolderOf(layout, m_interval, m_stamp));
     if (m_operations)
         m_adjuster = std::make_unique<RowAdjuster>(*m_operations, layout);
     if (!layout.hasSymbols) {
         if (!m_options.splitFolder.empty())
             throw ToolError(EExitUsage, "--split needs --symbol-column");
-        Open(m_folder->GetLayout(), m_output);
+        Open(CandleLayout(layout, m_interval, *m_folder), m_output);
     } else if (m_options.format == EOutputBlock && m_options.splitFolder.empty()) {
         throw ToolError(EExitUsage,
                         "a series block holds one instrument; --split DIR writes one file a symbol");
@@ -258,7 +241,7 @@ void CandlesRun::FoldSymbols(const RowBlock& a_rows)
             ++end;
         if (symbol >= m_symbols.size())
             m_symbols.resize(symbol + 1);
-        AppendRows(a_rows, begin, end, m_symbols[symbol].rows);
+        m_symbols[symbol].rows.Append(a_rows, begin, end);
         touched.push_back(symbol);
         begin = end;
     }
@@ -267,15 +250,15 @@ void CandlesRun::FoldSymbols(const RowBlock& a_rows)
     for (const std::uint32_t symbol : touched) {
         SymbolFold& fold = m_symbols[symbol];
         if (!fold.folder)
-            fold.folder = std::make_unique<CandleFolder>(m_input, m_interval, m_stamp);
+            fold.folder.emplace(FolderOf(m_input, m_interval, m_stamp));
         fold.rows.rows = fold.folder->Fold(fold.rows, false, m_candles);
-        AppendRows(m_candles, 0, m_candles.rows, fold.candles);
+        fold.candles.Append(m_candles, 0, m_candles.rows);
     }
 }
 
 void CandlesRun::FinishSymbols(const std::vector<std::string>& a_symbols)
 {
-    RowLayout layout = m_folder->GetLayout();
+    RowLayout layout = CandleLayout(m_input, m_interval, *m_folder);
     const bool split = !m_options.splitFolder.empty();
     layout.hasSymbols = !split;
     if (split)

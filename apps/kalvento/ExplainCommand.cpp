@@ -2,11 +2,11 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/OptionValues.h"
+#include "kalvento/RowFolding.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "series/Series.h"
 #include "text_rows/ByteSource.h"
-#include "text_rows/CandleFolder.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
@@ -256,7 +256,7 @@ public:
           m_source(ByteSource::Open(a_options.input, a_context)),
           m_reader(*m_source, a_options.read, a_context),
           m_layout(m_reader.GetLayout()),
-          m_folder(m_layout, a_options.interval, ELastRecordTime)
+          m_folder(FolderOf(m_layout, a_options.interval, ELastRecordTime))
     {}
 
     void Run();
@@ -283,7 +283,7 @@ private:
     std::unique_ptr<ByteSource> m_source;
     RowReader m_reader;
     const RowLayout& m_layout;
-    CandleFolder m_folder;
+    PieceFolder m_folder;
     Rows m_rows;
     std::unique_ptr<Windows> m_windows;
 };
@@ -376,8 +376,7 @@ EAggrType ExplainRun::FoldOf(ESeriesId a_series) const
 
 Origin ExplainRun::OriginOf(ESeriesId a_series, double a_value, const Span& a_span) const
 {
-    Origin origin{
-        ColumnName(a_series, !m_folder.GetLayout().interval.IsSingleTick()), a_value, a_span.end - 1, {}};
+    Origin origin{ColumnName(a_series, !m_options.interval.IsSingleTick()), a_value, a_span.end - 1, {}};
     const EAggrType type = FoldOf(a_series);
     if (type == EAggrTypeOhlcSum || type == EAggrTypeSum) {
         origin.row.reset();
@@ -413,7 +412,7 @@ void ExplainRun::ExplainValues(Explanation& a_explanation)
     RowBlock candles;
     m_folder.Fold(rows, true, candles);
 
-    const std::vector<ESeriesId>& series = m_folder.GetLayout().series;
+    const std::vector<ESeriesId>& series = m_folder.GetSeries();
     for (const std::size_t place : VeloTools::Series::ReadingOrder(series))
         a_explanation.origins.push_back(OriginOf(series[place], candles.columns[place].front(), span));
 }

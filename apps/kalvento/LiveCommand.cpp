@@ -1,4 +1,5 @@
 #include "folding/AggregatorWrapper.h"
+#include "folding/PieceFolder.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/OptionValues.h"
@@ -164,9 +165,10 @@ struct Instrument {
     std::string symbol;
     AggregatorWrapper wrapper;
     NDateTime last; // of the last row taken
-    // Rows of the present content, until they are folded.
-    std::vector<NDateTime> times;
-    DataSeriesSet::Columns columns;
+    // The present content: rows that aren't folded yet, and the candles.
+    PieceFolder folder;
+    ColumnBlock rows;
+    ColumnBlock candles;
 };
 
 /// Whether a_left lies in an earlier whole second than a_right.
@@ -192,7 +194,7 @@ private:
     bool WaitForMore(int a_interruption);
     void TakeRows(bool a_isLast);
     void OpenReader();
-    void KeepRow(std::size_t a_row);
+    void FoldPiece();
     void FoldPast(Instrument& a_instrument);
     void FoldRow(std::size_t a_row);
     void Print(bool a_isNew, Instrument& a_instrument, Record& a_candle);
@@ -210,6 +212,7 @@ private:
     std::optional<ChangeWriter> m_writer;
     std::vector<std::unique_ptr<Instrument>> m_instruments;
     RowBlock m_block;
+    ColumnBlock m_candles;
     bool m_restarted = false;
     std::uint64_t m_skipped = 0; // rows earlier than the last one, after a restart
 };
@@ -283,8 +286,10 @@ void LiveRun::TakeRows(bool a_isLast)
         OpenReader();
     }
     while (m_reader->Read(m_block, S_rowsAtOnce)) {
-        for (std::size_t row = 0; row < m_block.rows; ++row)
-            m_caughtUp ? FoldRow(row) : KeepRow(row);
+        if (!m_caughtUp)
+            FoldPiece();
+        for (std::size_t row = 0; m_caughtUp && row < m_block.rows; ++row)
+            FoldRow(row);
     }
     if (!m_caughtUp) {
         m_caughtUp = true;
@@ -327,41 +332,47 @@ Instrument& LiveRun::InstrumentOf(std::size_t a_row)
     for (const auto& instrument : m_instruments)
         if (symbol == nullptr || instrument->symbol == *symbol)
             return *instrument;
-    DataSeriesSet::Columns columns;
-    for (const ESeriesId series : m_layout->series)
-        columns.emplace_back(series, std::vector<double>());
     m_instruments.push_back(std::make_unique<Instrument>(
         Instrument{symbol != nullptr ? *symbol : std::string(),
                    AggregatorWrapper(m_properties, ELastRecordTime, m_options.interval.GetInterval(),
                                      static_cast<unsigned short>(m_options.interval.GetMultiplicity())),
                    NDateTime(),
+                   PieceFolder(m_properties, m_layout->interval, m_options.interval),
                    {},
-                   std::move(columns)}));
+                   {}}));
     return *m_instruments.back();
 }
 
-void LiveRun::KeepRow(std::size_t a_row)
+void LiveRun::FoldPiece()
 {
-    Instrument& instrument = InstrumentOf(a_row);
-    instrument.last = m_block.times[a_row];
-    instrument.times.push_back(instrument.last);
-    for (std::size_t place = 0; place < instrument.columns.size(); ++place)
-        instrument.columns[place].second.push_back(m_block.columns[place][a_row]);
+    for (std::size_t begin = 0, end = 0; begin < m_block.rows; begin = end) {
+        for (end = begin + 1; end < m_block.rows; ++end)
+            if (m_layout->hasSymbols && m_block.symbols[end] != m_block.symbols[begin])
+                break;
+        Instrument& instrument = InstrumentOf(begin);
+        instrument.last = m_block.times[end - 1];
+        instrument.rows.Append(m_block, begin, end);
+    }
+    for (const auto& instrument : m_instruments) {
+        instrument->rows.rows = instrument->folder.Fold(instrument->rows, false, m_candles);
+        instrument->candles.Append(m_candles, 0, m_candles.rows);
+    }
 }
 
 void LiveRun::FoldPast(Instrument& a_instrument)
 {
-    Synchronization past(EIntervalTick, 1, std::move(a_instrument.times), std::move(a_instrument.columns));
-    if (!a_instrument.wrapper.AgregateSynchro(past))
+    a_instrument.folder.Fold(a_instrument.rows, true, m_candles);
+    a_instrument.candles.Append(m_candles, 0, m_candles.rows);
+    const ColumnBlock candles = std::exchange(a_instrument.candles, {});
+    a_instrument.rows = {};
+    const std::vector<ESeriesId>& series = a_instrument.folder.GetSeries();
+    Record last = candles.At(candles.rows - 1, series);
+    if (!a_instrument.wrapper.SetCurrentRecord(last))
         throw ToolError(EExitFailure, m_source->GetName() + ": the rows can't be folded; the log says why");
-    const std::size_t count = past.GetRecordsCount();
-    const std::uint64_t shown = std::min<std::uint64_t>(m_options.history.value_or(count), count);
-    Record candle = past.GetEmptyRecord();
-    for (std::size_t row = count - static_cast<std::size_t>(shown); row < count; ++row) {
-        candle.SetTime(std::as_const(past).TimeSeries()[row]);
-        auto value = candle.begin();
-        for (const auto& [series, values] : std::as_const(past))
-            (value++)->second = values[row];
+    const std::uint64_t shown =
+        std::min<std::uint64_t>(m_options.history.value_or(candles.rows), candles.rows);
+    for (std::size_t row = candles.rows - static_cast<std::size_t>(shown); row < candles.rows; ++row) {
+        Record candle = candles.At(row, series);
         Print(true, a_instrument, candle);
     }
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "folding/PieceFolder.h"
 #include "history_operations/HistoryOperations.h"
-#include "provider_kit/HistoryFold.h"
 #include "provider_kit/IMarketStore.h"
 #include "provider_kit/StoreFailure.h"
 #include "provider_kit/SubscriptionBook.h"
@@ -46,7 +46,7 @@ struct Served : SubscriptionBook::Subscription {
     std::uint64_t firstSynchronized = 0;
     std::optional<NDateTime> lastHistory; // time of the last row of the history that was read
     std::uint64_t endSynchronized = 0;    // also where records go on without a synchronization
-    std::unique_ptr<HistoryFold> fold;
+    std::unique_ptr<PieceFolder> fold;
     bool mustSynchronize = false;     // once more, after a break
     bool mustCheckOperations = false; // they may have changed since they were told
     bool historyDone = false;

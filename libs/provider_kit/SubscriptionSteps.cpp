@@ -98,7 +98,7 @@ SubscriptionSteps::EStep SubscriptionSteps::Begin(Served& a_served)
         return EStepDone;
     }
     const IntervalAndMultiplicity interval(request.GetInterval(), request.GetMultiplicity());
-    if (request.IsSetHistory() && !HistoryFold::Reaches(*instrument, interval)) {
+    if (request.IsSetHistory() && !PieceFolder::Reaches(instrument->interval, interval)) {
         Refuse(a_served, L"Waloru nie można pokazać w tym interwale");
         return EStepDone;
     }
@@ -107,8 +107,9 @@ SubscriptionSteps::EStep SubscriptionSteps::Begin(Served& a_served)
     a_served.endSynchronized = m_store.GetRowCount(a_served.GetIsin());
     a_served.instrument = *instrument;
     // Without a history the interval of a request is free, and may be nonsense.
-    a_served.interval =
-        HistoryFold::Reaches(*instrument, interval) ? interval : IntervalAndMultiplicity(EIntervalTick, 1);
+    a_served.interval = PieceFolder::Reaches(instrument->interval, interval)
+                            ? interval
+                            : IntervalAndMultiplicity(EIntervalTick, 1);
     a_served.stage = Served::ESession;
     return EStepMore;
 }
@@ -184,7 +185,9 @@ SubscriptionSteps::EStep SubscriptionSteps::FindPlaces(Served& a_served)
         a_served.endHistory = a_served.firstSynchronized;
         if (const auto afterLastDay = DayAfter(dates.to))
             a_served.endHistory = std::min(a_served.endHistory, m_store.FindRow(isin, *afterLastDay));
-        a_served.fold = std::make_unique<HistoryFold>(*a_served.instrument, a_served.interval);
+        a_served.fold =
+            std::make_unique<PieceFolder>(a_served.instrument->series, a_served.instrument->interval,
+                                          a_served.interval, ELastRecordTime, PieceFolder::EPassSame);
     }
     a_served.stage = Served::EHistory;
     return EStepMore;

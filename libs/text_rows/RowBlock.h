@@ -1,6 +1,6 @@
 #pragma once
 
-#include "time/NDateTime.h"
+#include "folding/ColumnBlock.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,12 +8,8 @@
 
 namespace kalvento::tool {
 
-/// Some rows, column by column. The vectors may be longer than the rows that they hold: between reads they stay at
-/// their full length, since bringing them down and up again would write every element once more.
-struct RowBlock {
-    std::size_t rows = 0;
-    std::vector<NDateTime> times;
-    std::vector<std::vector<double>> columns; ///< One per series of the layout.
+/// Rows as they are read: one column for each series of the layout.
+struct RowBlock : ColumnBlock {
     std::vector<std::uint32_t> symbols; ///< Places in RowReader::GetSymbols; empty where there are none.
 
     /// Makes room for that many rows of that many columns, never less than before.

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/Export.h"
+#include "series/ESeriesId.h"
+#include "series/Record.h"
+#include "time/NDateTime.h"
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+/// Some rows, column by column. The vectors may be longer than the rows that they hold: from one use to the next they stay
+/// at their full length, since bringing them down and up again would write every element once more. Which series the
+/// columns are of is known to whoever holds the block.
+struct KALVENTO_API ColumnBlock {
+    std::size_t rows = 0;
+    std::vector<NDateTime> times;
+    std::vector<std::vector<double>> columns;
+
+    /// Makes room for that many rows of that many columns, never less than before.
+    void Reserve(std::size_t a_rows, std::size_t a_columns);
+    /// Adds rows of a block of the same columns: a_first to before a_last. Growing piece by piece stays linear. A block
+    /// without rows takes on the columns.
+    void Append(const ColumnBlock& a_from, std::size_t a_first, std::size_t a_last);
+    /// The rows from a_first on come to the front, and those before them are gone.
+    void RemoveBefore(std::size_t a_first);
+    /// A row as a record of the series a_series, one for each column.
+    Record At(std::size_t a_row, std::span<const ESeriesId> a_series) const;
+};
