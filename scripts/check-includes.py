@@ -78,8 +78,8 @@ STANDARD = set("""
 TOOLS_OF_TESTS = ["testkit", "tests"]
 PACKAGES = [
     # The operating system's own.
-    (r"(unistd|poll|fcntl|dlfcn|link|signal|pwd|grp)\.h$|(sys|linux|netinet|arpa)/",
-     ["src/platform", "fuzz", *TOOLS_OF_TESTS, "libs", "plugins/console_consumer", "apps/kalvento"]),
+    (r"(unistd|poll|sched|fcntl|dlfcn|link|signal|pwd|grp)\.h$|(sys|linux|netinet|arpa)/",
+     ["src/platform", "fuzz", *TOOLS_OF_TESTS]),
     (r"(ncurses|term|langinfo)\.h$", ["plugins/console_consumer"]),
     # The compiler's.
     (r"cxxabi\.h$", ["src/velo"]),

@@ -9,8 +9,6 @@
 #include "platform/CodePage.h"
 #include "velo/Log.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <chrono>
 #include <exception>
@@ -39,15 +37,13 @@ void WriteLog(int a_line, std::wstring_view a_text)
 }
 
 // The loader names the file itself where that is what is wrong, and otherwise the library that it looked for in vain.
-std::wstring LoadError(const std::filesystem::path& a_path)
+std::wstring LoadError(const std::filesystem::path& a_path, const std::string& a_error)
 {
-    const char* const told = ::dlerror();
-    const std::string error = told != nullptr ? told : "?";
-    const std::size_t notFound = error.find(": cannot open shared object file");
-    if (notFound != std::string::npos && !error.starts_with(a_path.native()))
+    const std::size_t notFound = a_error.find(": cannot open shared object file");
+    if (notFound != std::string::npos && !a_error.starts_with(a_path.native()))
         return L"brakuje biblioteki, której wtyczka używa: " +
-               CodePage::Utf8ToWide(error.substr(0, notFound)) + L"; trzeba ją zainstalować";
-    return L"nie można wczytać pliku: " + CodePage::Utf8ToWide(error);
+               CodePage::Utf8ToWide(a_error.substr(0, notFound)) + L"; trzeba ją zainstalować";
+    return L"nie można wczytać pliku: " + CodePage::Utf8ToWide(a_error);
 }
 
 template<typename Module>
@@ -124,10 +120,10 @@ void Plugin::DestroyProviders()
 
 void Plugin::Unload()
 {
-    if (m_abandoned || m_library == nullptr)
+    if (m_abandoned)
         return;
     m_description = nullptr;
-    ::dlclose(std::exchange(m_library, nullptr));
+    m_library.Unload();
 }
 
 bool Plugin::RunStep(void (Plugin::*a_step)())
@@ -226,11 +222,11 @@ void Plugin::Init(const std::vector<Module*>& a_modules, std::vector<Module*>& a
 
 void Plugin::Load()
 {
-    m_library = ::dlopen(m_path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (m_library == nullptr)
-        throw Refusal{EPluginStateRefused, LoadError(m_path)};
+    const std::string error = m_library.Load(m_path);
+    if (!error.empty())
+        throw Refusal{EPluginStateRefused, LoadError(m_path, error)};
     const auto* const description =
-        static_cast<const PluginDescription*>(::dlsym(m_library, PluginDescription::S_symbol));
+        static_cast<const PluginDescription*>(m_library.Find(PluginDescription::S_symbol));
     if (description == nullptr)
         throw Refusal{EPluginStateRefused, L"to nie jest wtyczka: brakuje symbolu " +
                                                CodePage::Utf8ToWide(PluginDescription::S_symbol)};

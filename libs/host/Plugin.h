@@ -3,6 +3,7 @@
 #include "host/ModuleRegistry.h"
 #include "host/PluginReport.h"
 #include "host/StarterThread.h"
+#include "platform/SharedLibrary.h"
 
 #include <filesystem>
 #include <memory>
@@ -70,7 +71,7 @@ private:
     const std::shared_ptr<ModuleDirectory> m_directory;
 
     // The starter thread's while a step runs, else the main thread's.
-    void* m_library = nullptr;              // of dlopen
+    kalvento::internal::SharedLibrary m_library;
     std::vector<ProviderBase*> m_providers; // initialised, to be stopped
     std::vector<ConsumerBase*> m_consumers;
     ModuleRegistry m_modules;

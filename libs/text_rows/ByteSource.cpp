@@ -1,13 +1,9 @@
 #include "text_rows/ByteSource.h"
 
+#include "platform/InputFile.h"
 #include "text_rows/ToolContext.h"
 
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <istream>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace kalvento::tool {
 
@@ -15,26 +11,20 @@ namespace {
 
 class FileSource final : public ByteSource {
 public:
-    FileSource(std::string a_path, int a_file, std::uint64_t a_size)
-        : ByteSource(std::move(a_path), a_size), m_file(a_file)
+    FileSource(std::string a_path, internal::InputFile a_file, std::uint64_t a_size)
+        : ByteSource(std::move(a_path), a_size), m_file(std::move(a_file))
     {}
-    ~FileSource() override { close(m_file); }
-    FileSource(const FileSource&) = delete;
-    FileSource& operator=(const FileSource&) = delete;
 
     std::size_t Read(char* a_bytes, std::size_t a_size) override
     {
-        for (;;) {
-            const ssize_t count = read(m_file, a_bytes, a_size);
-            if (count >= 0)
-                return static_cast<std::size_t>(count);
-            if (errno != EINTR)
-                throw ToolError(EExitNoInput, GetName() + ": can't be read: " + std::strerror(errno));
-        }
+        std::size_t count = 0;
+        if (const std::error_code error = m_file.Read(a_bytes, a_size, count))
+            throw ToolError(EExitNoInput, GetName() + ": can't be read: " + error.message());
+        return count;
     }
 
 private:
-    int m_file;
+    internal::InputFile m_file;
 };
 
 class StreamSource final : public ByteSource {
@@ -62,20 +52,16 @@ std::unique_ptr<ByteSource> ByteSource::Open(const std::string& a_path, ToolCont
     if (a_path == "-")
         return FromStream(a_context.in, "standard input");
 
-    const int file = open(a_path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-        throw ToolError(EExitNoInput, a_path + ": can't be opened: " + std::strerror(errno));
-    struct stat status {};
-    const bool known = fstat(file, &status) == 0;
-    if (known && S_ISDIR(status.st_mode)) {
-        close(file);
+    internal::InputFile file;
+    if (const std::error_code error = file.Open(a_path))
+        throw ToolError(EExitNoInput, a_path + ": can't be opened: " + error.message());
+    internal::InputFile::State state;
+    file.GetState(state); // what can't be told may still be read
+    if (state.isFolder)
         throw ToolError(EExitNoInput, a_path + ": is a folder; give the files in it");
-    }
-    const bool regular = known && S_ISREG(status.st_mode);
-    if (regular)
-        posix_fadvise(file, 0, 0, POSIX_FADV_SEQUENTIAL);
-    return std::make_unique<FileSource>(a_path, file,
-                                        regular ? static_cast<std::uint64_t>(status.st_size) : 0);
+    if (state.isRegular)
+        file.ExpectAllToBeRead();
+    return std::make_unique<FileSource>(a_path, std::move(file), state.size);
 }
 
 std::unique_ptr<ByteSource> ByteSource::FromStream(std::istream& a_stream, std::string a_name)

@@ -1,19 +1,13 @@
 #include "text_rows/GrowingSource.h"
 
+#include "platform/Descriptors.h"
 #include "text_rows/ToolContext.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <iostream>
-#include <poll.h>
 #include <string_view>
-#include <sys/inotify.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace kalvento::tool {
 
@@ -25,11 +19,14 @@ constexpr std::size_t S_longestLine = 1 << 24;
 // Network file systems give no notice of what another machine writes: look now and then in any case.
 constexpr std::chrono::milliseconds S_lookEvery{1000};
 constexpr std::chrono::milliseconds S_lookEveryWithoutNotices{200};
-constexpr std::chrono::milliseconds S_longestPause = std::chrono::hours(1);
 
-[[noreturn]] void FailToRead(const std::string& a_name, const char* a_action)
+using Clock = std::chrono::steady_clock;
+using internal::Descriptors::Awaited;
+using internal::Descriptors::WaitForAny;
+
+[[noreturn]] void FailToRead(const std::string& a_name, const char* a_action, const std::error_code& a_error)
 {
-    throw ToolError(EExitNoInput, a_name + ": can't be " + a_action + ": " + std::strerror(errno));
+    throw ToolError(EExitNoInput, a_name + ": can't be " + a_action + ": " + a_error.message());
 }
 
 } // namespace
@@ -46,7 +43,10 @@ std::unique_ptr<GrowingSource> GrowingSource::Open(const std::string& a_path, To
         const bool isProcessInput = &a_context.in == &std::cin;
         source.reset(
             new GrowingSource("standard input", isProcessInput ? EKindPipe : EKindStream, &a_context.in));
-        source->m_file = isProcessInput ? dup(STDIN_FILENO) : -1;
+        if (!isProcessInput)
+            return source;
+        if (const std::error_code error = source->m_file.OpenStandardInput())
+            FailToRead(source->GetName(), "opened", error);
         return source;
     }
     source.reset(new GrowingSource(a_path, EKindFile, nullptr));
@@ -54,49 +54,21 @@ std::unique_ptr<GrowingSource> GrowingSource::Open(const std::string& a_path, To
     return source;
 }
 
-GrowingSource::~GrowingSource()
-{
-    CloseAll();
-}
-
-void GrowingSource::CloseAll()
-{
-    for (int* descriptor : {&m_file, &m_notices}) {
-        if (*descriptor >= 0)
-            close(*descriptor);
-        *descriptor = -1;
-    }
-}
-
 void GrowingSource::OpenFile()
 {
-    m_file = open(GetName().c_str(), O_RDONLY | O_CLOEXEC);
-    if (m_file < 0)
-        FailToRead(GetName(), "opened");
-    struct stat status {};
-    if (fstat(m_file, &status) != 0)
-        FailToRead(GetName(), "read");
-    if (S_ISDIR(status.st_mode))
+    if (const std::error_code error = m_file.Open(GetName()))
+        FailToRead(GetName(), "opened", error);
+    internal::InputFile::State state;
+    if (const std::error_code error = m_file.GetState(state))
+        FailToRead(GetName(), "read", error);
+    if (state.isFolder)
         throw ToolError(EExitNoInput, GetName() + ": is a folder; give a file");
-    m_kind = S_ISREG(status.st_mode) ? EKindFile : EKindPipe;
-    if (m_kind == EKindFile)
-        Watch();
-}
-
-void GrowingSource::Watch()
-{
-    m_notices = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (m_notices < 0)
-        return;
-    inotify_add_watch(m_notices, GetName().c_str(), IN_MODIFY | IN_ATTRIB | IN_MOVE_SELF | IN_DELETE_SELF);
-    // A new file of the same name is news of the folder.
-    const auto folder = std::filesystem::path(GetName()).parent_path();
-    inotify_add_watch(m_notices, folder.empty() ? "." : folder.c_str(), IN_CREATE | IN_MOVED_TO);
+    m_kind = state.isRegular ? EKindFile : EKindPipe;
+    m_watch = state.isRegular ? internal::FileWatch(GetName()) : internal::FileWatch();
 }
 
 void GrowingSource::Restart()
 {
-    CloseAll();
     m_buffer.clear();
     m_taken = m_whole = 0;
     m_position = 0;
@@ -186,33 +158,27 @@ std::size_t GrowingSource::ReadOnce(char* a_bytes, std::size_t a_size)
         return count;
     }
     if (m_kind == EKindPipe) {
-        pollfd request{m_file, POLLIN, 0};
-        if (poll(&request, 1, 0) <= 0)
+        Awaited input{m_file.GetFd()};
+        if (!WaitForAny({&input, 1}, Clock::time_point::min()))
             return 0;
     }
-    for (;;) {
-        const ssize_t count = read(m_file, a_bytes, a_size);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            FailToRead(GetName(), "read");
-        if (count == 0 && m_kind == EKindPipe)
-            m_ended = true;
-        return static_cast<std::size_t>(count);
-    }
+    std::size_t count = 0;
+    if (const std::error_code error = m_file.Read(a_bytes, a_size, count))
+        FailToRead(GetName(), "read", error);
+    m_ended = count == 0 && m_kind == EKindPipe;
+    return count;
 }
 
 std::optional<GrowingSource::EWait> GrowingSource::LookAtFile()
 {
-    struct stat opened {};
-    if (fstat(m_file, &opened) != 0)
-        FailToRead(GetName(), "read");
-    if (static_cast<std::uint64_t>(opened.st_size) < m_position)
+    internal::InputFile::State opened;
+    if (const std::error_code error = m_file.GetState(opened))
+        FailToRead(GetName(), "read", error);
+    if (opened.size < m_position)
         return EWaitCut;
-    struct stat named {};
+    const auto named = internal::InputFile::LookAt(GetName());
     // A file that is gone for the moment may be on its way to be replaced.
-    if (stat(GetName().c_str(), &named) != 0 ||
-        (named.st_ino == opened.st_ino && named.st_dev == opened.st_dev))
+    if (!named || opened.IsSameFileAs(*named))
         return std::nullopt;
     // Nobody will finish the old file's last line any more.
     if (m_buffer.size() > m_taken) {
@@ -224,17 +190,8 @@ std::optional<GrowingSource::EWait> GrowingSource::LookAtFile()
     return EWaitReplaced;
 }
 
-void GrowingSource::DrainNotices() const
-{
-    // What happened is seen by looking at the file; notices only wake.
-    std::array<char, 4096> notices;
-    while (m_notices >= 0 && read(m_notices, notices.data(), notices.size()) > 0)
-        continue;
-}
-
 GrowingSource::EWait GrowingSource::Wait(std::optional<std::chrono::milliseconds> a_limit, int a_interruption)
 {
-    using Clock = std::chrono::steady_clock;
     const auto end = a_limit ? Clock::now() + *a_limit : Clock::time_point::max();
     for (;;) {
         if (HasLine())
@@ -246,20 +203,16 @@ GrowingSource::EWait GrowingSource::Wait(std::optional<std::chrono::milliseconds
                 return *change;
         }
 
-        const auto now = Clock::now();
-        auto pause = a_limit ? std::chrono::ceil<std::chrono::milliseconds>(end - std::min(now, end))
-                             : std::chrono::milliseconds::max();
-        pause = std::min(pause, m_kind != EKindFile ? S_longestPause
-                                : m_notices >= 0    ? S_lookEvery
-                                                    : S_lookEveryWithoutNotices);
-        std::array<pollfd, 2> requests{
-            {{m_kind == EKindFile ? m_notices : m_file, POLLIN, 0}, {a_interruption, POLLIN, 0}}};
-        // Descriptors below zero are passed over by poll.
-        if (poll(requests.data(), requests.size(), static_cast<int>(pause.count())) < 0 && errno != EINTR)
-            FailToRead(GetName(), "waited for");
-        if (requests[1].revents != 0)
+        auto next = end;
+        if (m_kind == EKindFile)
+            next = std::min(end,
+                            Clock::now() + (m_watch.GetFd() >= 0 ? S_lookEvery : S_lookEveryWithoutNotices));
+        std::array<Awaited, 2> awaited = {
+            {{m_kind == EKindFile ? m_watch.GetFd() : m_file.GetFd()}, {a_interruption}}};
+        WaitForAny(awaited, next);
+        if (awaited[1].isReady)
             return EWaitInterrupted;
-        DrainNotices();
+        m_watch.Drain();
         if (a_limit && Clock::now() >= end)
             return HasLine() ? EWaitMore : EWaitTimeout;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileWatch.h"
+#include "platform/InputFile.h"
 #include "text_rows/ByteSource.h"
 
 #include <chrono>
@@ -29,9 +31,6 @@ public:
 
     /// a_path: a file, a named pipe, or "-" for standard input. Raises ToolError (EExitNoInput).
     static std::unique_ptr<GrowingSource> Open(const std::string& a_path, ToolContext& a_context);
-    ~GrowingSource() override;
-    GrowingSource(const GrowingSource&) = delete;
-    GrowingSource& operator=(const GrowingSource&) = delete;
 
     /// Bytes of the whole lines that are there now; 0 when there are none at the moment.
     std::size_t Read(char* a_bytes, std::size_t a_size) override;
@@ -55,17 +54,14 @@ private:
 
     GrowingSource(std::string a_name, EKind a_kind, std::istream* a_stream);
     void OpenFile();
-    void Watch();
-    void CloseAll();
     bool Fill();
     std::size_t ReadOnce(char* a_bytes, std::size_t a_size);
     std::optional<EWait> LookAtFile();
-    void DrainNotices() const;
 
     EKind m_kind;
     std::istream* m_stream; // EKindStream only
-    int m_file = -1;
-    int m_notices = -1;           // inotify; -1 where the system gives none, and looking at intervals must do
+    internal::InputFile m_file;
+    internal::FileWatch m_watch;  // where the system gives no notices, looking at intervals must do
     std::uint64_t m_position = 0; // bytes read of the file
     bool m_ended = false;
     bool m_lastLineCounts = false;

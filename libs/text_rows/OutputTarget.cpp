@@ -1,26 +1,15 @@
 #include "text_rows/OutputTarget.h"
 
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <ostream>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace kalvento::tool {
 
 namespace {
 
-[[noreturn]] void Fail(const std::string& a_path, const char* a_action)
+void Check(const std::error_code& a_error, const std::string& a_path, const char* a_action)
 {
-    throw ToolError(EExitFailure, a_path + ": can't be " + a_action + ": " + std::strerror(errno));
-}
-
-// Devices and pipes can't be replaced by a file of their name: they are written as they are.
-bool IsSpecial(const std::string& a_path)
-{
-    struct stat status {};
-    return stat(a_path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+    if (a_error)
+        throw ToolError(EExitFailure, a_path + ": can't be " + a_action + ": " + a_error.message());
 }
 
 } // namespace
@@ -30,24 +19,7 @@ OutputTarget::OutputTarget(const std::string& a_path, ToolContext& a_context) : 
     if (a_path.empty() || a_path == "-")
         return;
     m_path = a_path;
-    if (IsSpecial(m_path)) {
-        m_file = open(m_path.c_str(), O_WRONLY | O_CLOEXEC);
-        if (m_file < 0)
-            Fail(m_path, "written");
-        return;
-    }
-    m_beside = m_path + ".part-" + std::to_string(getpid());
-    m_file = open(m_beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (m_file < 0)
-        Fail(m_path, "written");
-}
-
-OutputTarget::~OutputTarget()
-{
-    if (m_file >= 0)
-        close(m_file);
-    if (!m_beside.empty())
-        unlink(m_beside.c_str());
+    Check(m_file.Open(m_path, internal::FileReplacement::EPathTyped), m_path, "written");
 }
 
 void OutputTarget::Write(std::string_view a_bytes)
@@ -58,14 +30,7 @@ void OutputTarget::Write(std::string_view a_bytes)
             throw OutputClosed();
         return;
     }
-    while (!a_bytes.empty()) {
-        const ssize_t count = write(m_file, a_bytes.data(), a_bytes.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            Fail(m_path, "written");
-        a_bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
+    Check(m_file.Write(a_bytes), m_path, "written");
 }
 
 void OutputTarget::Commit()
@@ -76,16 +41,8 @@ void OutputTarget::Commit()
             throw OutputClosed();
         return;
     }
-    if (m_beside.empty())
-        return;
-    if (fsync(m_file) != 0 || close(m_file) != 0) {
-        m_file = -1;
-        Fail(m_path, "written");
-    }
-    m_file = -1;
-    if (rename(m_beside.c_str(), m_path.c_str()) != 0)
-        Fail(m_path, "put in place");
-    m_beside.clear();
+    Check(m_file.Flush(), m_path, "written");
+    Check(m_file.TakePlace(), m_path, "put in place");
 }
 
 } // namespace kalvento::tool

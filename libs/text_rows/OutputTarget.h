@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileReplacement.h"
 #include "text_rows/ToolContext.h"
 
 #include <string>
@@ -7,16 +8,13 @@
 
 namespace kalvento::tool {
 
-/// Where a command's result goes: standard output, or a file that appears whole or not at all. A file is written
-/// beside its place and renamed by Commit; without Commit nothing is left. Standard output is written as the result comes.
+/// Where a command's result goes: standard output, or a file that appears whole or not at all, put in its place
+/// by Commit; without Commit nothing is left. Standard output is written as the result comes.
 /// A full disk raises ToolError (EExitFailure), a reader that left standard output OutputClosed.
 class OutputTarget {
 public:
     /// a_path: the file, or "" and "-" for the context's output, which must then outlive this.
     OutputTarget(const std::string& a_path, ToolContext& a_context);
-    ~OutputTarget();
-    OutputTarget(const OutputTarget&) = delete;
-    OutputTarget& operator=(const OutputTarget&) = delete;
 
     void Write(std::string_view a_bytes);
     /// Flushes to the disk and puts the file in its place. Nothing may be written behind it.
@@ -24,9 +22,8 @@ public:
 
 private:
     ToolContext& m_context;
-    std::string m_path;   // empty: standard output
-    std::string m_beside; // the file while it is written
-    int m_file = -1;
+    std::string m_path; // empty: standard output
+    internal::FileReplacement m_file;
 };
 
 } // namespace kalvento::tool

@@ -18,12 +18,8 @@ namespace FileTools {
 KALVENTO_API std::optional<std::string> ReadFile(const std::filesystem::path& a_path, std::size_t a_mostBytes,
                                                  std::error_code& a_error);
 
-/// Puts a file of these bytes in the place of the one that may be there. A kill, a full disk or a power cut at any
-/// moment leaves the old or the new file, whole; true means that the new one is on the disk.
-/// A symbolic link stays: the file that it leads to is replaced. Rights and, where permitted, owner are those of the old
-/// file; other hard links keep the old bytes. What is not a regular file is refused with not_supported.
-/// The new bytes wait in a file without a name, which the system clears away; where the file system has none, and for the
-/// moment of the exchange, in a file ".kalvento-<process>-<number>.tmp" of the same folder, which a kill may leave behind.
+/// Puts a file of these bytes in the place of the one that may be there, as FileReplacement does with a path of the
+/// program's own. True means that the new one is on the disk.
 KALVENTO_API bool ReplaceFile(const std::filesystem::path& a_path, std::string_view a_bytes,
                               std::error_code& a_error);
 

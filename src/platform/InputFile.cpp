@@ -1,0 +1,70 @@
+#include "platform/InputFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+namespace kalvento::internal {
+
+namespace {
+
+std::error_code ErrorUnless(bool a_isDone)
+{
+    return a_isDone ? std::error_code() : std::error_code(errno, std::generic_category());
+}
+
+InputFile::State StateOf(const struct stat& a_info)
+{
+    const bool isRegular = S_ISREG(a_info.st_mode);
+    return {isRegular, S_ISDIR(a_info.st_mode), isRegular ? static_cast<std::uint64_t>(a_info.st_size) : 0,
+            a_info.st_dev, a_info.st_ino};
+}
+
+} // namespace
+
+std::optional<InputFile::State> InputFile::LookAt(const std::filesystem::path& a_path)
+{
+    struct stat info {};
+    return ::stat(a_path.c_str(), &info) == 0 ? std::optional(StateOf(info)) : std::nullopt;
+}
+
+std::error_code InputFile::Open(const std::filesystem::path& a_path, bool a_mayWait)
+{
+    do
+        m_file = UniqueFd(::open(a_path.c_str(), O_RDONLY | O_CLOEXEC | (a_mayWait ? 0 : O_NONBLOCK)));
+    while (!m_file.IsOpen() && errno == EINTR);
+    return ErrorUnless(m_file.IsOpen());
+}
+
+std::error_code InputFile::OpenStandardInput()
+{
+    m_file = UniqueFd(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+    return ErrorUnless(m_file.IsOpen());
+}
+
+std::error_code InputFile::GetState(State& a_state) const
+{
+    struct stat info {};
+    if (::fstat(m_file.Get(), &info) != 0)
+        return ErrorUnless(false);
+    a_state = StateOf(info);
+    return {};
+}
+
+void InputFile::ExpectAllToBeRead() const
+{
+    ::posix_fadvise(m_file.Get(), 0, 0, POSIX_FADV_SEQUENTIAL);
+}
+
+std::error_code InputFile::Read(char* a_bytes, std::size_t a_size, std::size_t& a_count) const
+{
+    ssize_t count = 0;
+    do
+        count = ::read(m_file.Get(), a_bytes, a_size);
+    while (count < 0 && errno == EINTR);
+    a_count = count < 0 ? 0 : static_cast<std::size_t>(count);
+    return ErrorUnless(count >= 0);
+}
+
+} // namespace kalvento::internal
