@@ -114,7 +114,7 @@ void Watch::PrintPast()
 void Watch::AddRecord(const Record& a_record)
 {
     const std::lock_guard lock(m_mutex);
-    const std::optional<CandleModel::Change> change = m_model.AddRecord(a_record);
+    const std::optional<SubscriptionCandles::Change> change = m_model.AddRecord(a_record);
     if (!change)
         return;
     NotePrice(change->candle.find(Price)->second);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "assets/Asset.h"
-#include "console_consumer/CandleModel.h"
+#include "folding/SubscriptionCandles.h"
 #include "host/ScreenOptions.h"
 #include "modules/RequestParams.h"
 #include "series/LatestRecords.h"
@@ -79,7 +79,7 @@ private:
     int m_decimals = 2;
 
     mutable std::mutex m_mutex; // of all below
-    CandleModel m_model;
+    SubscriptionCandles m_model;
     bool m_pastPrinted = false;
     std::optional<Offers> m_offers;
     std::vector<LatestRecords::LastRecord> m_trades;

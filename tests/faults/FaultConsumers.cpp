@@ -1,10 +1,10 @@
 // Two consumers of everything: one that checks the order of what comes and builds candles, and the one of the terminal, which
 // prints into a text.
 #include "assets/Asset.h"
-#include "console_consumer/CandleModel.h"
 #include "console_consumer/ConsoleConsumer.h"
 #include "contract_kit/CheckingConsumer.h"
 #include "faults/FaultReport.h"
+#include "folding/SubscriptionCandles.h"
 #include "modules/ConsumerBase.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
@@ -76,22 +76,23 @@ public:
     }
     void ProcessHistory(unsigned int a_number, History&& a_history) override
     {
-        Count(a_number, [&](CandleModel& a_model) { a_model.AddHistory(History(a_history)); });
+        Count(a_number, [&](SubscriptionCandles& a_model) { a_model.AddHistory(History(a_history)); });
         m_check.ProcessHistory(a_number, std::move(a_history));
     }
     void ProcessHistoryEnd(unsigned int a_number) override
     {
-        Count(a_number, [](CandleModel& a_model) { a_model.HistoryEnd(); });
+        Count(a_number, [](SubscriptionCandles& a_model) { a_model.HistoryEnd(); });
         m_check.ProcessHistoryEnd(a_number);
     }
     void ProcessSynchronization(unsigned int a_number, Synchronization&& a_block) override
     {
-        Count(a_number, [&](CandleModel& a_model) { a_model.SetSynchronization(Synchronization(a_block)); });
+        Count(a_number,
+              [&](SubscriptionCandles& a_model) { a_model.SetSynchronization(Synchronization(a_block)); });
         m_check.ProcessSynchronization(a_number, std::move(a_block));
     }
     void ProcessRecord(unsigned int a_number, const Record& a_record) override
     {
-        Count(a_number, [&](CandleModel& a_model) { a_model.AddRecord(a_record); });
+        Count(a_number, [&](SubscriptionCandles& a_model) { a_model.AddRecord(a_record); });
         m_check.ProcessRecord(a_number, a_record);
     }
     void ProcessCurrentState(unsigned int a_number, const CurrentState& a_state) override
@@ -128,7 +129,7 @@ private:
         Asset asset;
         std::wstring provider;
         std::uint64_t callbacks = 0;
-        CandleModel model{
+        SubscriptionCandles model{
             {DSProp(Price), DSProp(Volume)}, FaultReport::S_interval, FaultReport::S_multiplicity};
     };
 
@@ -142,7 +143,7 @@ private:
             LogAllExceptions("FaultConsumer::Guard", __LINE__);
         }
     }
-    void Count(unsigned int a_number, const std::function<void(CandleModel&)>& a_fold = {})
+    void Count(unsigned int a_number, const std::function<void(SubscriptionCandles&)>& a_fold = {})
     {
         const std::lock_guard lock(m_mutex);
         const auto found = m_subscriptions.find(a_number);

@@ -1,4 +1,4 @@
-#include "console_consumer/CandleModel.h"
+#include "folding/SubscriptionCandles.h"
 
 #include "series/SeriesTestTools.h"
 #include "series/Synchronization.h"
@@ -192,7 +192,7 @@ private:
     bool m_finer;
     IntervalAndMultiplicity m_interval;
     std::mt19937& m_random;
-    CandleModel m_model;
+    SubscriptionCandles m_model;
     std::size_t m_told = 0;
 };
 
@@ -211,23 +211,23 @@ void RunCourses(const std::vector<Record>& a_rows, bool a_finer, int a_rounds)
 
 } // namespace
 
-TEST(CandleModelTest, HoweverRowsAreHandedOverTheCandlesAreThoseOfOneFold)
+TEST(SubscriptionCandlesTest, HoweverRowsAreHandedOverTheCandlesAreThoseOfOneFold)
 {
     std::mt19937 random(7);
     RunCourses(RandomRows(random, 600), false, 12);
     RunCourses(RandomRows(random, 600, 0.5), true, 12);
 }
 
-TEST(CandleModelTest, TheLawHoldsOnRealTrades)
+TEST(SubscriptionCandlesTest, TheLawHoldsOnRealTrades)
 {
     const std::vector<Record> rows = RealRows("ticks/mtgox_btcusd_2013-01-01.csv");
     ASSERT_EQ(rows.size(), 2331U);
     RunCourses(rows, false, 2);
 }
 
-TEST(CandleModelTest, WhatDoesNotFitChangesNothing)
+TEST(SubscriptionCandlesTest, WhatDoesNotFitChangesNothing)
 {
-    CandleModel model(Properties(), EIntervalMinute, 5);
+    SubscriptionCandles model(Properties(), EIntervalMinute, 5);
     ASSERT_TRUE(model.AddRecord(Row(At(10, 0), 5.0, 1.0)));
     const History before = model.GetLastCandles(9);
 
@@ -247,11 +247,11 @@ TEST(CandleModelTest, WhatDoesNotFitChangesNothing)
     EXPECT_TRUE(SameBits(model.GetLastCandles(9), before));
 }
 
-TEST(CandleModelTest, OperationsCorrectEveryRowOnce)
+TEST(SubscriptionCandlesTest, OperationsCorrectEveryRowOnce)
 {
     HistoryOperations operations;
     ASSERT_TRUE(operations.Parse("1\n1,210304,2,0.5\n"));
-    CandleModel model(Properties(), EIntervalMinute, 1);
+    SubscriptionCandles model(Properties(), EIntervalMinute, 1);
     model.SetOperations(operations);
     History history(Properties(), EIntervalTick, 1);
     ASSERT_TRUE(history.AddData(Row(At(10, 0), 8.0, 1.0)));
