@@ -1,6 +1,7 @@
 #include "platform/ChildProcess.h"
 
 #include "platform/Descriptors.h"
+#include "platform/SystemCall.h"
 
 #include <fcntl.h>
 #include <linux/close_range.h>
@@ -48,19 +49,15 @@ bool SignalProcess(int a_processFd, int a_signal)
 template<class Value>
 bool SendValue(int a_fd, const Value& a_value)
 {
-    ssize_t sent = ::write(a_fd, &a_value, sizeof(a_value));
-    while (sent < 0 && errno == EINTR)
-        sent = ::write(a_fd, &a_value, sizeof(a_value));
-    return sent == static_cast<ssize_t>(sizeof(a_value));
+    return Retry([&] { return ::write(a_fd, &a_value, sizeof(a_value)); }) ==
+           static_cast<ssize_t>(sizeof(a_value));
 }
 
 template<class Value>
 bool ReceiveValue(int a_fd, Value& a_value)
 {
-    ssize_t got = ::read(a_fd, &a_value, sizeof(a_value));
-    while (got < 0 && errno == EINTR)
-        got = ::read(a_fd, &a_value, sizeof(a_value));
-    return got == static_cast<ssize_t>(sizeof(a_value));
+    return Retry([&] { return ::read(a_fd, &a_value, sizeof(a_value)); }) ==
+           static_cast<ssize_t>(sizeof(a_value));
 }
 
 [[noreturn]] void RunProgram(const std::string& a_program, char* const* a_arguments, int a_failure)
@@ -135,8 +132,7 @@ std::optional<ChildProcess> ChildProcess::Start(const std::string& a_program,
     // A word and not the end of the pipe: another thread's fork may hold a copy of our end meanwhile.
     SendValue(done->writer.Get(), S_goOn);
     int status = 0;
-    while (::waitpid(parent, &status, 0) < 0 && errno == EINTR) {
-    }
+    Retry([&] { return ::waitpid(parent, &status, 0); });
 
     // Ends without a word once the program runs: its end of the pipe closes with the start.
     int error = 0;

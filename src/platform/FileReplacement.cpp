@@ -1,5 +1,7 @@
 #include "platform/FileReplacement.h"
 
+#include "platform/SystemCall.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -15,20 +17,6 @@ namespace {
 constexpr mode_t S_rights = 07777;
 constexpr int S_mostLinks = 40; // what the kernel follows before it calls it a loop
 constexpr int S_mostNames = 100;
-
-std::error_code ErrorUnless(bool a_isDone)
-{
-    return a_isDone ? std::error_code() : std::error_code(errno, std::generic_category());
-}
-
-template<class Call>
-auto Retry(Call a_call)
-{
-    auto result = a_call();
-    while (result < 0 && errno == EINTR)
-        result = a_call();
-    return result;
-}
 
 UniqueFd Open(const std::filesystem::path& a_path, int a_flags)
 {

@@ -2,6 +2,7 @@
 
 #include "platform/FileReplacement.h"
 #include "platform/InputFile.h"
+#include "platform/SystemCall.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,11 +20,6 @@ using kalvento::internal::FileReplacement;
 using kalvento::internal::InputFile;
 
 constexpr int S_mostNames = 100;
-
-std::error_code LastError()
-{
-    return {errno, std::generic_category()};
-}
 
 // Never over a file that is there already.
 bool RenameOnly(const std::filesystem::path& a_from, const std::filesystem::path& a_to)
@@ -120,7 +116,7 @@ std::optional<std::filesystem::path> KeepAside(const std::filesystem::path& a_pa
             a_error.clear();
             return aside;
         }
-        a_error = LastError();
+        a_error = kalvento::internal::ErrorUnless(false);
         if (a_error != std::errc::file_exists)
             return std::nullopt;
     }

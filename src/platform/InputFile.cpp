@@ -1,18 +1,13 @@
 #include "platform/InputFile.h"
 
+#include "platform/SystemCall.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
-
-#include <cerrno>
 
 namespace kalvento::internal {
 
 namespace {
-
-std::error_code ErrorUnless(bool a_isDone)
-{
-    return a_isDone ? std::error_code() : std::error_code(errno, std::generic_category());
-}
 
 InputFile::State StateOf(const struct stat& a_info)
 {
@@ -31,9 +26,8 @@ std::optional<InputFile::State> InputFile::LookAt(const std::filesystem::path& a
 
 std::error_code InputFile::Open(const std::filesystem::path& a_path, bool a_mayWait)
 {
-    do
-        m_file = UniqueFd(::open(a_path.c_str(), O_RDONLY | O_CLOEXEC | (a_mayWait ? 0 : O_NONBLOCK)));
-    while (!m_file.IsOpen() && errno == EINTR);
+    const int flags = O_RDONLY | O_CLOEXEC | (a_mayWait ? 0 : O_NONBLOCK);
+    m_file = UniqueFd(Retry([&] { return ::open(a_path.c_str(), flags); }));
     return ErrorUnless(m_file.IsOpen());
 }
 
@@ -59,10 +53,7 @@ void InputFile::ExpectAllToBeRead() const
 
 std::error_code InputFile::Read(char* a_bytes, std::size_t a_size, std::size_t& a_count) const
 {
-    ssize_t count = 0;
-    do
-        count = ::read(m_file.Get(), a_bytes, a_size);
-    while (count < 0 && errno == EINTR);
+    const auto count = Retry([&] { return ::read(m_file.Get(), a_bytes, a_size); });
     a_count = count < 0 ? 0 : static_cast<std::size_t>(count);
     return ErrorUnless(count >= 0);
 }
