@@ -32,6 +32,7 @@ sources() {
 
 step "Floors and circles of includes"
 python3 scripts/check-includes.py
+python3 scripts/draw-architecture.py --check
 
 step "clang-format"
 sources | xargs clang-format --dry-run --Werror
