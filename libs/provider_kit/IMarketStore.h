@@ -22,11 +22,10 @@ struct StoreInstrument {
     std::vector<std::wstring> groups; ///< Groups that it belongs to, by the names shown to the user.
     std::set<DSProp> series;          ///< Of its rows: the tick shape, or with the three candle series added.
     IntervalAndMultiplicity interval = {EIntervalTick, 1}; ///< Of its rows.
-    NDateTime
-        firstDay; ///< Days on which there are rows, both included; with no rows firstDay is after lastDay.
+    NDateTime firstDay; ///< First day on which there are rows; with no rows it is after lastDay.
     NDateTime lastDay;
     bool live = false; ///< Rows can be added; only for single ticks.
-    /// Another number tells that rows that were there before are others now: whoever was served from them is told the end.
+    /// Another number tells that the rows that were there before are stale: their subscribers are told that the data ended.
     std::uint64_t generation = 0;
 };
 
@@ -62,7 +61,7 @@ protected:
 /// All operations may be called from any thread. Those that read raise std::exception when the store can't be read now
 /// (no connection, a damaged file), with a text for the log; the provider asks again after Restored, or, where the store
 /// didn't tell that it is broken, after a pause. Rows that aren't as told here count as such a failure. DamagedData says that
-/// asking again is no use: whoever came upon it is told the end. An instrument that isn't there has no rows.
+/// asking again is no use: the subscriptions that came upon it end. An instrument that isn't there has no rows.
 class IMarketStore {
 public:
     virtual ~IMarketStore() = default;

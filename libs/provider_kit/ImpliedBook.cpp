@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace kalvento::internal {
+
 void ImpliedBook::AddTrade(double a_price, double a_volume)
 {
     if (m_hasPrice && a_price > m_lastPrice)
@@ -63,3 +65,5 @@ bool ImpliedBook::Show(Offers& a_offers) const
     show(AskOrders1, asks, &Level::trades);
     return changed;
 }
+
+} // namespace kalvento::internal

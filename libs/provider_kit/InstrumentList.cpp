@@ -2,13 +2,14 @@
 
 #include "modules/ProviderBase.h"
 #include "platform/CodePage.h"
-#include "provider_kit/StoreProvider.h"
 #include "velo/Log.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <set>
 #include <utility>
+
+namespace kalvento::internal {
 
 namespace {
 
@@ -39,7 +40,7 @@ InstrumentList::InstrumentList(ProviderBase& a_provider, std::vector<StoreInstru
     std::map<std::wstring, std::vector<std::shared_ptr<Asset>>> groups;
     for (StoreInstrument& instrument : a_instruments) {
         const std::string isin = instrument.isin;
-        if (!StoreProvider::IsServable(isin) || m_entries.contains(isin) || !HasUsableRows(instrument)) {
+        if (!IsServable(isin) || m_entries.contains(isin) || !HasUsableRows(instrument)) {
             VeloTools::Log::Instance().Write("InstrumentList::InstrumentList", __LINE__,
                                              "Dostawca "_cp1250 +
                                                  CodePage::WideToCp1250(a_provider.GetName()) +
@@ -75,3 +76,14 @@ std::shared_ptr<Asset> InstrumentList::FindAsset(const std::string& a_isin) cons
     const auto entry = m_entries.find(a_isin);
     return entry != m_entries.end() ? entry->second.asset : nullptr;
 }
+
+bool InstrumentList::IsServable(const std::string& a_isin)
+{
+    constexpr std::size_t longestName = 120; // in UTF-8 it may take twice as many bytes
+    return !a_isin.empty() && a_isin.size() <= longestName && a_isin != "." && a_isin != ".." &&
+           std::ranges::none_of(a_isin, [](char a_sign) {
+               return a_sign == '/' || a_sign == '\\' || static_cast<unsigned char>(a_sign) < ' ';
+           });
+}
+
+} // namespace kalvento::internal

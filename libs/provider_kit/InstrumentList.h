@@ -11,14 +11,18 @@
 
 class ProviderBase;
 
+namespace kalvento::internal {
+
 /// What a provider offers at one time. Never changed once it is made, so it is shared between threads.
 class InstrumentList {
 public:
     InstrumentList() = default; ///< Nothing.
-    /// Instruments whose ISIN StoreProvider::IsServable refuses, that come a second time, that have no Price or an impossible
-    /// interval, and live ones of other rows than single ticks are left out with a line in the log.
+    /// Instruments whose ISIN IsServable refuses, that come a second time, that have no Price or an impossible interval, and
+    /// live ones of other rows than single ticks are left out with a line in the log.
     InstrumentList(ProviderBase& a_provider, std::vector<StoreInstrument>&& a_instruments);
 
+    /// StoreProvider::IsServable.
+    static bool IsServable(const std::string& a_isin);
     /// Null for one that isn't there.
     const StoreInstrument* Find(const std::string& a_isin) const;
     std::shared_ptr<Asset> FindAsset(const std::string& a_isin) const;
@@ -34,3 +38,5 @@ private:
     std::vector<std::shared_ptr<Asset>> m_assets;
     std::vector<AssetsGroup> m_groups; // by name, their numbers from 1 on
 };
+
+} // namespace kalvento::internal

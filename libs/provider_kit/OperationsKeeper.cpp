@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <filesystem>
 
+namespace kalvento::internal {
+
 namespace {
 
 bool LoadIfThere(HistoryOperations& a_operations, const std::wstring& a_path)
@@ -50,3 +52,5 @@ bool OperationsKeeper::AreEqual(const HistoryOperations& a_left, const HistoryOp
                                  a_one.GetStoredFactor() == a_other.GetStoredFactor();
                       });
 }
+
+} // namespace kalvento::internal

@@ -7,8 +7,10 @@
 
 class IMarketStore;
 
-/// Corporate operations of a store, each list kept in a file beside the instrument's history as well, so that they are
-/// there while the store can't be read. Any thread.
+namespace kalvento::internal {
+
+/// Corporate operations of a store, each list kept in a file beside the instrument's history as well, so that they are there
+/// while the store can't be read. Any thread.
 class OperationsKeeper {
 public:
     explicit OperationsKeeper(IMarketStore& a_store) : m_store(a_store) {}
@@ -23,3 +25,5 @@ private:
     IMarketStore& m_store;
     std::mutex m_mutex; // of the files
 };
+
+} // namespace kalvento::internal

@@ -16,7 +16,8 @@
 namespace kalvento::internal {
 
 /// A subscription of StoreEngine and how far it has been served.
-struct Served : SubscriptionBook::Subscription {
+class Served : public SubscriptionBook::Subscription {
+public:
     enum EStage : std::uint32_t {
         EBegin,
         ESession,
@@ -32,8 +33,18 @@ struct Served : SubscriptionBook::Subscription {
 
     using Subscription::Subscription;
 
-    /// Those of the rows that the subscription is owed, each under its number's lock together with the position. The first of
-    /// the rows has the number a_first. a_isLive: which thread it is, and hence whose turn it must be.
+    // The position: the row that is to be told next as a record. Any thread; each operation takes Lock.
+
+    void SetPosition(std::uint64_t a_row, const std::optional<NDateTime>& a_timeBefore);
+    std::uint64_t GetPosition() const;
+    /// Empty unless the live thread tells the rows.
+    std::optional<std::uint64_t> GetLivePosition() const;
+    /// Whose turn it is to tell the rows: the live thread's, or else that of the past's.
+    void SetLive(bool a_isLive);
+    /// Without Lock, so that nobody waits for a past that is being told.
+    bool IsLive() const { return m_isLive; }
+    /// Tells those of the rows that the subscription is owed, the position moving along. The first of them has the number
+    /// a_first. a_isLive: which thread it is, and hence whose turn it must be.
     void TellRows(bool a_isLive, const History& a_rows, std::uint64_t a_first);
 
     // The thread of the past alone.
@@ -51,14 +62,13 @@ struct Served : SubscriptionBook::Subscription {
     bool mustCheckOperations = false; // they may have changed since they were told
     bool historyDone = false;
     FailurePause pause; // after the next failure
-    // Under the mutex of StoreEngine.
-    bool isRetried = false; // waits for the end of its pause
-    // Under Lock; the flag is looked at without it too, so that nobody waits for a past that is being told.
-    std::atomic<bool> isLive = false;
-    std::uint64_t nextRow = 0;         // to be told as a record
-    std::optional<NDateTime> lastTime; // of the row before it, where that was told
     // The live thread alone.
     bool knowsSession = false;
+
+private:
+    std::atomic<bool> m_isLive = false; // changes under Lock
+    std::uint64_t m_nextRow = 0;
+    std::optional<NDateTime> m_timeBefore; // of the row before it, where that was told
 };
 using ServedPtr = std::shared_ptr<Served>;
 

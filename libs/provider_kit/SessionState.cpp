@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+namespace kalvento::internal {
+
 namespace {
 
 const std::set<ESeriesId>& StateSeries()
@@ -143,3 +145,5 @@ void SessionState::MarkTold()
     m_offers.ClearUsageChangedValue();
     m_stateChanged = m_offersChanged = m_latestChanged = false;
 }
+
+} // namespace kalvento::internal

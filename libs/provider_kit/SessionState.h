@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace kalvento::internal {
+
 /// The current state of one instrument, made of its rows: the session of the day of the last row, the book, the latest
 /// transactions. One thread at a time.
 ///
@@ -67,3 +69,5 @@ private:
     bool m_offersChanged = false;
     bool m_latestChanged = false;
 };
+
+} // namespace kalvento::internal

@@ -1,5 +1,7 @@
 #include "provider_kit/ShowSeries.h"
 
+namespace kalvento::internal {
+
 bool ShowSeries(SettableVariables& a_values, ESeriesId a_series, double a_value)
 {
     const auto entry = a_values.find(a_series);
@@ -17,3 +19,5 @@ bool HideSeries(SettableVariables& a_values, ESeriesId a_series)
     a_values.ResetDataSeries(a_series);
     return true;
 }
+
+} // namespace kalvento::internal

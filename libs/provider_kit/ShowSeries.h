@@ -2,7 +2,11 @@
 
 #include "series/SettableVariables.h"
 
+namespace kalvento::internal {
+
 /// SetDataIfChanged that tells whether it did anything.
 bool ShowSeries(SettableVariables& a_values, ESeriesId a_series, double a_value);
 /// ResetDataSeries that tells whether it did anything.
 bool HideSeries(SettableVariables& a_values, ESeriesId a_series);
+
+} // namespace kalvento::internal

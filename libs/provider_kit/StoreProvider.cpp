@@ -8,7 +8,6 @@
 #include "provider_kit/TickShape.h"
 #include "velo/String.h"
 
-#include <algorithm>
 #include <utility>
 
 using kalvento::internal::StoreEngine;
@@ -28,7 +27,7 @@ bool StoreProvider::Init()
 {
     if (!ProviderBase::Init())
         return false;
-    m_engine->KeepOperations();
+    m_engine->GetParts().keepsOperations = true;
     return true;
 }
 
@@ -49,11 +48,12 @@ std::wstring StoreProvider::GetStatusName() const
 
 EStatusLevel StoreProvider::GetStatusLevel() const
 {
-    switch (m_engine->GetStatus()) {
+    switch (m_engine->GetParts().connection.GetStatus()) {
     case EConnectionStatusConnected:
         return EStatusLevelGood;
     case EConnectionStatusConnecting:
-        return m_engine->GetBreakReason().empty() ? EStatusLevelWorking : EStatusLevelProblem;
+        return m_engine->GetParts().connection.GetBreakReason().empty() ? EStatusLevelWorking
+                                                                        : EStatusLevelProblem;
     case EConnectionStatusDisconnected:
         break;
     }
@@ -62,7 +62,7 @@ EStatusLevel StoreProvider::GetStatusLevel() const
 
 std::wstring StoreProvider::GetStatusLabel() const
 {
-    switch (m_engine->GetStatus()) {
+    switch (m_engine->GetParts().connection.GetStatus()) {
     case EConnectionStatusConnected:
         return L"połączony";
     case EConnectionStatusConnecting:
@@ -76,14 +76,15 @@ std::wstring StoreProvider::GetStatusLabel() const
 std::wstring StoreProvider::GetStatusToolTip() const
 {
     std::wstring text = GetName() + L": " + GetStatusLabel();
-    if (const std::wstring reason = m_engine->GetBreakReason(); !reason.empty() && reason != GetStatusLabel())
+    if (const std::wstring reason = m_engine->GetParts().connection.GetBreakReason();
+        !reason.empty() && reason != GetStatusLabel())
         text += L"\n" + reason;
-    return text + L"\nWalory: " + std::to_wstring(m_engine->GetInstruments().Get()->GetAssets().size());
+    return text + L"\nWalory: " + std::to_wstring(m_engine->GetParts().instruments.Get()->GetAssets().size());
 }
 
 EConnectionStatus StoreProvider::GetConnectionStatus() const
 {
-    return m_engine->GetStatus();
+    return m_engine->GetParts().connection.GetStatus();
 }
 
 void StoreProvider::SwitchConnection(bool a_connect)
@@ -108,22 +109,22 @@ bool StoreProvider::StartSubscription(const Subscribe::StartParams& a_params)
 
 void StoreProvider::StopSubscription(const Subscribe::StopParams& a_params)
 {
-    m_engine->Stop(a_params);
+    m_engine->GetParts().book.Stop(a_params);
 }
 
 std::vector<std::shared_ptr<Asset>> StoreProvider::GetAssets() const
 {
-    return m_engine->GetInstruments().Get()->GetAssets();
+    return m_engine->GetParts().instruments.Get()->GetAssets();
 }
 
 std::vector<AssetsGroup> StoreProvider::GetAssetsGroups() const
 {
-    return m_engine->GetInstruments().Get()->GetGroups();
+    return m_engine->GetParts().instruments.Get()->GetGroups();
 }
 
 std::optional<AssetsGroup> StoreProvider::GetAssetsGroupForAssetsGroupId(const AssetsGroupId& a_groupId)
 {
-    const auto instruments = m_engine->GetInstruments().Get();
+    const auto instruments = m_engine->GetParts().instruments.Get();
     for (const AssetsGroup& group : instruments->GetGroups())
         if (group.GetId().GetId() == a_groupId.GetId())
             return group;
@@ -132,18 +133,18 @@ std::optional<AssetsGroup> StoreProvider::GetAssetsGroupForAssetsGroupId(const A
 
 std::shared_ptr<Asset> StoreProvider::GetAssetByIsin(const std::string& a_isin)
 {
-    return m_engine->GetInstruments().Get()->FindAsset(a_isin);
+    return m_engine->GetParts().instruments.Get()->FindAsset(a_isin);
 }
 
 AssetParams StoreProvider::GetAssetParams(const std::string& a_isin)
 {
-    const auto instruments = m_engine->GetInstruments().Get();
+    const auto instruments = m_engine->GetParts().instruments.Get();
     const StoreInstrument* const instrument = instruments->Find(a_isin);
     if (instrument == nullptr)
         return {};
     constexpr unsigned int live = ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord;
     const unsigned int kinds = ParamsBase::S_kindDataCS | (instrument->live ? live : 0U);
-    const auto days = m_engine->GetInstruments().GetDays(a_isin);
+    const auto days = m_engine->GetParts().instruments.GetDays(a_isin);
     if (!days)
         return AssetParams(kinds);
     return {kinds | ParamsBase::S_kindDataHistory,
@@ -158,20 +159,20 @@ std::set<DSProp> StoreProvider::GetAssetSeries(const Asset& a_asset)
 
 std::set<DSProp> StoreProvider::GetAssetSeriesAlternative(const Asset& a_asset)
 {
-    const auto instruments = m_engine->GetInstruments().Get();
+    const auto instruments = m_engine->GetParts().instruments.Get();
     const StoreInstrument* const instrument = instruments->Find(a_asset.GetIsin());
     return instrument != nullptr ? instrument->series : std::set<DSProp>();
 }
 
 std::optional<NDateTime> StoreProvider::GetAssetSessionDate(const Asset& a_asset)
 {
-    const auto days = m_engine->GetInstruments().GetDays(a_asset.GetIsin());
+    const auto days = m_engine->GetParts().instruments.GetDays(a_asset.GetIsin());
     return days ? std::optional(days->GetDates().to) : std::nullopt;
 }
 
 std::optional<AssetAdditProp> StoreProvider::GetAssetAdditProp(const Asset& a_asset)
 {
-    const auto instruments = m_engine->GetInstruments().Get();
+    const auto instruments = m_engine->GetParts().instruments.Get();
     const StoreInstrument* const instrument = instruments->Find(a_asset.GetIsin());
     if (instrument == nullptr)
         return std::nullopt;
@@ -188,9 +189,10 @@ std::optional<AssetAdditProp> StoreProvider::GetAssetAdditProp(const Asset& a_as
 
 HistoryOperations StoreProvider::GetHistoryOperations(const Asset& a_asset)
 {
-    const auto instruments = m_engine->GetInstruments().Get();
-    return instruments->Find(a_asset.GetIsin()) != nullptr ? m_engine->ReadOperations(a_asset.GetIsin())
-                                                           : HistoryOperations();
+    const auto instruments = m_engine->GetParts().instruments.Get();
+    return instruments->Find(a_asset.GetIsin()) != nullptr
+               ? m_engine->GetParts().ReadOperations(a_asset.GetIsin())
+               : HistoryOperations();
 }
 
 bool StoreProvider::StartSessionStatistics(IStatisticsSessionReceiver* /*a_receiver*/)
@@ -202,14 +204,10 @@ void StoreProvider::StopSessionStatistics(IStatisticsSessionReceiver* /*a_receiv
 
 bool StoreProvider::IsServable(const std::string& a_isin)
 {
-    constexpr std::size_t longestName = 120; // in UTF-8 it may take twice as many bytes
-    return !a_isin.empty() && a_isin.size() <= longestName && a_isin != "." && a_isin != ".." &&
-           std::ranges::none_of(a_isin, [](char a_sign) {
-               return a_sign == '/' || a_sign == '\\' || static_cast<unsigned char>(a_sign) < ' ';
-           });
+    return kalvento::internal::InstrumentList::IsServable(a_isin);
 }
 
 IMarketStore& StoreProvider::GetStore() const
 {
-    return m_engine->GetStore();
+    return *m_engine->GetParts().store;
 }

@@ -57,7 +57,7 @@ bool SubscriptionBook::Stop(const Subscribe::StopParams& a_params)
     }
     if (!numberLock)
         return false;
-    // Before the wait: a long row of callbacks is cut short behind the one that runs.
+    // Before the wait: a long row of callbacks is cut short after the one that runs.
     bool over = false;
     if (subscription) {
         const unsigned int ending =

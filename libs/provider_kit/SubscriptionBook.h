@@ -48,8 +48,8 @@ public:
 
         const Subscribe::StartParams m_params;
         std::atomic<unsigned int> m_kinds;
-        std::shared_ptr<NumberLock>
-            m_lock; // of the request number, set when it is booked; held while a callback runs
+        // Of the request number, set when it is booked; held while a callback runs.
+        std::shared_ptr<NumberLock> m_lock;
     };
     using Subscriptions = std::vector<std::shared_ptr<Subscription>>;
 

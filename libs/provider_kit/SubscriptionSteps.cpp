@@ -3,14 +3,9 @@
 #include "aggregation/AggrWindowsFactory.h"
 #include "aggregation/Aggregator.h"
 #include "modules/IConsumer.h"
-#include "provider_kit/CheckedRows.h"
-#include "provider_kit/InstrumentList.h"
-#include "provider_kit/KnownInstruments.h"
-#include "provider_kit/LiveThread.h"
 #include "provider_kit/Midnight.h"
-#include "provider_kit/OperationsKeeper.h"
-#include "provider_kit/Served.h"
 #include "provider_kit/SessionState.h"
+#include "provider_kit/StoreParts.h"
 #include "series/Synchronization.h"
 
 #include <algorithm>
@@ -28,7 +23,7 @@ unsigned int OfferedKinds(const StoreInstrument& a_instrument)
     return a_instrument.live ? always | ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord : always;
 }
 
-// Empty behind the last day of the calendar. By the number of the day: the field of the year has no place for 9999.
+// Empty after the last day of the calendar. By the number of the day: the field of the year has no place for 9999.
 std::optional<NDateTime> DayAfter(const NDateTime& a_time)
 {
     const NDateTime day = NDateTime::FromDouble(a_time.GetAbsoluteDay() + 1.0);
@@ -44,18 +39,6 @@ Synchronization SynchronizationOf(History&& a_rows)
 }
 
 } // namespace
-
-SubscriptionSteps::SubscriptionSteps(
-    IMarketStore& a_store, const CheckedRows& a_rows, const KnownInstruments& a_instruments,
-    SubscriptionBook& a_book, LiveThread& a_live,
-    std::function<HistoryOperations(const std::string& a_isin)> a_readOperations)
-    : m_store(a_store),
-      m_rows(a_rows),
-      m_instruments(a_instruments),
-      m_book(a_book),
-      m_live(a_live),
-      m_readOperations(std::move(a_readOperations))
-{}
 
 SubscriptionSteps::EStep SubscriptionSteps::Step(Served& a_served)
 {
@@ -84,7 +67,7 @@ SubscriptionSteps::EStep SubscriptionSteps::Step(Served& a_served)
 
 SubscriptionSteps::EStep SubscriptionSteps::Begin(Served& a_served)
 {
-    const auto list = m_instruments.GetIfRead();
+    const auto list = m_parts.instruments.GetIfRead();
     if (!list)
         return EStepWaits;
     const StoreInstrument* const instrument = list->Find(a_served.GetIsin());
@@ -102,9 +85,9 @@ SubscriptionSteps::EStep SubscriptionSteps::Begin(Served& a_served)
         Refuse(a_served, L"Waloru nie można pokazać w tym interwale");
         return EStepDone;
     }
-    // Where history ends and what is live begins, whatever is added while the past is told. Before all else that takes
-    // time: records that no past is asked for with begin with the first row that comes from here on.
-    a_served.endSynchronized = m_store.GetRowCount(a_served.GetIsin());
+    // Where history ends and what is live begins, whatever is added while the past is told. Before all else that takes time:
+    // records that no past is asked for with begin with the first row that comes from here on.
+    a_served.endSynchronized = m_parts.store->GetRowCount(a_served.GetIsin());
     a_served.instrument = *instrument;
     // Without a history the interval of a request is free, and may be nonsense.
     a_served.interval = PieceFolder::Reaches(instrument->interval, interval)
@@ -124,7 +107,7 @@ SubscriptionSteps::EStep SubscriptionSteps::MakeSession(Served& a_served)
 
 void SubscriptionSteps::Refuse(Served& a_served, std::wstring_view a_reason)
 {
-    m_book.End(a_served, [&](IConsumer& a_consumer, unsigned int a_number) {
+    m_parts.book.End(a_served, [&](IConsumer& a_consumer, unsigned int a_number) {
         a_consumer.RequestRefused(a_number, a_reason);
     });
 }
@@ -133,8 +116,9 @@ void SubscriptionSteps::Refuse(Served& a_served, std::wstring_view a_reason)
 void SubscriptionSteps::CutOff(Served& a_served, std::wstring_view a_reason)
 {
     if (a_served.historyDone || !a_served.Wants(ParamsBase::S_kindDataHistory))
-        m_book.End(a_served,
-                   [](IConsumer& a_consumer, unsigned int a_number) { a_consumer.RequestEnded(a_number); });
+        m_parts.book.End(a_served, [](IConsumer& a_consumer, unsigned int a_number) {
+            a_consumer.RequestEnded(a_number);
+        });
     else
         Refuse(a_served, a_reason);
 }
@@ -143,7 +127,7 @@ SubscriptionSteps::EStep SubscriptionSteps::TellOperations(Served& a_served)
 {
     a_served.mustCheckOperations = false;
     if (a_served.GetParams().GetRequestParams().NeedsDataOperationInfo()) {
-        HistoryOperations operations = m_readOperations(a_served.GetIsin());
+        HistoryOperations operations = m_parts.ReadOperations(a_served.GetIsin());
         if (!a_served.operations || !OperationsKeeper::AreEqual(*a_served.operations, operations)) {
             SubscriptionBook::Tell(a_served, Served::S_allKinds,
                                    [&](IConsumer& a_consumer, unsigned int a_number) {
@@ -161,13 +145,8 @@ SubscriptionSteps::EStep SubscriptionSteps::TellOperations(Served& a_served)
         return EStepDone;
     }
     // From the window of the last row that was told: windows may have passed during the break.
-    std::uint64_t told = 0;
-    {
-        const auto lock = a_served.Lock();
-        told = a_served.nextRow;
-    }
-    a_served.firstSynchronized = FindWindow(a_served, told);
-    a_served.endSynchronized = m_store.GetRowCount(a_served.GetIsin());
+    a_served.firstSynchronized = FindWindow(a_served, a_served.GetPosition());
+    a_served.endSynchronized = m_parts.store->GetRowCount(a_served.GetIsin());
     a_served.mustSynchronize = false;
     a_served.stage = Served::ESynchronize;
     return EStepMore;
@@ -181,10 +160,10 @@ SubscriptionSteps::EStep SubscriptionSteps::FindPlaces(Served& a_served)
     a_served.firstSynchronized = synchronizes ? FindWindow(a_served, count) : count;
     if (a_served.Wants(ParamsBase::S_kindDataHistory)) {
         const RangeData::Dates dates = a_served.GetParams().GetRequestParams().GetDates();
-        a_served.nextHistory = m_store.FindRow(isin, MidnightOf(dates.from));
+        a_served.nextHistory = m_parts.store->FindRow(isin, MidnightOf(dates.from));
         a_served.endHistory = a_served.firstSynchronized;
         if (const auto afterLastDay = DayAfter(dates.to))
-            a_served.endHistory = std::min(a_served.endHistory, m_store.FindRow(isin, *afterLastDay));
+            a_served.endHistory = std::min(a_served.endHistory, m_parts.store->FindRow(isin, *afterLastDay));
         a_served.fold =
             std::make_unique<PieceFolder>(a_served.instrument->series, a_served.instrument->interval,
                                           a_served.interval, ELastRecordTime, PieceFolder::EPassSame);
@@ -204,8 +183,8 @@ SubscriptionSteps::EStep SubscriptionSteps::TellHistory(Served& a_served)
     };
     if (a_served.Wants(kind) && a_served.nextHistory < a_served.endHistory) {
         History rows =
-            m_rows.Read(a_served.GetIsin(), a_served.nextHistory,
-                        std::min(a_served.endHistory, a_served.nextHistory + CheckedRows::S_atOnce));
+            m_parts.rows.Read(a_served.GetIsin(), a_served.nextHistory,
+                              std::min(a_served.endHistory, a_served.nextHistory + CheckedRows::S_atOnce));
         const std::size_t count = rows.GetRecordsCount();
         CheckedRows::CheckOrder(a_served.lastHistory, rows.TimeSeries().front());
         a_served.lastHistory = rows.TimeSeries().back();
@@ -224,8 +203,9 @@ SubscriptionSteps::EStep SubscriptionSteps::TellHistory(Served& a_served)
     a_served.historyDone = true;
     const unsigned int lasting = OfferedKinds(*a_served.instrument) & ~ParamsBase::S_kindDataHistory;
     if (!a_served.Wants(lasting)) {
-        m_book.End(a_served,
-                   [](IConsumer& a_consumer, unsigned int a_number) { a_consumer.RequestEnded(a_number); });
+        m_parts.book.End(a_served, [](IConsumer& a_consumer, unsigned int a_number) {
+            a_consumer.RequestEnded(a_number);
+        });
         return EStepDone;
     }
     a_served.stage = Served::ESynchronize;
@@ -238,14 +218,14 @@ SubscriptionSteps::EStep SubscriptionSteps::Synchronize(Served& a_served)
     if (a_served.instrument->live && a_served.Wants(ParamsBase::S_kindDataSynchro)) {
         // Without a row there is nothing to tie to; the first one makes the synchronization.
         if (a_served.endSynchronized == 0) {
-            const std::uint64_t count = m_store.GetRowCount(a_served.GetIsin());
+            const std::uint64_t count = m_parts.store->GetRowCount(a_served.GetIsin());
             if (count == 0)
                 return EStepWaitsForRows;
             a_served.firstSynchronized = 0;
             a_served.endSynchronized = count;
         }
         Synchronization block = SynchronizationOf(
-            m_rows.Read(a_served.GetIsin(), a_served.firstSynchronized, a_served.endSynchronized));
+            m_parts.rows.Read(a_served.GetIsin(), a_served.firstSynchronized, a_served.endSynchronized));
         a_served.endSynchronized = a_served.firstSynchronized + block.GetRecordsCount();
         last = block.TimeSeries().back();
         SubscriptionBook::Tell(a_served, ParamsBase::S_kindDataSynchro,
@@ -253,11 +233,7 @@ SubscriptionSteps::EStep SubscriptionSteps::Synchronize(Served& a_served)
                                    a_consumer.ProcessSynchronization(a_number, std::move(block));
                                });
     }
-    {
-        const auto lock = a_served.Lock();
-        a_served.nextRow = a_served.endSynchronized;
-        a_served.lastTime = last;
-    }
+    a_served.SetPosition(a_served.endSynchronized, last);
     a_served.stage = Served::ECatchUp;
     return EStepMore;
 }
@@ -266,16 +242,16 @@ SubscriptionSteps::EStep SubscriptionSteps::CatchUp(Served& a_served)
 {
     const std::string& isin = a_served.GetIsin();
     if (a_served.instrument->live && a_served.Wants(ParamsBase::S_kindDataRecord)) {
-        const std::uint64_t first = a_served.nextRow;
-        const std::uint64_t count = m_store.GetRowCount(isin);
+        const std::uint64_t first = a_served.GetPosition();
+        const std::uint64_t count = m_parts.store->GetRowCount(isin);
         // So many rows would hold up the live thread.
         if (count > first + CheckedRows::S_atOnce) {
-            a_served.TellRows(false, m_rows.Read(isin, first, first + CheckedRows::S_atOnce), first);
+            a_served.TellRows(false, m_parts.rows.Read(isin, first, first + CheckedRows::S_atOnce), first);
             return EStepMore;
         }
     }
-    a_served.isLive = true;
-    m_live.Mark(isin);
+    a_served.SetLive(true);
+    m_parts.live.Mark(isin);
     if (a_served.mustCheckOperations) {
         a_served.stage = Served::EOperations;
         return EStepMore;
@@ -293,44 +269,47 @@ std::uint64_t SubscriptionSteps::FindWindow(const Served& a_served, std::uint64_
     const IntervalAndMultiplicity interval = a_served.interval;
     if (interval.IsSingleTick())
         return a_count - 1;
-    const NDateTime last = m_rows.Read(isin, a_count - 1, a_count).TimeSeries().back();
+    const NDateTime last = m_parts.rows.Read(isin, a_count - 1, a_count).TimeSeries().back();
     if (interval.IsTick()) {
-        const std::uint64_t firstOfDay = m_store.FindRow(isin, MidnightOf(last));
+        const std::uint64_t firstOfDay = m_parts.store->FindRow(isin, MidnightOf(last));
         return a_count - 1 - (a_count - 1 - firstOfDay) % interval.GetMultiplicity();
     }
     NDateTime begin;
     AggrWindowsFactory::GetAggrWindowClass(
         interval.GetInterval(), static_cast<unsigned short>(interval.GetMultiplicity()), ELastRecordTime)
         ->GetWindowLimits(last, &begin, nullptr);
-    return m_store.FindRow(isin, begin);
+    return m_parts.store->FindRow(isin, begin);
 }
 
-// The live thread goes on with what is made here.
 void SubscriptionSteps::EnsureSession(const StoreInstrument& a_instrument)
 {
-    if (m_live.HasSession(a_instrument.isin))
-        return m_live.Mark(a_instrument.isin);
+    if (!m_parts.live.HasSession(a_instrument.isin))
+        m_parts.live.SetSession(a_instrument.isin, ReadSession(a_instrument));
+    m_parts.live.Mark(a_instrument.isin); // that thread goes on with it
+}
 
+std::shared_ptr<SessionState> SubscriptionSteps::ReadSession(const StoreInstrument& a_instrument)
+{
     const std::string& isin = a_instrument.isin;
     auto session = std::make_shared<SessionState>(a_instrument);
-    const std::uint64_t count = m_store.GetRowCount(isin);
+    const std::uint64_t count = m_parts.store->GetRowCount(isin);
     if (count > 0) {
-        const NDateTime last = m_rows.Read(isin, count - 1, count).TimeSeries().back();
-        const std::uint64_t first = m_store.FindRow(isin, MidnightOf(last));
+        const NDateTime last = m_parts.rows.Read(isin, count - 1, count).TimeSeries().back();
+        const std::uint64_t first = m_parts.store->FindRow(isin, MidnightOf(last));
         std::optional<double> reference;
         if (first > 0) {
-            const History before = m_rows.Read(isin, first - 1, first);
+            const History before = m_parts.rows.Read(isin, first - 1, first);
             if (const auto prices = before.find(Price); prices != before.end() && !prices->second.empty())
                 reference = prices->second.back();
         }
         session->BeginAt(first, reference);
         while (session->GetNextRow() < count)
-            session->Add(m_rows.Read(isin, session->GetNextRow(),
-                                     std::min(count, session->GetNextRow() + CheckedRows::S_atOnce)),
+            session->Add(m_parts.rows.Read(isin, session->GetNextRow(),
+                                           std::min(count, session->GetNextRow() + CheckedRows::S_atOnce)),
                          0);
     }
-    session->SetOffers(m_store.ReadOffers(isin));
-    m_live.SetSession(isin, std::move(session));
+    session->SetOffers(m_parts.store->ReadOffers(isin));
+    return session;
 }
 
 } // namespace kalvento::internal

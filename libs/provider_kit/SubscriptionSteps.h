@@ -1,21 +1,16 @@
 #pragma once
 
-#include "history_operations/HistoryOperations.h"
 #include "provider_kit/IMarketStore.h"
 
 #include <cstdint>
-#include <functional>
-#include <string>
+#include <memory>
 #include <string_view>
-
-class SubscriptionBook;
 
 namespace kalvento::internal {
 
-class CheckedRows;
-class KnownInstruments;
-class LiveThread;
-struct Served;
+class Served;
+class SessionState;
+struct StoreParts;
 
 /// The way of a subscription from its start to where the live thread goes on with it: current state, operations, history,
 /// synchronization, and what came meanwhile. The thread of the past alone.
@@ -28,10 +23,7 @@ public:
         EStepWaitsForRows ///< For the first row.
     };
 
-    /// All of them outlive it.
-    SubscriptionSteps(IMarketStore& a_store, const CheckedRows& a_rows, const KnownInstruments& a_instruments,
-                      SubscriptionBook& a_book, LiveThread& a_live,
-                      std::function<HistoryOperations(const std::string& a_isin)> a_readOperations);
+    explicit SubscriptionSteps(StoreParts& a_parts) : m_parts(a_parts) {}
 
     /// One step, of one part of the rows at most. What it raises leaves the subscription at the stage where it was.
     EStep Step(Served& a_served);
@@ -49,13 +41,9 @@ private:
     void Refuse(Served& a_served, std::wstring_view a_reason);
     std::uint64_t FindWindow(const Served& a_served, std::uint64_t a_count);
     void EnsureSession(const StoreInstrument& a_instrument);
+    std::shared_ptr<SessionState> ReadSession(const StoreInstrument& a_instrument);
 
-    IMarketStore& m_store;
-    const CheckedRows& m_rows;
-    const KnownInstruments& m_instruments;
-    SubscriptionBook& m_book;
-    LiveThread& m_live;
-    const std::function<HistoryOperations(const std::string& a_isin)> m_readOperations;
+    StoreParts& m_parts;
 };
 
 } // namespace kalvento::internal

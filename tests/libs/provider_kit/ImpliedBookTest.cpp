@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using kalvento::internal::ImpliedBook;
+
 namespace {
 
 std::vector<double> Line(const Offers& a_offers, ESeriesId a_first)

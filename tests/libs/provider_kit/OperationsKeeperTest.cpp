@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using kalvento::internal::OperationsKeeper;
+
 TEST(OperationsKeeperTest, TheFileServesWhileTheStoreCant)
 {
     const TemporaryFolder folder;

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <random>
 
+using kalvento::internal::SessionState;
+
 namespace {
 
 double ValueOf(const SettableVariables& a_values, ESeriesId a_series)

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "modules/ProviderBase.h"
+#include "provider_kit/CheckedRows.h"
+#include "provider_kit/ConnectionState.h"
+#include "provider_kit/IMarketStore.h"
+#include "provider_kit/KnownInstruments.h"
+#include "provider_kit/LiveItems.h"
+#include "provider_kit/OperationsKeeper.h"
+#include "provider_kit/PastQueue.h"
+#include "provider_kit/SubscriptionBook.h"
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace kalvento::internal {
+
+/// What the threads of a StoreProvider share. Each part has a lock of its own, and guards with it what is its own and nothing
+/// else. Who holds what when a lock is taken:
+///
+/// 1. A number's lock (SubscriptionBook::Subscription::Lock): none, or that of the callback one is in. Callbacks run under
+///    it, and may call any operation of the provider. Two callbacks that stop each other's number wait for ever.
+/// 2. StoreEngine's: none, or a number's. Under it the store is opened and closed, and nothing else of the store is asked.
+/// 3. All others (ConnectionState's, PastQueue's, LiveItems', KnownInstruments', OperationsKeeper's, and the book's own):
+///    those of 1 and 2. Under them the store isn't asked, no callback runs, and no lock is taken but by rule 4.
+/// 4. The book's own is taken under LiveItems' as well.
+struct StoreParts {
+    StoreParts(ProviderBase& a_provider, std::unique_ptr<IMarketStore> a_store)
+        : provider(a_provider), store(std::move(a_store))
+    {}
+
+    HistoryOperations ReadOperations(const std::string& a_isin)
+    {
+        return operations.Read(a_isin,
+                               keepsOperations ? provider.GetOperationFilePath(a_isin) : std::wstring());
+    }
+
+    ProviderBase& provider;
+    std::unique_ptr<IMarketStore> store; // gone only when the threads are
+    ConnectionState connection;
+    OperationsKeeper operations{*store};
+    std::atomic<bool> keepsOperations = false; // in files
+    KnownInstruments instruments;
+    const CheckedRows rows{*store, instruments};
+    SubscriptionBook book;
+    PastQueue past;
+    LiveItems live;
+};
+
+} // namespace kalvento::internal
