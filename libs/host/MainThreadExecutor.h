@@ -26,7 +26,7 @@ public:
 
     bool IsMainThread() const { return std::this_thread::get_id() == m_mainThread; }
 
-    /// Has the function called on the main thread, behind all that was posted before. What it raises is logged. After
+    /// Has the function called on the main thread, after all that was posted before. What it raises is logged. After
     /// Close it is dropped: destroyed uncalled, on the caller's thread. Any thread.
     void Post(std::function<void()> a_function);
 
@@ -53,7 +53,7 @@ public:
     /// posted function, as by a dialog's own loop; the order holds.
     void RunPending();
     /// Calls functions as they come until a_done says true, which is asked before each of them, or until Close or the
-    /// deadline. Whoever makes a_done true on another thread posts something behind it. True where a_done did.
+    /// deadline. Whoever makes a_done true on another thread posts something after it. True where a_done did.
     bool RunUntil(const std::function<bool()>& a_done,
                   std::optional<std::chrono::steady_clock::time_point> a_deadline = std::nullopt);
     /// From now on CallAndWait answers empty on other threads, and so do those that wait, but for the one whose function

@@ -248,7 +248,7 @@ void Plugin::CheckDescription(const PluginDescription& a_description) const
         throw Refusal{EPluginStateRefused,
                       std::move(a_reason) + L"; trzeba ją zbudować z tą wersją biblioteki"};
     };
-    // The first two fields stand in their places in every version; the others can be read behind this check only.
+    // The first two fields stand in their places in every version; the others can be read after this check only.
     if (a_description.abi != PluginDescription::S_abi)
         refuse(L"wersja interfejsu wtyczki: " + std::to_wstring(a_description.abi) + L", program ma " +
                std::to_wstring(PluginDescription::S_abi));

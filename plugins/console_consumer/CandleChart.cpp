@@ -47,9 +47,9 @@ double RoundStep(double a_least)
 // Whether candles' times mention what changed between them: the day, or the year.
 bool BeginsDay(const NDateTime& a_before, const NDateTime& a_time, IntervalAndMultiplicity a_interval)
 {
-    return a_interval.GetInterval() < EIntervalDay     ? !a_before.SameDay(a_time)
-           : a_interval.GetInterval() < EIntervalMonth ? a_before.GetYear() != a_time.GetYear()
-                                                       : false;
+    if (a_interval.GetInterval() < EIntervalDay)
+        return !a_before.SameDay(a_time);
+    return a_interval.GetInterval() < EIntervalMonth && a_before.GetYear() != a_time.GetYear();
 }
 
 } // namespace

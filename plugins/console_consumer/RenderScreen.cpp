@@ -11,6 +11,7 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,20 @@ constexpr int S_panelWidth = 33;
 constexpr int S_widthWithPanel = 68; // from this width on book and trades stand beside the chart
 constexpr int S_bookHeight = 7;
 constexpr std::size_t S_levels = 5;
+
+EScreenInk InkOf(double a_change)
+{
+    if (a_change > 0)
+        return EInkUp;
+    return a_change < 0 ? EInkDown : EInkNormal;
+}
+
+const wchar_t* ArrowOf(double a_change)
+{
+    if (a_change > 0)
+        return L" ▲";
+    return a_change < 0 ? L" ▼" : L"  ";
+}
 
 int Length(std::wstring_view a_text)
 {
@@ -83,10 +98,9 @@ void DrawPrice(const ScreenModel& a_model, ScreenCells& a_cells)
     int end = a_cells.GetWidth() - 1;
     int column = 1;
     if (data.lastPrice) {
-        const EScreenInk ink = data.direction > 0 ? EInkUp : data.direction < 0 ? EInkDown : EInkNormal;
         std::wstring text = ScreenTexts::Price(*data.lastPrice, data.decimals);
-        text += data.direction > 0 ? L" ▲" : data.direction < 0 ? L" ▼" : L"  ";
-        a_cells.Write(column, 1, text, ink, true);
+        text += ArrowOf(data.direction);
+        a_cells.Write(column, 1, text, InkOf(data.direction), true);
         column += Length(text) + 1;
     } else {
         a_cells.Write(column, 1, L"brak notowań", EInkDim);
@@ -100,7 +114,7 @@ void DrawPrice(const ScreenModel& a_model, ScreenCells& a_cells)
         const std::wstring text = FirstFitting(
             {fmt::format(L"{}{} ({})", sign, ScreenTexts::Price(change, data.decimals), share), share},
             end - 2 - column);
-        a_cells.Write(column, 1, text, change > 0 ? EInkUp : change < 0 ? EInkDown : EInkNormal);
+        a_cells.Write(column, 1, text, InkOf(change));
         column += Length(text);
     }
 
@@ -166,12 +180,36 @@ void DrawFooter(const ScreenModel& a_model, ScreenCells& a_cells)
         }
         return column - 2;
     };
-    const int level = lay(0, false) <= width ? 0 : lay(1, false) <= width ? 1 : 2;
+    int level = 0;
+    while (level < 2 && lay(level, false) > width)
+        ++level;
     lay(level, true);
     a_cells.Reverse(0, row, width, EInkDim);
 }
 
-// The newest candle on top. Where not all columns fit, the open goes first, and the volume last.
+struct FittingColumns {
+    std::vector<std::size_t> shown;
+    int gap = 0; // before each
+};
+
+// Where not all columns of the table fit, the open goes first, and the volume last.
+FittingColumns FitColumns(std::span<const int> a_widths, int a_room)
+{
+    FittingColumns fitting;
+    for (const std::vector<std::size_t>& kept :
+         std::vector<std::vector<std::size_t>>{{0, 1, 2, 3, 4}, {1, 2, 3, 4}, {3, 4}, {3}}) {
+        int room = a_room;
+        for (const std::size_t place : kept)
+            room -= a_widths[place];
+        room /= static_cast<int>(kept.size());
+        fitting = {kept, std::clamp(room, 1, 3)};
+        if (room >= 1)
+            break;
+    }
+    return fitting;
+}
+
+// The newest candle on top.
 void DrawTable(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_area)
 {
     struct Column {
@@ -212,19 +250,7 @@ void DrawTable(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_ar
         for (const std::wstring& text : texts[place])
             widths[place] = std::max(widths[place], Length(text));
     }
-    std::vector<std::size_t> shown = {0, 1, 2, 3, 4};
-    int gap = 0;
-    for (const std::vector<std::size_t>& kept :
-         std::vector<std::vector<std::size_t>>{{0, 1, 2, 3, 4}, {1, 2, 3, 4}, {3, 4}, {3}}) {
-        int width = 1 + timeWidth;
-        for (const std::size_t place : kept)
-            width += widths[place];
-        const int room = (a_area.width - width) / static_cast<int>(kept.size());
-        shown = kept;
-        gap = std::clamp(room, 1, 3);
-        if (room >= 1)
-            break;
-    }
+    const auto [shown, gap] = FitColumns(widths, a_area.width - 1 - timeWidth);
 
     a_cells.Write(a_area.left + 1, a_area.top, L"czas", EInkDim);
     for (std::size_t line = 0; line < rows; ++line)
@@ -358,16 +384,11 @@ void DrawTrades(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_a
          ++place) {
         const int row = a_area.top + 1 + static_cast<int>(place);
         const double older = place + 1 < trades.size() ? trades[place + 1].price : trades[place].price;
-        const bool isUp = trades[place].price > older;
-        const bool isDown = trades[place].price < older;
-        const EScreenInk ink = isUp ? EInkUp : isDown ? EInkDown : EInkNormal;
+        const double change = trades[place].price - older;
         a_cells.Write(a_area.left, row, ScreenTexts::Clock(trades[place].time), EInkDim);
         a_cells.WriteBefore(a_area.left + 22, row,
-                            ScreenTexts::Price(trades[place].price, a_model.data.decimals) + (isUp ? L" ▲"
-                                                                                              : isDown
-                                                                                                  ? L" ▼"
-                                                                                                  : L"  "),
-                            ink);
+                            ScreenTexts::Price(trades[place].price, a_model.data.decimals) + ArrowOf(change),
+                            InkOf(change));
         a_cells.WriteBefore(a_area.left + a_area.width, row, volumeTexts[place]);
     }
 }

@@ -57,7 +57,13 @@ std::wstring ScreenTexts::Volume(double a_volume)
         return WithComma(fmt::format(L"{:.4g}G", a_volume / 1e9));
     if (size >= S_large)
         return WithComma(fmt::format(L"{:.4g}M", a_volume / 1e6));
-    const int decimals = size >= 1000 ? 0 : size >= 100 ? 2 : size >= 10 ? 3 : S_volumeDecimals;
+    int decimals = S_volumeDecimals;
+    if (size >= 1000)
+        decimals = 0;
+    else if (size >= 100)
+        decimals = 2;
+    else if (size >= 10)
+        decimals = 3;
     return WithComma(fmt::format(L"{:.{}f}", a_volume, std::min(decimals, DecimalsOf(a_volume))));
 }
 

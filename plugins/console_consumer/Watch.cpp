@@ -75,7 +75,7 @@ void Watch::SetSynchronization(Synchronization&& a_synchronization)
         m_model.SetSynchronization(std::move(a_synchronization));
         PrintPast();
     } else {
-        // After a break the candles are what they were up to some place, and only those behind it are told.
+        // After a break the candles are what they were up to some place, and only those after it are told.
         const History before = m_model.GetLastCandles(m_model.GetCount());
         m_model.SetSynchronization(std::move(a_synchronization));
         std::size_t place = 0;
@@ -172,7 +172,7 @@ bool Watch::End(std::wstring_view a_reason)
 {
     const std::lock_guard lock(m_mutex);
     PrintPast();
-    // The first reason is the cause: behind a symbol that was deleted comes the end of the request.
+    // The first reason is the cause: after a symbol that was deleted comes the end of the request.
     if (std::exchange(m_hasEnded, true))
         return false;
     m_endReason = a_reason;
