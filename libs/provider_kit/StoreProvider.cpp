@@ -5,7 +5,6 @@
 #include "assets/AssetParams.h"
 #include "assets/AssetsGroup.h"
 #include "provider_kit/StoreEngine.h"
-#include "provider_kit/TickShape.h"
 #include "velo/String.h"
 
 #include <utility>
@@ -154,7 +153,9 @@ AssetParams StoreProvider::GetAssetParams(const std::string& a_isin)
 
 std::set<DSProp> StoreProvider::GetAssetSeries(const Asset& a_asset)
 {
-    return TickShapeOf(GetAssetSeriesAlternative(a_asset));
+    std::set<DSProp> shape = GetAssetSeriesAlternative(a_asset);
+    std::erase_if(shape, [](const DSProp& a_property) { return a_property.IsAggregationSeries(); });
+    return shape;
 }
 
 std::set<DSProp> StoreProvider::GetAssetSeriesAlternative(const Asset& a_asset)
