@@ -16,7 +16,7 @@
 #include <stdexcept>
 #include <string_view>
 
-using namespace kalvento::tool;
+using namespace kalvento::rows;
 
 namespace {
 

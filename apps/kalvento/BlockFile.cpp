@@ -1,8 +1,8 @@
 #include "kalvento/BlockFile.h"
 
 #include "kalvento/TextForms.h"
+#include "kalvento/ToolContext.h"
 #include "text_rows/ByteSource.h"
-#include "text_rows/ToolContext.h"
 
 #include <fstream>
 #include <istream>

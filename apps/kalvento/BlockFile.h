@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kalvento/ToolContext.h"
 #include "series/DataSeriesSet.h"
 
 #include <cstddef>
@@ -8,8 +9,6 @@
 #include <string>
 
 namespace kalvento::tool {
-
-struct ToolContext;
 
 /// A binary series block as it was read, good or not.
 struct BlockFile {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kalvento/CommandLine.h"
-#include "text_rows/ToolContext.h"
+#include "kalvento/ToolContext.h"
 
 /// One function a command. Each adds its subcommand to the program with options, help and examples; the context must
 /// outlive the parse, for the command runs from within it. A command raises ToolError to fail, or sets

@@ -1,9 +1,9 @@
 #include "kalvento/FoldProof.h"
 
+#include "kalvento/ToolContext.h"
 #include "series/Record.h"
 #include "series/Synchronization.h"
 #include "text_rows/IntervalNotation.h"
-#include "text_rows/ToolContext.h"
 
 #include <algorithm>
 #include <bit>

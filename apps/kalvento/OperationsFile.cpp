@@ -2,10 +2,10 @@
 
 #include "kalvento/LogCollector.h"
 #include "kalvento/TextForms.h"
+#include "kalvento/ToolContext.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
 #include "text_rows/ByteSource.h"
-#include "text_rows/ToolContext.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,14 +1,13 @@
 #pragma once
 
 #include "history_operations/HistoryOperations.h"
+#include "kalvento/ToolContext.h"
 
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kalvento::tool {
-
-struct ToolContext;
 
 /// A list of corporate operations as it was read, with what is odd about it.
 struct OperationsFile {

@@ -1,6 +1,7 @@
 #include "kalvento/OptionValues.h"
 
 #include "kalvento/CommandLine.h"
+#include "kalvento/ToolContext.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/TimeText.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
-namespace kalvento::tool {
+#include "kalvento/ToolContext.h"
+#include "text_rows/RowCounts.h"
 
-struct RowCounts;
-struct ToolContext;
+namespace kalvento::tool {
 
 /// Notes on standard error about rows that were set aside, left out or moved, and about there being none.
 void ReportCounts(const RowCounts& a_counts, ToolContext& a_context);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "history_operations/HistoryOperations.h"
+#include "kalvento/ToolContext.h"
 #include "series/History.h"
 #include "text_rows/RowReader.h"
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kalvento/ToolContext.h"
+#include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 
 #include <cstdint>
@@ -9,8 +11,6 @@
 #include <string_view>
 
 namespace kalvento::tool {
-
-class OutputTarget;
 
 /// The forms in which rows are written.
 enum EOutputFormat : std::uint8_t {

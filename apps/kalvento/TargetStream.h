@@ -1,11 +1,12 @@
 #pragma once
 
+#include "kalvento/ToolContext.h"
+#include "text_rows/OutputTarget.h"
+
 #include <memory>
 #include <ostream>
 
 namespace kalvento::tool {
-
-class OutputTarget;
 
 /// Lets what writes to a std::ostream write to an OutputTarget, which must outlive this. A failure of the target is
 /// raised by Finish, since a stream keeps what its buffer throws to itself.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "text_rows/ToolContext.h"
+#include "kalvento/ToolContext.h"
 
 #include <string>
 #include <vector>

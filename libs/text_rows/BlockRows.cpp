@@ -1,10 +1,10 @@
 #include "text_rows/BlockRows.h"
 
+#include "series/ESeriesId.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/RowBlock.h"
 #include "text_rows/RowCounts.h"
 #include "text_rows/ToolContext.h"
-#include "series/ESeriesId.h"
 
 #include <algorithm>
 #include <istream>
@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -123,4 +123,4 @@ bool BlockRows::Read(RowBlock& a_block, std::size_t a_limit, std::size_t a_keep,
     return count > 0;
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

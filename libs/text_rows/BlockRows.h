@@ -1,14 +1,14 @@
 #pragma once
 
-#include "text_rows/RowLayout.h"
 #include "series/DataSeriesSet.h"
+#include "text_rows/RowLayout.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 class ByteSource;
 struct RowBlock;
@@ -36,4 +36,4 @@ private:
     std::size_t m_next = 0;
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -5,7 +5,7 @@
 
 #include <istream>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -69,4 +69,4 @@ std::unique_ptr<ByteSource> ByteSource::FromStream(std::istream& a_stream, std::
     return std::make_unique<StreamSource>(std::move(a_name), a_stream);
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 struct ToolContext;
 
@@ -35,4 +35,4 @@ private:
     std::uint64_t m_size;
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -9,7 +9,7 @@
 #include <iostream>
 #include <string_view>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -218,4 +218,4 @@ GrowingSource::EWait GrowingSource::Wait(std::optional<std::chrono::milliseconds
     }
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -11,7 +11,7 @@
 #include <optional>
 #include <string>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 struct ToolContext;
 
@@ -71,4 +71,4 @@ private:
     std::size_t m_whole = 0; // of m_buffer, up to the end of the last whole line
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

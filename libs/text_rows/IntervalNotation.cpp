@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -145,4 +145,4 @@ std::string_view IntervalNotationHelp()
     return "tick, 10tick, 30s, 5min, 1h, 1d, 2w, 1mo, 1y or the Polish words (\"5 min.\", \"Dzienny\", \"2 dni\")";
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

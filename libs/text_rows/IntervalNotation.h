@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// Reads an interval as a user writes it: `tick`, `10tick`, `30s`, `5min`, `1h`, `1d`, `2w`, `1mo`, `1y`, longer English
 /// words (`5 minutes`), and the Polish descriptions that the program prints ("5 min.", "Dzienny", "2 dni"), with or
@@ -22,4 +22,4 @@ std::string FormatInterval(IntervalAndMultiplicity a_interval);
 /// The notations that ParseInterval takes, for help and refusals.
 std::string_view IntervalNotationHelp();
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -67,4 +67,4 @@ void LineBuffer::Fail(std::size_t a_column, const std::string& a_text) const
                                       std::to_string(a_column) + ": " + a_text);
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 class ByteSource;
 
@@ -74,4 +74,4 @@ private:
     std::uint64_t m_bytesRead = 0;
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// What became of one line of a text that holds a row.
 struct LineFate {
@@ -23,4 +23,4 @@ struct LineFate {
     std::string reason;       ///< Of bad lines: what was found and what would be accepted.
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

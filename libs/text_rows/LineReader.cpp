@@ -7,7 +7,7 @@
 #include <limits>
 #include <optional>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -249,4 +249,4 @@ bool LineReader::ReadField(const ColumnPlan& a_column, const std::string& a_text
     return true;
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 struct RowBlock;
 
@@ -63,4 +63,4 @@ private:
     std::int64_t m_day = 0;
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

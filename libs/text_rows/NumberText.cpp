@@ -5,7 +5,7 @@
 #include <cmath>
 #include <system_error>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 std::optional<double> ParseNumberText(std::string_view a_text, char a_decimal)
 {
@@ -20,4 +20,4 @@ std::optional<double> ParseNumberText(std::string_view a_text, char a_decimal)
     return value;
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

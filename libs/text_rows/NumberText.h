@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// A finite decimal number, whole text, with the decimal sign given ('.' or ','): the double nearest to it. Empty for
 /// anything else: words, hexadecimal, digit groups, numbers that no double can hold.
@@ -47,4 +47,4 @@ inline const char* ReadPlainNumber(const char* a_text, char a_decimal, double& a
     return place;
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -45,4 +45,4 @@ void OutputTarget::Commit()
     Check(m_file.TakePlace(), m_path, "put in place");
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// Where a command's result goes: standard output, or a file that appears whole or not at all, put in its place
 /// by Commit; without Commit nothing is left. Standard output is written as the result comes.
@@ -26,4 +26,4 @@ private:
     internal::FileReplacement m_file;
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// What happens to a row whose time isn't later than the time before it.
 enum EOrderRule : std::uint8_t {
@@ -46,4 +46,4 @@ struct ReadOptions {
     std::string rejectFile; ///< Where lines go that were set aside; empty: nowhere.
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -1,6 +1,6 @@
 #include "text_rows/RowBlock.h"
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 void RowBlock::Reserve(std::size_t a_rows, std::size_t a_columns, bool a_symbols)
 {
@@ -9,4 +9,4 @@ void RowBlock::Reserve(std::size_t a_rows, std::size_t a_columns, bool a_symbols
         symbols.resize(a_rows);
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

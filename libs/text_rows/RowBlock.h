@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// Rows as they are read: one column for each series of the layout.
 struct RowBlock : ColumnBlock {
@@ -16,4 +16,4 @@ struct RowBlock : ColumnBlock {
     void Reserve(std::size_t a_rows, std::size_t a_columns, bool a_symbols);
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// What became of the lines of an input.
 struct RowCounts {
@@ -25,4 +25,4 @@ struct RowCounts {
     }
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

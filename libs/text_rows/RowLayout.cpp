@@ -1,10 +1,10 @@
 #include "text_rows/RowLayout.h"
 
+#include "series/ESeriesId.h"
+#include "series/Series.h"
 #include "text_rows/SeriesNames.h"
 #include "text_rows/TextFields.h"
 #include "text_rows/ToolContext.h"
-#include "series/ESeriesId.h"
-#include "series/Series.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +12,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -58,4 +58,4 @@ void RowLayout::PlanFolds(const std::map<std::string, std::string>& a_folds, con
     }
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -10,7 +10,7 @@
 
 enum ESeriesId : std::uint32_t;
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// The shape of the rows of one input.
 struct RowLayout {
@@ -27,4 +27,4 @@ struct RowLayout {
     void PlanFolds(const std::map<std::string, std::string>& a_folds, const std::string& a_input);
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

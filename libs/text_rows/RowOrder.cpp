@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -110,4 +110,4 @@ RowOrder::Verdict RowOrder::Take(const WallTime& a_time, std::uint32_t a_symbol,
     return {falls ? LineFate::EFateRaised : LineFate::EFateTaken, seconds};
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -12,7 +12,7 @@
 #include <optional>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// Brings the rows of a text into the output's zone and into order, each symbol on its own.
 class RowOrder {
@@ -61,4 +61,4 @@ private:
     std::vector<LastRow> m_last;
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

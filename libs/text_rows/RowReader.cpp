@@ -13,7 +13,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -195,4 +195,4 @@ std::uint64_t RowReader::GetBytesRead() const
     return m_impl->lines.GetBytesRead();
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

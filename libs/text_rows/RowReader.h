@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 class ByteSource;
 class OutputTarget;
@@ -59,4 +59,4 @@ private:
     std::unique_ptr<Impl> m_impl;
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -1,13 +1,13 @@
 #include "text_rows/RowSeries.h"
 
-#include "text_rows/RowReader.h"
 #include "series/Series.h"
+#include "text_rows/RowReader.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 std::set<DSProp> PropertiesOf(const RowLayout& a_layout)
 {
@@ -37,4 +37,4 @@ void SetDecimals(const std::set<DSProp>& a_series, unsigned int a_decimals)
             property.SetPrecision(static_cast<EPrecision>(std::max(a_decimals, 2U)));
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -4,7 +4,7 @@
 
 #include <set>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 struct RowLayout;
 
@@ -19,4 +19,4 @@ unsigned int DecimalsOf(double a_price);
 /// Prices of rows and candles are to be shown with so many, at least with two.
 void SetDecimals(const std::set<DSProp>& a_series, unsigned int a_decimals);
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <unordered_map>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -108,4 +108,4 @@ std::optional<ESeriesId> SeriesFromName(std::string_view a_name)
     return static_cast<ESeriesId>(number);
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -7,7 +7,7 @@
 
 enum ESeriesId : std::uint32_t;
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// The English column name of a series: "close" for Price in candles and "price" in ticks, "open", "high", "low" for the
 /// three of a candle, "session_open" and so on for those of a session. Series without a name of their own (generated
@@ -19,4 +19,4 @@ std::string ColumnName(ESeriesId a_series, bool a_candles);
 /// for the names of a column that holds the whole time. Empty for a name that means no series.
 std::optional<ESeriesId> SeriesFromName(std::string_view a_name);
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

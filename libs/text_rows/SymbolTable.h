@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// The symbols of a text in the order of their first row. Symbols come in runs, so the last one is looked at first.
 class SymbolTable {
@@ -30,4 +30,4 @@ private:
     std::uint32_t m_last = 0;
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

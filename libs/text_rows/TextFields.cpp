@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 std::string Quote(std::string_view a_text)
 {
@@ -58,4 +58,4 @@ bool SplitLine(std::string_view a_line, char a_delimiter, std::vector<Field>& a_
     }
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

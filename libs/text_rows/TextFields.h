@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// A field of a line, quotes taken off, with its place for messages.
 struct Field {
@@ -19,4 +19,4 @@ bool SplitLine(std::string_view a_line, char a_delimiter, std::vector<Field>& a_
 /// A text from outside as messages show it: in quotes, its first 60 bytes, control signs as \xNN.
 std::string Quote(std::string_view a_text);
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

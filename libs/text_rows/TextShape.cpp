@@ -1,5 +1,6 @@
 #include "text_rows/TextShape.h"
 
+#include "series/ESeriesId.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/LineBuffer.h"
@@ -8,7 +9,6 @@
 #include "text_rows/TextFields.h"
 #include "text_rows/TimeText.h"
 #include "text_rows/ToolContext.h"
-#include "series/ESeriesId.h"
 
 #include <algorithm>
 #include <array>
@@ -19,7 +19,7 @@
 #include <ostream>
 #include <utility>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -451,4 +451,4 @@ TextShape TextShape::Find(LineBuffer& a_lines, const ReadOptions& a_options, Too
     return finder.TakeShape();
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 class LineBuffer;
 struct ReadOptions;
@@ -43,4 +43,4 @@ struct TextShape {
     static TextShape Find(LineBuffer& a_lines, const ReadOptions& a_options, ToolContext& a_context);
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// Dates of the library from whole seconds, the day's parts worked out once a day. Inline, for it makes the time of each row.
 class TimeMaker {
@@ -60,4 +60,4 @@ private:
     std::uint32_t m_dayOfYear = 0;
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

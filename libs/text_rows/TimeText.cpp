@@ -4,7 +4,7 @@
 #include <charconv>
 #include <chrono>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 namespace {
 
@@ -376,4 +376,4 @@ std::string_view CheckTimeFormat(std::string_view a_format)
     return any ? std::string_view() : "has no field in it";
 }
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

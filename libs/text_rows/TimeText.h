@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// A time as a text gives it, to the nanosecond.
 struct WallTime {
@@ -36,4 +36,4 @@ std::optional<WallTime> ParseTimeByFormat(std::string_view a_text, std::string_v
 /// Why a format can't be used; empty when it can.
 std::string_view CheckTimeFormat(std::string_view a_format);
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace kalvento::tool {
+namespace kalvento::rows {
 
 /// What one run of the tool works with. The program hands in the process's own streams, a test its string streams.
 /// The streams outlive the run. One thread at a time, but for files folded in parallel, which write notes in order
@@ -40,4 +40,4 @@ public:
     OutputClosed() : std::runtime_error("standard output was closed") {}
 };
 
-} // namespace kalvento::tool
+} // namespace kalvento::rows

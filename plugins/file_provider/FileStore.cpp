@@ -5,9 +5,9 @@
 #include "platform/CodePage.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
+#include "series/Series.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/TimeText.h"
-#include "series/Series.h"
 #include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
 
@@ -183,7 +183,7 @@ std::set<DSProp> SeriesOf(const CacheContents& a_contents, unsigned int a_decima
         }
         series.insert(DSProp(id));
     }
-    kalvento::tool::SetDecimals(series, a_decimals);
+    kalvento::rows::SetDecimals(series, a_decimals);
     return series;
 }
 
@@ -433,7 +433,7 @@ void FileStore::Impl::AddInstruments(Catalog& a_catalog)
 
 void FileStore::Impl::ChooseDay(Catalog& a_catalog) const
 {
-    a_catalog.day = kalvento::tool::ParseDateText(options.day);
+    a_catalog.day = kalvento::rows::ParseDateText(options.day);
     if (!a_catalog.day && !options.day.empty())
         Log(__LINE__, "Opcja Day: \"" + options.day +
                           "\" nie jest datą, oczekiwano na przykład 2024-08-08; "
@@ -492,7 +492,7 @@ void FileStore::Impl::StartClock(const Catalog& a_catalog)
     MarketClock made;
     made.day = *a_catalog.day;
     made.begin = a_catalog.seconds.empty() ? made.day * S_daySeconds : a_catalog.seconds.front();
-    const auto start = kalvento::tool::ParseClockText(options.start);
+    const auto start = kalvento::rows::ParseClockText(options.start);
     if (start)
         made.begin = made.day * S_daySeconds + start->seconds;
     else if (!options.start.empty())

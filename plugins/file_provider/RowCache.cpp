@@ -3,14 +3,14 @@
 #include "platform/CodePage.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
+#include "series/Offers.h"
+#include "settings/Settings.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/ReadOptions.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
 #include "text_rows/ToolContext.h"
-#include "series/Offers.h"
-#include "settings/Settings.h"
 #include "velo/Log.h"
 
 #include <algorithm>
@@ -96,11 +96,11 @@ bool HasSameShape(const CacheContents& a_left, const CacheContents& a_right)
 }
 
 /// Passes the first a_size bytes of a source on, takes their fingerprint on the way, and that of its first a_mark bytes.
-class FingerprintSource final : public tool::ByteSource {
+class FingerprintSource final : public rows::ByteSource {
 public:
     /// a_size: that of the source's stamp. What has been appended since belongs to the next reading, otherwise what is known
     /// of the size wouldn't be that of the fingerprint.
-    FingerprintSource(tool::ByteSource& a_source, std::uint64_t a_size, std::uint64_t a_mark,
+    FingerprintSource(rows::ByteSource& a_source, std::uint64_t a_size, std::uint64_t a_mark,
                       const std::stop_token& a_stop)
         : ByteSource(a_source.GetName(), a_size),
           m_source(a_source),
@@ -129,7 +129,7 @@ public:
     std::optional<std::uint64_t> GetMarked() const { return m_marked; }
 
 private:
-    tool::ByteSource& m_source;
+    rows::ByteSource& m_source;
     std::uint64_t m_bytesLeft;
     std::uint64_t m_left;
     const std::stop_token& m_stop;
@@ -163,15 +163,15 @@ std::vector<std::string> ColumnsOf(const std::filesystem::path& a_path)
 }
 
 /// What the file itself says about how to read it. a_priceMeans: set for a book.
-tool::ReadOptions OptionsFor(const SourceFile& a_source, ESeriesId& a_priceMeans)
+rows::ReadOptions OptionsFor(const SourceFile& a_source, ESeriesId& a_priceMeans)
 {
-    tool::ReadOptions options;
+    rows::ReadOptions options;
     options.findSymbols = !a_source.isBook;
     if (!a_source.isBook)
         return options;
     for (const std::string& column : ColumnsOf(a_source.path)) {
         // Rows always have a price: in a book, which has none, the first of its columns stands in for it.
-        const auto series = tool::SeriesFromName(column);
+        const auto series = rows::SeriesFromName(column);
         if (series && Offers::Series.contains(*series) && options.columns.empty()) {
             options.columns["price"] = column;
             a_priceMeans = *series;
@@ -193,7 +193,7 @@ class RowCache::Builder {
 public:
     Builder(const RowCache& a_cache, CacheContents& a_contents) : m_cache(a_cache), m_contents(a_contents) {}
 
-    void Add(const tool::RowBlock& a_block)
+    void Add(const rows::RowBlock& a_block)
     {
         for (std::size_t row = 0; row < a_block.rows; ++row) {
             const std::size_t symbol = m_contents.symbols.size() == 1 && m_contents.symbols[0].symbol.empty()
@@ -221,7 +221,7 @@ private:
         std::vector<std::vector<double>> columns;
     };
 
-    void AddRow(std::size_t a_symbol, const tool::RowBlock& a_block, std::size_t a_row)
+    void AddRow(std::size_t a_symbol, const rows::RowBlock& a_block, std::size_t a_row)
     {
         Waiting& waiting = m_waiting[a_symbol];
         CachedSymbol& symbol = m_contents.symbols[a_symbol];
@@ -231,8 +231,8 @@ private:
         symbol.hasTimesOfDay = symbol.hasTimesOfDay || time.GetAbsoluteTime() != 0;
         for (std::size_t column = 0; column < waiting.columns.size(); ++column) {
             waiting.columns[column].push_back(a_block.columns[column][a_row]);
-            if (m_contents.series[column] == Price && symbol.decimals < tool::S_mostDecimals)
-                symbol.decimals = std::max(symbol.decimals, tool::DecimalsOf(a_block.columns[column][a_row]));
+            if (m_contents.series[column] == Price && symbol.decimals < rows::S_mostDecimals)
+                symbol.decimals = std::max(symbol.decimals, rows::DecimalsOf(a_block.columns[column][a_row]));
         }
         ++m_rows;
         if (waiting.times.size() == S_partRows)
@@ -348,19 +348,19 @@ std::shared_ptr<const CacheContents> RowCache::BuildContents(const std::stop_tok
     std::istringstream noInput;
     std::ostringstream output;
     std::ostringstream notes;
-    tool::ToolContext context{noInput, output, notes};
+    rows::ToolContext context{noInput, output, notes};
     context.quiet = true;
-    const auto file = tool::ByteSource::Open(m_source.path.string(), context);
+    const auto file = rows::ByteSource::Open(m_source.path.string(), context);
     FingerprintSource source(*file, m_source.stamp.size, mark, a_stop);
-    const tool::ReadOptions options = OptionsFor(m_source, contents->priceMeans);
-    tool::RowReader reader(source, options, context);
+    const rows::ReadOptions options = OptionsFor(m_source, contents->priceMeans);
+    rows::RowReader reader(source, options, context);
     contents->interval = reader.GetLayout().interval;
     contents->series = reader.GetLayout().series;
     if (!reader.GetLayout().hasSymbols)
         contents->symbols.resize(1);
 
     Builder builder(*this, *contents);
-    tool::RowBlock block;
+    rows::RowBlock block;
     builder.SetSymbols({});
     while (reader.Read(block, S_readRows)) {
         builder.SetSymbols(reader.GetSymbols());
@@ -447,7 +447,7 @@ std::optional<CacheContents> RowCache::ReadIndex(const Settings& a_index) const
     for (auto node = symbols.begin_unnamed(); node != symbols.end_unnamed(); ++node) {
         CachedSymbol& symbol = contents.symbols.emplace_back();
         symbol.symbol = static_cast<const std::string&>((*node)[XML_SYMBOL]);
-        symbol.decimals = std::min<unsigned int>((*node)[XML_DECIMALS], tool::S_mostDecimals);
+        symbol.decimals = std::min<unsigned int>((*node)[XML_DECIMALS], rows::S_mostDecimals);
         symbol.hasTimesOfDay = (*node)[XML_TIMES_OF_DAY];
         const Settings& parts = (*node)[XML_PARTS];
         for (auto child = parts.begin_unnamed(); child != parts.end_unnamed(); ++child) {

@@ -118,13 +118,13 @@ TEST(AdjustCommandTest, WhatCanNotBeMeantIsRefused)
 // Piece by piece is the whole at once, wherever it is cut.
 TEST(RowAdjusterTest, PiecesComeOutAsTheWhole)
 {
-    kalvento::tool::RowLayout layout;
+    kalvento::rows::RowLayout layout;
     layout.series = {Price, Volume, Lop, Turnover};
     layout.interval = IntervalAndMultiplicity(EIntervalTick, 1);
     HistoryOperations operations;
     ASSERT_TRUE(operations.Parse("1\n1,210302,2,0.3\n2,210228,2,0.7\n3,210304,7,0.9\n4,210301,4,0.11\n"));
 
-    kalvento::tool::RowBlock rows;
+    kalvento::rows::RowBlock rows;
     constexpr std::size_t count = 50;
     rows.Reserve(count + 10, layout.series.size(), false); // longer than what it holds, as between reads
     rows.rows = count;
@@ -133,14 +133,14 @@ TEST(RowAdjusterTest, PiecesComeOutAsTheWhole)
         for (auto& column : rows.columns)
             column[row] = 100.0 + static_cast<double>(row);
     }
-    kalvento::tool::RowBlock whole = rows;
+    kalvento::rows::RowBlock whole = rows;
     kalvento::tool::RowAdjuster(operations, layout).Adjust(whole, 0);
     EXPECT_NE(whole.columns, rows.columns);
     EXPECT_EQ(whole.columns[3], rows.columns[3]);
 
     std::mt19937 random(2);
     for (int round = 0; round < 50; ++round) {
-        kalvento::tool::RowBlock pieces = rows;
+        kalvento::rows::RowBlock pieces = rows;
         kalvento::tool::RowAdjuster adjuster(operations, layout);
         for (std::size_t first = 0; first < count;) {
             pieces.rows = std::min(count, first + random() % 20);

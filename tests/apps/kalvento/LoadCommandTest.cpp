@@ -1,6 +1,6 @@
-#include "support/PostgresCluster.h"
 #include "apps/kalvento/RunToolHere.h"
 #include "sql_store/SqlWriter.h"
+#include "support/PostgresCluster.h"
 
 #include <gtest/gtest.h>
 

@@ -2,10 +2,10 @@
 
 #include "apps/kalvento/RunToolHere.h"
 #include "kalvento/BlockFile.h"
+#include "series/Series.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/ReadOptions.h"
 #include "text_rows/RowReader.h"
-#include "series/Series.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +15,7 @@
 #include <stdexcept>
 
 using namespace kalvento::tool;
+using namespace kalvento::rows;
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <sys/stat.h>
 
-using namespace kalvento::tool;
+using namespace kalvento::rows;
 using namespace std::chrono_literals;
 
 namespace {

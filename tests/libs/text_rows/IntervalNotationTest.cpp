@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-using kalvento::tool::FormatInterval;
-using kalvento::tool::ParseInterval;
+using kalvento::rows::FormatInterval;
+using kalvento::rows::ParseInterval;
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "text_rows/RowReader.h"
 
-#include "text_rows/ByteSource.h"
 #include "series/ESeriesId.h"
+#include "text_rows/ByteSource.h"
 #include "time/DateTimeTools.h"
 
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-using namespace kalvento::tool;
+using namespace kalvento::rows;
 using testing::ElementsAre;
 using testing::HasSubstr;
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-using namespace kalvento::tool;
+using namespace kalvento::rows;
 
 namespace {
 

@@ -1,11 +1,11 @@
 #include "file_provider/FileStore.h"
 
 #include "plugins/file_provider/StoreFixture.h"
+#include "support/MarketData.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/ReadOptions.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/ToolContext.h"
-#include "support/MarketData.h"
 
 #include <algorithm>
 #include <map>
@@ -25,15 +25,15 @@ std::map<std::string, History> ReadDirectly(const std::filesystem::path& a_path,
     std::istringstream noInput;
     std::ostringstream out;
     std::ostringstream err;
-    kalvento::tool::ToolContext context{noInput, out, err};
-    const auto source = kalvento::tool::ByteSource::Open(a_path.string(), context);
-    kalvento::tool::ReadOptions options;
+    kalvento::rows::ToolContext context{noInput, out, err};
+    const auto source = kalvento::rows::ByteSource::Open(a_path.string(), context);
+    kalvento::rows::ReadOptions options;
     options.symbolColumn = a_symbolColumn;
-    kalvento::tool::RowReader reader(*source, options, context);
+    kalvento::rows::RowReader reader(*source, options, context);
     const auto& layout = reader.GetLayout();
     const std::set<ESeriesId> series(layout.series.begin(), layout.series.end());
     std::map<std::string, History> histories;
-    kalvento::tool::RowBlock block;
+    kalvento::rows::RowBlock block;
     while (reader.Read(block, 1000)) {
         for (std::size_t row = 0; row < block.rows; ++row) {
             const std::string symbol = a_symbolColumn.empty() ? "" : reader.GetSymbols()[block.symbols[row]];
