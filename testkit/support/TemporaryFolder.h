@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -25,6 +27,29 @@ public:
 
     const std::filesystem::path& GetPath() const { return m_path; }
     std::filesystem::path operator/(const std::filesystem::path& a_name) const { return m_path / a_name; }
+    std::string Path(const std::string& a_name) const { return (m_path / a_name).string(); }
+    std::string Write(const std::string& a_name, const std::string& a_bytes) const
+    {
+        std::ofstream(Path(a_name), std::ios::binary) << a_bytes;
+        return Path(a_name);
+    }
+    void Append(const std::string& a_name, const std::string& a_bytes) const
+    {
+        std::ofstream(Path(a_name), std::ios::binary | std::ios::app) << a_bytes;
+    }
+    std::string Read(const std::string& a_name) const { return ReadFile(Path(a_name)); }
+    static std::string ReadFile(const std::string& a_path)
+    {
+        std::ifstream file(a_path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+    std::size_t CountFiles() const
+    {
+        std::size_t count = 0;
+        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(m_path))
+            ++count;
+        return count;
+    }
 
 private:
     std::filesystem::path m_path;

@@ -23,7 +23,7 @@ const std::string S_days =
 
 TEST(AdjustCommandTest, ScalesUpToTheEndOfTheDay)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string operations = folder.Write("list.txt", "1\n1,210302,2,0.5\n2,210301,7,0.25\n");
     const ToolRun run = RunToolHere({"adjust", "-", "--operations", operations}, S_days);
     EXPECT_EQ(run.exitCode, 0);
@@ -45,7 +45,7 @@ TEST(AdjustCommandTest, ScalesUpToTheEndOfTheDay)
 
 TEST(AdjustCommandTest, DaysAreThoseOfTheZoneThatIsWritten)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string operations = folder.Write("list.txt", "1\n1,210301,7,0.5\n");
     const std::string ticks = "time,price\n2021-03-01 22:30:00,8\n2021-03-01 23:30:00,8\n";
     EXPECT_EQ(RunToolHere({"adjust", "-", "--operations", operations}, ticks).out,
@@ -59,7 +59,7 @@ TEST(AdjustCommandTest, DaysAreThoseOfTheZoneThatIsWritten)
 
 TEST(AdjustCommandTest, CandlesOfOperationsAreCandlesOfAdjustedRows)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     std::string ticks = "time,price,volume\n";
     std::mt19937 random(8);
     // More than two of the reader's blocks, three days in each month, one operation within an open candle.
@@ -86,7 +86,7 @@ TEST(AdjustCommandTest, CandlesOfOperationsAreCandlesOfAdjustedRows)
 
 TEST(AdjustCommandTest, WhatCanNotBeMeantIsRefused)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string operations = folder.Write("list.txt", "1\n");
     const std::string days = folder.Write("days.csv", S_days);
     const std::vector<std::vector<std::string>> runs = {

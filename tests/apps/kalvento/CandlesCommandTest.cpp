@@ -107,7 +107,7 @@ TEST(CandlesCommandTest, FoldingRulesOfTheUser)
 
 TEST(CandlesCommandTest, FilesOfOneSeriesFoldAsOne)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::size_t cut = S_ticks.find("2024-08-08 10:04:59");
     const std::string first = folder.Write("1.csv", S_ticks.substr(0, cut));
     const std::string second = folder.Write("2.csv", "time,price,volume\n" + S_ticks.substr(cut));
@@ -126,7 +126,7 @@ TEST(CandlesCommandTest, SymbolsTogetherAndApart)
     EXPECT_EQ(Candles({"-i", "1min", "--symbol-column", "symbol"}, ticks).out,
               "time,symbol,open,high,low,close\n2024-08-08 10:00:00,B/X,10,11,10,11\n"
               "2024-08-08 10:00:00,A,1,1,1,1\n2024-08-08 10:01:00,A,2,2,2,2\n");
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const ToolRun split = Candles(
         {"-i", "1min", "--symbol-column", "symbol", "--split", folder.Path("out"), "--format", "block"},
         ticks);
@@ -140,7 +140,7 @@ TEST(CandlesCommandTest, SymbolsTogetherAndApart)
 
 TEST(CandlesCommandTest, FilesOnTheirOwnDoNotMindTheJobs)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     std::vector<std::string> arguments = {"candles"};
     for (int file = 0; file < 6; ++file)
         arguments.push_back(
@@ -155,7 +155,7 @@ TEST(CandlesCommandTest, FilesOnTheirOwnDoNotMindTheJobs)
 
 TEST(CandlesCommandTest, NothingHalfWrittenIsLeft)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string old = folder.Write("out.csv", "old");
     const ToolRun run = Candles({"-i", "5min", "-o", old}, S_ticks + "2024-08-10 10:00:00,oops,1\n");
     EXPECT_EQ(run.exitCode, EExitBadData);
@@ -170,7 +170,7 @@ TEST(CandlesCommandTest, NothingHalfWrittenIsLeft)
 
 TEST(CandlesCommandTest, RejectedLinesCanBeFedBack)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string bad = "2024-08-08 10:02:00,oops,1\n";
     const ToolRun run = Candles(
         {"-i", "5min", "--bad-lines", "reject", "--reject-file", folder.Path("bad.csv")}, S_ticks + bad);

@@ -69,7 +69,7 @@ TEST(CheckCommandTest, SaysWhatIsWrongWithABlockAndWhere)
     };
     for (const Case& block : cases) {
         SCOPED_TRACE(block.name);
-        const TestFolder folder;
+        const TemporaryFolder folder;
         const ToolRun run = RunToolHere({"check", folder.Write("rows.block", block.bytes)});
         EXPECT_EQ(run.exitCode, block.exitCode) << run.out << run.err;
         EXPECT_NE((run.out + run.err).find(block.text), std::string::npos) << run.out << run.err;
@@ -78,7 +78,7 @@ TEST(CheckCommandTest, SaysWhatIsWrongWithABlockAndWhere)
 
 TEST(CheckCommandTest, NoDamageOfABlockEndsTheTool)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string good =
         BlockBytes(EIntervalTick, 1, {At(1), At(2)}, {{Price, {1, 2}}, {Volume, {4, 5}}});
     for (std::size_t place = 4; place < good.size(); ++place) {
@@ -126,7 +126,7 @@ TEST(CheckCommandTest, SaysWhatIsWrongWithATextAndWhere)
     };
     for (const Case& text : cases) {
         SCOPED_TRACE(text.found);
-        const TestFolder folder;
+        const TemporaryFolder folder;
         std::vector<std::string> arguments{"check", folder.Write("rows.csv", text.text)};
         arguments.insert(arguments.end(), text.options.begin(), text.options.end());
         const ToolRun run = RunToolHere(arguments);

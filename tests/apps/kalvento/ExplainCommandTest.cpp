@@ -32,7 +32,7 @@ protected:
         return boost::json::parse(Explain(a_arguments).out).as_object();
     }
 
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string file = folder.Write("ticks.csv", S_ticks);
 };
 

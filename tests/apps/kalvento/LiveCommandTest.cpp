@@ -82,7 +82,7 @@ private:
 
 TEST(LiveCommandTest, ReplayedChangesAreTheCandlesOfTheFile)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string ticks = Ticks("1500");
     const std::string file = folder.Write("ticks.csv", ticks);
     for (const char* interval : {"1s", "1min", "7min", "1h", "1d", "1w"}) {
@@ -102,7 +102,7 @@ TEST(LiveCommandTest, ReplayedChangesAreTheCandlesOfTheFile)
 
 TEST(LiveCommandTest, FollowsWhatIsAppendedInPiecesUntilInterrupted)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string ticks = Ticks("2000");
     const std::string whole = folder.Write("whole.csv", ticks);
     const std::size_t start = ticks.size() / 3;
@@ -128,7 +128,7 @@ TEST(LiveCommandTest, FollowsWhatIsAppendedInPiecesUntilInterrupted)
 
 TEST(LiveCommandTest, ARotationContinuesTheCandle)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string header = "time,price,volume\n";
     const std::string first = "2024-01-02 09:00:01,10,1\n2024-01-02 09:00:20,12,2\n";
     const std::string second = "2024-01-02 09:00:40,9,4\n2024-01-02 09:01:00,11,8\n";
@@ -200,7 +200,7 @@ TEST(LiveCommandTest, EveryFormatSaysTheSame)
 
 TEST(LiveCommandTest, HistoryLimitsThePastAlone)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string file = folder.Write("ticks.csv", Ticks("1000"));
     const auto all = LinesOf(RunToolHere({"live", file, "-i", "1h", "--no-follow", "-f", "csv"}).out);
     const auto some =
@@ -213,7 +213,7 @@ TEST(LiveCommandTest, HistoryLimitsThePastAlone)
 
 TEST(LiveCommandTest, WhatCannotBeFollowedIsRefused)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string block = folder.Path("ticks.block");
     ASSERT_EQ(RunToolHere({"generate", "-n", "10", "-f", "block", "-o", block}).exitCode, EExitOk);
     const std::string candles = folder.Write("candles.csv", "time,open,high,low,close,volume\n"

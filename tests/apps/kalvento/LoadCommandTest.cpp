@@ -31,7 +31,7 @@ protected:
 
     std::string m_connection;
     std::optional<SqlWriter> m_writer;
-    TestFolder m_folder;
+    TemporaryFolder m_folder;
 };
 
 } // namespace

@@ -28,7 +28,7 @@ TEST(OperationsCommandTest, ShowsWhatEachOperationDoes)
 
 TEST(OperationsCommandTest, FormsTurnIntoEachOther)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string text = folder.Write("list.txt", "\xEF\xBB\xBF 7\r\n\r\n" + S_list.substr(2));
     const std::string xml = folder.Path("DataOperation.xml");
     EXPECT_EQ(RunToolHere({"operations", text, "--format", "xml", "-o", xml}).exitCode, 0);
@@ -87,7 +87,7 @@ TEST(OperationsCommandTest, RefusesWithThePlace)
 
 TEST(OperationsCommandTest, TimesThatTheTextFormLacksAreRefused)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string xml =
         "<DataOperation><Operations><item><CorrectionFactor>0.5</CorrectionFactor><Date><DateTime>"
         "44256</DateTime></Date></item><item><Id>2</Id><CorrectionFactor>0.5</CorrectionFactor>"

@@ -75,7 +75,7 @@ TEST(FoldProofTest, TheEndOfAListMayLieBehind)
 
 TEST(ProveCommandTest, EveryRoadGivesTheSameCandles)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string file = folder.Write("ticks.csv", S_ticks);
     std::vector<std::string> arguments{"prove", file};
     for (const char* interval : {"tick", "1s", "5min", "7min", "1h", "1d", "1w", "1mo", "1y"})
@@ -93,7 +93,7 @@ TEST(ProveCommandTest, EveryRoadGivesTheSameCandles)
 
 TEST(ProveCommandTest, SaysWhereCandlesOfTicksPartAndWhy)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const ToolRun run = RunToolHere({"prove", folder.Write("ticks.csv", S_ticks), "-i", "3tick"});
     EXPECT_EQ(run.exitCode, 5) << run.err;
     // Handed over behind its second row, the first candle takes two more instead of one.
@@ -109,7 +109,7 @@ TEST(ProveCommandTest, SaysWhereCandlesOfTicksPartAndWhy)
 
 TEST(ProveCommandTest, TakesNothingButTicks)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string candles =
         folder.Write("candles.csv", "time,open,high,low,close\n2024-01-02 09:00:00,1,2,1,2\n");
     EXPECT_EQ(RunToolHere({"prove", candles, "-i", "1h"}).exitCode, 2);
@@ -123,7 +123,7 @@ TEST(ProveCommandTest, RealTicksAreProvedByInstrument)
     const ToolRun one =
         RunToolHere({"prove", midnight, "-i", "1s", "-i", "5min", "-i", "1d", "--samples", "30"});
     EXPECT_EQ(one.exitCode, 0) << one.out << one.err;
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string dealt =
         folder.Write("nine.csv", MarketData::DealtOut("ticks/coinbase_btcusd_2023-09-05_16h.csv", 9));
     const ToolRun nine = RunToolHere(

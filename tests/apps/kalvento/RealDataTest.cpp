@@ -70,7 +70,7 @@ TEST_F(RealDataTest, MinutesGiveTheExchangesOwnCandles)
                            Row{"1h", "_1h", "2020-09-27 06:00:00", "2020-09-27 14:00:00", 8}}) {
         SCOPED_TRACE(row.interval);
         const Rows found = RowsOf(Fold(minutes, {"-i", row.interval}));
-        const Rows expected = RowsOf(TestFolder::ReadFile(
+        const Rows expected = RowsOf(TemporaryFolder::ReadFile(
             MarketData::Path("candles/binance_spot_btcusdt_2020-09-27" + row.file + ".csv")));
         std::size_t compared = 0;
         for (const auto& [time, values] : expected) {
@@ -88,7 +88,7 @@ TEST_F(RealDataTest, MinutesGiveTheExchangesOwnCandles)
 TEST_F(RealDataTest, TicksGiveTheExchangesMinutes)
 {
     const Rows found = RowsOf(Fold("ticks/binance_spot_btcusdt_2020-09-27_1411.csv", {"-i", "1min"}));
-    const Rows expected = RowsOf(TestFolder::ReadFile(MarketData::Path(minutes)));
+    const Rows expected = RowsOf(TemporaryFolder::ReadFile(MarketData::Path(minutes)));
     for (const char* time : {"2020-09-27 14:12:00", "2020-09-27 14:13:00", "2020-09-27 14:14:00"}) {
         SCOPED_TRACE(time);
         ExpectCandle(found.at(time), expected.at(time));
@@ -98,7 +98,7 @@ TEST_F(RealDataTest, TicksGiveTheExchangesMinutes)
 // A session of New York begins at 9:30 and ends at 16:00 on the wall, in winter and in summer time.
 TEST_F(RealDataTest, EndStampedMinutesFallIntoTheirSession)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     std::string text = "time,open,high,low,close,volume\n";
     for (const auto& [day, opening] : {std::pair("2011-03-11", 14 * 60 + 30), {"2011-03-14", 13 * 60 + 30}}) {
         for (int minute = opening + 1; minute <= opening + 390; ++minute)
@@ -122,14 +122,14 @@ TEST_F(RealDataTest, AMinuteOfTheDayIsNeverLost)
     ASSERT_EQ(day.size(), 1U);
     double volume = 0.0;
     for (const auto& [time, values] :
-         RowsOf(TestFolder::ReadFile(MarketData::Path("candles/bitstamp_btcusd_1min_2020-01-01.csv"))))
+         RowsOf(TemporaryFolder::ReadFile(MarketData::Path("candles/bitstamp_btcusd_1min_2020-01-01.csv"))))
         volume += values.at(4);
     EXPECT_EQ(day.begin()->second.at(4), volume);
 }
 
 TEST_F(RealDataTest, InstrumentsInOneFileAndApart)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::string dealt =
         folder.Write("nine.csv", MarketData::DealtOut("ticks/coinbase_btcusd_2023-09-05_16h.csv", 9));
     const auto fold = [&](std::vector<std::string> a_arguments) {
@@ -155,7 +155,7 @@ TEST_F(RealDataTest, EveryTickFileIsTaken)
         const std::string name = "ticks/" + entry.path().filename().string();
         SCOPED_TRACE(name);
         const std::string ticks = Fold(name, {"-i", "tick"});
-        const std::string source = TestFolder::ReadFile(MarketData::Path(name));
+        const std::string source = TemporaryFolder::ReadFile(MarketData::Path(name));
         EXPECT_EQ(std::count(ticks.begin(), ticks.end(), '\n'),
                   std::count(source.begin(), source.end(), '\n'));
     }

@@ -173,7 +173,7 @@ TEST(GenerateCommandTest, BlockHoldsWhatTheTextHolds)
 
 TEST(GenerateCommandTest, ARefusalLeavesNoFile)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     const std::vector<std::vector<std::string>> refused{
         {"--rows", "0"},          {"--tick-size", "0"},
         {"--from", "2024-02-30"}, {"--format", "block", "--symbol", "ABC"},

@@ -13,7 +13,7 @@ using namespace kalvento::tool;
 
 TEST(ShowCommandTest, ShowsTheHeadAndBothEnds)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     std::vector<NDateTime> times;
     DataSeriesSet::Columns columns{{Price, {}}, {Volume, {}}};
     for (unsigned int row = 0; row < 6; ++row) {
@@ -58,7 +58,7 @@ TEST(ShowCommandTest, ShowsTheHeadAndBothEnds)
 
 TEST(ShowCommandTest, WhatIsNoBlockIsRefused)
 {
-    const TestFolder folder;
+    const TemporaryFolder folder;
     for (const std::string& bytes :
          {std::string(), std::string("time,price\n"), std::string("\2\0\0\0", 4)}) {
         const ToolRun run = RunToolHere({"show", folder.Write("rows", bytes)});

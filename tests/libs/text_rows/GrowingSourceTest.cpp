@@ -28,7 +28,7 @@ protected:
         return text;
     }
 
-    TestFolder m_folder;
+    TemporaryFolder m_folder;
     std::istringstream m_in{"a,b\n1,2"};
     std::ostringstream m_out;
     ToolContext m_context{m_in, m_out, m_out};
