@@ -1,6 +1,5 @@
 // Text rows from outside: any bytes end in rows or in a refusal, and rows never go back in time.
 #include "folding/PieceFolder.h"
-#include "kalvento/RowWriter.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
@@ -12,7 +11,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <sstream>
 #include <stdexcept>
 #include <string_view>
 
@@ -68,14 +66,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
     if ((choice & 64U) != 0)
         options.timeFormat = "%d.%m.%y %H:%M:%S.%f";
 
-    std::istringstream in;
-    std::ostringstream out;
-    std::ostringstream err;
-    ToolContext context{in, out, err};
     BytesSource source(std::string_view(reinterpret_cast<const char*>(a_data) + 1, a_size - 1),
                        (choice & 128U) != 0 ? 5 : std::numeric_limits<std::size_t>::max());
     try {
-        RowReader reader(source, options, context);
+        RowReader reader(source, options);
         RowBlock rows;
         RowBlock candles;
         const RowLayout& layout = reader.GetLayout();
@@ -92,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
                 kept = folder.Fold(rows, false, candles);
             }
         }
-    } catch (const ToolError&) {
+    } catch (const RowsFault&) {
     } catch (const std::exception&) {
         // What the library refuses in a block: another version, a length that no vector can have.
         Expect(a_size > 4 && std::memcmp(a_data + 1, "\x01\0\0\0", 4) == 0);

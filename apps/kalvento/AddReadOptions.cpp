@@ -95,7 +95,7 @@ void AddTimeOptions(const Command& a_command, ReadOptions& a_options)
 }
 
 // What becomes of rows that can't be taken as they are.
-void AddRules(const Command& a_command, ReadOptions& a_options)
+void AddRules(const Command& a_command, InputOptions& a_options)
 {
     a_command
         .AddChoice<EOrderRule>(
@@ -113,7 +113,7 @@ void AddRules(const Command& a_command, ReadOptions& a_options)
 
 } // namespace
 
-void AddReadOptions(const Command& a_command, ReadOptions& a_options)
+void AddReadOptions(const Command& a_command, InputOptions& a_options)
 {
     const Command reading = a_command.Under("Reading");
     AddColumnOptions(reading, a_options);

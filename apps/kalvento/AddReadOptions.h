@@ -1,12 +1,11 @@
 #pragma once
 
 #include "kalvento/CommandLine.h"
-#include "kalvento/ToolContext.h"
-#include "text_rows/ReadOptions.h"
+#include "kalvento/InputOptions.h"
 
 namespace kalvento::tool {
 
-/// Adds the options that fill a ReadOptions, which must outlive the parse.
-void AddReadOptions(const Command& a_command, ReadOptions& a_options);
+/// Adds the options that fill an InputOptions, which must outlive the parse.
+void AddReadOptions(const Command& a_command, InputOptions& a_options);
 
 } // namespace kalvento::tool

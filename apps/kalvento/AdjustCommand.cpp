@@ -1,14 +1,15 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/OpenInput.h"
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
+#include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
+#include "kalvento/ReadNotes.h"
 #include "kalvento/ReportCounts.h"
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
-#include "text_rows/ByteSource.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 
 #include <memory>
@@ -26,7 +27,7 @@ struct AdjustOptions {
     std::string operations;
     EOutputFormat format = EOutputCsv;
     std::string output;
-    ReadOptions read;
+    InputOptions read;
 };
 
 void RunAdjust(const AdjustOptions& a_options, ToolContext& a_context)
@@ -36,11 +37,9 @@ void RunAdjust(const AdjustOptions& a_options, ToolContext& a_context)
     HistoryOperations operations =
         ReadOperationsForRows(a_options.operations, a_options.read.symbolColumn, a_context);
 
-    const auto source = ByteSource::Open(a_options.history, a_context);
-    std::unique_ptr<OutputTarget> rejects;
-    if (!a_options.read.rejectFile.empty())
-        rejects = std::make_unique<OutputTarget>(a_options.read.rejectFile, a_context);
-    RowReader reader(*source, a_options.read, a_context, rejects.get());
+    const auto source = OpenInput(a_options.history, a_context);
+    ReadNotes notes(a_context, a_options.read.rejectFile);
+    RowReader reader(*source, a_options.read, notes.HooksFor(*source));
     const RowLayout& layout = reader.GetLayout();
     RowAdjuster adjuster(std::move(operations), layout);
     OutputTarget target(a_options.output, a_context);
@@ -55,8 +54,7 @@ void RunAdjust(const AdjustOptions& a_options, ToolContext& a_context)
     }
     writer->Finish();
     target.Commit();
-    if (rejects)
-        rejects->Commit();
+    notes.Commit();
     ReportCounts(reader.GetCounts(), a_context);
 }
 

@@ -1,8 +1,8 @@
 #include "kalvento/BlockFile.h"
 
+#include "kalvento/OpenInput.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/ToolContext.h"
-#include "text_rows/ByteSource.h"
 
 #include <fstream>
 #include <istream>
@@ -90,7 +90,7 @@ bool IsBlockFile(const std::string& a_path)
 
 BlockFile ReadBlockFile(const std::string& a_path, ToolContext& a_context)
 {
-    const auto source = ByteSource::Open(a_path, a_context);
+    const auto source = OpenInput(a_path, a_context);
     SourceStreambuf bytes(*source);
     std::istream stream(&bytes);
     BlockFile block;

@@ -1,16 +1,18 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/OpenInput.h"
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
+#include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
+#include "kalvento/ReadNotes.h"
 #include "kalvento/ReportCounts.h"
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowFolding.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/Tool.h"
-#include "text_rows/ByteSource.h"
+#include "kalvento/WordFault.h"
 #include "text_rows/IntervalNotation.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 
 #include <algorithm>
@@ -44,7 +46,7 @@ struct CandlesOptions {
     std::string outFolder;
     std::string operations;
     unsigned int jobs = 1;
-    ReadOptions read;
+    InputOptions read;
 };
 
 /// One symbol's way from rows to candles.
@@ -133,23 +135,14 @@ void CandlesRun::Run()
     if (!m_options.operations.empty())
         m_operations = ReadOperationsForRows(m_options.operations, m_options.read.symbolColumn, m_context);
 
-    std::vector<std::unique_ptr<ByteSource>> sources;
-    std::uint64_t total = 0;
-    bool known = true;
-    for (const std::string& file : m_files) {
-        sources.push_back(ByteSource::Open(file, m_context));
-        total += sources.back()->GetSize();
-        known = known && sources.back()->GetSize() > 0;
-    }
-    std::unique_ptr<OutputTarget> rejects;
-    if (!m_options.read.rejectFile.empty())
-        rejects = std::make_unique<OutputTarget>(m_options.read.rejectFile, m_context);
-
-    Progress progress(m_context, known ? total : 0);
+    const Inputs inputs = OpenInputs(m_files, m_context);
+    ReadNotes notes(m_context, m_options.read.rejectFile);
+    Progress progress(m_context, inputs.size);
     std::unique_ptr<RowReader> before;
     std::uint64_t bytes = 0;
-    for (std::size_t file = 0; file < sources.size(); ++file) {
-        auto reader = std::make_unique<RowReader>(*sources[file], m_options.read, m_context, rejects.get());
+    for (std::size_t file = 0; file < inputs.sources.size(); ++file) {
+        ByteSource& source = *inputs.sources[file];
+        auto reader = std::make_unique<RowReader>(source, m_options.read, notes.HooksFor(source));
         if (before)
             reader->ContinueFrom(*before);
         Start(*reader, m_files[file]);
@@ -166,8 +159,7 @@ void CandlesRun::Run()
         m_writer->Write(m_candles, {});
         Close();
     }
-    if (rejects)
-        rejects->Commit();
+    notes.Commit();
     ReportCounts(m_counts, m_context);
 }
 
@@ -297,7 +289,8 @@ struct FileJob {
         ToolContext context{a_context.in, nothing, notes};
         context.quiet = a_context.quiet;
         try {
-            CandlesRun(a_options, std::vector<std::string>{file}, output, context).Run();
+            RaiseToolErrors(
+                [&] { CandlesRun(a_options, std::vector<std::string>{file}, output, context).Run(); });
         } catch (const ToolError& failure) {
             exitCode = failure.GetExitCode();
             notes << "kalvento: " << failure.what() << '\n';

@@ -2,13 +2,14 @@
 #include "kalvento/BlockFile.h"
 #include "kalvento/Commands.h"
 #include "kalvento/LogCollector.h"
+#include "kalvento/OpenInput.h"
 #include "kalvento/OptionValues.h"
+#include "kalvento/OutputTarget.h"
+#include "kalvento/ReadNotes.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "series/VectorTimeTester.h"
-#include "text_rows/ByteSource.h"
 #include "text_rows/IntervalNotation.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/SeriesNames.h"
 
@@ -24,7 +25,7 @@ namespace kalvento::tool {
 namespace {
 
 struct CheckOptions {
-    ReadOptions read;
+    InputOptions read;
     std::string input;
     std::optional<NDateTime> day;
 };
@@ -147,8 +148,8 @@ int CheckBlock(const CheckOptions& a_options, ToolContext& a_context)
 
 int CheckText(const CheckOptions& a_options, ToolContext& a_context)
 {
-    const auto source = ByteSource::Open(a_options.input, a_context);
-    RowReader reader(*source, a_options.read, a_context);
+    const auto source = OpenInput(a_options.input, a_context);
+    RowReader reader(*source, a_options.read, ReadNotes(a_context).HooksFor(*source));
     RowBlock block;
     std::optional<NDateTime> first;
     NDateTime last;

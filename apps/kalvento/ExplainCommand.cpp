@@ -1,14 +1,16 @@
 #include "aggregation/AggrWindowsFactory.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/OpenInput.h"
 #include "kalvento/OptionValues.h"
+#include "kalvento/OutputTarget.h"
+#include "kalvento/ReadNotes.h"
 #include "kalvento/RowFolding.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
+#include "kalvento/WordFault.h"
 #include "series/Series.h"
-#include "text_rows/ByteSource.h"
 #include "text_rows/IntervalNotation.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/SeriesNames.h"
 #include "text_rows/TimeText.h"
@@ -33,7 +35,7 @@ constexpr std::size_t S_rowsAtOnce = 65536;
 constexpr std::int64_t S_daySeconds = 86400;
 
 struct ExplainOptions {
-    ReadOptions read;
+    InputOptions read;
     std::string input;
     IntervalAndMultiplicity interval;
     std::string at;
@@ -253,8 +255,8 @@ public:
     ExplainRun(const ExplainOptions& a_options, ToolContext& a_context)
         : m_options(a_options),
           m_context(a_context),
-          m_source(ByteSource::Open(a_options.input, a_context)),
-          m_reader(*m_source, a_options.read, a_context),
+          m_source(OpenInput(a_options.input, a_context)),
+          m_reader(*m_source, a_options.read, ReadNotes(a_context).HooksFor(*m_source)),
           m_layout(m_reader.GetLayout()),
           m_folder(FolderOf(m_layout, a_options.interval, ELastRecordTime))
     {}
@@ -429,7 +431,7 @@ void ExplainRun::ExplainLines(Explanation& a_explanation) const
         const bool isOfWindow =
             m_windows->AreTicks() ? isBetween : m_windows->IsInWindow(line.written, a_explanation.at);
         if (line.fate == LineFate::EFateBad && isBetween)
-            a_explanation.refused.push_back(place + ": " + line.reason);
+            a_explanation.refused.push_back(place + ": " + WordFault(*line.fault));
         else if (line.fate == LineFate::EFateDropped && isOfWindow)
             a_explanation.refused.push_back(place + ": its time " + FormatTime(line.written) +
                                             " isn't later than the one before (--order drop)");

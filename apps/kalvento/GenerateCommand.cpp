@@ -1,10 +1,10 @@
 #include "kalvento/Commands.h"
 #include "kalvento/OptionValues.h"
+#include "kalvento/OutputTarget.h"
 #include "kalvento/SessionGenerator.h"
 #include "kalvento/TargetStream.h"
 #include "kalvento/Tool.h"
 #include "series/DataSeriesSet.h"
-#include "text_rows/OutputTarget.h"
 #include "time/DateTimeTools.h"
 
 #include <chrono>

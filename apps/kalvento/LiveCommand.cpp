@@ -2,15 +2,16 @@
 #include "folding/PieceFolder.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/OpenInput.h"
 #include "kalvento/OptionValues.h"
+#include "kalvento/OutputTarget.h"
+#include "kalvento/ReadNotes.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "platform/Interruption.h"
 #include "series/Series.h"
 #include "series/Synchronization.h"
-#include "text_rows/GrowingSource.h"
 #include "text_rows/IntervalNotation.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
@@ -36,7 +37,7 @@ constexpr std::size_t S_rowsAtOnce = 8192;
 enum ELiveFormat : std::uint8_t { ELiveText, ELiveCsv, ELiveJsonl };
 
 struct LiveOptions {
-    ReadOptions read;
+    InputOptions read;
     std::string input;
     IntervalAndMultiplicity interval;
     ELiveFormat format = ELiveText;
@@ -184,7 +185,7 @@ public:
     LiveRun(const LiveOptions& a_options, ToolContext& a_context)
         : m_options(a_options),
           m_context(a_context),
-          m_source(GrowingSource::Open(a_options.input, a_context)),
+          m_source(OpenGrowingInput(a_options.input, a_context)),
           m_caughtUp(!m_source->IsFile())
     {}
 
@@ -301,7 +302,8 @@ void LiveRun::TakeRows(bool a_isLast)
 
 void LiveRun::OpenReader()
 {
-    m_reader = std::make_unique<RowReader>(*m_source, m_options.read, m_context);
+    m_reader =
+        std::make_unique<RowReader>(*m_source, m_options.read, ReadNotes(m_context).HooksFor(*m_source));
     const RowLayout& layout = m_reader->GetLayout();
     if (m_layout) {
         if (layout.series != m_layout->series || layout.hasSymbols != m_layout->hasSymbols)

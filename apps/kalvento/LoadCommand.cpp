@@ -1,17 +1,19 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/OpenInput.h"
+#include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
+#include "kalvento/ReadNotes.h"
 #include "kalvento/ReportCounts.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
+#include "kalvento/WordFault.h"
 #include "platform/CodePage.h"
 #include "provider_kit/StoreProvider.h"
 #include "series/History.h"
 #include "sql_store/SqlAddress.h"
 #include "sql_store/SqlWriter.h"
-#include "text_rows/ByteSource.h"
 #include "text_rows/IntervalNotation.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
@@ -42,7 +44,7 @@ struct LoadOptions {
     std::vector<std::string> files;
     std::string database;
     std::string symbol;
-    ReadOptions read;
+    InputOptions read;
 };
 
 /// What became of the rows of one instrument.
@@ -235,7 +237,7 @@ private:
     const LoadOptions& m_options;
     ToolContext& m_context;
     Database m_database;
-    std::unique_ptr<OutputTarget> m_rejects;
+    std::unique_ptr<ReadNotes> m_notes;
     std::unique_ptr<Progress> m_progress;
     RowCounts m_counts;
     std::vector<std::string> m_isins; // in the order of their first rows
@@ -244,23 +246,16 @@ private:
 
 void LoadRun::Run()
 {
-    std::vector<std::unique_ptr<ByteSource>> sources;
-    std::uint64_t total = 0;
-    bool known = true;
-    for (const std::string& file : m_options.files) {
-        sources.push_back(ByteSource::Open(file, m_context));
-        total += sources.back()->GetSize();
-        known = known && sources.back()->GetSize() > 0;
-    }
-    if (!m_options.read.rejectFile.empty())
-        m_rejects = std::make_unique<OutputTarget>(m_options.read.rejectFile, m_context);
-    m_progress = std::make_unique<Progress>(m_context, known ? total : 0);
+    const Inputs inputs = OpenInputs(m_options.files, m_context);
+    m_notes = std::make_unique<ReadNotes>(m_context, m_options.read.rejectFile);
+    m_progress = std::make_unique<Progress>(m_context, inputs.size);
 
     std::uint64_t bytes = 0;
     try {
-        for (std::size_t file = 0; file < sources.size(); ++file) {
-            LoadFile(*sources[file], m_options.files[file], bytes);
-            bytes += sources[file]->GetSize();
+        for (std::size_t file = 0; file < inputs.sources.size(); ++file) {
+            ByteSource& source = *inputs.sources[file];
+            RaiseToolErrors([&] { LoadFile(source, m_options.files[file], bytes); });
+            bytes += source.GetSize();
         }
     } catch (const ToolError&) {
         m_progress.reset();
@@ -268,8 +263,7 @@ void LoadRun::Run()
         throw;
     }
     m_progress.reset();
-    if (m_rejects)
-        m_rejects->Commit();
+    m_notes->Commit();
     ReportCounts(m_counts, m_context);
     PrintTallies();
 }
@@ -289,7 +283,7 @@ std::string LoadRun::SymbolOf(const std::string& a_path, const RowReader& a_read
 
 void LoadRun::LoadFile(ByteSource& a_source, const std::string& a_path, std::uint64_t a_bytesBefore)
 {
-    RowReader reader(a_source, m_options.read, m_context, m_rejects.get());
+    RowReader reader(a_source, m_options.read, m_notes->HooksFor(a_source));
     if (a_path == "-" && m_options.symbol.empty() && !reader.GetLayout().hasSymbols)
         throw ToolError(EExitUsage, "standard input has no name; --symbol gives one");
     std::vector<std::unique_ptr<InstrumentLoad>> loads; // by the reader's number of the symbol

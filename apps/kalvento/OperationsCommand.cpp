@@ -1,9 +1,9 @@
 #include "kalvento/Commands.h"
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
+#include "kalvento/OutputTarget.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
-#include "text_rows/OutputTarget.h"
 
 #include "history_operations/OperationsText.h"
 

@@ -1,11 +1,11 @@
 #include "kalvento/OperationsFile.h"
 
 #include "kalvento/LogCollector.h"
+#include "kalvento/OpenInput.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/ToolContext.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
-#include "text_rows/ByteSource.h"
 
 #include <algorithm>
 #include <charconv>
@@ -191,7 +191,7 @@ void FindOddities(OperationsFile& a_file)
 
 OperationsFile ReadOperationsFile(const std::string& a_path, ToolContext& a_context)
 {
-    const auto source = ByteSource::Open(a_path, a_context);
+    const auto source = OpenInput(a_path, a_context);
     OperationsFile file;
     file.name = source->GetName();
     std::string text = ReadAll(*source);

@@ -1,13 +1,14 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/FoldProof.h"
+#include "kalvento/OpenInput.h"
 #include "kalvento/OptionValues.h"
+#include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
+#include "kalvento/ReadNotes.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
-#include "text_rows/ByteSource.h"
 #include "text_rows/IntervalNotation.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
@@ -31,7 +32,7 @@ namespace {
 constexpr std::size_t S_rowsAtOnce = 65536;
 
 struct ProveOptions {
-    ReadOptions read;
+    InputOptions read;
     std::string input;
     std::vector<IntervalAndMultiplicity> intervals;
     std::size_t samples = 0; // 0: every row of short files, else S_samples
@@ -301,8 +302,8 @@ Proof Prove(const Ticks& a_ticks, const RowLayout& a_layout, IntervalAndMultipli
 
 void RunProve(const ProveOptions& a_options, ToolContext& a_context)
 {
-    const auto source = ByteSource::Open(a_options.input, a_context);
-    RowReader reader(*source, a_options.read, a_context);
+    const auto source = OpenInput(a_options.input, a_context);
+    RowReader reader(*source, a_options.read, ReadNotes(a_context).HooksFor(*source));
     const RowLayout& layout = reader.GetLayout();
     if (!layout.interval.IsSingleTick())
         throw ToolError(EExitUsage, source->GetName() + ": holds candles of " +

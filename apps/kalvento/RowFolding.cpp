@@ -3,7 +3,6 @@
 #include "folding/AggregatorTools.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowSeries.h"
-#include "text_rows/ToolContext.h"
 
 namespace kalvento::tool {
 

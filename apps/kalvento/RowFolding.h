@@ -2,6 +2,7 @@
 
 #include "aggregation/EAggrTimeResult.h"
 #include "folding/PieceFolder.h"
+#include "kalvento/ToolContext.h"
 #include "text_rows/RowLayout.h"
 #include "time/IntervalAndMultiplicity.h"
 

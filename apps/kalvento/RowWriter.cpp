@@ -1,9 +1,9 @@
 #include "kalvento/RowWriter.h"
 
+#include "kalvento/OutputTarget.h"
 #include "kalvento/TextForms.h"
 #include "series/DataSeriesSet.h"
 #include "series/Series.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/SeriesNames.h"
 
 #include <array>

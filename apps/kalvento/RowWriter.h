@@ -1,7 +1,7 @@
 #pragma once
 
+#include "kalvento/OutputTarget.h"
 #include "kalvento/ToolContext.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/RowReader.h"
 
 #include <cstdint>

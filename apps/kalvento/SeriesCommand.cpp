@@ -1,10 +1,10 @@
 #include "kalvento/Commands.h"
+#include "kalvento/OutputTarget.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
 #include "series/Series.h"
 #include "series/SeriesTable.h"
-#include "text_rows/OutputTarget.h"
 
 #include <memory>
 #include <string>

@@ -1,11 +1,11 @@
 #include "kalvento/BlockFile.h"
 #include "kalvento/Commands.h"
+#include "kalvento/OutputTarget.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "platform/CodePage.h"
 #include "series/Series.h"
 #include "text_rows/IntervalNotation.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/SeriesNames.h"
 #include "time/IntervalTranslator.h"
 

@@ -1,6 +1,6 @@
 #include "kalvento/TargetStream.h"
 
-#include "text_rows/OutputTarget.h"
+#include "kalvento/OutputTarget.h"
 
 #include <exception>
 #include <streambuf>

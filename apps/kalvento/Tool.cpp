@@ -1,6 +1,7 @@
 #include "kalvento/Tool.h"
 
 #include "kalvento/Commands.h"
+#include "kalvento/WordFault.h"
 #include "platform/CodePage.h"
 
 #include <exception>
@@ -55,7 +56,7 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
 int RunTool(const std::vector<std::string>& a_arguments, ToolContext& a_context)
 {
     try {
-        a_context.exitCode = Run(a_arguments, a_context);
+        RaiseToolErrors([&] { a_context.exitCode = Run(a_arguments, a_context); });
         a_context.out.flush();
     } catch (const OutputClosed&) {
         a_context.exitCode = EExitOk;

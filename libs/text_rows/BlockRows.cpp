@@ -4,7 +4,7 @@
 #include "text_rows/ByteSource.h"
 #include "text_rows/RowBlock.h"
 #include "text_rows/RowCounts.h"
-#include "text_rows/ToolContext.h"
+#include "text_rows/RowsFault.h"
 
 #include <algorithm>
 #include <istream>
@@ -22,6 +22,11 @@ constexpr std::size_t S_readSize = std::size_t{1} << 18U;
 constexpr std::int64_t S_daySeconds = 86400;
 // Day number 0, 1899-12-30, counted from 1970-01-01.
 constexpr std::int64_t S_oleDayZero = -25569;
+
+[[noreturn]] void Fail(const ByteSource& a_source, const std::string& a_found)
+{
+    throw RowsFault({.found = a_found, .file = a_source.GetName()});
+}
 
 /// Bytes already read, then the rest of the source, as a stream for the block reader.
 class SourceBuffer final : public std::streambuf {
@@ -60,23 +65,20 @@ BlockRows::BlockRows(std::string_view a_start, ByteSource& a_source)
     std::istream stream(&bytes);
     m_rows.Read(stream);
     if (stream.fail() || !m_rows.IsValid())
-        throw ToolError(EExitBadData, a_source.GetName() +
-                                          ": a damaged series block: expected columns and times of one "
-                                          "length, a valid interval, and open, high and low in candles");
+        Fail(a_source, "a damaged series block: expected columns and times of one "
+                       "length, a valid interval, and open, high and low in candles");
     const std::vector<NDateTime>& rows = std::as_const(m_rows).TimeSeries();
     for (std::size_t row = 0; row < rows.size(); ++row) {
         if (!rows[row].IsValid() || (row > 0 && rows[row] < rows[row - 1]))
-            throw ToolError(EExitBadData, a_source.GetName() + ": a damaged series block: the time of row " +
-                                              std::to_string(row + 1) +
-                                              " is invalid or earlier than the one before");
+            Fail(a_source, "a damaged series block: the time of row " + std::to_string(row + 1) +
+                               " is invalid or earlier than the one before");
     }
     const RowLayout layout = GetLayout();
     if (!std::is_sorted(layout.series.begin(), layout.series.end()) ||
         std::adjacent_find(layout.series.begin(), layout.series.end()) != layout.series.end())
-        throw ToolError(EExitBadData,
-                        a_source.GetName() + ": a damaged series block: its columns aren't in order");
+        Fail(a_source, "a damaged series block: its columns aren't in order");
     if (!layout.Has(Price))
-        throw ToolError(EExitBadData, a_source.GetName() + ": the series block holds no prices");
+        Fail(a_source, "the series block holds no prices");
 }
 
 RowLayout BlockRows::GetLayout() const

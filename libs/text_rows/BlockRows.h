@@ -20,7 +20,7 @@ public:
     /// Whether bytes begin like a series block.
     static bool Recognise(std::string_view a_start);
 
-    /// a_start: bytes of the source that were read already. Raises ToolError (EExitBadData) for a damaged block and for one
+    /// a_start: bytes of the source that were read already. Raises RowsFault (EFaultData) for a damaged block and for one
     /// without prices.
     BlockRows(std::string_view a_start, ByteSource& a_source);
 

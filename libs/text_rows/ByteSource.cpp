@@ -1,13 +1,18 @@
 #include "text_rows/ByteSource.h"
 
 #include "platform/InputFile.h"
-#include "text_rows/ToolContext.h"
+#include "text_rows/RowsFault.h"
 
 #include <istream>
 
 namespace kalvento::rows {
 
 namespace {
+
+[[noreturn]] void Fail(const std::string& a_path, std::string a_found)
+{
+    throw RowsFault({.kind = EFaultNoInput, .found = std::move(a_found), .file = a_path});
+}
 
 class FileSource final : public ByteSource {
 public:
@@ -19,7 +24,7 @@ public:
     {
         std::size_t count = 0;
         if (const std::error_code error = m_file.Read(a_bytes, a_size, count))
-            throw ToolError(EExitNoInput, GetName() + ": can't be read: " + error.message());
+            Fail(GetName(), "can't be read: " + error.message());
         return count;
     }
 
@@ -37,7 +42,7 @@ public:
     {
         m_stream.read(a_bytes, static_cast<std::streamsize>(a_size));
         if (m_stream.bad())
-            throw ToolError(EExitNoInput, GetName() + ": can't be read");
+            Fail(GetName(), "can't be read");
         return static_cast<std::size_t>(m_stream.gcount());
     }
 
@@ -47,18 +52,15 @@ private:
 
 } // namespace
 
-std::unique_ptr<ByteSource> ByteSource::Open(const std::string& a_path, ToolContext& a_context)
+std::unique_ptr<ByteSource> ByteSource::Open(const std::string& a_path)
 {
-    if (a_path == "-")
-        return FromStream(a_context.in, "standard input");
-
     internal::InputFile file;
     if (const std::error_code error = file.Open(a_path))
-        throw ToolError(EExitNoInput, a_path + ": can't be opened: " + error.message());
+        Fail(a_path, "can't be opened: " + error.message());
     internal::InputFile::State state;
     file.GetState(state); // what can't be told may still be read
     if (state.isFolder)
-        throw ToolError(EExitNoInput, a_path + ": is a folder; give the files in it");
+        Fail(a_path, "is a folder; give the files in it");
     if (state.isRegular)
         file.ExpectAllToBeRead();
     return std::make_unique<FileSource>(a_path, std::move(file), state.size);

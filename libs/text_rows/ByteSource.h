@@ -8,13 +8,11 @@
 
 namespace kalvento::rows {
 
-struct ToolContext;
-
 /// Bytes of one input, read forward in large pieces. One thread at a time.
 class ByteSource {
 public:
     virtual ~ByteSource() = default;
-    /// Reads up to a_size bytes and returns how many; 0 only at the end. Raises ToolError (EExitNoInput) on a failure.
+    /// Reads up to a_size bytes and returns how many; 0 only at the end. Raises RowsFault (EFaultNoInput) on a failure.
     virtual std::size_t Read(char* a_bytes, std::size_t a_size) = 0;
 
     /// The name to show: a path, or "standard input".
@@ -22,8 +20,8 @@ public:
     /// Size in bytes where it is known beforehand, else 0.
     std::uint64_t GetSize() const { return m_size; }
 
-    /// A file, or the context's input for "-". Raises ToolError (EExitNoInput) when it can't be opened.
-    static std::unique_ptr<ByteSource> Open(const std::string& a_path, ToolContext& a_context);
+    /// A file. Raises RowsFault (EFaultNoInput) when it can't be opened.
+    static std::unique_ptr<ByteSource> Open(const std::string& a_path);
     /// Any stream, which must outlive the source.
     static std::unique_ptr<ByteSource> FromStream(std::istream& a_stream, std::string a_name);
 

@@ -1,12 +1,12 @@
 #include "text_rows/GrowingSource.h"
 
 #include "platform/Descriptors.h"
-#include "text_rows/ToolContext.h"
+#include "text_rows/RowsFault.h"
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <iostream>
+#include <istream>
 #include <string_view>
 
 namespace kalvento::rows {
@@ -26,7 +26,9 @@ using internal::Descriptors::WaitForAny;
 
 [[noreturn]] void FailToRead(const std::string& a_name, const char* a_action, const std::error_code& a_error)
 {
-    throw ToolError(EExitNoInput, a_name + ": can't be " + a_action + ": " + a_error.message());
+    throw RowsFault({.kind = EFaultNoInput,
+                     .found = std::string("can't be ") + a_action + ": " + a_error.message(),
+                     .file = a_name});
 }
 
 } // namespace
@@ -35,23 +37,24 @@ GrowingSource::GrowingSource(std::string a_name, EKind a_kind, std::istream* a_s
     : ByteSource(std::move(a_name), 0), m_kind(a_kind), m_stream(a_stream)
 {}
 
-std::unique_ptr<GrowingSource> GrowingSource::Open(const std::string& a_path, ToolContext& a_context)
+std::unique_ptr<GrowingSource> GrowingSource::Open(const std::string& a_path)
 {
-    std::unique_ptr<GrowingSource> source;
-    if (a_path == "-") {
-        // The process's own input is read by its descriptor, since a stream can't be waited for.
-        const bool isProcessInput = &a_context.in == &std::cin;
-        source.reset(
-            new GrowingSource("standard input", isProcessInput ? EKindPipe : EKindStream, &a_context.in));
-        if (!isProcessInput)
-            return source;
-        if (const std::error_code error = source->m_file.OpenStandardInput())
-            FailToRead(source->GetName(), "opened", error);
-        return source;
-    }
-    source.reset(new GrowingSource(a_path, EKindFile, nullptr));
+    std::unique_ptr<GrowingSource> source(new GrowingSource(a_path, EKindFile, nullptr));
     source->OpenFile();
     return source;
+}
+
+std::unique_ptr<GrowingSource> GrowingSource::OfProcessInput(std::string a_name)
+{
+    std::unique_ptr<GrowingSource> source(new GrowingSource(std::move(a_name), EKindPipe, nullptr));
+    if (const std::error_code error = source->m_file.OpenStandardInput())
+        FailToRead(source->GetName(), "opened", error);
+    return source;
+}
+
+std::unique_ptr<GrowingSource> GrowingSource::FromStream(std::istream& a_stream, std::string a_name)
+{
+    return std::unique_ptr<GrowingSource>(new GrowingSource(std::move(a_name), EKindStream, &a_stream));
 }
 
 void GrowingSource::OpenFile()
@@ -62,7 +65,7 @@ void GrowingSource::OpenFile()
     if (const std::error_code error = m_file.GetState(state))
         FailToRead(GetName(), "read", error);
     if (state.isFolder)
-        throw ToolError(EExitNoInput, GetName() + ": is a folder; give a file");
+        throw RowsFault({.kind = EFaultNoInput, .found = "is a folder; give a file", .file = GetName()});
     m_kind = state.isRegular ? EKindFile : EKindPipe;
     m_watch = state.isRegular ? internal::FileWatch(GetName()) : internal::FileWatch();
 }
@@ -124,7 +127,7 @@ bool GrowingSource::Fill()
     m_whole -= m_taken;
     m_taken = 0;
     if (m_buffer.size() > S_longestLine)
-        throw ToolError(EExitBadData, GetName() + ": a line longer than 16 MiB is no row of numbers");
+        throw RowsFault({.found = "a line longer than 16 MiB is no row of numbers", .file = GetName()});
 
     const std::size_t before = m_buffer.size();
     m_buffer.resize(before + S_chunk);

@@ -13,8 +13,6 @@
 
 namespace kalvento::rows {
 
-struct ToolContext;
-
 /// Whole lines of an input that still grows: a file to which somebody appends, a pipe, standard input. A last line that
 /// is half written waits for its line end. Reading never waits; Wait does. One thread at a time.
 class GrowingSource final : public ByteSource {
@@ -29,8 +27,12 @@ public:
         EWaitInterrupted ///< The user asked to end.
     };
 
-    /// a_path: a file, a named pipe, or "-" for standard input. Raises ToolError (EExitNoInput).
-    static std::unique_ptr<GrowingSource> Open(const std::string& a_path, ToolContext& a_context);
+    /// a_path: a file or a named pipe. Raises RowsFault (EFaultNoInput), as reading does.
+    static std::unique_ptr<GrowingSource> Open(const std::string& a_path);
+    /// The process's own input, read by its descriptor, since a stream can't be waited for.
+    static std::unique_ptr<GrowingSource> OfProcessInput(std::string a_name);
+    /// A stream that gives all it has at once, and outlives the source.
+    static std::unique_ptr<GrowingSource> FromStream(std::istream& a_stream, std::string a_name);
 
     /// Bytes of the whole lines that are there now; 0 when there are none at the moment.
     std::size_t Read(char* a_bytes, std::size_t a_size) override;

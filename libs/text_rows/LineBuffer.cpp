@@ -1,10 +1,10 @@
 #include "text_rows/LineBuffer.h"
 
 #include "text_rows/ByteSource.h"
-#include "text_rows/ToolContext.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace kalvento::rows {
 
@@ -29,7 +29,8 @@ void LineBuffer::Fill()
     m_lineEnd = 0;
     while (!m_atEnd && m_lineEnd == 0) {
         if (m_filled > S_longestLine)
-            Fail(1, "the line is longer than 16 MB; expected lines of text or a binary series block");
+            Fail({.found = "the line is longer than 16 MB",
+                  .expected = "lines of text or a binary series block"});
         if (m_buffer.size() < m_filled + S_readSize + S_padding)
             m_buffer.resize(m_filled + S_readSize + S_padding);
         const std::size_t count = m_source.Read(m_buffer.data() + m_filled, S_readSize);
@@ -61,10 +62,11 @@ std::string_view LineBuffer::LineAt(const char* a_begin) const
     return text;
 }
 
-void LineBuffer::Fail(std::size_t a_column, const std::string& a_text) const
+void LineBuffer::Fail(RowsFault::Parts a_fault) const
 {
-    throw ToolError(EExitBadData, m_source.GetName() + ":" + std::to_string(m_line) + ":" +
-                                      std::to_string(a_column) + ": " + a_text);
+    a_fault.file = m_source.GetName();
+    a_fault.line = m_line;
+    throw RowsFault(std::move(a_fault));
 }
 
 } // namespace kalvento::rows

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text_rows/RowsFault.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -17,7 +19,7 @@ public:
     static constexpr std::size_t S_padding = 64;
 
     /// Reads the first bytes. a_source outlives the buffer. a_growing: the last line waits for its line feed, and no end is
-    /// final. Raises ToolError: EExitBadData for a line of more than 16 MB.
+    /// final. Raises RowsFault for a line of more than 16 MB.
     LineBuffer(ByteSource& a_source, bool a_growing);
 
     /// Whether a whole line lies at GetPlace; reads on if need be.
@@ -57,8 +59,8 @@ public:
     std::uint64_t GetLineNumber() const { return m_line; }
     std::uint64_t GetBytesRead() const { return m_bytesRead; }
     ByteSource& GetSource() const { return m_source; }
-    /// Raises ToolError (EExitBadData) with the place: input, line and byte in the line, from 1.
-    [[noreturn]] void Fail(std::size_t a_column, const std::string& a_text) const;
+    /// Raises RowsFault at the line that is next.
+    [[noreturn]] void Fail(RowsFault::Parts a_fault) const;
 
 private:
     void Fill();

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "text_rows/RowsFault.h"
 #include "time/NDateTime.h"
 
 #include <cstdint>
-#include <string>
+#include <memory>
 
 namespace kalvento::rows {
 
@@ -20,7 +21,7 @@ struct LineFate {
     std::uint64_t line = 0;   ///< From 1.
     std::uint32_t symbol = 0; ///< Place in RowReader::GetSymbols; of no meaning for bad lines.
     NDateTime written;        ///< The line's own time in the zone of the output; zero for bad lines.
-    std::string reason;       ///< Of bad lines: what was found and what would be accepted.
+    std::shared_ptr<const RowsFault::Parts> fault; ///< Of bad lines, without the place; else null.
 };
 
 } // namespace kalvento::rows

@@ -178,18 +178,19 @@ const char* LineReader::ReadPlainSymbol(const char* a_text, std::size_t a_row)
     return place;
 }
 
-bool LineReader::ReadAny(std::string_view a_line, WallTime& a_time, std::size_t a_row, Fault& a_fault)
+bool LineReader::ReadAny(std::string_view a_line, WallTime& a_time, std::size_t a_row,
+                         RowsFault::Parts& a_fault)
 {
     if (!SplitLine(a_line, m_shape.delimiter, m_fields)) {
-        a_fault = {m_fields.back().column,
-                   "a quote is left open; a quoted field ends on the line where it begins"};
+        a_fault = {.found = "a quote is left open; a quoted field ends on the line where it begins",
+                   .column = m_fields.back().column};
         return false;
     }
     if (m_fields.size() < m_shape.columnsNeeded) {
-        a_fault = {a_line.size() + 1, "found " + std::to_string(m_fields.size()) +
-                                          " columns, expected at least " +
-                                          std::to_string(m_shape.columnsNeeded) + " with " +
-                                          Quote(std::string(1, m_shape.delimiter)) + " between them"};
+        a_fault = {.found = "found " + std::to_string(m_fields.size()) + " columns",
+                   .expected = "at least " + std::to_string(m_shape.columnsNeeded) + " with " +
+                               Quote(std::string(1, m_shape.delimiter)) + " between them",
+                   .column = a_line.size() + 1};
         return false;
     }
     a_time = WallTime();
@@ -198,8 +199,11 @@ bool LineReader::ReadAny(std::string_view a_line, WallTime& a_time, std::size_t 
         const ColumnPlan& what = m_shape.columns[column];
         if (ReadField(what, field.text, a_time, a_row))
             continue;
-        a_fault = {field.column, "found " + Quote(field.text) + " in column " + Quote(what.header) +
-                                     ", expected " + std::string(what.expected)};
+        const bool isTime = what.kind == EWholeTime || what.kind == EDatePart;
+        a_fault = {.help = isTime ? EOptionTimeFormat : EOptionNone,
+                   .found = "found " + Quote(field.text) + " in column " + Quote(what.header),
+                   .expected = std::string(what.expected),
+                   .column = field.column};
         return false;
     }
     return true;

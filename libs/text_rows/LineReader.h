@@ -1,5 +1,6 @@
 #pragma once
 
+#include "text_rows/RowsFault.h"
 #include "text_rows/SymbolTable.h"
 #include "text_rows/TextFields.h"
 #include "text_rows/TextShape.h"
@@ -19,12 +20,6 @@ struct RowBlock;
 /// form that nearly all lines have, and one for all the others.
 class LineReader {
 public:
-    /// What is wrong with a line.
-    struct Fault {
-        std::size_t column = 1; ///< Byte in the line, from 1.
-        std::string text;       ///< What was found and what would be accepted.
-    };
-
     /// a_timeFormat: ReadOptions::timeFormat. Both are taken as they are, and outlive this.
     LineReader(const TextShape& a_shape, const std::string& a_timeFormat);
 
@@ -34,8 +29,8 @@ public:
     /// ReadAny: nothing is decided then, and what was written to the row is written again. a_end: behind the last whole
     /// line of the buffer, which is padded behind that (LineBuffer).
     const char* ReadPlain(const char* a_line, const char* a_end, WallTime& a_time, std::size_t a_row);
-    /// A line of any form. False where it can't be read.
-    bool ReadAny(std::string_view a_line, WallTime& a_time, std::size_t a_row, Fault& a_fault);
+    /// A line of any form. False where it can't be read; a_fault then tells why, and the column.
+    bool ReadAny(std::string_view a_line, WallTime& a_time, std::size_t a_row, RowsFault::Parts& a_fault);
 
     /// Place of the row's symbol; 0 where there are none.
     std::uint32_t GetSymbol(std::size_t a_row) const

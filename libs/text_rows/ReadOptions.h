@@ -1,11 +1,11 @@
 #pragma once
 
-#include "aggregation/EAggrType.h"
+#include "series/ESeriesId.h"
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
-#include <vector>
 
 namespace kalvento::rows {
 
@@ -19,7 +19,7 @@ enum EOrderRule : std::uint8_t {
 /// What happens to a line that can't be read.
 enum EBadLines : std::uint8_t {
     EBadLinesStop,  ///< The run ends with the place, what was found and what would be accepted.
-    EBadLinesReject ///< It is set aside (ReadOptions::rejectFile) and counted.
+    EBadLinesReject ///< It is set aside (ReadHooks::setAside) and counted.
 };
 
 /// How rows of a text file are to be read. The defaults find out what they can.
@@ -29,7 +29,9 @@ struct ReadOptions {
     bool header = true;  ///< Whether the first line names the columns; if not, `columns` gives places from 1.
     bool strict = false; ///< Refuse columns that mean nothing instead of leaving them out with a note.
     std::map<std::string, std::string> columns; ///< Our name to the file's name, or its place from 1.
-    std::map<std::string, std::string> folds;   ///< Our name to ohlc, ohlcsum, ohlclast, sum or last.
+    /// Rows always have a price: the first column of one of these series is taken for it, as in a book, which has none.
+    std::set<ESeriesId> pricesFrom;
+    std::map<std::string, std::string> folds; ///< Our name to ohlc, ohlcsum, ohlclast, sum or last.
     std::string
         timeFormat;   ///< Empty: found out. Else as `%Y-%m-%d %H:%M:%S`, or unix, unixms, unixus, unixns.
     std::string zone; ///< Zone of times that bear none; empty: as written.
@@ -43,7 +45,6 @@ struct ReadOptions {
     EOrderRule order = EOrderRaise;
     EBadLines badLines = EBadLinesStop;
     bool growing = false; ///< The source may grow: a last line waits for its line feed, and no end is final.
-    std::string rejectFile; ///< Where lines go that were set aside; empty: nowhere.
 };
 
 } // namespace kalvento::rows

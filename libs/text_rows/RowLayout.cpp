@@ -2,9 +2,9 @@
 
 #include "series/ESeriesId.h"
 #include "series/Series.h"
+#include "text_rows/RowsFault.h"
 #include "text_rows/SeriesNames.h"
 #include "text_rows/TextFields.h"
-#include "text_rows/ToolContext.h"
 
 #include <algorithm>
 #include <array>
@@ -46,14 +46,18 @@ void RowLayout::PlanFolds(const std::map<std::string, std::string>& a_folds, con
         const auto meant = SeriesFromName(name);
         const auto found = meant ? std::find(series.begin(), series.end(), *meant) : series.end();
         if (found == series.end())
-            throw ToolError(EExitUsage, "--fold: there is no column " + Quote(name) + " in " + a_input);
+            throw RowsFault({.kind = EFaultOptions,
+                             .wrong = EOptionFolds,
+                             .found = "there is no column " + Quote(name) + " in " + a_input});
         const auto type = FoldFromName(fold);
         const bool fits = type && (*found == Price) == (*type < EAggrTypeSum);
         if (!fits || VeloTools::Series::IsAggregationSeries(*found))
-            throw ToolError(EExitUsage,
-                            "--fold: found " + Quote(std::string(name).append("=").append(fold)) +
-                                ", accepted are ohlc, ohlcsum, ohlclast for the price, sum and last for "
-                                "the others; open, high and low follow the price");
+            throw RowsFault(
+                {.kind = EFaultOptions,
+                 .wrong = EOptionFolds,
+                 .found = "found " + Quote(std::string(name).append("=").append(fold)) +
+                          ", accepted are ohlc, ohlcsum, ohlclast for the price, sum and last for "
+                          "the others; open, high and low follow the price"});
         folds[static_cast<std::size_t>(found - series.begin())] = *type;
     }
 }

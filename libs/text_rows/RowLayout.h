@@ -1,14 +1,12 @@
 #pragma once
 
 #include "aggregation/EAggrType.h"
+#include "series/ESeriesId.h"
 #include "time/IntervalAndMultiplicity.h"
 
-#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
-
-enum ESeriesId : std::uint32_t;
 
 namespace kalvento::rows {
 
@@ -19,11 +17,12 @@ struct RowLayout {
     IntervalAndMultiplicity
         interval; ///< (EIntervalTick, 1) for ticks; a candle interval where open, high, low stand.
     bool hasSymbols = false;
+    ESeriesId priceMeans = Price; ///< What stands in the column of the prices (ReadOptions::pricesFrom).
 
     /// Whether there is a column of that series.
     bool Has(ESeriesId a_series) const;
-    /// Fills `folds`: the defaults of the series, and what the user says (ReadOptions::folds). Raises ToolError (EExitUsage)
-    /// for what doesn't fit. a_input: its name, for messages.
+    /// Fills `folds`: the defaults of the series, and what the user says (ReadOptions::folds). Raises RowsFault
+    /// (EFaultOptions) for what doesn't fit. a_input: its name, for messages.
     void PlanFolds(const std::map<std::string, std::string>& a_folds, const std::string& a_input);
 };
 

@@ -1,7 +1,6 @@
 #include "text_rows/RowOrder.h"
 
 #include "text_rows/TextFields.h"
-#include "text_rows/ToolContext.h"
 
 #include <string>
 
@@ -17,27 +16,30 @@ constexpr std::int64_t S_endSecond = 67'090'118'400;
 // than half a second away, and both `<` and the engine's test for late rows still tell the two apart.
 constexpr std::uint32_t S_greatestCounter = 50000;
 
-std::optional<TimeZone> FindZone(const std::string& a_name, const char* a_option)
+std::optional<TimeZone> FindZone(const std::string& a_name, EReadOption a_option)
 {
     if (a_name.empty())
         return std::nullopt;
     auto zone = TimeZone::Find(a_name);
     if (!zone)
-        throw ToolError(EExitUsage,
-                        std::string(a_option) + ": found " + Quote(a_name) +
-                            ", expected a zone of the time zone database such as Europe/Warsaw or UTC");
+        throw RowsFault({.kind = EFaultOptions,
+                         .wrong = a_option,
+                         .found = "found " + Quote(a_name),
+                         .expected = "a zone of the time zone database such as Europe/Warsaw or UTC"});
     return zone;
 }
 
 /// Seconds of the begin of a day given by an option.
-std::optional<std::int64_t> DayLimit(const std::string& a_text, const char* a_option)
+std::optional<std::int64_t> DayLimit(const std::string& a_text, EReadOption a_option)
 {
     if (a_text.empty())
         return std::nullopt;
     const auto days = ParseDateText(a_text);
     if (!days)
-        throw ToolError(EExitUsage, std::string(a_option) + ": found " + Quote(a_text) +
-                                        ", expected a day such as 2024-08-08");
+        throw RowsFault({.kind = EFaultOptions,
+                         .wrong = a_option,
+                         .found = "found " + Quote(a_text),
+                         .expected = "a day such as 2024-08-08"});
     return *days * S_daySeconds;
 }
 
@@ -45,15 +47,20 @@ std::optional<std::int64_t> DayLimit(const std::string& a_text, const char* a_op
 
 RowOrder::RowOrder(const ReadOptions& a_options) : m_options(a_options)
 {
-    m_inputZone = FindZone(m_options.zone, "--zone");
-    m_outputZone = FindZone(m_options.outputZone, "--output-zone");
+    m_inputZone = FindZone(m_options.zone, EOptionZone);
+    m_outputZone = FindZone(m_options.outputZone, EOptionOutputZone);
     m_convertAll = m_outputZone && (!m_inputZone || m_inputZone->GetName() != m_outputZone->GetName());
     if (!m_outputZone)
         m_outputZone = m_inputZone;
-    m_from = DayLimit(m_options.from, "--from");
-    m_to = DayLimit(m_options.to, "--to");
+    m_from = DayLimit(m_options.from, EOptionFrom);
+    m_to = DayLimit(m_options.to, EOptionTo);
     if (m_from && m_to && *m_from > *m_to)
-        throw ToolError(EExitUsage, "--from " + m_options.from + " lies behind --to " + m_options.to);
+        throw RowsFault({.kind = EFaultOptions,
+                         .wrong = EOptionFrom,
+                         .help = EOptionTo,
+                         .found = m_options.from,
+                         .expected = "a day not after " + m_options.to,
+                         .value = m_options.to});
     if (m_to)
         *m_to += S_daySeconds;
 }
@@ -71,7 +78,7 @@ RowOrder::Verdict RowOrder::Take(const WallTime& a_time, std::uint32_t a_symbol,
         seconds -= m_stampShift;
     }
     if (seconds < S_firstSecond || seconds >= S_endSecond) {
-        m_reason = "the time lies outside of the years 100 to 4095";
+        m_fault = {.found = "the time lies outside of the years 100 to 4095"};
         return {LineFate::EFateBad, seconds};
     }
     if ((m_from && seconds < *m_from) || (m_to && seconds >= *m_to))
@@ -86,12 +93,10 @@ RowOrder::Verdict RowOrder::Take(const WallTime& a_time, std::uint32_t a_symbol,
         if (m_options.order == EOrderDrop)
             return {LineFate::EFateDropped, seconds};
         if (m_options.order == EOrderRefuse) {
-            m_reason =
-                falls
-                    ? "the time falls behind the one before; expected rising times (--order raise or drop takes "
-                      "such rows)"
-                    : "the time equals the one before; expected rising times (--order raise or drop takes such "
-                      "rows)";
+            m_fault = {.help = EOptionOrder,
+                       .found =
+                           falls ? "the time falls behind the one before" : "the time equals the one before",
+                       .expected = "rising times"};
             return {LineFate::EFateBad, seconds};
         }
     } else {

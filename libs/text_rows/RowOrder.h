@@ -3,6 +3,7 @@
 #include "platform/TimeZone.h"
 #include "text_rows/LineFate.h"
 #include "text_rows/ReadOptions.h"
+#include "text_rows/RowsFault.h"
 #include "text_rows/TimeMaker.h"
 #include "text_rows/TimeText.h"
 #include "time/NDateTime.h"
@@ -23,14 +24,14 @@ public:
         std::int64_t seconds; ///< The row's own time in the output's zone.
     };
 
-    /// Raises ToolError (EExitUsage) for a zone that isn't known and days that aren't. a_options outlives this.
+    /// Raises RowsFault (EFaultOptions) for a zone that isn't known and days that aren't. a_options outlives this.
     explicit RowOrder(const ReadOptions& a_options);
     /// Candles that bear the end of their window are moved back by so many seconds.
     void SetStampShift(std::int64_t a_seconds) { m_stampShift = a_seconds; }
     /// Judges the next row of a symbol, and sets a_taken where it is taken.
     Verdict Take(const WallTime& a_time, std::uint32_t a_symbol, NDateTime& a_taken);
     /// Why the last row that was judged EFateBad is that.
-    const char* GetReason() const { return m_reason; }
+    const RowsFault::Parts& GetFault() const { return m_fault; }
     /// Times must rise behind the last rows of another one.
     void ContinueFrom(const RowOrder& a_before) { m_last = a_before.m_last; }
     /// The time of the library for Verdict::seconds.
@@ -56,7 +57,7 @@ private:
     std::int64_t m_stampShift = 0;
     std::optional<std::int64_t> m_from;
     std::optional<std::int64_t> m_to;
-    const char* m_reason = "";
+    RowsFault::Parts m_fault;
     TimeMaker m_maker;
     std::vector<LastRow> m_last;
 };

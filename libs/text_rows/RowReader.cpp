@@ -4,11 +4,11 @@
 #include "text_rows/ByteSource.h"
 #include "text_rows/LineBuffer.h"
 #include "text_rows/LineReader.h"
-#include "text_rows/OutputTarget.h"
 #include "text_rows/RowOrder.h"
 #include "text_rows/TextFields.h"
 #include "text_rows/TextShape.h"
 
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -20,10 +20,11 @@ namespace {
 RowOrder MakeOrder(const ReadOptions& a_options)
 {
     if (const auto why = CheckTimeFormat(a_options.timeFormat); !why.empty())
-        throw ToolError(EExitUsage,
-                        "--time-format " + Quote(a_options.timeFormat) + " " + std::string(why) +
-                            "; accepted are %Y %y %m %d %H %M %S %f %z %%, or unix, unixms, unixus, "
-                            "unixns");
+        throw RowsFault({.kind = EFaultOptions,
+                         .wrong = EOptionTimeFormat,
+                         .found = Quote(a_options.timeFormat) + " " + std::string(why) +
+                                  "; accepted are %Y %y %m %d %H %M %S %f %z %%, or unix, unixms, unixus, "
+                                  "unixns"});
     return RowOrder(a_options);
 }
 
@@ -31,15 +32,15 @@ RowOrder MakeOrder(const ReadOptions& a_options)
 
 // A text goes from the lines through the reader and the order into rows; a block is a source of its own.
 struct RowReader::Impl {
-    Impl(ByteSource& a_source, const ReadOptions& a_options, ToolContext& a_context, OutputTarget* a_rejects);
+    Impl(ByteSource& a_source, const ReadOptions& a_options, ReadHooks a_hooks);
 
     bool ReadText(RowBlock& a_block, std::size_t a_limit, std::size_t a_keep);
     bool Account(const RowOrder::Verdict& a_verdict, const char* a_line, std::uint32_t a_symbol);
     bool TakeRow(const WallTime& a_time, const char* a_line, std::size_t a_row, NDateTime& a_taken);
-    void Refuse(const char* a_line, std::size_t a_column, const std::string& a_text);
+    void Refuse(const char* a_line, const RowsFault::Parts& a_fault);
 
     const ReadOptions& options;
-    OutputTarget* rejects;
+    ReadHooks hooks;
     std::function<void(const LineFate&)> watcher;
     RowCounts counts;
 
@@ -50,10 +51,9 @@ struct RowReader::Impl {
     std::optional<BlockRows> block;
 };
 
-RowReader::Impl::Impl(ByteSource& a_source, const ReadOptions& a_options, ToolContext& a_context,
-                      OutputTarget* a_rejects)
+RowReader::Impl::Impl(ByteSource& a_source, const ReadOptions& a_options, ReadHooks a_hooks)
     : options(a_options),
-      rejects(a_rejects),
+      hooks(std::move(a_hooks)),
       order(MakeOrder(a_options)),
       lines(a_source, a_options.growing),
       reader(shape, options.timeFormat)
@@ -64,7 +64,7 @@ RowReader::Impl::Impl(ByteSource& a_source, const ReadOptions& a_options, ToolCo
         shape.layout.PlanFolds(options.folds, a_source.GetName());
         return;
     }
-    shape = TextShape::Find(lines, options, a_context);
+    shape = TextShape::Find(lines, options, hooks);
     order.SetStampShift(shape.stampShift);
 }
 
@@ -93,12 +93,12 @@ bool RowReader::Impl::ReadText(RowBlock& a_block, std::size_t a_limit, std::size
             taken = TakeRow(time, text, row, a_block.times[row]);
         } else {
             const std::string_view whole = lines.LineAt(text);
-            LineReader::Fault fault;
+            RowsFault::Parts fault;
             if (!whole.empty() && whole.front() != '#') {
                 if (reader.ReadAny(whole, time, row, fault))
                     taken = TakeRow(time, text, row, a_block.times[row]);
                 else
-                    Refuse(text, fault.column, fault.text);
+                    Refuse(text, fault);
             }
             next = LineBuffer::Behind(whole);
         }
@@ -127,7 +127,7 @@ bool RowReader::Impl::Account(const RowOrder::Verdict& a_verdict, const char* a_
         ++counts.outside;
         break;
     case LineFate::EFateBad:
-        Refuse(a_line, 1, order.GetReason());
+        Refuse(a_line, order.GetFault());
         return false;
     }
     if (watcher)
@@ -135,23 +135,23 @@ bool RowReader::Impl::Account(const RowOrder::Verdict& a_verdict, const char* a_
     return a_verdict.fate == LineFate::EFateTaken || a_verdict.fate == LineFate::EFateRaised;
 }
 
-void RowReader::Impl::Refuse(const char* a_line, std::size_t a_column, const std::string& a_text)
+void RowReader::Impl::Refuse(const char* a_line, const RowsFault::Parts& a_fault)
 {
     if (options.badLines == EBadLinesStop)
-        lines.Fail(a_column, a_text);
-    if (rejects != nullptr) {
+        lines.Fail(a_fault);
+    if (hooks.setAside) {
         if (counts.bad == 0 && !shape.header.empty())
-            rejects->Write(shape.header + "\n");
-        rejects->Write(std::string(lines.LineAt(a_line)) + "\n");
+            hooks.setAside(shape.header);
+        hooks.setAside(lines.LineAt(a_line));
     }
     ++counts.bad;
     if (watcher)
-        watcher({LineFate::EFateBad, lines.GetLineNumber(), 0, NDateTime(), a_text});
+        watcher({LineFate::EFateBad, lines.GetLineNumber(), 0, NDateTime(),
+                 std::make_shared<RowsFault::Parts>(a_fault)});
 }
 
-RowReader::RowReader(ByteSource& a_source, const ReadOptions& a_options, ToolContext& a_context,
-                     OutputTarget* a_rejects)
-    : m_impl(std::make_unique<Impl>(a_source, a_options, a_context, a_rejects))
+RowReader::RowReader(ByteSource& a_source, const ReadOptions& a_options, ReadHooks a_hooks)
+    : m_impl(std::make_unique<Impl>(a_source, a_options, std::move(a_hooks)))
 {}
 
 RowReader::~RowReader() = default;

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "text_rows/LineFate.h"
+#include "text_rows/ReadHooks.h"
 #include "text_rows/ReadOptions.h"
 #include "text_rows/RowBlock.h"
 #include "text_rows/RowCounts.h"
 #include "text_rows/RowLayout.h"
-#include "text_rows/ToolContext.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,7 +17,6 @@
 namespace kalvento::rows {
 
 class ByteSource;
-class OutputTarget;
 
 /// Reads rows of one text input (delimited columns) or of a binary series block, which it recognises by itself.
 ///
@@ -27,11 +26,9 @@ class OutputTarget;
 /// by their seconds. Before 1899-12-30 they always share it, for the counter counts backward there. A text's memory doesn't grow with its length; a block is read whole. One thread at a time.
 class RowReader {
 public:
-    /// Reads the header and the first rows to learn the shape. The source, the context and a_rejects outlive the reader.
-    /// a_rejects: where lines go that are set aside, the header first; may be null. Raises ToolError: EExitBadData for
-    /// what can't be read, EExitUsage for options that don't fit together.
-    RowReader(ByteSource& a_source, const ReadOptions& a_options, ToolContext& a_context,
-              OutputTarget* a_rejects = nullptr);
+    /// Reads the header and the first rows to learn the shape. The source and the options outlive the reader. Raises
+    /// RowsFault, as Read does.
+    RowReader(ByteSource& a_source, const ReadOptions& a_options, ReadHooks a_hooks = {});
     ~RowReader();
     RowReader(const RowReader&) = delete;
     RowReader& operator=(const RowReader&) = delete;

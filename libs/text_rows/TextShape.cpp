@@ -4,11 +4,11 @@
 #include "text_rows/ByteSource.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/LineBuffer.h"
+#include "text_rows/ReadHooks.h"
 #include "text_rows/ReadOptions.h"
 #include "text_rows/SeriesNames.h"
 #include "text_rows/TextFields.h"
 #include "text_rows/TimeText.h"
-#include "text_rows/ToolContext.h"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +16,7 @@
 #include <initializer_list>
 #include <limits>
 #include <optional>
-#include <ostream>
+#include <set>
 #include <utility>
 
 namespace kalvento::rows {
@@ -31,9 +31,9 @@ std::string_view ExpectedOf(EColumnKind a_kind)
     switch (a_kind) {
     case EWholeTime:
         return "a time such as 2024-08-08 23:54:15.342, 2024-08-08T23:54:15Z, 20240808, 20240808235415 or seconds "
-               "since 1970 (--time-format for others)";
+               "since 1970";
     case EDatePart:
-        return "a date such as 2024-08-08, 20240808 or 08.08.2024 (--time-format for others)";
+        return "a date such as 2024-08-08, 20240808 or 08.08.2024";
     case EClockPart:
         return "a time of day such as 23:54:15, 235415 or 23:54";
     case ESymbol:
@@ -99,12 +99,23 @@ std::optional<Role> RoleFromName(std::string_view a_name)
     return *series == Time ? Role{EWholeTime} : Role{ESeries, *series};
 }
 
-[[noreturn]] void RefuseRole(const std::string& a_name)
+[[noreturn]] void Refuse(EReadOption a_option, std::string a_found, std::string a_expected = {})
 {
-    throw ToolError(EExitUsage,
-                    "--columns: " + Quote(a_name) +
-                        " is none of ours; accepted are time, date, clock, symbol, price, volume, open, "
-                        "high, low, close and the series keys (kurs, wolumen, lop, kupi, ...)");
+    throw RowsFault({.kind = EFaultOptions,
+                     .wrong = a_option,
+                     .found = std::move(a_found),
+                     .expected = std::move(a_expected)});
+}
+
+Role RoleOf(const std::string& a_name)
+{
+    const auto role = RoleFromName(a_name);
+    if (!role)
+        Refuse(EOptionColumns,
+               Quote(a_name) +
+                   " is none of ours; accepted are time, date, clock, symbol, price, volume, open, "
+                   "high, low, close and the series keys (kurs, wolumen, lop, kupi, ...)");
+    return *role;
 }
 
 bool IsNamed(const std::string& a_header, std::initializer_list<std::string_view> a_names)
@@ -115,11 +126,21 @@ bool IsNamed(const std::string& a_header, std::initializer_list<std::string_view
     return std::find(a_names.begin(), a_names.end(), small) != a_names.end();
 }
 
+bool IsDateColumn(const ColumnPlan& a_column)
+{
+    return IsNamed(a_column.header, {"date", "data", "<date>"});
+}
+
+bool IsClockColumn(const ColumnPlan& a_column)
+{
+    return IsNamed(a_column.header, {"time", "czas", "<time>", "clock"});
+}
+
 /// The steps of TextShape::Find.
 class ShapeFinder {
 public:
-    ShapeFinder(LineBuffer& a_lines, const ReadOptions& a_options, ToolContext& a_context)
-        : m_lines(a_lines), m_options(a_options), m_context(a_context)
+    ShapeFinder(LineBuffer& a_lines, const ReadOptions& a_options, const ReadHooks& a_hooks)
+        : m_lines(a_lines), m_options(a_options), m_hooks(a_hooks)
     {}
     void ReadShape();
     TextShape TakeShape() { return std::move(m_shape); }
@@ -127,6 +148,11 @@ public:
 private:
     void FindDelimiter(std::string_view a_line);
     void PlanColumns(const std::vector<Field>& a_header);
+    void TakeChosenColumns();
+    void PlanTimeColumn(ColumnPlan& a_column);
+    bool IsSymbolColumn(const ColumnPlan& a_column) const;
+    [[noreturn]] void FailNoColumn(EReadOption a_option, const std::string& a_header) const;
+    std::string InTheHeader() const;
     void PlanByPlaces(std::size_t a_count);
     void AddSeriesColumn(ColumnPlan& a_plan, ESeriesId a_series);
     void TakeSessionCandles();
@@ -136,9 +162,10 @@ private:
 
     LineBuffer& m_lines;
     const ReadOptions& m_options;
-    ToolContext& m_context;
+    const ReadHooks& m_hooks;
     TextShape m_shape;
     std::vector<Field> m_fields;
+    std::set<ESeriesId> m_chosen; // whose columns don't go by their names
 };
 
 void ShapeFinder::ReadShape()
@@ -149,12 +176,13 @@ void ShapeFinder::ReadShape()
     while (m_lines.HaveLine()) {
         const std::string_view text = m_lines.LineAt(m_lines.GetPlace());
         if (text.find('\0') != std::string_view::npos)
-            m_lines.Fail(1,
-                         "found a zero byte, expected lines of text or a binary series block of version 1");
+            m_lines.Fail({.found = "found a zero byte",
+                          .expected = "lines of text or a binary series block of version 1"});
         if (!text.empty() && text.front() != '#') {
             FindDelimiter(text);
             if (!SplitLine(text, m_shape.delimiter, m_fields))
-                m_lines.Fail(m_fields.back().column, "a quote is left open in the header line");
+                m_lines.Fail(
+                    {.found = "a quote is left open in the header line", .column = m_fields.back().column});
             if (m_options.header) {
                 m_shape.header = text;
                 PlanColumns(m_fields);
@@ -169,7 +197,7 @@ void ShapeFinder::ReadShape()
         }
         m_lines.Advance(LineBuffer::Behind(text));
     }
-    m_lines.Fail(1, "the input is empty; expected a header line such as time,price,volume");
+    m_lines.Fail({.found = "the input is empty", .expected = "a header line such as time,price,volume"});
 }
 
 void ShapeFinder::FindDelimiter(std::string_view a_line)
@@ -194,12 +222,70 @@ void ShapeFinder::FindDelimiter(std::string_view a_line)
 void ShapeFinder::AddSeriesColumn(ColumnPlan& a_plan, ESeriesId a_series)
 {
     if (m_shape.Has(a_series))
-        m_lines.Fail(1, "two columns mean " + ColumnName(a_series, false) + ", the second is " +
-                            Quote(a_plan.header) + "; choose one by --columns " +
-                            ColumnName(a_series, false) + "=NAME");
+        m_lines.Fail({.help = EOptionColumns,
+                      .found = "two columns mean " + ColumnName(a_series, false) + ", the second is " +
+                               Quote(a_plan.header),
+                      .value = ColumnName(a_series, false)});
     a_plan.kind = ESeries;
     a_plan.place = m_shape.layout.series.size();
     m_shape.layout.series.push_back(a_series);
+}
+
+std::string ShapeFinder::InTheHeader() const
+{
+    return m_shape.header.empty() ? "" : " in the header " + Quote(m_shape.header);
+}
+
+void ShapeFinder::FailNoColumn(EReadOption a_option, const std::string& a_header) const
+{
+    m_lines.Fail({.wrong = a_option, .found = "there is no column " + Quote(a_header) + InTheHeader()});
+}
+
+// What the user said comes first and takes its names away from the rest.
+void ShapeFinder::TakeChosenColumns()
+{
+    for (const auto& [ours, theirs] : m_options.columns) {
+        const Role role = RoleOf(ours);
+        const auto found =
+            std::find_if(m_shape.columns.begin(), m_shape.columns.end(),
+                         [&name = theirs](const ColumnPlan& a_plan) { return a_plan.header == name; });
+        if (found == m_shape.columns.end())
+            FailNoColumn(EOptionColumns, theirs);
+        found->kind = role.kind;
+        if (role.kind == ESeries)
+            AddSeriesColumn(*found, role.series);
+        if (const auto series = SeriesFromName(ours))
+            m_chosen.insert(*series);
+    }
+    for (ColumnPlan& column : m_shape.columns) {
+        const auto series = SeriesFromName(column.header);
+        if (!series || !m_options.pricesFrom.contains(*series))
+            continue;
+        m_shape.layout.priceMeans = *series;
+        AddSeriesColumn(column, Price);
+        m_chosen.insert(Price);
+        return;
+    }
+}
+
+bool ShapeFinder::IsSymbolColumn(const ColumnPlan& a_column) const
+{
+    if (!m_options.symbolColumn.empty())
+        return a_column.header == m_options.symbolColumn;
+    return m_options.findSymbols && !m_shape.Has(ESymbol) &&
+           IsNamed(a_column.header, {"symbol", "ticker", "<ticker>", "instrument", "papier"});
+}
+
+void ShapeFinder::PlanTimeColumn(ColumnPlan& a_column)
+{
+    const auto isSomeColumn = [this](bool (*a_isIt)(const ColumnPlan&)) {
+        return std::any_of(m_shape.columns.begin(), m_shape.columns.end(), a_isIt);
+    };
+    const bool isDate = IsDateColumn(a_column);
+    if ((isDate || IsClockColumn(a_column)) && isSomeColumn(IsDateColumn) && isSomeColumn(IsClockColumn))
+        a_column.kind = isDate ? EDatePart : EClockPart;
+    else if (!m_shape.Has(EWholeTime))
+        a_column.kind = EWholeTime;
 }
 
 void ShapeFinder::PlanColumns(const std::vector<Field>& a_header)
@@ -207,80 +293,36 @@ void ShapeFinder::PlanColumns(const std::vector<Field>& a_header)
     m_shape.columns.resize(a_header.size());
     for (std::size_t place = 0; place < m_shape.columns.size(); ++place)
         m_shape.columns[place].header = a_header[place].text;
-
-    // What the user said comes first and takes its names away from the rest.
-    for (const auto& [ours, theirs] : m_options.columns) {
-        const auto role = RoleFromName(ours);
-        if (!role)
-            RefuseRole(ours);
-        const auto found =
-            std::find_if(m_shape.columns.begin(), m_shape.columns.end(),
-                         [&name = theirs](const ColumnPlan& a_plan) { return a_plan.header == name; });
-        if (found == m_shape.columns.end())
-            m_lines.Fail(1, "--columns: there is no column " + Quote(theirs) + " in the header " +
-                                Quote(m_shape.header));
-        found->kind = role->kind;
-        if (role->kind == ESeries)
-            AddSeriesColumn(*found, role->series);
-    }
+    TakeChosenColumns();
     const bool timeGiven = m_shape.Has(EWholeTime) || m_shape.Has(EDatePart);
-    const bool hasDate =
-        std::any_of(m_shape.columns.begin(), m_shape.columns.end(), [](const ColumnPlan& a_plan) {
-            return IsNamed(a_plan.header, {"date", "data", "<date>"});
-        });
-    const bool hasClock =
-        std::any_of(m_shape.columns.begin(), m_shape.columns.end(), [](const ColumnPlan& a_plan) {
-            return IsNamed(a_plan.header, {"time", "czas", "<time>", "clock"});
-        });
     std::string skipped;
     for (ColumnPlan& column : m_shape.columns) {
         if (column.kind != ESkip)
             continue;
-        const bool isSymbol =
-            m_options.symbolColumn.empty()
-                ? m_options.findSymbols && !m_shape.Has(ESymbol) &&
-                      IsNamed(column.header, {"symbol", "ticker", "<ticker>", "instrument", "papier"})
-                : column.header == m_options.symbolColumn;
-        if (isSymbol) {
-            column.kind = ESymbol;
-            continue;
-        }
         const auto series = SeriesFromName(column.header);
-        if (series == Time) {
-            if (timeGiven)
-                continue;
-            const bool isDate = IsNamed(column.header, {"date", "data", "<date>"});
-            const bool isClock = IsNamed(column.header, {"time", "czas", "<time>", "clock"});
-            if (hasDate && hasClock && (isDate || isClock))
-                column.kind = isDate ? EDatePart : EClockPart;
-            else if (!m_shape.Has(EWholeTime))
-                column.kind = EWholeTime;
-            continue;
-        }
-        const bool taken = series && m_shape.Has(*series);
-        // A name that the user gave to another column is that column's.
-        const bool overruled = taken && std::any_of(m_options.columns.begin(), m_options.columns.end(),
-                                                    [&series](const auto& a_pair) {
-                                                        return SeriesFromName(a_pair.first) == series;
-                                                    });
-        if (series && !overruled)
+        if (IsSymbolColumn(column)) {
+            column.kind = ESymbol;
+        } else if (series == Time) {
+            if (!timeGiven)
+                PlanTimeColumn(column);
+        } else if (series && !(m_shape.Has(*series) && m_chosen.contains(*series))) {
+            // A name that the user gave to another column is that column's.
             AddSeriesColumn(column, *series);
-        else
+        } else {
             skipped += (skipped.empty() ? "" : ", ") + column.header;
+        }
     }
     if (!m_options.symbolColumn.empty() && !m_shape.Has(ESymbol))
-        m_lines.Fail(1, "--symbol-column: there is no column " + Quote(m_options.symbolColumn) +
-                            " in the header " + Quote(m_shape.header));
+        FailNoColumn(EOptionSymbolColumn, m_options.symbolColumn);
     if (!m_shape.Has(EWholeTime) && !m_shape.Has(EDatePart))
-        m_lines.Fail(1,
-                     "no column of times in the header " + Quote(m_shape.header) +
-                         "; expected a name such as time, date, timestamp or czas, or --columns time=NAME");
+        m_lines.Fail({.help = EOptionColumns,
+                      .found = "no column of times" + InTheHeader(),
+                      .expected = "a name such as time, date, timestamp or czas",
+                      .value = "time"});
     if (m_options.strict && !skipped.empty())
-        m_lines.Fail(1, "columns that mean nothing: " + skipped +
-                            "; name them by --columns, or leave --strict out to pass over them");
-    if (!skipped.empty() && !m_context.quiet)
-        m_context.err << "kalvento: " << m_lines.GetSource().GetName() << ": columns passed over: " << skipped
-                      << '\n';
+        m_lines.Fail({.help = EOptionStrict, .found = "columns that mean nothing: " + skipped});
+    if (!skipped.empty() && m_hooks.passedOver)
+        m_hooks.passedOver(skipped);
 }
 
 void ShapeFinder::PlanByPlaces(std::size_t a_count)
@@ -288,30 +330,26 @@ void ShapeFinder::PlanByPlaces(std::size_t a_count)
     m_shape.columns.resize(a_count);
     bool timed = false;
     if (m_options.columns.empty())
-        throw ToolError(EExitUsage,
-                        "--no-header needs --columns with places, such as time=1,price=2,volume=3");
+        Refuse(EOptionHeader, "without a header line",
+               "columns with places, such as time=1,price=2,volume=3");
     for (const auto& [ours, theirs] : m_options.columns) {
-        const auto role = RoleFromName(ours);
-        if (!role)
-            RefuseRole(ours);
+        const Role role = RoleOf(ours);
         std::size_t place = 0;
         const auto [rest, error] = std::from_chars(theirs.data(), theirs.data() + theirs.size(), place);
         if (error != std::errc() || rest != theirs.data() + theirs.size() || place == 0 || place > a_count)
-            throw ToolError(EExitUsage, "--columns: found " +
-                                            Quote(std::string(ours).append("=").append(theirs)) +
-                                            ", expected a place from 1 to " + std::to_string(a_count) +
-                                            ", since the input has no header");
+            Refuse(EOptionColumns, "found " + Quote(std::string(ours).append("=").append(theirs)),
+                   "a place from 1 to " + std::to_string(a_count) + ", since the input has no header");
         ColumnPlan& column = m_shape.columns[place - 1];
         if (column.kind != ESkip)
-            throw ToolError(EExitUsage, "--columns: the place " + theirs + " is given twice");
+            Refuse(EOptionColumns, "the place " + theirs + " is given twice");
         column.header = ours;
-        column.kind = role->kind;
-        timed = timed || role->kind == EWholeTime || role->kind == EDatePart;
-        if (role->kind == ESeries)
-            AddSeriesColumn(column, role->series);
+        column.kind = role.kind;
+        timed = timed || role.kind == EWholeTime || role.kind == EDatePart;
+        if (role.kind == ESeries)
+            AddSeriesColumn(column, role.series);
     }
     if (!timed)
-        throw ToolError(EExitUsage, "--columns: needs the place of the time, such as time=1");
+        Refuse(EOptionColumns, "needs the place of the time, such as time=1");
 }
 
 // A daily file names session values; where there is no other price they are the candle.
@@ -333,14 +371,15 @@ void ShapeFinder::SortSeries()
     const std::vector<ESeriesId> found = m_shape.layout.series;
     std::sort(m_shape.layout.series.begin(), m_shape.layout.series.end());
     if (!m_shape.Has(Price))
-        m_lines.Fail(1, "no column of prices" +
-                            (m_shape.header.empty() ? "" : " in the header " + Quote(m_shape.header)) +
-                            "; expected a name such as price, close, last or kurs, or --columns price=NAME");
+        m_lines.Fail({.help = EOptionColumns,
+                      .found = "no column of prices" + InTheHeader(),
+                      .expected = "a name such as price, close, last or kurs",
+                      .value = "price"});
     const int candleColumns =
         int{m_shape.Has(IntervalOpen)} + int{m_shape.Has(IntervalMax)} + int{m_shape.Has(IntervalMin)};
     if (candleColumns != 0 && candleColumns != 3)
-        m_lines.Fail(1, "candles need all of open, high, low and close; found only some of them" +
-                            (m_shape.header.empty() ? "" : " in the header " + Quote(m_shape.header)));
+        m_lines.Fail({.found = "candles need all of open, high, low and close; found only some of them" +
+                               InTheHeader()});
     m_shape.layout.interval = {EIntervalTick, 1};
     for (std::size_t place = 0; place < m_shape.columns.size(); ++place) {
         ColumnPlan& column = m_shape.columns[place];
@@ -399,11 +438,13 @@ void ShapeFinder::Peek()
             smallest = std::min(smallest, time.seconds - *before);
         before = time.seconds;
     }
-    m_shape.decimal = m_options.decimal != 0              ? m_options.decimal
-                      : comma && m_shape.delimiter != ',' ? ','
-                                                          : '.';
+    m_shape.decimal = m_options.decimal;
+    if (m_shape.decimal == 0)
+        m_shape.decimal = comma && m_shape.delimiter != ',' ? ',' : '.';
     if (m_shape.decimal == m_shape.delimiter)
-        throw ToolError(EExitUsage, "the comma can't be both decimal sign and delimiter; give --delimiter");
+        throw RowsFault({.kind = EFaultOptions,
+                         .help = EOptionDelimiter,
+                         .found = "the comma can't be both decimal sign and delimiter"});
     PlanInterval(smallest);
 }
 
@@ -414,13 +455,16 @@ void ShapeFinder::PlanInterval(std::int64_t a_smallestStep)
         std::string reason;
         const auto given = ParseInterval(m_options.inputInterval, &reason);
         if (!given)
-            throw ToolError(EExitUsage, "--input-interval: " + reason);
+            Refuse(EOptionInputInterval, reason);
         if (candles == given->IsSingleTick())
-            throw ToolError(EExitUsage, m_lines.GetSource().GetName() +
-                                            (candles ? ": holds candles" : ": holds ticks") +
-                                            ", which --input-interval " + m_options.inputInterval +
-                                            " doesn't fit; leave it out or give an interval of " +
-                                            (candles ? "candles such as 1min" : "tick"));
+            throw RowsFault(
+                {.kind = EFaultOptions,
+                 .wrong = EOptionInputInterval,
+                 .help = EOptionInputInterval,
+                 .found = candles ? "holds candles" : "holds ticks",
+                 .expected = candles ? "an interval of candles such as 1min" : "an interval of tick",
+                 .value = m_options.inputInterval,
+                 .file = m_lines.GetSource().GetName()});
         m_shape.layout.interval = *given;
     } else if (candles) {
         m_shape.layout.interval = a_smallestStep == std::numeric_limits<std::int64_t>::max()
@@ -432,8 +476,8 @@ void ShapeFinder::PlanInterval(std::int64_t a_smallestStep)
     m_shape.stampShift =
         UnitSeconds(m_shape.layout.interval.GetInterval()) * m_shape.layout.interval.GetMultiplicity();
     if (m_shape.stampShift == 0)
-        throw ToolError(EExitUsage, "--input-stamp end: needs candles of seconds, minutes or hours, found " +
-                                        FormatInterval(m_shape.layout.interval));
+        Refuse(EOptionStampedWithEnd, "needs candles of seconds, minutes or hours, found " +
+                                          FormatInterval(m_shape.layout.interval));
 }
 
 } // namespace
@@ -444,9 +488,9 @@ bool TextShape::Has(EColumnKind a_kind) const
                        [a_kind](const ColumnPlan& a_plan) { return a_plan.kind == a_kind; });
 }
 
-TextShape TextShape::Find(LineBuffer& a_lines, const ReadOptions& a_options, ToolContext& a_context)
+TextShape TextShape::Find(LineBuffer& a_lines, const ReadOptions& a_options, const ReadHooks& a_hooks)
 {
-    ShapeFinder finder(a_lines, a_options, a_context);
+    ShapeFinder finder(a_lines, a_options, a_hooks);
     finder.ReadShape();
     return finder.TakeShape();
 }

@@ -11,8 +11,8 @@
 namespace kalvento::rows {
 
 class LineBuffer;
+struct ReadHooks;
 struct ReadOptions;
-struct ToolContext;
 
 enum EColumnKind : std::uint8_t { ESkip, EWholeTime, EDatePart, EClockPart, ESymbol, ESeries };
 
@@ -38,9 +38,9 @@ struct TextShape {
     bool Has(EColumnKind a_kind) const;
     bool Has(ESeriesId a_series) const { return layout.Has(a_series); }
 
-    /// Reads the header, which is gone through then, and looks through the first rows, which are not. Raises ToolError: what
-    /// isn't there or isn't clear is EExitBadData, what was asked for and doesn't fit EExitUsage.
-    static TextShape Find(LineBuffer& a_lines, const ReadOptions& a_options, ToolContext& a_context);
+    /// Reads the header, which is gone through then, and looks through the first rows, which are not. Raises RowsFault: what
+    /// isn't there or isn't clear is EFaultData, what was asked for and doesn't fit EFaultOptions.
+    static TextShape Find(LineBuffer& a_lines, const ReadOptions& a_options, const ReadHooks& a_hooks);
 };
 
 } // namespace kalvento::rows

@@ -9,16 +9,10 @@
 #include "text_rows/ReadOptions.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
-#include "text_rows/SeriesNames.h"
-#include "text_rows/ToolContext.h"
 #include "velo/Log.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
-#include <cmath>
-#include <fstream>
-#include <span>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
@@ -137,46 +131,13 @@ private:
     std::optional<std::uint64_t> m_marked;
 };
 
-/// The names of the columns, as far as telling a book by them needs.
-std::vector<std::string> ColumnsOf(const std::filesystem::path& a_path)
-{
-    constexpr std::size_t longest = 65536;
-    std::string line(longest, '\0');
-    std::ifstream file(a_path, std::ios::binary);
-    file.read(line.data(), static_cast<std::streamsize>(line.size()));
-    line.resize(static_cast<std::size_t>(file.gcount()));
-    if (line.starts_with("\xEF\xBB\xBF"))
-        line.erase(0, 3);
-    std::size_t begin = 0;
-    while (begin < line.size() && (line[begin] == '#' || line[begin] == '\n' || line[begin] == '\r'))
-        begin = std::min(line.find('\n', begin), line.size() - 1) + 1;
-    std::vector<std::string> columns(1);
-    for (const char sign : line.substr(begin, line.find('\n', begin) - begin)) {
-        if (sign == ',' || sign == ';' || sign == '\t' || sign == '|')
-            columns.emplace_back();
-        else if (sign != '"' && sign != '\r' && (sign != ' ' || !columns.back().empty()))
-            columns.back() += sign;
-    }
-    for (std::string& column : columns)
-        column.erase(column.find_last_not_of(' ') + 1);
-    return columns;
-}
-
-/// What the file itself says about how to read it. a_priceMeans: set for a book.
-rows::ReadOptions OptionsFor(const SourceFile& a_source, ESeriesId& a_priceMeans)
+/// How rows of a source are read. A book has no prices of its own: the first of its columns stands in for them.
+rows::ReadOptions OptionsFor(const SourceFile& a_source)
 {
     rows::ReadOptions options;
     options.findSymbols = !a_source.isBook;
-    if (!a_source.isBook)
-        return options;
-    for (const std::string& column : ColumnsOf(a_source.path)) {
-        // Rows always have a price: in a book, which has none, the first of its columns stands in for it.
-        const auto series = rows::SeriesFromName(column);
-        if (series && Offers::Series.contains(*series) && options.columns.empty()) {
-            options.columns["price"] = column;
-            a_priceMeans = *series;
-        }
-    }
+    if (a_source.isBook)
+        options.pricesFrom = Offers::Series;
     return options;
 }
 
@@ -345,17 +306,13 @@ std::shared_ptr<const CacheContents> RowCache::BuildContents(const std::stop_tok
     auto contents = std::make_shared<CacheContents>();
     contents->generation = older ? older->generation + 1 : 1;
     ++m_host->textsRead;
-    std::istringstream noInput;
-    std::ostringstream output;
-    std::ostringstream notes;
-    rows::ToolContext context{noInput, output, notes};
-    context.quiet = true;
-    const auto file = rows::ByteSource::Open(m_source.path.string(), context);
+    const auto file = rows::ByteSource::Open(m_source.path.string());
     FingerprintSource source(*file, m_source.stamp.size, mark, a_stop);
-    const rows::ReadOptions options = OptionsFor(m_source, contents->priceMeans);
-    rows::RowReader reader(source, options, context);
+    const rows::ReadOptions options = OptionsFor(m_source);
+    rows::RowReader reader(source, options);
     contents->interval = reader.GetLayout().interval;
     contents->series = reader.GetLayout().series;
+    contents->priceMeans = reader.GetLayout().priceMeans;
     if (!reader.GetLayout().hasSymbols)
         contents->symbols.resize(1);
 

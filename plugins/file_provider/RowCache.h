@@ -79,7 +79,7 @@ public:
 
     /// Takes over what is on the disk. False where there is none, or not of this source as it is now.
     bool Load();
-    /// Reads the source through. Raises kalvento::rows::ToolError with the place for what can't be read, std::runtime_error
+    /// Reads the source through. Raises kalvento::rows::RowsFault with the place for what can't be read, std::runtime_error
     /// where a_stop asked for the end. Memory doesn't grow with a text's length.
     void Build(const std::stop_token& a_stop);
     /// Removes the part files of other generations; once nobody reads those any more.

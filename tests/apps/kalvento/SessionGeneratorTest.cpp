@@ -151,15 +151,14 @@ TEST(GenerateCommandTest, BlockHoldsWhatTheTextHolds)
     std::istringstream textIn(text.out);
     std::ostringstream ignored;
     ToolContext blockContext{blockIn, ignored, ignored};
-    ToolContext textContext{textIn, ignored, ignored};
     const BlockFile file = ReadBlockFile("-", blockContext);
     ASSERT_TRUE(file.set.IsValid());
     ASSERT_FALSE(file.endsEarly);
     ASSERT_EQ(file.surplus, 0U);
 
-    const auto source = ByteSource::Open("-", textContext);
+    const auto source = ByteSource::FromStream(textIn, "text");
     const ReadOptions options;
-    RowReader reader(*source, options, textContext);
+    RowReader reader(*source, options);
     RowBlock rows;
     ASSERT_TRUE(reader.Read(rows, 10000));
     ASSERT_EQ(rows.rows, file.set.GetRecordsCount());

@@ -1,10 +1,12 @@
 #include "text_rows/GrowingSource.h"
 
-#include "apps/kalvento/RunToolHere.h"
+#include "support/TemporaryFolder.h"
+#include "text_rows/RowsFault.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <sstream>
 #include <sys/stat.h>
 
 using namespace kalvento::rows;
@@ -14,11 +16,6 @@ namespace {
 
 class GrowingSourceTest : public testing::Test {
 protected:
-    std::unique_ptr<GrowingSource> Open(const std::string& a_path)
-    {
-        return GrowingSource::Open(a_path, m_context);
-    }
-
     static std::string ReadAll(GrowingSource& a_source)
     {
         std::string text;
@@ -29,16 +26,13 @@ protected:
     }
 
     TemporaryFolder m_folder;
-    std::istringstream m_in{"a,b\n1,2"};
-    std::ostringstream m_out;
-    ToolContext m_context{m_in, m_out, m_out};
 };
 
 } // namespace
 
 TEST_F(GrowingSourceTest, HalfALineWaitsForItsEnd)
 {
-    const auto source = Open(m_folder.Write("ticks", "time,price\n2024-01-0"));
+    const auto source = GrowingSource::Open(m_folder.Write("ticks", "time,price\n2024-01-0"));
     EXPECT_EQ(ReadAll(*source), "time,price\n");
     EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitTimeout);
     m_folder.Append("ticks", "2 09:00,");
@@ -52,7 +46,7 @@ TEST_F(GrowingSourceTest, HalfALineWaitsForItsEnd)
 
 TEST_F(GrowingSourceTest, AnAppendEndsTheWaiting)
 {
-    const auto source = Open(m_folder.Write("ticks", "a\n"));
+    const auto source = GrowingSource::Open(m_folder.Write("ticks", "a\n"));
     EXPECT_EQ(ReadAll(*source), "a\n");
     m_folder.Append("ticks", "b\n");
     EXPECT_EQ(source->Wait(std::nullopt, -1), GrowingSource::EWaitMore);
@@ -61,7 +55,7 @@ TEST_F(GrowingSourceTest, AnAppendEndsTheWaiting)
 
 TEST_F(GrowingSourceTest, ACutFileIsReadAgain)
 {
-    const auto source = Open(m_folder.Write("ticks", "a\nlong line\nhalf"));
+    const auto source = GrowingSource::Open(m_folder.Write("ticks", "a\nlong line\nhalf"));
     EXPECT_EQ(ReadAll(*source), "a\nlong line\n");
     m_folder.Write("ticks", "x\ny\n");
     EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitCut);
@@ -71,7 +65,7 @@ TEST_F(GrowingSourceTest, ACutFileIsReadAgain)
 
 TEST_F(GrowingSourceTest, AReplacedFileIsFinishedFirst)
 {
-    const auto source = Open(m_folder.Write("ticks", "a\nlast without end"));
+    const auto source = GrowingSource::Open(m_folder.Write("ticks", "a\nlast without end"));
     EXPECT_EQ(ReadAll(*source), "a\n");
     std::filesystem::rename(m_folder.Path("ticks"), m_folder.Path("ticks.1"));
     EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitTimeout);
@@ -93,7 +87,7 @@ TEST_F(GrowingSourceTest, APipeEndsWithItsWriter)
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     // Opened for both first, so that neither end waits for the other.
     std::fstream writer(path);
-    const auto source = Open(path);
+    const auto source = GrowingSource::Open(path);
     EXPECT_FALSE(source->IsFile());
     EXPECT_EQ(source->Wait(0ms, -1), GrowingSource::EWaitTimeout);
     writer << "a\nhal" << std::flush;
@@ -107,15 +101,17 @@ TEST_F(GrowingSourceTest, APipeEndsWithItsWriter)
 
 TEST_F(GrowingSourceTest, AStreamIsReadToItsEnd)
 {
-    const auto source = Open("-");
+    std::istringstream stream("a,b\n1,2");
+    const auto source = GrowingSource::FromStream(stream, "stream");
     EXPECT_EQ(ReadAll(*source), "a,b\n");
     EXPECT_EQ(source->Wait(std::nullopt, -1), GrowingSource::EWaitEnded);
 }
 
 TEST_F(GrowingSourceTest, WhatCannotBeFollowedIsRefused)
 {
-    EXPECT_THROW(Open(m_folder.Path("none")), ToolError);
-    EXPECT_THROW(Open(m_folder.Path("")), ToolError);
-    const auto endless = Open(m_folder.Write("ticks", std::string((1 << 24) + (1 << 20), 'x')));
-    EXPECT_THROW(endless->Wait(0ms, -1), ToolError);
+    EXPECT_THROW(GrowingSource::Open(m_folder.Path("none")), RowsFault);
+    EXPECT_THROW(GrowingSource::Open(m_folder.Path("")), RowsFault);
+    const auto endless =
+        GrowingSource::Open(m_folder.Write("ticks", std::string((1 << 24) + (1 << 20), 'x')));
+    EXPECT_THROW(endless->Wait(0ms, -1), RowsFault);
 }

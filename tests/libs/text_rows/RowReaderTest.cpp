@@ -1,6 +1,7 @@
 #include "text_rows/RowReader.h"
 
 #include "series/ESeriesId.h"
+#include "series/Offers.h"
 #include "text_rows/ByteSource.h"
 #include "time/DateTimeTools.h"
 
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -47,7 +47,7 @@ protected:
     void Read(const std::string& a_text, std::size_t a_piece = 1000000)
     {
         DripSource source(a_text, a_piece);
-        reader = std::make_unique<RowReader>(source, options, context);
+        reader = std::make_unique<RowReader>(source, options);
         times.clear();
         columns.assign(reader->GetLayout().series.size(), {});
         symbols.clear();
@@ -63,12 +63,13 @@ protected:
         }
         counts = reader->GetCounts();
     }
-    std::string Refusal(const std::string& a_text, int a_exitCode = EExitBadData)
+    std::string Refusal(const std::string& a_text, EFaultKind a_kind = EFaultData)
     {
         try {
             Read(a_text);
-        } catch (const ToolError& failure) {
-            EXPECT_EQ(failure.GetExitCode(), a_exitCode) << failure.what();
+        } catch (const RowsFault& failure) {
+            EXPECT_EQ(failure.GetParts().kind, a_kind) << failure.what();
+            fault = failure.GetParts();
             return failure.what();
         }
         ADD_FAILURE() << "taken: " << a_text;
@@ -82,11 +83,8 @@ protected:
             << "row " << a_row;
     }
 
-    std::istringstream in;
-    std::ostringstream out;
-    std::ostringstream err;
-    ToolContext context{in, out, err};
     ReadOptions options;
+    RowsFault::Parts fault; // of the last refusal
     std::unique_ptr<RowReader> reader;
     std::vector<NDateTime> times;
     std::vector<std::vector<double>> columns;
@@ -230,7 +228,7 @@ TEST_F(RowReaderTest, ZonesMoveWindowsAndRows)
     EXPECT_THAT(columns[0], ElementsAre(2.0, 3.0));
     EXPECT_EQ(counts.outside, 2U);
     options.zone = "Europe/Atlantis";
-    EXPECT_THAT(Refusal("time,price\n", EExitUsage), HasSubstr("Europe/Warsaw or UTC"));
+    EXPECT_THAT(Refusal("time,price\n", EFaultOptions), HasSubstr("Europe/Warsaw or UTC"));
 }
 
 TEST_F(RowReaderTest, CandlesKnowTheirIntervalAndStamp)
@@ -244,9 +242,10 @@ TEST_F(RowReaderTest, CandlesKnowTheirIntervalAndStamp)
     options.stampedWithEnd = true;
     Read(text);
     ExpectSameBits(0, NDateTime(2024, 8, 8, 10, 0, 0, 0));
-    EXPECT_THAT(Refusal("time,open,high,low,close\n2024-08-08,1,1,1,1\n2024-08-09,1,1,1,1\n", EExitUsage),
+    EXPECT_THAT(Refusal("time,open,high,low,close\n2024-08-08,1,1,1,1\n2024-08-09,1,1,1,1\n", EFaultOptions),
                 HasSubstr("found 1d"));
-    EXPECT_THAT(Refusal("time,price\n2024-08-08,1\n", EExitUsage), HasSubstr("--input-stamp end"));
+    EXPECT_THAT(Refusal("time,price\n2024-08-08,1\n", EFaultOptions), HasSubstr("found tick"));
+    EXPECT_EQ(fault.wrong, EOptionStampedWithEnd);
     options.stampedWithEnd = false;
     Read(
         "Data,Otwarcie,Najwyzszy,Najnizszy,Zamkniecie,Wolumen\n2024-08-08,1,4,0.5,2,10\n2024-08-09,1,4,0.5,2,10\n");
@@ -276,9 +275,9 @@ TEST_F(RowReaderTest, ColumnsByNameAndByPlace)
     Read("1;2024-08-08\n1,5;2024-08-09\n");
     EXPECT_THAT(columns[0], ElementsAre(1.0, 1.5));
     options.columns = {{"time", "3"}, {"price", "1"}};
-    EXPECT_THAT(Refusal("1;2024-08-08\n", EExitUsage), HasSubstr("a place from 1 to 2"));
+    EXPECT_THAT(Refusal("1;2024-08-08\n", EFaultOptions), HasSubstr("a place from 1 to 2"));
     options.columns = {{"nonsense", "1"}};
-    EXPECT_THAT(Refusal("1;2024-08-08\n", EExitUsage), HasSubstr("accepted are time, date"));
+    EXPECT_THAT(Refusal("1;2024-08-08\n", EFaultOptions), HasSubstr("accepted are time, date"));
 }
 
 TEST_F(RowReaderTest, RefusalsNameThePlaceAndWhatWouldBeTaken)
@@ -305,6 +304,15 @@ TEST_F(RowReaderTest, RefusalsNameThePlaceAndWhatWouldBeTaken)
     }
     options.strict = true;
     EXPECT_THAT(Refusal("time,price,side\n"), HasSubstr("columns that mean nothing: side"));
+    EXPECT_EQ(fault.help, EOptionStrict);
+}
+
+TEST_F(RowReaderTest, ABookGoesByTheFirstOfItsColumns)
+{
+    options.pricesFrom = Offers::Series;
+    Read("time,price,kupi,sprzedaj\n2024-08-08,9,1,2\n");
+    EXPECT_EQ(reader->GetLayout().priceMeans, Bid1);
+    EXPECT_THAT(columns[0], ElementsAre(1.0));
 }
 
 TEST_F(RowReaderTest, BadLinesAreSetAsideAndTheRestIsWhole)
@@ -320,7 +328,7 @@ TEST_F(RowReaderTest, AGrowingSourceGoesOnWhereItStopped)
 {
     options.growing = true;
     DripSource source("time,price\n2024-08-08 10:00:00,1\n2024-08-08 10:00:", 1000);
-    RowReader following(source, options, context);
+    RowReader following(source, options);
     RowBlock block;
     ASSERT_TRUE(following.Read(block, 10));
     EXPECT_EQ(block.rows, 1U);

@@ -5,7 +5,6 @@
 #include "text_rows/ByteSource.h"
 #include "text_rows/ReadOptions.h"
 #include "text_rows/RowReader.h"
-#include "text_rows/ToolContext.h"
 
 #include <algorithm>
 #include <map>
@@ -22,14 +21,10 @@ constexpr const char* S_candles = "candles/bitstamp_btcusd_1min_2020-01-01.csv";
 std::map<std::string, History> ReadDirectly(const std::filesystem::path& a_path,
                                             const std::string& a_symbolColumn)
 {
-    std::istringstream noInput;
-    std::ostringstream out;
-    std::ostringstream err;
-    kalvento::rows::ToolContext context{noInput, out, err};
-    const auto source = kalvento::rows::ByteSource::Open(a_path.string(), context);
+    const auto source = kalvento::rows::ByteSource::Open(a_path.string());
     kalvento::rows::ReadOptions options;
     options.symbolColumn = a_symbolColumn;
-    kalvento::rows::RowReader reader(*source, options, context);
+    kalvento::rows::RowReader reader(*source, options);
     const auto& layout = reader.GetLayout();
     const std::set<ESeriesId> series(layout.series.begin(), layout.series.end());
     std::map<std::string, History> histories;

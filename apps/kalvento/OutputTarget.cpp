@@ -1,8 +1,8 @@
-#include "text_rows/OutputTarget.h"
+#include "kalvento/OutputTarget.h"
 
 #include <ostream>
 
-namespace kalvento::rows {
+namespace kalvento::tool {
 
 namespace {
 
@@ -45,4 +45,4 @@ void OutputTarget::Commit()
     Check(m_file.TakePlace(), m_path, "put in place");
 }
 
-} // namespace kalvento::rows
+} // namespace kalvento::tool

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "kalvento/ToolContext.h"
 #include "platform/FileReplacement.h"
-#include "text_rows/ToolContext.h"
 
 #include <string>
 #include <string_view>
 
-namespace kalvento::rows {
+namespace kalvento::tool {
 
 /// Where a command's result goes: standard output, or a file that appears whole or not at all, put in its place
 /// by Commit; without Commit nothing is left. Standard output is written as the result comes.
@@ -26,4 +26,4 @@ private:
     internal::FileReplacement m_file;
 };
 
-} // namespace kalvento::rows
+} // namespace kalvento::tool

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "kalvento/ToolContext.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/GrowingSource.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kalvento::tool {
+
+// A path, or "-" for the context's input, which then outlives the source. They raise RowsFault.
+
+std::unique_ptr<ByteSource> OpenInput(const std::string& a_path, ToolContext& a_context);
+std::unique_ptr<GrowingSource> OpenGrowingInput(const std::string& a_path, ToolContext& a_context);
+
+/// Several inputs of one run.
+struct Inputs {
+    std::vector<std::unique_ptr<ByteSource>> sources;
+    std::uint64_t size = 0; ///< Bytes of all; 0 where the size of one isn't known.
+};
+Inputs OpenInputs(const std::vector<std::string>& a_paths, ToolContext& a_context);
+
+} // namespace kalvento::tool

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "kalvento/OutputTarget.h"
+#include "text_rows/ReadHooks.h"
+
+#include <memory>
+#include <string>
+
+namespace kalvento::rows {
+class ByteSource;
+}
+
+namespace kalvento::tool {
+
+/// What becomes of what readers tell: notes on standard error, and lines that are set aside in a file.
+class ReadNotes {
+public:
+    /// a_rejectFile: InputOptions::rejectFile. Raises ToolError where it can't be written, as the hooks do.
+    explicit ReadNotes(ToolContext& a_context, const std::string& a_rejectFile = {});
+
+    /// For a reader of that input. The context outlives them; so do these notes where there is a file.
+    ReadHooks HooksFor(const ByteSource& a_input) const;
+    /// Puts the file in its place, if there is one.
+    void Commit();
+
+private:
+    ToolContext& m_context;
+    std::unique_ptr<OutputTarget> m_rejects; // null: nowhere
+};
+
+} // namespace kalvento::tool

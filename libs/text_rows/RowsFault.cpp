@@ -1,0 +1,27 @@
+#include "text_rows/RowsFault.h"
+
+#include <utility>
+
+namespace kalvento::rows {
+
+std::string RowsFault::Parts::GetPlace() const
+{
+    if (file.empty())
+        return {};
+    if (line == 0)
+        return file + ": ";
+    return file + ':' + std::to_string(line) + ':' + std::to_string(column) + ": ";
+}
+
+std::string RowsFault::Parts::GetText() const
+{
+    if (expected.empty())
+        return found;
+    return found + (found.starts_with("found ") ? ", expected " : "; expected ") + expected;
+}
+
+RowsFault::RowsFault(Parts a_parts)
+    : std::runtime_error(a_parts.GetPlace() + a_parts.GetText()), m_parts(std::move(a_parts))
+{}
+
+} // namespace kalvento::rows
