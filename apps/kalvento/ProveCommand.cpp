@@ -1,6 +1,6 @@
+#include "folding/Proof.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
-#include "kalvento/FoldProof.h"
 #include "kalvento/OpenInput.h"
 #include "kalvento/OptionValues.h"
 #include "kalvento/OutputTarget.h"
@@ -12,6 +12,7 @@
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
+#include "time/KalventoException.h"
 
 #include <boost/json.hpp>
 #include <fmt/format.h>
@@ -19,6 +20,7 @@
 #include <bit>
 #include <chrono>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,12 +37,9 @@ struct ProveOptions {
     InputOptions read;
     std::string input;
     std::vector<IntervalAndMultiplicity> intervals;
-    std::size_t samples = 0; // 0: every row of short files, else S_samples
+    std::size_t samples = 0; // 0: as many as the proof takes unasked
     bool jsonl = false;
 };
-
-constexpr std::size_t S_samples = 200;
-constexpr std::size_t S_everyRowUpTo = 2000;
 
 /// The ticks of one instrument.
 struct Ticks {
@@ -49,25 +48,23 @@ struct Ticks {
 };
 
 /// What a run on one interval showed.
-struct Proof {
-    std::size_t rows = 0;
-    std::size_t candles = 0;
-    std::size_t handOvers = 0;
-    bool wholeHistories = true;
+struct Proved {
+    const Ticks& ticks;
+    IntervalAndMultiplicity interval;
+    Proof::Result result;
     double seconds = 0.0;
-    std::optional<FoldProof::Finding> finding;
 };
 
-std::string RoadText(FoldProof::ERoad a_road)
+std::string RoadText(Proof::ERoad a_road)
 {
     switch (a_road) {
-    case FoldProof::ERoadHistory:
+    case Proof::ERoadHistory:
         return "in one go";
-    case FoldProof::ERoadLive:
+    case Proof::ERoadLive:
         return "row by row";
-    case FoldProof::ERoadHandOver:
+    case Proof::ERoadHandOver:
         return "history handed over";
-    case FoldProof::ERoadSynchronization:
+    case Proof::ERoadSynchronization:
         return "synchronization handed over";
     }
     return {};
@@ -82,10 +79,16 @@ std::string FoldRule(ESeriesId a_series, const RowLayout& a_layout)
             type = a_layout.folds[place];
     switch (type) {
     case EAggrTypeOhlc:
-        return a_series == IntervalOpen  ? "open is the price of the candle's first row"
-               : a_series == IntervalMax ? "high is the greatest price of the candle's rows"
-               : a_series == IntervalMin ? "low is the least price of the candle's rows"
-                                         : "close is the price of the candle's last row";
+        switch (a_series) {
+        case IntervalOpen:
+            return "open is the price of the candle's first row";
+        case IntervalMax:
+            return "high is the greatest price of the candle's rows";
+        case IntervalMin:
+            return "low is the least price of the candle's rows";
+        default:
+            return "close is the price of the candle's last row";
+        }
     case EAggrTypeOhlcSum:
         return "ohlcsum: each of open, high, low and close is the sum of the candle's rows, added in their order";
     case EAggrTypeOhlcLast:
@@ -98,11 +101,11 @@ std::string FoldRule(ESeriesId a_series, const RowLayout& a_layout)
     return {};
 }
 
-std::string RuleBehind(const FoldProof::Finding& a_finding, IntervalAndMultiplicity a_interval,
+std::string RuleBehind(const Proof::Finding& a_finding, IntervalAndMultiplicity a_interval,
                        const RowLayout& a_layout)
 {
     // A candle doesn't tell how many rows made it, so whoever goes on with it counts from it as from a first row.
-    if (a_interval.IsNTick() && a_finding.road >= FoldProof::ERoadHandOver)
+    if (a_interval.IsNTick() && a_finding.road >= Proof::ERoadHandOver)
         return "a candle doesn't tell how many rows made it, so one of " +
                std::to_string(a_interval.GetMultiplicity()) +
                " ticks that is handed over counts as its first tick, and the rows behind it fall into other "
@@ -129,39 +132,39 @@ public:
         : m_options(a_options), m_layout(a_layout), m_name(std::move(a_name)), m_target("", a_context)
     {}
 
-    void Write(const Ticks& a_ticks, IntervalAndMultiplicity a_interval, const Proof& a_proof)
+    void Write(const Proved& a_proved)
     {
-        m_target.Write(m_options.jsonl ? JsonOf(a_ticks, a_interval, a_proof)
-                                       : TextOf(a_ticks, a_interval, a_proof));
+        m_target.Write(m_options.jsonl ? JsonOf(a_proved) : TextOf(a_proved));
     }
     void Finish() { m_target.Commit(); }
 
 private:
-    std::string TextOf(const Ticks& a_ticks, IntervalAndMultiplicity a_interval, const Proof& a_proof) const
+    std::string TextOf(const Proved& a_proved) const
     {
-        std::string text = m_name + (a_ticks.symbol.empty() ? "" : ", " + a_ticks.symbol) + ", " +
-                           FormatInterval(a_interval) + ": ";
-        if (a_proof.finding)
-            return text + "different\n" + DifferenceText(a_ticks, a_interval, *a_proof.finding);
+        const Proof::Result& result = a_proved.result;
+        const std::string& symbol = a_proved.ticks.symbol;
+        std::string text =
+            m_name + (symbol.empty() ? "" : ", " + symbol) + ", " + FormatInterval(a_proved.interval) + ": ";
+        if (result.finding)
+            return text + "different\n" + DifferenceText(a_proved);
         std::string series = "time with its counter";
         for (const ESeriesId column : CandleSeries())
             series += ", " + ColumnName(column, true);
-        text += "identical\n  " + ShownCount(a_proof.rows) + " rows, " + ShownCount(a_proof.candles) +
-                (a_proof.candles == 1 ? " candle" : " candles") + " in one go and row by row\n  " +
-                ShownCount(a_proof.handOvers) +
-                (a_proof.handOvers == a_proof.rows ? " hand-overs, one at each row"
-                                                   : " hand-overs at chosen rows") +
-                ", as a history" +
-                (a_proof.wholeHistories ? " from the first row" : " from two candles before") +
-                " and as a synchronization\n  compared bit for bit: " + series + '\n' +
-                fmt::format("  {:.2f} s\n", a_proof.seconds);
-        return text;
+        return text + "identical\n  " + ShownCount(result.rows) + " rows, " + ShownCount(result.candles) +
+               (result.candles == 1 ? " candle" : " candles") + " in one go and row by row\n  " +
+               ShownCount(result.handOvers) +
+               (result.handOvers == result.rows ? " hand-overs, one at each row"
+                                                : " hand-overs at chosen rows") +
+               ", as a history" +
+               (result.wholeHistories ? " from the first row" : " from two candles before") +
+               " and as a synchronization\n  compared bit for bit: " + series + '\n' +
+               fmt::format("  {:.2f} s\n", a_proved.seconds);
     }
 
-    std::string DifferenceText(const Ticks& a_ticks, IntervalAndMultiplicity a_interval,
-                               const FoldProof::Finding& a_finding) const
+    std::string DifferenceText(const Proved& a_proved) const
     {
-        const CandleDifference& difference = a_finding.difference;
+        const Proof::Finding& finding = *a_proved.result.finding;
+        const CandleDifference& difference = finding.difference;
         std::string text = "  candle " + std::to_string(difference.candle + 1) + ", " +
                            ShownTimeWithCounter(difference.expectedTime) + ": ";
         std::string expected;
@@ -186,31 +189,31 @@ private:
             text += "other series";
             break;
         }
-        const std::string road = RoadText(a_finding.road);
-        text += "\n  " + RoadText(FoldProof::ERoadHistory) + ": " + expected + "\n  " + road;
-        if (a_finding.road >= FoldProof::ERoadHandOver)
-            text += " after row " + std::to_string(a_finding.row + 1) + ", " +
-                    ShownTimeWithCounter(a_ticks.rows.TimeSeries()[a_finding.row]);
-        return text + ": " + found + "\n  rule: " + RuleBehind(a_finding, a_interval, m_layout) + '\n';
+        text += "\n  " + RoadText(Proof::ERoadHistory) + ": " + expected + "\n  " + RoadText(finding.road);
+        if (finding.road >= Proof::ERoadHandOver)
+            text += " after row " + std::to_string(finding.row + 1) + ", " +
+                    ShownTimeWithCounter(a_proved.ticks.rows.TimeSeries()[finding.row]);
+        return text + ": " + found + "\n  rule: " + RuleBehind(finding, a_proved.interval, m_layout) + '\n';
     }
 
-    std::string JsonOf(const Ticks& a_ticks, IntervalAndMultiplicity a_interval, const Proof& a_proof) const
+    std::string JsonOf(const Proved& a_proved) const
     {
+        const Proof::Result& result = a_proved.result;
         boost::json::object object{{"file", m_name}};
-        if (!a_ticks.symbol.empty())
-            object["symbol"] = a_ticks.symbol;
-        object["interval"] = FormatInterval(a_interval);
-        object["identical"] = !a_proof.finding.has_value();
-        object["rows"] = a_proof.rows;
-        object["candles"] = a_proof.candles;
-        object["hand_overs"] = a_proof.handOvers;
-        object["seconds"] = a_proof.seconds;
-        if (a_proof.finding)
-            object["difference"] = JsonOf(*a_proof.finding, a_interval);
+        if (!a_proved.ticks.symbol.empty())
+            object["symbol"] = a_proved.ticks.symbol;
+        object["interval"] = FormatInterval(a_proved.interval);
+        object["identical"] = !result.finding.has_value();
+        object["rows"] = result.rows;
+        object["candles"] = result.candles;
+        object["hand_overs"] = result.handOvers;
+        object["seconds"] = a_proved.seconds;
+        if (result.finding)
+            object["difference"] = JsonOf(*result.finding, a_proved.interval);
         return boost::json::serialize(object) + '\n';
     }
 
-    boost::json::object JsonOf(const FoldProof::Finding& a_finding, IntervalAndMultiplicity a_interval) const
+    boost::json::object JsonOf(const Proof::Finding& a_finding, IntervalAndMultiplicity a_interval) const
     {
         const CandleDifference& difference = a_finding.difference;
         boost::json::object object{{"road", RoadText(a_finding.road)},
@@ -219,7 +222,7 @@ private:
                                    {"found_time", ShownTimeWithCounter(difference.foundTime)},
                                    {"expected_candles", difference.expectedCount},
                                    {"found_candles", difference.foundCount}};
-        if (a_finding.road >= FoldProof::ERoadHandOver)
+        if (a_finding.road >= Proof::ERoadHandOver)
             object["row"] = a_finding.row + 1;
         if (difference.kind == CandleDifference::EKindValue) {
             object["series"] = ColumnName(difference.series, true);
@@ -259,45 +262,32 @@ std::vector<Ticks> ReadTicks(RowReader& a_reader)
 
     std::vector<Ticks> ticks(count);
     for (std::size_t symbol = 0; symbol < count; ++symbol) {
-        std::vector<NDateTime> times;
-        DataSeriesSet::Columns columns;
-        for (const std::size_t row : rowsOf[symbol])
-            times.push_back(block.times[row]);
-        for (std::size_t place = 0; place < layout.series.size(); ++place) {
-            std::vector<double>& values =
-                columns.emplace_back(layout.series[place], std::vector<double>()).second;
-            for (const std::size_t row : rowsOf[symbol])
-                values.push_back(block.columns[place][row]);
-        }
         if (layout.hasSymbols)
             ticks[symbol].symbol = a_reader.GetSymbols()[symbol];
-        ticks[symbol].rows = DataSeriesSet(layout.interval.GetInterval(), layout.interval.GetMultiplicity(),
-                                           std::move(times), std::move(columns));
+        ticks[symbol].rows = SeriesOf(block, layout, rowsOf[symbol]);
     }
     return ticks;
 }
 
-Proof Prove(const Ticks& a_ticks, const RowLayout& a_layout, IntervalAndMultiplicity a_interval,
-            std::size_t a_samples, ToolContext& a_context)
+Proved Prove(const Ticks& a_ticks, const RowLayout& a_layout, IntervalAndMultiplicity a_interval,
+             std::size_t a_samples, ToolContext& a_context)
 {
+    if (a_interval.GetMultiplicity() > std::numeric_limits<unsigned short>::max())
+        throw ToolError(EExitUsage, "at most 65535 ticks make a candle");
     const auto start = std::chrono::steady_clock::now();
-    const std::set<DSProp> properties = PropertiesOf(a_layout);
-    FoldProof fold(a_ticks.rows, properties, a_interval);
-    Proof proof;
-    proof.rows = a_ticks.rows.GetRecordsCount();
-    const std::size_t samples = a_samples > 0                  ? a_samples
-                                : proof.rows <= S_everyRowUpTo ? proof.rows
-                                                               : S_samples;
+    Proof proof(a_ticks.rows, PropertiesOf(a_layout), a_interval);
     constexpr std::size_t parts = 1000;
     Progress progress(a_context, parts);
-    proof.finding = fold.Run(samples, a_samples == 0, [&](std::size_t a_done, std::size_t a_total) {
-        progress.Show(parts * a_done / a_total, proof.rows);
-    });
-    proof.candles = fold.GetCandleCount();
-    proof.handOvers = fold.GetHandOverCount();
-    proof.wholeHistories = fold.FoldsWholeHistories();
-    proof.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    return proof;
+    Proved proved{a_ticks, a_interval, {}};
+    try {
+        proved.result = proof.Run(a_samples, [&](std::size_t a_done, std::size_t a_total) {
+            progress.Show(parts * a_done / a_total, a_ticks.rows.GetRecordsCount());
+        });
+    } catch (const KalventoException&) {
+        throw ToolError(EExitFailure, "the rows can't be folded; the log says why");
+    }
+    proved.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return proved;
 }
 
 void RunProve(const ProveOptions& a_options, ToolContext& a_context)
@@ -318,10 +308,10 @@ void RunProve(const ProveOptions& a_options, ToolContext& a_context)
     ProofWriter writer(a_options, layout, source->GetName(), a_context);
     for (const Ticks& ticks : instruments)
         for (const IntervalAndMultiplicity interval : a_options.intervals) {
-            const Proof proof = Prove(ticks, layout, interval, a_options.samples, a_context);
-            if (proof.finding)
+            const Proved proved = Prove(ticks, layout, interval, a_options.samples, a_context);
+            if (proved.result.finding)
                 a_context.exitCode = EExitDifferent;
-            writer.Write(ticks, interval, proof);
+            writer.Write(proved);
         }
     writer.Finish();
 }

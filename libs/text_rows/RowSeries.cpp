@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
+#include <utility>
 
 namespace kalvento::rows {
 
@@ -18,6 +18,23 @@ std::set<DSProp> PropertiesOf(const RowLayout& a_layout)
                            EPrecisionNone);
     }
     return properties;
+}
+
+DataSeriesSet SeriesOf(const RowBlock& a_block, const RowLayout& a_layout,
+                       const std::vector<std::size_t>& a_rows)
+{
+    std::vector<NDateTime> times;
+    for (const std::size_t row : a_rows)
+        times.push_back(a_block.times[row]);
+    DataSeriesSet::Columns columns;
+    for (std::size_t place = 0; place < a_layout.series.size(); ++place) {
+        std::vector<double>& values =
+            columns.emplace_back(a_layout.series[place], std::vector<double>()).second;
+        for (const std::size_t row : a_rows)
+            values.push_back(a_block.columns[place][row]);
+    }
+    return {a_layout.interval.GetInterval(), a_layout.interval.GetMultiplicity(), std::move(times),
+            std::move(columns)};
 }
 
 unsigned int DecimalsOf(double a_price)

@@ -1,15 +1,23 @@
 #pragma once
 
 #include "series/DSProp.h"
+#include "series/DataSeriesSet.h"
 
+#include <cstddef>
 #include <set>
+#include <vector>
 
 namespace kalvento::rows {
 
+struct RowBlock;
 struct RowLayout;
 
 /// The series of rows with how each of them folds, as the folding of single rows wants them. Without precisions.
 std::set<DSProp> PropertiesOf(const RowLayout& a_layout);
+
+/// The rows of a_block at these places, as a set of the layout's interval.
+DataSeriesSet SeriesOf(const RowBlock& a_block, const RowLayout& a_layout,
+                       const std::vector<std::size_t>& a_rows);
 
 /// As many places behind the point as are told apart at most.
 inline constexpr unsigned int S_mostDecimals = 6;

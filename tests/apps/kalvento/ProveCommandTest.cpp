@@ -1,28 +1,12 @@
 #include "apps/kalvento/RunToolHere.h"
-#include "kalvento/FoldProof.h"
 #include "support/MarketData.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <string>
-#include <utility>
-#include <vector>
-
-using kalvento::tool::CandleDifference;
-using kalvento::tool::FindDifference;
 
 namespace {
-
-DataSeriesSet Candles(std::vector<unsigned long> a_counters, std::vector<double> a_prices)
-{
-    std::vector<NDateTime> times;
-    for (std::size_t row = 0; row < a_counters.size(); ++row)
-        times.emplace_back(2024, 1, 2, 9, 5 * (row + 1), 0, a_counters[row]);
-    return {EIntervalMinute, 5, std::move(times), {{Price, std::move(a_prices)}}};
-}
 
 // Rows of one second, a second's pause, a change of the day and a year later on the same day of the year.
 constexpr const char* S_ticks = "time,price,volume\n"
@@ -36,60 +20,6 @@ constexpr const char* S_ticks = "time,price,volume\n"
                                 "2024-01-03 00:01:00,9,8\n";
 
 } // namespace
-
-TEST(FoldProofTest, TellsCandlesApart)
-{
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    const DataSeriesSet expected = Candles({0, 1, 2}, {1.0, nan, 0.0});
-    EXPECT_FALSE(FindDifference(expected, Candles({0, 1, 2}, {1.0, std::copysign(nan, -1.0), 0.0})));
-    struct Row {
-        const char* name;
-        DataSeriesSet found;
-        CandleDifference::EKind kind;
-        std::size_t candle;
-    };
-    for (const Row& row :
-         {Row{"a counter", Candles({0, 1, 3}, {1.0, nan, 0.0}), CandleDifference::EKindTime, 2},
-          Row{"the sign of zero", Candles({0, 1, 2}, {1.0, nan, -0.0}), CandleDifference::EKindValue, 2},
-          Row{"the last bit", Candles({0, 1, 2}, {std::nextafter(1.0, 2.0), nan, 0.0}),
-              CandleDifference::EKindValue, 0},
-          Row{"one less", Candles({0, 1}, {1.0, nan}), CandleDifference::EKindCount, 2},
-          Row{"one more", Candles({0, 1, 2, 0}, {1.0, nan, 0.0, 4.0}), CandleDifference::EKindCount, 3}}) {
-        SCOPED_TRACE(row.name);
-        const auto difference = FindDifference(expected, row.found);
-        ASSERT_TRUE(difference);
-        EXPECT_EQ(difference->kind, row.kind);
-        EXPECT_EQ(difference->candle, row.candle);
-    }
-}
-
-TEST(FoldProofTest, TheEndOfAListMayLieBehind)
-{
-    const DataSeriesSet expected = Candles({0, 1, 2}, {1.0, 2.0, 3.0});
-    std::vector<NDateTime> time{expected.TimeSeries()[1]};
-    const DataSeriesSet middle(EIntervalMinute, 5, std::move(time), {{Price, {2.0}}});
-    EXPECT_FALSE(FindDifference(expected, middle, 1, true));
-    EXPECT_EQ(FindDifference(expected, middle, 1)->kind, CandleDifference::EKindCount);
-    EXPECT_EQ(FindDifference(expected, middle, 0, true)->candle, 0U);
-}
-
-TEST(ProveCommandTest, EveryRoadGivesTheSameCandles)
-{
-    const TemporaryFolder folder;
-    const std::string file = folder.Write("ticks.csv", S_ticks);
-    std::vector<std::string> arguments{"prove", file};
-    for (const char* interval : {"tick", "1s", "5min", "7min", "1h", "1d", "1w", "1mo", "1y"})
-        arguments.insert(arguments.end(), {"-i", interval});
-    for (const char* fold : {"ohlc", "ohlcsum", "ohlclast"}) {
-        SCOPED_TRACE(fold);
-        auto withFold = arguments;
-        withFold.insert(withFold.end(), {"--fold", std::string("price=") + fold});
-        const ToolRun run = RunToolHere(withFold);
-        EXPECT_EQ(run.exitCode, 0) << run.out << run.err;
-        EXPECT_EQ(run.out.find("different"), std::string::npos);
-        EXPECT_NE(run.out.find("8 hand-overs, one at each row"), std::string::npos) << run.out;
-    }
-}
 
 TEST(ProveCommandTest, SaysWhereCandlesOfTicksPartAndWhy)
 {

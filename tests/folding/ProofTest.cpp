@@ -1,0 +1,117 @@
+#include "folding/Proof.h"
+
+#include "folding/RandomTicks.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+using namespace kalvento::tests;
+
+namespace {
+
+DataSeriesSet Candles(std::vector<unsigned long> a_counters, std::vector<double> a_prices)
+{
+    std::vector<NDateTime> times;
+    for (std::size_t row = 0; row < a_counters.size(); ++row)
+        times.emplace_back(2024, 1, 2, 9, 5 * (row + 1), 0, a_counters[row]);
+    return {EIntervalMinute, 5, std::move(times), {{Price, std::move(a_prices)}}};
+}
+
+} // namespace
+
+TEST(CandleDifferenceTest, TellsCandlesApart)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const DataSeriesSet expected = Candles({0, 1, 2}, {1.0, nan, 0.0});
+    EXPECT_FALSE(CandleDifference::Find(expected, Candles({0, 1, 2}, {1.0, std::copysign(nan, -1.0), 0.0})));
+    struct Row {
+        const char* name;
+        DataSeriesSet found;
+        CandleDifference::EKind kind;
+        std::size_t candle;
+    };
+    for (const Row& row :
+         {Row{"a counter", Candles({0, 1, 3}, {1.0, nan, 0.0}), CandleDifference::EKindTime, 2},
+          Row{"the sign of zero", Candles({0, 1, 2}, {1.0, nan, -0.0}), CandleDifference::EKindValue, 2},
+          Row{"the last bit", Candles({0, 1, 2}, {std::nextafter(1.0, 2.0), nan, 0.0}),
+              CandleDifference::EKindValue, 0},
+          Row{"one less", Candles({0, 1}, {1.0, nan}), CandleDifference::EKindCount, 2},
+          Row{"one more", Candles({0, 1, 2, 0}, {1.0, nan, 0.0, 4.0}), CandleDifference::EKindCount, 3}}) {
+        SCOPED_TRACE(row.name);
+        const auto difference = CandleDifference::Find(expected, row.found);
+        ASSERT_TRUE(difference);
+        EXPECT_EQ(difference->kind, row.kind);
+        EXPECT_EQ(difference->candle, row.candle);
+    }
+}
+
+TEST(CandleDifferenceTest, TheEndOfAListMayLieBehind)
+{
+    const DataSeriesSet expected = Candles({0, 1, 2}, {1.0, 2.0, 3.0});
+    std::vector<NDateTime> time{expected.TimeSeries()[1]};
+    const DataSeriesSet middle(EIntervalMinute, 5, std::move(time), {{Price, {2.0}}});
+    EXPECT_FALSE(CandleDifference::Find(expected, middle, 1, true));
+    EXPECT_EQ(CandleDifference::Find(expected, middle, 1)->kind, CandleDifference::EKindCount);
+    EXPECT_EQ(CandleDifference::Find(expected, middle, 0, true)->candle, 0U);
+}
+
+TEST(ProofTest, EveryRoadGivesTheSameCandles)
+{
+    const DataSeriesSet ticks = RandomTicks(24, 11);
+    for (const EAggrType fold : {EAggrTypeOhlc, EAggrTypeOhlcSum, EAggrTypeOhlcLast})
+        for (const auto& [interval, multiplicity] : {std::pair(EIntervalTick, 1U),
+                                                     {EIntervalSecond, 1},
+                                                     {EIntervalMinute, 5},
+                                                     {EIntervalMinute, 7},
+                                                     {EIntervalHour, 1},
+                                                     {EIntervalDay, 1},
+                                                     {EIntervalWeek, 1},
+                                                     {EIntervalMonth, 1},
+                                                     {EIntervalYear, 1}}) {
+            SCOPED_TRACE(std::to_string(fold) + ", " + std::to_string(interval) + " x " +
+                         std::to_string(multiplicity));
+            const Proof::Result result = Proof(ticks, PriceAndVolume(fold), {interval, multiplicity}).Run();
+            EXPECT_FALSE(result.finding);
+            EXPECT_EQ(result.handOvers, 24U);
+            EXPECT_GT(result.candles, 0U);
+        }
+}
+
+TEST(ProofTest, CandlesOfTicksPartWhereTheyAreHandedOver)
+{
+    // A candle doesn't tell how many rows made it: handed over after its second row it takes two more instead of one.
+    const Proof::Result result = Proof(RandomTicks(9, 3), PriceAndVolume(), {EIntervalTick, 3}).Run();
+    ASSERT_TRUE(result.finding);
+    EXPECT_EQ(result.finding->road, Proof::ERoadHandOver);
+    EXPECT_EQ(result.finding->row, 1U);
+    EXPECT_EQ(result.finding->difference.candle, 0U);
+    EXPECT_EQ(result.handOvers, 1U);
+}
+
+TEST(ProofTest, HandsOverAtSoManyRowsAndTellsOfEach)
+{
+    const DataSeriesSet ticks = RandomTicks(500, 5);
+    std::vector<std::size_t> done;
+    const Proof::Result result = Proof(ticks, PriceAndVolume(), {EIntervalHour, 1})
+                                     .Run(30, [&](std::size_t a_done, std::size_t a_total) {
+                                         done.push_back(a_done);
+                                         EXPECT_LE(a_total, 30U);
+                                     });
+    EXPECT_EQ(result.handOvers, done.size());
+    EXPECT_GT(done.size(), 20U) << "of several kinds, some of which may meet";
+    EXPECT_EQ(Proof(DataSeriesSet(EIntervalTick, 1), PriceAndVolume(), {EIntervalHour, 1}).Run().rows, 0U);
+}
+
+TEST(ProofTest, RefusesWhatNeverComesLive)
+{
+    const DataSeriesSet ticks = RandomTicks(9, 3);
+    const auto refuses = [](const DataSeriesSet& a_rows, unsigned int a_ticks) {
+        EXPECT_THROW(Proof(a_rows, PriceAndVolume(), {EIntervalTick, a_ticks}), std::invalid_argument);
+    };
+    refuses(ticks, 65536);
+    refuses(Candles({0}, {1.0}), 1);
+    refuses(DataSeriesSet(EIntervalTick, 1, std::vector<NDateTime>(2), {{Price, {1.0}}}), 1);
+}
