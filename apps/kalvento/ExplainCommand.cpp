@@ -1,4 +1,4 @@
-#include "aggregation/AggrWindowsFactory.h"
+#include "folding/Explanation.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/OpenInput.h"
@@ -9,9 +9,9 @@
 #include "kalvento/TextForms.h"
 #include "kalvento/Tool.h"
 #include "kalvento/WordFault.h"
-#include "series/Series.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
+#include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
 #include "text_rows/TimeText.h"
 
@@ -20,7 +20,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -47,17 +46,10 @@ struct ExplainOptions {
 
 /// Rows of one instrument with the lines that they come from.
 struct Rows {
-    RowBlock block;
-    std::vector<std::uint64_t> lines; // from 1; rows of a block count as well
-    std::vector<NDateTime> written;   // their own times, where rows were raised
-    std::vector<LineFate> others;     // lines that gave no row
+    DataSeriesSet series{EIntervalTick, 1};
+    std::vector<Explanation::Source> sources; // lines from 1; rows of a block count as well
+    std::vector<LineFate> others;             // lines that gave no row
     bool fromBlock = false;
-};
-
-/// Rows from `begin` to before `end` made one candle.
-struct Span {
-    std::size_t begin = 0;
-    std::size_t end = 0;
 };
 
 NDateTime TimeOf(std::int64_t a_seconds)
@@ -85,166 +77,59 @@ NDateTime AtClock(const NDateTime& a_day, const NDateTime& a_clock)
             0};
 }
 
+/// The place of the symbol asked for among those of the input.
+std::uint32_t PlaceOfSymbol(const std::vector<std::string>& a_symbols, const std::string& a_symbol)
+{
+    const auto found = std::find(a_symbols.begin(), a_symbols.end(), a_symbol);
+    if (found != a_symbols.end())
+        return static_cast<std::uint32_t>(found - a_symbols.begin());
+    std::string names;
+    for (std::size_t place = 0; place < std::min<std::size_t>(a_symbols.size(), 20); ++place)
+        names += (place > 0 ? ", " : "") + a_symbols[place];
+    throw ToolError(EExitUsage, (a_symbol.empty() ? std::string("--symbol is missing")
+                                                  : "--symbol " + a_symbol + " is none of the file's") +
+                                    "; expected one of " + names + (a_symbols.size() > 20 ? ", ..." : ""));
+}
+
 /// Reads the rows of the symbol asked for, and what became of the lines that gave none.
 Rows ReadRows(RowReader& a_reader, const std::string& a_symbol)
 {
     Rows all;
-    a_reader.WatchLines([&all](const LineFate& a_fate) {
-        if (a_fate.fate > LineFate::EFateRaised) {
+    std::vector<Explanation::Source> sources;
+    a_reader.WatchLines([&](const LineFate& a_fate) {
+        if (a_fate.fate > LineFate::EFateRaised)
             all.others.push_back(a_fate);
-            return;
-        }
-        all.lines.push_back(a_fate.line);
-        all.written.push_back(a_fate.written);
+        else
+            sources.push_back({a_fate.line, a_fate.written});
     });
-    while (a_reader.Read(all.block, S_rowsAtOnce, all.block.rows)) {
+    RowBlock block;
+    while (a_reader.Read(block, S_rowsAtOnce, block.rows)) {
     }
     // A block has no lines; rows before --from count, for that is where they lie in it.
-    all.fromBlock = all.lines.empty() && all.block.rows > 0;
-    for (std::size_t row = all.lines.size(); row < all.block.rows; ++row) {
-        all.lines.push_back(a_reader.GetCounts().outside + row + 1);
-        all.written.push_back(all.block.times[row]);
-    }
-    if (!a_reader.GetLayout().hasSymbols)
-        return all;
+    all.fromBlock = sources.empty() && block.rows > 0;
+    for (std::size_t row = sources.size(); row < block.rows; ++row)
+        sources.push_back({a_reader.GetCounts().outside + row + 1, block.times[row]});
 
-    const std::vector<std::string>& symbols = a_reader.GetSymbols();
-    const auto found = std::find(symbols.begin(), symbols.end(), a_symbol);
-    if (found == symbols.end()) {
-        std::string names;
-        for (std::size_t place = 0; place < std::min<std::size_t>(symbols.size(), 20); ++place)
-            names += (place > 0 ? ", " : "") + symbols[place];
-        throw ToolError(EExitUsage, (a_symbol.empty() ? std::string("--symbol is missing")
-                                                      : "--symbol " + a_symbol + " is none of the file's") +
-                                        "; expected one of " + names + (symbols.size() > 20 ? ", ..." : ""));
-    }
-    const auto symbol = static_cast<std::uint32_t>(found - symbols.begin());
-    std::size_t kept = 0;
-    for (std::size_t row = 0; row < all.block.rows; ++row) {
-        if (all.block.symbols[row] != symbol)
+    const RowLayout& layout = a_reader.GetLayout();
+    const std::uint32_t symbol =
+        layout.hasSymbols ? PlaceOfSymbol(a_reader.GetSymbols(), a_symbol) : std::uint32_t{0};
+    std::vector<std::size_t> rows;
+    for (std::size_t row = 0; row < block.rows; ++row) {
+        if (layout.hasSymbols && block.symbols[row] != symbol)
             continue;
-        all.block.times[kept] = all.block.times[row];
-        for (std::vector<double>& column : all.block.columns)
-            column[kept] = column[row];
-        all.lines[kept] = all.lines[row];
-        all.written[kept] = all.written[row];
-        ++kept;
+        rows.push_back(row);
+        all.sources.push_back(sources[row]);
     }
-    all.block.rows = kept;
-    std::erase_if(all.others, [symbol](const LineFate& a_fate) {
-        return a_fate.fate != LineFate::EFateBad && a_fate.symbol != symbol;
+    all.series = SeriesOf(block, layout, rows);
+    std::erase_if(all.others, [&](const LineFate& a_fate) {
+        return layout.hasSymbols && a_fate.fate != LineFate::EFateBad && a_fate.symbol != symbol;
     });
     return all;
 }
 
-/// The windows of the interval asked for over the rows, and the one that a moment lies in.
-class Windows {
-public:
-    Windows(const Rows& a_rows, IntervalAndMultiplicity a_interval)
-        : m_rows(a_rows), m_ticks(a_interval.IsTick()), m_window(Make(a_interval))
-    {
-        // Rows come in order, so the engine asks nothing else than this to begin a candle.
-        for (std::size_t row = 0; row < a_rows.block.rows; ++row) {
-            if (!m_window->IsInCurrentWindow(a_rows.block.times[row]))
-                m_candles.push_back({row, row});
-            m_candles.back().end = row + 1;
-        }
-    }
-
-    const std::vector<Span>& GetCandles() const { return m_candles; }
-    bool AreTicks() const { return m_ticks; }
-    const NDateTime& TimeOfRow(std::size_t a_row) const { return m_rows.block.times[a_row]; }
-
-    /// Not for ticks.
-    NDateTime BeginOf(const NDateTime& a_time) const
-    {
-        NDateTime begin;
-        m_window->GetWindowLimits(a_time, &begin, nullptr);
-        return begin;
-    }
-
-    /// The window's number as its class counts them: of the day, of the year, or of the years.
-    int NumberOf(const NDateTime& a_time) const { return m_window->GetWindowNumber(a_time); }
-    NDateTime BorderOf(const NDateTime& a_begin, int a_number) const
-    {
-        return m_window->GetBorderOfWindowTime(a_begin, a_number);
-    }
-
-    /// How many candles of the same day lie before; what counts candles of ticks.
-    std::size_t PlaceInDay(std::size_t a_candle) const
-    {
-        std::size_t place = 0;
-        while (place < a_candle &&
-               TimeOfRow(m_candles[a_candle - place - 1].begin).SameDay(TimeOfRow(m_candles[a_candle].begin)))
-            ++place;
-        return place;
-    }
-
-    std::optional<std::size_t> Find(const NDateTime& a_at) const
-    {
-        if (m_ticks) {
-            for (std::size_t candle = 0; candle < m_candles.size(); ++candle)
-                if (!IsSecondBefore(a_at, TimeOfRow(m_candles[candle].begin)) &&
-                    !IsSecondBefore(TimeOfRow(m_candles[candle].end - 1), a_at))
-                    return candle;
-            return std::nullopt;
-        }
-        const NDateTime begin = BeginOf(a_at);
-        // From the first row not before the window on; a candle may hold rows of more than one (ExplainLines says when).
-        const auto* first = m_rows.block.times.data();
-        const auto* row = std::partition_point(first, first + m_rows.block.rows,
-                                               [&](const NDateTime& a_time) { return a_time < begin; });
-        if (row == first + m_rows.block.rows || BeginOf(*row) != begin)
-            return std::nullopt;
-        const auto place = static_cast<std::size_t>(row - first);
-        const auto behind =
-            std::partition_point(m_candles.begin(), m_candles.end(),
-                                 [place](const Span& a_candle) { return a_candle.begin <= place; });
-        return static_cast<std::size_t>(behind - m_candles.begin()) - 1;
-    }
-
-    /// Whether a time lies in the window of a_at.
-    bool IsInWindow(const NDateTime& a_time, const NDateTime& a_at) const
-    {
-        return !m_ticks && BeginOf(a_time) == BeginOf(a_at);
-    }
-
-    static bool IsSecondBefore(const NDateTime& a_left, const NDateTime& a_right)
-    {
-        return std::pair(a_left.GetAbsoluteDay(), a_left.GetAbsoluteTime()) <
-               std::pair(a_right.GetAbsoluteDay(), a_right.GetAbsoluteTime());
-    }
-
-private:
-    static std::unique_ptr<AggrBase> Make(IntervalAndMultiplicity a_interval)
-    {
-        if (a_interval.GetMultiplicity() > std::numeric_limits<unsigned short>::max())
-            throw ToolError(EExitUsage, "at most 65535 ticks make a candle");
-        return AggrWindowsFactory::GetAggrWindowClass(
-            a_interval.GetInterval(), static_cast<unsigned short>(a_interval.GetMultiplicity()),
-            ELastRecordTime);
-    }
-
-    const Rows& m_rows;
-    bool m_ticks;
-    std::unique_ptr<AggrBase> m_window;
-    std::vector<Span> m_candles;
-};
-
-/// One value of a candle with where it comes from.
-struct Origin {
-    std::string name;
-    double value = 0.0;
-    std::optional<std::size_t> row; // the row that gave it; empty for sums
-    std::string how;                // where no row alone gave it
-};
-
-/// Everything that is told about one candle.
-struct Explanation {
-    NDateTime at;
-    std::size_t candle = 0;
-    Span span;
-    std::vector<Origin> origins;
+/// What is told about one candle, the lists as texts.
+struct Told {
+    const Explanation::Candle& candle;
     std::vector<std::string> refused;
     std::vector<std::string> notes;
 };
@@ -257,37 +142,34 @@ public:
           m_context(a_context),
           m_source(OpenInput(a_options.input, a_context)),
           m_reader(*m_source, a_options.read, ReadNotes(a_context).HooksFor(*m_source)),
-          m_layout(m_reader.GetLayout()),
-          m_folder(FolderOf(m_layout, a_options.interval, ELastRecordTime))
+          m_layout(m_reader.GetLayout())
     {}
 
     void Run();
 
 private:
     std::vector<NDateTime> Moments() const;
-    void ExplainValues(Explanation& a_explanation);
-    Origin OriginOf(ESeriesId a_series, double a_value, const Span& a_span) const;
-    EAggrType FoldOf(ESeriesId a_series) const;
-    void ExplainLines(Explanation& a_explanation) const;
+    void ListRows(Told& a_told) const;
+    std::string RaisedText(std::size_t a_row) const;
     std::string WhyNoCandle(const NDateTime& a_at) const;
     std::string Place(std::size_t a_row) const;
+    static std::string HowText(const Explanation::Value& a_value, const Explanation::Span& a_rows);
     std::string CandleText(std::size_t a_candle) const;
-    std::string WindowText(const Explanation& a_explanation) const;
-    std::string Text(const Explanation& a_explanation) const;
-    std::string Json(const Explanation& a_explanation) const;
-    std::string RowTable(const Span& a_span) const;
+    std::string WindowText(const Explanation::Candle& a_candle) const;
+    std::string Text(const Told& a_told) const;
+    std::string Json(const Told& a_told) const;
+    boost::json::object RowJson(std::size_t a_row) const;
+    std::string RowTable(const Explanation::Span& a_span) const;
     std::string Title() const;
-    const std::vector<double>* Column(ESeriesId a_series) const;
-    const NDateTime& TimeOfRow(std::size_t a_row) const { return m_rows.block.times[a_row]; }
+    const NDateTime& TimeOfRow(std::size_t a_row) const { return m_rows.series.TimeSeries()[a_row]; }
 
     const ExplainOptions& m_options;
     ToolContext& m_context;
     std::unique_ptr<ByteSource> m_source;
     RowReader m_reader;
     const RowLayout& m_layout;
-    PieceFolder m_folder;
     Rows m_rows;
-    std::unique_ptr<Windows> m_windows;
+    std::optional<Explanation> m_explanation; // once the rows are read
 };
 
 std::string ExplainRun::Title() const
@@ -298,22 +180,13 @@ std::string ExplainRun::Title() const
 
 std::string ExplainRun::Place(std::size_t a_row) const
 {
-    return (m_rows.fromBlock ? "row " : "line ") + std::to_string(m_rows.lines[a_row]) + ", " +
+    return (m_rows.fromBlock ? "row " : "line ") + std::to_string(m_rows.sources[a_row].origin) + ", " +
            ShownTimeWithCounter(TimeOfRow(a_row));
 }
 
 std::string ExplainRun::CandleText(std::size_t a_candle) const
 {
-    const NDateTime& first = TimeOfRow(m_windows->GetCandles()[a_candle].begin);
-    return FormatTime(m_windows->AreTicks() ? first : m_windows->BeginOf(first));
-}
-
-const std::vector<double>* ExplainRun::Column(ESeriesId a_series) const
-{
-    const auto found = std::find(m_layout.series.begin(), m_layout.series.end(), a_series);
-    return found == m_layout.series.end()
-               ? nullptr
-               : &m_rows.block.columns[static_cast<std::size_t>(found - m_layout.series.begin())];
+    return FormatTime(m_explanation->TimeOf(a_candle));
 }
 
 // The moments that --at may mean, in the order in which they are tried.
@@ -324,7 +197,7 @@ std::vector<NDateTime> ExplainRun::Moments() const
         if (m_options.day)
             return {TimeOf(*m_options.day * S_daySeconds + clock->seconds)};
         std::vector<NDateTime> moments;
-        for (std::size_t row = 0; row < m_rows.block.rows; ++row)
+        for (std::size_t row = 0; row < m_rows.sources.size(); ++row)
             if (row == 0 || !TimeOfRow(row).SameDay(TimeOfRow(row - 1)))
                 moments.push_back(AtClock(TimeOfRow(row), time));
         return moments;
@@ -342,25 +215,29 @@ std::vector<NDateTime> ExplainRun::Moments() const
 
 void ExplainRun::Run()
 {
+    // Raises for intervals that the rows don't reach.
+    FolderOf(m_layout, m_options.interval, ELastRecordTime);
     if (!m_layout.hasSymbols && !m_options.symbol.empty())
         throw ToolError(EExitUsage, "--symbol needs --symbol-column");
     m_rows = ReadRows(m_reader, m_options.symbol);
-    m_windows = std::make_unique<Windows>(m_rows, m_options.interval);
+    std::vector<Explanation::Source> refused;
+    for (const LineFate& line : m_rows.others)
+        refused.push_back({line.line, line.written});
+    m_explanation.emplace(m_rows.series, m_rows.sources, std::move(refused), PropertiesOf(m_layout),
+                          m_options.interval);
 
     OutputTarget target("", m_context);
     const std::vector<NDateTime> moments = Moments();
     for (const NDateTime& at : moments) {
-        const auto candle = m_windows->Find(at);
+        const auto candle = m_explanation->Explain(at);
         if (!candle)
             continue;
-        Explanation explanation{at, *candle, m_windows->GetCandles()[*candle], {}, {}, {}};
+        Told told{*candle, {}, {}};
         if (moments.size() > 1)
-            explanation.notes.push_back(FormatTime(at, true) + " is the first of " +
-                                        std::to_string(moments.size()) +
-                                        " days that has a candle then; --day gives another");
-        ExplainValues(explanation);
-        ExplainLines(explanation);
-        target.Write(m_options.json ? Json(explanation) : Text(explanation));
+            told.notes.push_back(FormatTime(at, true) + " is the first of " + std::to_string(moments.size()) +
+                                 " days that has a candle then; --day gives another");
+        ListRows(told);
+        target.Write(m_options.json ? Json(told) : Text(told));
         target.Commit();
         return;
     }
@@ -369,104 +246,57 @@ void ExplainRun::Run()
     m_context.exitCode = EExitDifferent;
 }
 
-EAggrType ExplainRun::FoldOf(ESeriesId a_series) const
+std::string ExplainRun::HowText(const Explanation::Value& a_value, const Explanation::Span& a_rows)
 {
-    const bool ofCandle = a_series == IntervalOpen || a_series == IntervalMax || a_series == IntervalMin;
-    const auto found = std::find(m_layout.series.begin(), m_layout.series.end(), ofCandle ? Price : a_series);
-    return m_layout.folds[static_cast<std::size_t>(found - m_layout.series.begin())];
+    if (a_value.from == Explanation::Value::EFromNone)
+        return "of no single row";
+    const std::size_t count = a_rows.end - a_rows.begin;
+    return "the sum of " + ShownCount(count) + (count == 1 ? " row" : " rows");
 }
 
-Origin ExplainRun::OriginOf(ESeriesId a_series, double a_value, const Span& a_span) const
+std::string ExplainRun::RaisedText(std::size_t a_row) const
 {
-    Origin origin{ColumnName(a_series, !m_options.interval.IsSingleTick()), a_value, a_span.end - 1, {}};
-    const EAggrType type = FoldOf(a_series);
-    if (type == EAggrTypeOhlcSum || type == EAggrTypeSum) {
-        origin.row.reset();
-        const std::size_t count = a_span.end - a_span.begin;
-        origin.how = "the sum of " + ShownCount(count) + (count == 1 ? " row" : " rows");
-    } else if (type == EAggrTypeOhlc && a_series == IntervalOpen) {
-        origin.row = a_span.begin;
-    } else if (type == EAggrTypeOhlc && a_series != Price) {
-        const std::vector<double>* column = Column(a_series);
-        column = column != nullptr ? column : Column(Price);
-        const auto begin = column->begin() + static_cast<std::ptrdiff_t>(a_span.begin);
-        const auto end = column->begin() + static_cast<std::ptrdiff_t>(a_span.end);
-        const auto found = std::find(begin, end, a_value);
-        // A value that isn't a number equals none, not even itself.
-        origin.row =
-            found == end ? std::nullopt : std::optional(static_cast<std::size_t>(found - column->begin()));
-        origin.how = found == end ? "of no single row" : "";
-    }
-    return origin;
+    return "line " + std::to_string(m_rows.sources[a_row].origin) + ": its time " +
+           FormatTime(m_rows.sources[a_row].written) + " falls behind the row before; it counts as " +
+           ShownTimeWithCounter(TimeOfRow(a_row));
 }
 
-// The values come from the engine; where they come from is looked up in the rows.
-void ExplainRun::ExplainValues(Explanation& a_explanation)
+void ExplainRun::ListRows(Told& a_told) const
 {
-    const Span& span = a_explanation.span;
-    const auto begin = static_cast<std::ptrdiff_t>(span.begin);
-    const auto end = static_cast<std::ptrdiff_t>(span.end);
-    RowBlock rows;
-    rows.rows = span.end - span.begin;
-    rows.times.assign(m_rows.block.times.begin() + begin, m_rows.block.times.begin() + end);
-    for (const std::vector<double>& column : m_rows.block.columns)
-        rows.columns.emplace_back(column.begin() + begin, column.begin() + end);
-    RowBlock candles;
-    m_folder.Fold(rows, true, candles);
-
-    const std::vector<ESeriesId>& series = m_folder.GetSeries();
-    for (const std::size_t place : VeloTools::Series::ReadingOrder(series))
-        a_explanation.origins.push_back(OriginOf(series[place], candles.columns[place].front(), span));
-}
-
-void ExplainRun::ExplainLines(Explanation& a_explanation) const
-{
-    const Span& span = a_explanation.span;
-    const std::uint64_t before = span.begin > 0 ? m_rows.lines[span.begin - 1] : 0;
-    const std::uint64_t behind =
-        span.end < m_rows.lines.size() ? m_rows.lines[span.end] : std::numeric_limits<std::uint64_t>::max();
-    for (const LineFate& line : m_rows.others) {
-        const bool isBetween = line.line > before && line.line < behind;
-        const std::string place = "line " + std::to_string(line.line);
-        const bool isOfWindow =
-            m_windows->AreTicks() ? isBetween : m_windows->IsInWindow(line.written, a_explanation.at);
-        if (line.fate == LineFate::EFateBad && isBetween)
-            a_explanation.refused.push_back(place + ": " + WordFault(*line.fault));
-        else if (line.fate == LineFate::EFateDropped && isOfWindow)
-            a_explanation.refused.push_back(place + ": its time " + FormatTime(line.written) +
-                                            " isn't later than the one before (--order drop)");
-        else if (line.fate == LineFate::EFateOutside && isOfWindow)
-            a_explanation.refused.push_back(place + ": its time " + FormatTime(line.written) +
-                                            " lies outside of --from and --to");
+    const Explanation::Candle& candle = a_told.candle;
+    for (const std::size_t place : candle.refused) {
+        const LineFate& line = m_rows.others[place];
+        std::string text = "line " + std::to_string(line.line) + ": ";
+        if (line.fate == LineFate::EFateBad)
+            text += WordFault(*line.fault);
+        else if (line.fate == LineFate::EFateDropped)
+            text +=
+                "its time " + FormatTime(line.written) + " isn't later than the one before (--order drop)";
+        else
+            text += "its time " + FormatTime(line.written) + " lies outside of --from and --to";
+        a_told.refused.push_back(std::move(text));
     }
-    for (std::size_t row = 0; row < m_rows.block.rows; ++row) {
-        if (!Windows::IsSecondBefore(m_rows.written[row], TimeOfRow(row)))
-            continue;
-        const bool isHere = row >= span.begin && row < span.end;
-        const std::string text =
-            "line " + std::to_string(m_rows.lines[row]) + ": its time " + FormatTime(m_rows.written[row]) +
-            " falls behind the row before; it counts as " + ShownTimeWithCounter(TimeOfRow(row));
-        if (isHere)
-            a_explanation.notes.push_back(text);
-        else if (m_windows->IsInWindow(m_rows.written[row], a_explanation.at))
-            a_explanation.refused.push_back(text + ", in another candle");
-    }
+    for (const std::size_t row : candle.lost)
+        a_told.refused.push_back(RaisedText(row) + ", in another candle");
+    for (const std::size_t row : candle.raised)
+        a_told.notes.push_back(RaisedText(row));
     // A window is known by its number and the day of the year alone, as in every chart that was stored so far.
-    if (!m_windows->AreTicks() &&
-        m_windows->BeginOf(TimeOfRow(span.begin)) != m_windows->BeginOf(TimeOfRow(span.end - 1)))
-        a_explanation.notes.push_back("the candle holds rows of " + FormatTime(TimeOfRow(span.begin), true) +
-                                      " and of " + FormatTime(TimeOfRow(span.end - 1), true) +
-                                      ": with no row between them, windows of one number on the same "
-                                      "day of the year aren't told apart");
+    if (candle.isMixed)
+        a_told.notes.push_back("the candle holds rows of " + FormatTime(TimeOfRow(candle.rows.begin), true) +
+                               " and of " + FormatTime(TimeOfRow(candle.rows.end - 1), true) +
+                               ": with no row between them, windows of one number on the same "
+                               "day of the year aren't told apart");
 }
 
 std::string ExplainRun::WhyNoCandle(const NDateTime& a_at) const
 {
-    const std::vector<Span>& candles = m_windows->GetCandles();
-    const auto behind = static_cast<std::size_t>(
-        std::partition_point(candles.begin(), candles.end(),
-                             [&](const Span& a_span) { return TimeOfRow(a_span.begin) < a_at; }) -
-        candles.begin());
+    const std::vector<Explanation::Span>& candles = m_explanation->GetCandles();
+    const auto behind =
+        static_cast<std::size_t>(std::partition_point(candles.begin(), candles.end(),
+                                                      [&](const Explanation::Span& a_span) {
+                                                          return TimeOfRow(a_span.begin) < a_at;
+                                                      }) -
+                                 candles.begin());
     const std::string before = behind > 0 ? CandleText(behind - 1) : "";
     const std::string after = behind < candles.size() ? CandleText(behind) : "";
     const bool isClock = ParseClockText(m_options.at).has_value() && !m_options.day;
@@ -484,24 +314,20 @@ std::string ExplainRun::WhyNoCandle(const NDateTime& a_at) const
            "\n  after:  " + (after.empty() ? "none" : after) + '\n';
 }
 
-std::string ExplainRun::WindowText(const Explanation& a_explanation) const
+std::string ExplainRun::WindowText(const Explanation::Candle& a_candle) const
 {
-    if (m_windows->AreTicks())
-        return "number " + std::to_string(m_windows->PlaceInDay(a_explanation.candle)) +
-               " of the day (from 0), " + ShownCount(m_options.interval.GetMultiplicity()) +
+    const std::string number = "number " + std::to_string(a_candle.number);
+    if (m_options.interval.IsTick())
+        return number + " of the day (from 0), " + ShownCount(m_options.interval.GetMultiplicity()) +
                " ticks at most, counted anew each day";
-    const NDateTime begin = m_windows->BeginOf(a_explanation.at);
-    const int number = m_windows->NumberOf(begin);
-    std::string text = "number " + std::to_string(number);
-    if (m_options.interval.GetInterval() < EIntervalDay)
-        text += " of the day";
-    else
-        text += m_options.interval.GetInterval() < EIntervalYear ? " of the year" : " of the years";
-    return text + " (from 0), begin " + FormatTime(begin) + ", border " +
-           FormatTime(m_windows->BorderOf(begin, number));
+    const char* of = " of the day";
+    if (m_options.interval.IsEod())
+        of = m_options.interval.GetInterval() < EIntervalYear ? " of the year" : " of the years";
+    return number + of + " (from 0), begin " + FormatTime(a_candle.begin) + ", border " +
+           FormatTime(a_candle.border);
 }
 
-std::string ExplainRun::RowTable(const Span& a_span) const
+std::string ExplainRun::RowTable(const Explanation::Span& a_span) const
 {
     const bool isCandle = !m_layout.interval.IsSingleTick();
     std::vector<std::string> header{m_rows.fromBlock ? "row" : "line", "time"};
@@ -522,26 +348,28 @@ std::string ExplainRun::RowTable(const Span& a_span) const
         if (place >= count)
             break;
         const std::size_t row = a_span.begin + place;
-        std::vector<std::string> cells{std::to_string(m_rows.lines[row]),
+        std::vector<std::string> cells{std::to_string(m_rows.sources[row].origin),
                                        ShownTimeWithCounter(TimeOfRow(row))};
-        for (const std::vector<double>& column : m_rows.block.columns)
-            cells.push_back(FormatNumber(column[row]));
+        for (const auto& [series, values] : m_rows.series)
+            cells.push_back(FormatNumber(values[row]));
         table.Add(std::move(cells));
     }
     return table.ToText(2);
 }
 
-std::string ExplainRun::Text(const Explanation& a_explanation) const
+std::string ExplainRun::Text(const Told& a_told) const
 {
-    const Span& span = a_explanation.span;
-    std::string text = Title() + ": the candle of " + CandleText(a_explanation.candle) + '\n';
-    text += "  window: " + WindowText(a_explanation) + '\n';
+    const Explanation::Candle& candle = a_told.candle;
+    const Explanation::Span& span = candle.rows;
+    std::string text = Title() + ": the candle of " + CandleText(candle.place) + '\n';
+    text += "  window: " + WindowText(candle) + '\n';
     text += "  rows:   " + ShownCount(span.end - span.begin) + ", from " + Place(span.begin) + " to " +
             Place(span.end - 1) + "\n\n";
     TextTable values({"value", "", "from"},
                      {TextTable::EColumnText, TextTable::EColumnNumber, TextTable::EColumnText});
-    for (const Origin& origin : a_explanation.origins)
-        values.Add({origin.name, FormatNumber(origin.value), origin.row ? Place(*origin.row) : origin.how});
+    for (const Explanation::Value& value : candle.values)
+        values.Add({ColumnName(value.series, !m_options.interval.IsSingleTick()), FormatNumber(value.value),
+                    value.from == Explanation::Value::EFromRow ? Place(value.row) : HowText(value, span)});
     text += values.ToText(2) + '\n' + RowTable(span);
     const auto list = [&](const char* a_title, const std::vector<std::string>& a_lines) {
         if (a_lines.empty())
@@ -552,53 +380,52 @@ std::string ExplainRun::Text(const Explanation& a_explanation) const
         if (a_lines.size() > m_options.rows)
             text += "    ... " + ShownCount(a_lines.size() - m_options.rows) + " more\n";
     };
-    list("refused", a_explanation.refused);
-    list("notes", a_explanation.notes);
+    list("refused", a_told.refused);
+    list("notes", a_told.notes);
     return text;
 }
 
-std::string ExplainRun::Json(const Explanation& a_explanation) const
+boost::json::object ExplainRun::RowJson(std::size_t a_row) const
 {
-    const Span& span = a_explanation.span;
-    const auto rowObject = [&](std::size_t a_row) {
-        return boost::json::object{{m_rows.fromBlock ? "row" : "line", m_rows.lines[a_row]},
-                                   {"time", ShownTimeWithCounter(TimeOfRow(a_row))}};
-    };
+    return {{m_rows.fromBlock ? "row" : "line", m_rows.sources[a_row].origin},
+            {"time", ShownTimeWithCounter(TimeOfRow(a_row))}};
+}
+
+std::string ExplainRun::Json(const Told& a_told) const
+{
+    const Explanation::Candle& candle = a_told.candle;
+    const Explanation::Span& span = candle.rows;
     boost::json::object object{{"file", m_source->GetName()}};
     if (!m_options.symbol.empty())
         object["symbol"] = m_options.symbol;
     object["interval"] = FormatInterval(m_options.interval);
-    object["candle"] = CandleText(a_explanation.candle);
+    object["candle"] = CandleText(candle.place);
     boost::json::object window;
-    if (m_windows->AreTicks()) {
-        window["number"] = m_windows->PlaceInDay(a_explanation.candle);
-    } else {
-        const NDateTime begin = m_windows->BeginOf(a_explanation.at);
-        window["begin"] = FormatTime(begin);
-        const int number = m_windows->NumberOf(begin);
-        window["number"] = number;
-        window["border"] = FormatTime(m_windows->BorderOf(begin, number));
-    }
+    if (!m_options.interval.IsTick())
+        window["begin"] = FormatTime(candle.begin);
+    window["number"] = candle.number;
+    if (!m_options.interval.IsTick())
+        window["border"] = FormatTime(candle.border);
     object["window"] = std::move(window);
     object["row_count"] = span.end - span.begin;
-    object["first_row"] = rowObject(span.begin);
-    object["last_row"] = rowObject(span.end - 1);
+    object["first_row"] = RowJson(span.begin);
+    object["last_row"] = RowJson(span.end - 1);
     boost::json::object values;
-    for (const Origin& origin : a_explanation.origins) {
-        boost::json::object value = origin.row ? rowObject(*origin.row) : boost::json::object();
-        if (!origin.row)
-            value["how"] = origin.how;
-        value["value"] =
-            std::isfinite(origin.value) ? boost::json::value(origin.value) : boost::json::value();
-        values[origin.name] = std::move(value);
+    for (const Explanation::Value& value : candle.values) {
+        const bool hasRow = value.from == Explanation::Value::EFromRow;
+        boost::json::object told = hasRow ? RowJson(value.row) : boost::json::object();
+        if (!hasRow)
+            told["how"] = HowText(value, span);
+        told["value"] = std::isfinite(value.value) ? boost::json::value(value.value) : boost::json::value();
+        values[ColumnName(value.series, !m_options.interval.IsSingleTick())] = std::move(told);
     }
     object["values"] = std::move(values);
     boost::json::array rows;
     for (std::size_t row = span.begin; row < std::min(span.end, span.begin + m_options.rows); ++row)
-        rows.push_back(rowObject(row));
+        rows.push_back(RowJson(row));
     object["rows"] = std::move(rows);
-    object["refused"] = boost::json::value_from(a_explanation.refused);
-    object["notes"] = boost::json::value_from(a_explanation.notes);
+    object["refused"] = boost::json::value_from(a_told.refused);
+    object["notes"] = boost::json::value_from(a_told.notes);
     return boost::json::serialize(object) + '\n';
 }
 

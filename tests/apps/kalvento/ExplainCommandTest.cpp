@@ -1,10 +1,8 @@
 #include "apps/kalvento/RunToolHere.h"
-#include "support/MarketData.h"
 
 #include <boost/json.hpp>
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -37,38 +35,6 @@ protected:
 };
 
 } // namespace
-
-TEST_F(ExplainCommandTest, EveryCandleIsExplainedAsItIsFolded)
-{
-    const std::string input = MarketData::Path("ticks/mtgox_btcusd_2013-01-01.csv");
-    const ToolRun folded = RunToolHere({"candles", input, "-i", "2h", "-q", "--bad-lines", "reject"});
-    std::istringstream lines(folded.out);
-    std::string line;
-    std::getline(lines, line);
-    std::size_t rows = 0;
-    while (std::getline(lines, line)) {
-        SCOPED_TRACE(line);
-        const std::string time = line.substr(0, line.find(','));
-        const ToolRun run = RunToolHere({"explain", input, "-i", "2h", "--at", time, "-q", "-f", "json"});
-        ASSERT_EQ(run.exitCode, 0) << run.err;
-        const boost::json::object candle = boost::json::parse(run.out).as_object();
-        EXPECT_EQ(candle.at("candle").as_string(), time);
-        rows += candle.at("row_count").to_number<std::size_t>();
-        std::istringstream fields(line.substr(line.find(',') + 1));
-        for (const char* name : {"open", "high", "low", "close", "volume"}) {
-            std::string field;
-            std::getline(fields, field, ',');
-            // The JSON reader rounds twice; a row more or less would show all the same.
-            EXPECT_DOUBLE_EQ(candle.at("values").at(name).at("value").to_number<double>(), std::stod(field))
-                << name;
-        }
-    }
-    EXPECT_GT(rows, 4U);
-    // Every row makes one candle.
-    const ToolRun whole =
-        RunToolHere({"explain", input, "-i", "50y", "--at", "2013-01-01", "-q", "-f", "json"});
-    EXPECT_EQ(boost::json::parse(whole.out).at("row_count").to_number<std::size_t>(), rows);
-}
 
 TEST_F(ExplainCommandTest, NamesTheRowsBehindTheValues)
 {
