@@ -2,12 +2,8 @@
 #include "platform/CodePage.h"
 #include "support/PlainAggregator.h"
 #include "support/RaisedText.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
 
 namespace {
 

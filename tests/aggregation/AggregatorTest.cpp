@@ -2,12 +2,10 @@
 
 #include "platform/CodePage.h"
 #include "support/RaisedText.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
 
 namespace {
 

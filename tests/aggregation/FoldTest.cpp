@@ -2,17 +2,8 @@
 
 #include "aggregation/Aggregator.h"
 #include "support/PlainAggregator.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <bit>
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <random>
-#include <string>
 
 namespace {
 

@@ -5,14 +5,8 @@
 #include "platform/CMemFile.h"
 #include "platform/CodePage.h"
 #include "settings/Settings.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace {
 

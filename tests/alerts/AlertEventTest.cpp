@@ -1,11 +1,7 @@
 #include "alerts/AlertEvent.h"
 #include "alerts/AlertEventCloudInfo.h"
 #include "alerts/AlertEventGenerate.h"
-
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

@@ -4,16 +4,9 @@
 #include "assets/AssetSegment.h"
 #include "assets/AssetStatus.h"
 #include "assets/AssetTools.h"
+#include "support/Testing.h"
 #include "velo/CharIntConverter.h"
 #include "velo/String.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <set>
-#include <stdexcept>
-#include <string>
-#include <string_view>
 
 namespace {
 

@@ -5,14 +5,7 @@
 #include "contract_kit/TestMediator.h"
 #include "contract_kit/TestProvider.h"
 #include "settings/Settings.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

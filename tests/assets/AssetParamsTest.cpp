@@ -2,13 +2,9 @@
 
 #include "assets/IntervalLimits.h"
 #include "settings/Settings.h"
+#include "support/Testing.h"
 #include "time/DateTimeTools.h"
 #include "time/KalventoException.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace {
 

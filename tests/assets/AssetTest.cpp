@@ -7,15 +7,10 @@
 #include "series/DSProp.h"
 #include "settings/Settings.h"
 #include "support/LogWatch.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
 
 #include <boost/json.hpp>
-#include <gtest/gtest.h>
-
-#include <stdexcept>
-#include <string>
-#include <tuple>
-#include <vector>
 
 namespace {
 

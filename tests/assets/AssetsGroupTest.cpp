@@ -1,22 +1,11 @@
 #include "assets/AssetsGroup.h"
 
 #include "assets/Asset.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <sys/resource.h>
 
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <memory>
 #include <new>
-#include <random>
-#include <string>
-#include <string_view>
-#include <thread>
-#include <vector>
 
 #if defined(__SANITIZE_THREAD__)
 // The pool's library is not instrumented, so the sanitizer doesn't see how it hands work from thread to thread and takes

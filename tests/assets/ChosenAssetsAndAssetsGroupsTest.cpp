@@ -3,17 +3,7 @@
 #include "platform/CArchive.h"
 #include "platform/CArchiveException.h"
 #include "platform/CMemFile.h"
-
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

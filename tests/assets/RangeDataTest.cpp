@@ -1,12 +1,7 @@
 #include "assets/RangeData.h"
 
 #include "settings/Settings.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

@@ -2,14 +2,7 @@
 
 #include "libs/provider_kit/StoreTestTools.h"
 #include "series/DataSeriesSet.h"
-
-#include <bit>
-#include <cstdint>
-#include <map>
-#include <mutex>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 /// What the program and its plug-ins share. The program makes one and gives its address to the plug-in of the consumers.
 struct FaultReport {

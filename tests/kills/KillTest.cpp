@@ -1,24 +1,12 @@
-#include "support/TemporaryFolder.h"
 #include "kills/SavedContents.h"
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <chrono>
 #include <csignal>
-#include <cstdint>
-#include <cstdio>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <poll.h>
-#include <random>
-#include <string>
 #include <sys/wait.h>
 #include <system_error>
-#include <thread>
 #include <unistd.h>
 
 // A host that is killed while its modules save: what they reported as saved is there afterwards, whole.

@@ -4,11 +4,7 @@
 #include "series/History.h"
 #include "series/Record.h"
 #include "settings/Settings.h"
-
-#include <cstdint>
-#include <set>
-#include <sstream>
-#include <string>
+#include "support/Testing.h"
 
 // What the host that is killed saves, and the test looks for. The contents of each file follow from one number, so that a
 // file of mixed or half contents shows.

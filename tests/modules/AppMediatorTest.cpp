@@ -1,16 +1,11 @@
 #include "modules/IAppMediator.h"
 
-#include "support/TemporaryFolder.h"
 #include "contract_kit/TestMediator.h"
 #include "platform/WidePath.h"
-
-#include <gtest/gtest.h>
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 #include <sys/stat.h>
-
-#include <fstream>
-#include <string>
-#include <vector>
 
 TEST(AppMediatorTest, StopWorkEndsWhatWasToBeKept)
 {

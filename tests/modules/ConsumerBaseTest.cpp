@@ -5,14 +5,9 @@
 #include "modules/ConsumerBLBase.h"
 #include "modules/RequestParams.h"
 #include "support/IdleConsumer.h"
+#include "support/Testing.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -4,16 +4,8 @@
 #include "modules/IAppMediator.h"
 #include "platform/CodePage.h"
 #include "platform/ThreadId.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-#include <set>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "modules/ProviderBase.h"
 
-#include "support/TemporaryFolder.h"
 #include "assets/AssetsGroup.h"
 #include "contract_kit/TestMediator.h"
 #include "contract_kit/TestProvider.h"
@@ -9,14 +8,8 @@
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
 #include "settings/SettingsManager.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <thread>
-#include <vector>
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace {
 

@@ -7,15 +7,7 @@
 #include "modules/Subscribe.h"
 #include "platform/CodePage.h"
 #include "support/LogWatch.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 using ProvidersHelper::SubscribersContainer;
 

@@ -1,12 +1,6 @@
 #include "modules/RequestIdGenerator.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <atomic>
-#include <numeric>
-#include <thread>
-#include <vector>
+#include "support/Testing.h"
 
 TEST(RequestIdGeneratorTest, OnlyTheLastNumberComesBack)
 {

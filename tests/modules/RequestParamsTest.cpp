@@ -1,10 +1,7 @@
 #include "modules/RequestParams.h"
 
 #include "settings/Settings.h"
-
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

@@ -4,14 +4,7 @@
 #include "series/CurrentState.h"
 #include "series/Offers.h"
 #include "support/LogWatch.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <map>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

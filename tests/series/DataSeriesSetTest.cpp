@@ -5,13 +5,8 @@
 #include "series/History.h"
 #include "series/SeriesTestTools.h"
 #include "series/Synchronization.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
-
-#include <bit>
-#include <gtest/gtest.h>
-#include <limits>
-#include <random>
-#include <stdexcept>
 
 using namespace kalvento::tests;
 

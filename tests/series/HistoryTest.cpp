@@ -2,10 +2,7 @@
 
 #include "platform/CodePage.h"
 #include "series/SeriesTestTools.h"
-
-#include <gtest/gtest.h>
-#include <random>
-#include <stdexcept>
+#include "support/Testing.h"
 
 using namespace kalvento::tests;
 

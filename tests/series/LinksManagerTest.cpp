@@ -1,12 +1,7 @@
 #include "series/LinksManager.h"
 
+#include "support/Testing.h"
 #include "velo/String.h"
-
-#include <gtest/gtest.h>
-
-#include <map>
-#include <set>
-#include <string>
 
 namespace {
 

@@ -2,12 +2,7 @@
 
 #include "platform/CodePage.h"
 #include "series/SeriesTestTools.h"
-
-#include <algorithm>
-#include <cmath>
-#include <gtest/gtest.h>
-#include <limits>
-#include <stdexcept>
+#include "support/Testing.h"
 
 using namespace kalvento::tests;
 

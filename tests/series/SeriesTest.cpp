@@ -6,9 +6,7 @@
 #include "series/SeriesTable.h"
 #include "series/SeriesTestTools.h"
 #include "settings/Settings.h"
-
-#include <gtest/gtest.h>
-#include <stdexcept>
+#include "support/Testing.h"
 
 using namespace kalvento::internal;
 using namespace kalvento::tests;

@@ -2,11 +2,7 @@
 
 #include "series/DataSeriesSet.h"
 #include "support/RaisedText.h"
-
-#include <cstring>
-#include <sstream>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 namespace kalvento::tests {
 

@@ -5,15 +5,8 @@
 
 #include "SeriesTestTools.h"
 #include "platform/CodePage.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <map>
-#include <optional>
-#include <random>
 
 namespace {
 

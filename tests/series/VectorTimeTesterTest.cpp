@@ -1,9 +1,7 @@
 #include "series/VectorTimeTester.h"
 
 #include "series/SeriesTestTools.h"
-
-#include <gtest/gtest.h>
-#include <limits>
+#include "support/Testing.h"
 
 using namespace kalvento::tests;
 

@@ -1,16 +1,7 @@
 #include "settings/KalventoPaths.h"
 
 #include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <filesystem>
-#include <map>
-#include <memory>
-#include <set>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

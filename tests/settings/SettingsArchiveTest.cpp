@@ -2,10 +2,7 @@
 
 #include "platform/CMemFile.h"
 #include "platform/CodePage.h"
-
-#include <gtest/gtest.h>
-
-#include <stdexcept>
+#include "support/Testing.h"
 
 namespace {
 

@@ -1,19 +1,13 @@
 #include "settings/GeneralSettingsBase.h"
 #include "settings/SettingsManager.h"
 
-#include "support/TemporaryFolder.h"
 #include "platform/DpiHelper.h"
 #include "platform/WidePath.h"
 #include "settings/PanelSettings.h"
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
-#include <string>
-#include <vector>
 
 namespace {
 

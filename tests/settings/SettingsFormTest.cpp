@@ -1,16 +1,8 @@
 #include "settings/Settings.h"
 
-#include "support/TemporaryFolder.h"
 #include "platform/WidePath.h"
-
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <iterator>
-#include <limits>
-#include <sstream>
-#include <string>
-#include <utility>
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace {
 

@@ -1,21 +1,8 @@
 #include "settings/Settings.h"
 
-#include "support/TemporaryFolder.h"
 #include "platform/WidePath.h"
-
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cmath>
-#include <cstdint>
-#include <functional>
-#include <limits>
-#include <random>
-#include <string>
-#include <tuple>
-#include <type_traits>
-#include <utility>
-#include <vector>
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace {
 

@@ -3,16 +3,9 @@
 #include "platform/CodePage.h"
 #include "platform/LocalZone.h"
 #include "support/RaisedText.h"
+#include "support/Testing.h"
 #include "time/DateTimeTools.h"
 #include "time/LocalTime.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
-#include <stdexcept>
-#include <string>
 
 namespace {
 

@@ -1,15 +1,11 @@
 #include "time/DateTimeTools.h"
 
-#include <boost/date_time/gregorian/greg_date.hpp>
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
-#include <algorithm>
-#include <cstdio>
+#include <boost/date_time/gregorian/greg_date.hpp>
+
 #include <cwchar>
-#include <limits>
-#include <random>
 #include <regex>
-#include <stdexcept>
 
 namespace {
 

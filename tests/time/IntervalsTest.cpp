@@ -1,12 +1,8 @@
 #include "settings/Settings.h"
+#include "support/Testing.h"
 #include "time/IntervalAndMultiplicity.h"
 #include "time/IntervalTranslator.h"
 #include "time/MaxMultiplicity.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <string>
 
 namespace {
 

@@ -3,18 +3,10 @@
 #include "platform/CTime.h"
 #include "platform/HResultCategory.h"
 #include "settings/Settings.h"
+#include "support/Testing.h"
 #include "time/LocalTime.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <random>
 #include <system_error>
-#include <tuple>
-#include <utility>
 #include <variant>
 
 namespace {

@@ -1,23 +1,14 @@
 #include "velo/Log.h"
 
-#include "support/TemporaryFolder.h"
 #include "platform/CodePage.h"
 #include "support/LogWatch.h"
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 #include "velo/LogAllExceptions.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <atomic>
-#include <exception>
-#include <fstream>
-#include <iterator>
 #include <latch>
-#include <stdexcept>
-#include <string>
-#include <string_view>
-#include <thread>
-#include <vector>
 
 namespace {
 

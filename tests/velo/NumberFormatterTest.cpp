@@ -1,16 +1,6 @@
 #include "velo/NumberFormatter.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <bit>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <limits>
-#include <random>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

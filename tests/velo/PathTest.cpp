@@ -1,14 +1,8 @@
 #include "velo/Path.h"
 
-#include "support/TemporaryFolder.h"
 #include "platform/WidePath.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace Path = VeloTools::Path;
 

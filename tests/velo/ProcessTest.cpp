@@ -1,22 +1,13 @@
 #include "velo/Process.h"
 
-#include "support/TemporaryFolder.h"
 #include "platform/ChildProcess.h"
 #include "platform/WidePath.h"
-
-#include <gtest/gtest.h>
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 #include <sys/wait.h>
 
 #include <cerrno>
-#include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
 
 namespace {
 

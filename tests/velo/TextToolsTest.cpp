@@ -1,13 +1,10 @@
+#include "support/Testing.h"
 #include "velo/CharIntConverter.h"
 #include "velo/ConverterMultiByteToWideChar.h"
 #include "velo/String.h"
 #include "velo/UniqueMessage.h"
 
 #include <boost/json.hpp>
-#include <gtest/gtest.h>
-
-#include <stdexcept>
-#include <string>
 
 using namespace VeloTools;
 
