@@ -1,11 +1,7 @@
 #include "apps/kalvento/RunToolHere.h"
 #include "series/DataSeriesSet.h"
+#include "support/Testing.h"
 #include "time/NDateTime.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <sstream>
 
 using namespace kalvento::tool;
 
@@ -85,53 +81,21 @@ TEST(CheckCommandTest, NoDamageOfABlockEndsTheTool)
         std::string bytes = good;
         bytes[place] = static_cast<char>(~bytes[place]);
         const std::string file = folder.Write("rows.block", bytes);
-        for (const char* command : {"check", "show"}) {
-            const ToolRun run = RunToolHere({command, file});
-            ASSERT_TRUE(run.exitCode == EExitOk || run.exitCode == EExitBadData)
-                << command << place << run.err;
+        const auto run = [&](const char* a_command) {
+            std::vector<std::string> arguments{a_command, file};
+            if (arguments[0] == "candles")
+                arguments.insert(arguments.end(), {"-i", "1d"});
+            return RunToolHere(arguments).exitCode;
+        };
+        for (const char* command : {"check", "show", "candles"}) {
+            const int exitCode = run(command);
+            ASSERT_TRUE(exitCode == EExitOk || exitCode == EExitBadData) << command << place;
         }
-        const ToolRun cut = RunToolHere({"check", folder.Write("rows.block", good.substr(0, place))});
-        ASSERT_EQ(cut.exitCode, EExitBadData) << place;
+        folder.Write("rows.block", good.substr(0, place));
+        ASSERT_EQ(run("check"), EExitBadData) << place;
+        ASSERT_EQ(run("candles"), EExitBadData) << place;
     }
-}
-
-TEST(CheckCommandTest, SaysWhatIsWrongWithATextAndWhere)
-{
-    struct Case {
-        const char* text;
-        std::vector<std::string> options;
-        int exitCode;
-        const char* found;
-    };
-    const char* good = "time,price,volume\n2024-01-02 09:00:01,1,2\n2024-01-02 09:00:01,1,2\n";
-    const Case cases[] = {
-        {good, {}, EExitOk, "2 rows"},
-        {good, {"--day", "2024-01-02"}, EExitOk, "good"},
-        {good, {"--day", "2024-01-03"}, EExitBadData, "pierwsza data nie pokrywa się"},
-        {good, {"--day", "yesterday"}, EExitUsage, "2024-01-02"},
-        {"time,price,volume\n2024-01-02 09:00:01,1,2\n2024-01-02 09:00:01,1,x\n",
-         {},
-         EExitBadData,
-         "rows.csv:3:23"},
-        {"time,price,volume\n2024-01-02 09:00:05,1,2\n2024-01-02 09:00:09,1,2\n2024-01-02 09:00:07,1,2\n"
-         "2024-01-02 09:00:08,1,2\n",
-         {},
-         EExitBadData,
-         "2 rows are earlier than the one before; the first is"},
-        {"time,price,volume\n2024-01-02 09:00:05,1,2\n2024-01-02 09:00:04,1,2\n",
-         {},
-         EExitBadData,
-         "rows.csv:3:1"},
-        {"", {}, EExitBadData, "empty"},
-    };
-    for (const Case& text : cases) {
-        SCOPED_TRACE(text.found);
-        const TemporaryFolder folder;
-        std::vector<std::string> arguments{"check", folder.Write("rows.csv", text.text)};
-        arguments.insert(arguments.end(), text.options.begin(), text.options.end());
-        const ToolRun run = RunToolHere(arguments);
-        EXPECT_EQ(run.exitCode, text.exitCode) << run.out << run.err;
-        EXPECT_NE((run.out + run.err).find(text.found), std::string::npos) << run.out << run.err;
-    }
-    EXPECT_EQ(RunToolHere({"check", "/nowhere/at/all"}).exitCode, EExitNoInput);
+    const std::string falling = folder.Write(
+        "falling.block", BlockBytes(EIntervalTick, 1, {At(2), At(1)}, {{Price, {1, 2}}, {Volume, {4, 5}}}));
+    EXPECT_EQ(RunToolHere({"candles", falling, "-i", "1d"}).exitCode, EExitBadData);
 }

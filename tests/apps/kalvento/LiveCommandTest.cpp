@@ -1,13 +1,10 @@
 #include "apps/kalvento/RunToolHere.h"
 
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <csignal>
 #include <future>
-#include <map>
-#include <sstream>
 #include <streambuf>
-#include <thread>
 #include <unistd.h>
 
 using namespace kalvento::tool;
@@ -157,87 +154,4 @@ TEST(LiveCommandTest, ARotationContinuesTheCandle)
     EXPECT_EQ(Replay(outBuffer.str()), "time,open,high,low,close,volume\n"
                                        "2024-01-02 09:00:00,10,12,9,9,7\n"
                                        "2024-01-02 09:01:00,11,11,11,11,8\n");
-}
-
-TEST(LiveCommandTest, SymbolsHaveCandlesOfTheirOwn)
-{
-    const std::string ticks = "time,symbol,price,volume\n"
-                              "2024-01-02 09:00:01,AAA,10,1\n"
-                              "2024-01-02 09:00:02,BBB,500,2\n"
-                              "2024-01-02 09:00:30,AAA,12,4\n"
-                              "2024-01-02 09:01:10,BBB,490,8\n";
-    const ToolRun run =
-        RunToolHere({"live", "-", "-i", "1min", "-f", "csv", "--symbol-column", "symbol"}, ticks);
-    ASSERT_EQ(run.exitCode, EExitOk) << run.err;
-    EXPECT_EQ(run.out, "event,time,symbol,open,high,low,close,volume\n"
-                       "new,2024-01-02 09:00:00,AAA,10,10,10,10,1\n"
-                       "new,2024-01-02 09:00:00,BBB,500,500,500,500,2\n"
-                       "changed,2024-01-02 09:00:00,AAA,10,12,10,12,5\n"
-                       "new,2024-01-02 09:01:00,BBB,490,490,490,490,8\n");
-}
-
-TEST(LiveCommandTest, EveryFormatSaysTheSame)
-{
-    const std::string ticks = "time,price,volume\n2024-01-02 09:00:01,10.5,1\n2024-01-02 09:00:31,10.25,2\n";
-    const auto run = [&ticks](const char* a_format, const char* a_stamp) {
-        const ToolRun result =
-            RunToolHere({"live", "-", "-i", "1min", "-f", a_format, "--stamp", a_stamp}, ticks);
-        EXPECT_EQ(result.exitCode, EExitOk) << result.err;
-        return result.out;
-    };
-    EXPECT_EQ(
-        run("jsonl", "last"),
-        R"({"event":"new","time":"2024-01-02T09:00:01","open":10.5,"high":10.5,"low":10.5,"close":10.5,"volume":1})"
-        "\n"
-        R"({"event":"changed","time":"2024-01-02T09:00:31","open":10.5,"high":10.5,"low":10.25,"close":10.25,"volume":3})"
-        "\n");
-    EXPECT_EQ(
-        run("text", "begin"),
-        "         time                         open          high           low         close        volume\n"
-        "new      2024-01-02 09:00:00          10.5          10.5          10.5          10.5             1\n"
-        "changed  2024-01-02 09:00:00          10.5          10.5         10.25         10.25             3\n");
-}
-
-TEST(LiveCommandTest, HistoryLimitsThePastAlone)
-{
-    const TemporaryFolder folder;
-    const std::string file = folder.Write("ticks.csv", Ticks("1000"));
-    const auto all = LinesOf(RunToolHere({"live", file, "-i", "1h", "--no-follow", "-f", "csv"}).out);
-    const auto some =
-        LinesOf(RunToolHere({"live", file, "-i", "1h", "--no-follow", "-f", "csv", "--history", "2"}).out);
-    ASSERT_GT(all.size(), 3U);
-    ASSERT_EQ(some.size(), 3U);
-    EXPECT_EQ(some[1], all[all.size() - 2]);
-    EXPECT_EQ(some[2], all.back());
-}
-
-TEST(LiveCommandTest, WhatCannotBeFollowedIsRefused)
-{
-    const TemporaryFolder folder;
-    const std::string block = folder.Path("ticks.block");
-    ASSERT_EQ(RunToolHere({"generate", "-n", "10", "-f", "block", "-o", block}).exitCode, EExitOk);
-    const std::string candles = folder.Write("candles.csv", "time,open,high,low,close,volume\n"
-                                                            "2024-01-02 09:00:00,1,2,1,2,5\n"
-                                                            "2024-01-02 09:01:00,1,2,1,2,5\n");
-    const std::string bad = folder.Write("bad.csv", "time,price,volume\n2024-01-02 09:00:00,1,2\nrubbish\n");
-    struct Case {
-        std::vector<std::string> arguments;
-        EExitCode exitCode;
-        const char* text;
-    };
-    const Case cases[] = {{{folder.Path("none"), "-i", "1min"}, EExitNoInput, "none"},
-                          {{block, "-i", "1min"}, EExitUsage, "series block"},
-                          {{candles, "-i", "5min", "--no-follow"}, EExitUsage, "candles of 1min"},
-                          {{bad, "-i", "1min", "--no-follow"}, EExitBadData, "bad.csv:3:"},
-                          {{bad, "-i", "61min"}, EExitUsage, "--interval"},
-                          {{bad, "-i", "70000tick"}, EExitUsage, "65535"},
-                          {{bad}, EExitUsage, "--interval"}};
-    for (const Case& refused : cases) {
-        SCOPED_TRACE(refused.text);
-        std::vector<std::string> arguments{"live"};
-        arguments.insert(arguments.end(), refused.arguments.begin(), refused.arguments.end());
-        const ToolRun run = RunToolHere(arguments);
-        EXPECT_EQ(run.exitCode, refused.exitCode);
-        EXPECT_NE(run.err.find(refused.text), std::string::npos) << run.err;
-    }
 }

@@ -1,12 +1,7 @@
 #include "apps/kalvento/RunToolHere.h"
 #include "sql_store/SqlWriter.h"
 #include "support/PostgresCluster.h"
-
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

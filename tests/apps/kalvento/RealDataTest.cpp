@@ -1,16 +1,8 @@
 #include "apps/kalvento/RunToolHere.h"
 #include "support/MarketData.h"
+#include "support/Testing.h"
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <map>
-#include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -169,23 +169,3 @@ TEST(GenerateCommandTest, BlockHoldsWhatTheTextHolds)
         ASSERT_EQ(rows.columns[1][row], file.set.find(Volume)->second[row]) << row;
     }
 }
-
-TEST(GenerateCommandTest, ARefusalLeavesNoFile)
-{
-    const TemporaryFolder folder;
-    const std::vector<std::vector<std::string>> refused{
-        {"--rows", "0"},          {"--tick-size", "0"},
-        {"--from", "2024-02-30"}, {"--format", "block", "--symbol", "ABC"},
-        {"--symbol", "A,B"},      {"--sessions", "-1"}};
-    for (const auto& options : refused) {
-        std::vector<std::string> arguments{"generate", "--output", folder.Path("ticks.csv")};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        SCOPED_TRACE(options.back());
-        const ToolRun run = RunToolHere(arguments);
-        EXPECT_EQ(run.exitCode, EExitUsage);
-        EXPECT_FALSE(run.err.empty());
-        EXPECT_EQ(folder.CountFiles(), 0U);
-    }
-    EXPECT_EQ(RunToolHere({"generate", "-n", "10", "-o", folder.Path("none/ticks.csv")}).exitCode,
-              EExitFailure);
-}
