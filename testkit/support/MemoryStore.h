@@ -88,6 +88,8 @@ public:
         const std::lock_guard lock(m_mutex);
         m_spoiler = std::move(a_spoiler);
     }
+    /// Called before each reading; it may raise. To be set before the store is opened.
+    void SetReading(std::function<void()> a_reading) { m_reading = std::move(a_reading); }
     void Restore()
     {
         const std::lock_guard telling(m_telling);
@@ -213,6 +215,8 @@ private:
     }
     void CountReading()
     {
+        if (m_reading)
+            m_reading();
         {
             const std::lock_guard lock(m_mutex);
             const bool breaks = !m_broken && m_readingsLeft && (*m_readingsLeft)-- == 0;
@@ -234,4 +238,5 @@ private:
     bool m_broken = false;
     std::optional<unsigned int> m_readingsLeft;
     std::function<void(History&)> m_spoiler;
+    std::function<void()> m_reading;
 };

@@ -202,24 +202,21 @@ TEST(AggrWindowsTest, RefusedIntervalsAndCalls)
     const struct {
         EInterval interval;
         unsigned short greatest;
-        const char* text;
+        std::string window;
+        const char* kind;
     } limits[] = {
-        {EIntervalSecond, 59,
-         "AggrSecondWindow::AggrSecondWindow - Wyjątek AggrSecondWindow! Zbyt duża krotność interwału sekundowego."_cp1250},
-        {EIntervalMinute, 59,
-         "AggrMinuteWindow::AggrMinuteWindow - Wyjątek AggrMinuteWindow! Zbyt duża krotność interwału minutowego."_cp1250},
-        {EIntervalHour, 24,
-         "AggrHourWindow::AggrHourWindow - Wyjątek AggrHourWindow! Zbyt duża krotność interwału godzinowego."_cp1250},
-        {EIntervalDay, 365,
-         "AggrDayWindow::AggrDayWindow - Wyjątek AggrDayWindow! Zbyt duża krotność interwału dziennego."_cp1250},
-        {EIntervalWeek, 51,
-         "AggrWeekWindow::AggrWeekWindow - Wyjątek AggrWeekWindow! Zbyt duża krotność interwału tygodniowego."_cp1250},
-        {EIntervalMonth, 11,
-         "AggrMonthWindow::AggrMonthWindow - Wyjątek AggrMonthWindow! Zbyt duża krotność interwału miesięcznego."_cp1250},
+        {EIntervalSecond, 59, "AggrSecondWindow", "sekundowego"},
+        {EIntervalMinute, 59, "AggrMinuteWindow", "minutowego"},
+        {EIntervalHour, 24, "AggrHourWindow", "godzinowego"},
+        {EIntervalDay, 365, "AggrDayWindow", "dziennego"},
+        {EIntervalWeek, 51, "AggrWeekWindow", "tygodniowego"},
+        {EIntervalMonth, 11, "AggrMonthWindow", "miesięcznego"_cp1250},
     };
-    for (const auto& limit : limits) {
-        EXPECT_EQ(make(limit.interval, limit.greatest), "nothing raised");
-        EXPECT_EQ(make(limit.interval, static_cast<unsigned short>(limit.greatest + 1)), limit.text);
+    for (const auto& [interval, greatest, window, kind] : limits) {
+        EXPECT_EQ(make(interval, greatest), "nothing raised");
+        EXPECT_EQ(make(interval, static_cast<unsigned short>(greatest + 1)),
+                  window + "::" + window + " - Wyjątek "_cp1250 + window +
+                      "! Zbyt duża krotność interwału "_cp1250 + kind + ".");
     }
     EXPECT_EQ(make(EIntervalTick, 65535), "nothing raised");
     EXPECT_EQ(

@@ -128,35 +128,34 @@ TEST_F(AggregatorTest, RefusalsSayWhereAndWhy)
         const char* text;
     } cases[] = {
         {make(EIntervalMinute, 60, m_types), "AggrMinuteWindow::AggrMinuteWindow",
-         "Wyjątek AggrMinuteWindow! Zbyt duża krotność interwału minutowego."_cp1250},
+         "Zbyt duża krotność interwału minutowego."_cp1250},
         {make(EIntervalMinute, 0, m_types), "AggrBase::AggrBase",
-         "Wyjątek AggrBase! Krotność interwału musi być większa od 0."_cp1250},
+         "Krotność interwału musi być większa od 0."_cp1250},
         {make(EIntervalMinute, 1, {}), "Aggregator::InitAggrTypeForSeries",
-         "Wyjątek Aggregator! Wymagane jest minimum jedno pole oprócz czasu."_cp1250},
+         "Wymagane jest minimum jedno pole oprócz czasu."_cp1250},
         {make(EIntervalMinute, 1, {EAggrTypeLast}), "Aggregator::InitAggrTypeForSeries",
-         "Wyjątek Aggregator! Niedopuszczalny typ agregacji dla pola."_cp1250},
+         "Niedopuszczalny typ agregacji dla pola."_cp1250},
         {make(EIntervalMinute, 1, {EAggrTypeOhlc, EAggrTypeOhlc}), "Aggregator::InitAggrTypeForSeries",
-         "Wyjątek Aggregator! Niedopuszczalny typ agregacji dla pola."_cp1250},
+         "Niedopuszczalny typ agregacji dla pola."_cp1250},
         {fold(EIntervalMinute, 0, 1, columns), "Aggregator::Aggregate",
-         "Wyjątek Aggregator! Krotność interwału wejściowego musi być większa od zera."_cp1250},
+         "Krotność interwału wejściowego musi być większa od zera."_cp1250},
         {fold(EIntervalMinute, 6, 1, columns), "Aggregator::Aggregate",
-         "Wyjątek Aggregator! Nielegalny kierunek agregacji."_cp1250},
+         "Nielegalny kierunek agregacji."_cp1250},
         {fold(EIntervalHour, 1, 1, columns), "Aggregator::Aggregate",
-         "Wyjątek Aggregator! Nielegalny kierunek agregacji."_cp1250},
+         "Nielegalny kierunek agregacji."_cp1250},
         {fold(EIntervalTick, 1, 1, {&row.open}), "Aggregator::Aggregate",
-         "Wyjątek Aggregator! Liczba pól niezgodna z inicjacją."_cp1250},
+         "Liczba pól niezgodna z inicjacją."_cp1250},
         {fold(EIntervalTick, 1, 1, withNull), "Aggregator::Aggregate",
-         "Wyjątek Aggregator! Liczba pól niezgodna z inicjacją."_cp1250},
+         "Liczba pól niezgodna z inicjacją."_cp1250},
         {fold(EIntervalTick, 1, 0, columns), "Aggregator::Aggregate",
-         "Wyjątek Aggregator! Próba agregacji historii o zerowej długości."_cp1250},
-        {sum({&row.open, &row.high}), "Aggregator::SumWithWindow",
-         "Wyjątek Aggregator! Wymagane pola na OHLC."_cp1250},
+         "Próba agregacji historii o zerowej długości."_cp1250},
+        {sum({&row.open, &row.high}), "Aggregator::SumWithWindow", "Wymagane pola na OHLC."_cp1250},
         {sum({&row.open, &row.high, &row.low, &row.close}), "Aggregator::SumWithWindow",
-         "Wyjątek Aggregator! Liczba pól niezgodna z inicjacją."_cp1250},
+         "Liczba pól niezgodna z inicjacją."_cp1250},
     };
     for (const auto& one : cases) {
         EXPECT_THAT(one.message, ::testing::StartsWith(std::string(one.place) + "\t"));
-        EXPECT_THAT(one.message, ::testing::EndsWith(std::string(" - ") + one.text));
+        EXPECT_THAT(one.message, ::testing::EndsWith(std::string("! ") + one.text));
     }
 }
 

@@ -22,6 +22,7 @@ struct Rows {
             pointers.push_back(column.data() + a_row);
         return pointers;
     }
+    std::uint32_t Count() const { return static_cast<std::uint32_t>(times.size()); }
 };
 
 std::uint64_t Below(Random& a_random, std::uint64_t a_limit)

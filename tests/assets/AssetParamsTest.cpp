@@ -31,19 +31,6 @@ RangeData WrongOrder()
 
 } // namespace
 
-TEST(ParamsBaseTest, MasksAreReadByTheirBits)
-{
-    for (unsigned int mask = 0; mask < 32; ++mask) {
-        SCOPED_TRACE(mask);
-        const ParamsBase params(mask);
-        EXPECT_EQ(params.IsSetCSAndRecord(), (mask & 3U) != 0);
-        EXPECT_EQ(params.IsSetSynchro(), (mask & 4U) != 0);
-        EXPECT_EQ(params.IsSetHistory(), (mask & 8U) != 0);
-        EXPECT_EQ(params.IsSetPresent(), (mask & 7U) != 0);
-        EXPECT_EQ(params.IsSetOnlyHistory(), (mask & 15U) == 8);
-    }
-}
-
 TEST(AssetParamsTest, AnIntervalIsServedByItselfElseByTheFirstFinerOne)
 {
     const AssetParams params(S_history, 1, IntervalsOf({EIntervalDay, EIntervalMinute, EIntervalSecond}));

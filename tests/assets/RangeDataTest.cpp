@@ -22,21 +22,6 @@ bool Same(const NDateTime& a_left, const NDateTime& a_right)
 
 } // namespace
 
-TEST(RangeDataTest, ConstructorsKeepHoursAndWrongOrder)
-{
-    const NDateTime afternoon(2021, 3, 1, 14, 0, 0, 0);
-    const NDateTime morning(2021, 3, 1, 9, 0, 0, 0);
-    RangeData range(afternoon, morning);
-    EXPECT_TRUE(Same(range.GetDates().from, afternoon));
-    EXPECT_TRUE(Same(range.GetDates().to, morning));
-    EXPECT_FALSE(range.Validate());
-
-    ASSERT_TRUE(range.SetDates(afternoon, morning));
-    EXPECT_TRUE(Same(range.GetDates().from, S_first));
-    EXPECT_TRUE(Same(range.GetDates().to, S_first));
-    EXPECT_TRUE(range.Validate());
-}
-
 TEST(RangeDataTest, RefusedDatesChangeNothing)
 {
     const NDateTime from(2021, 2, 28, 12, 0, 0, 0);

@@ -5,13 +5,13 @@
 #include "contract_kit/CheckingConsumer.h"
 #include "faults/FaultReport.h"
 #include "folding/SubscriptionCandles.h"
-#include "modules/ConsumerBase.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
 #include "modules/ProviderBase.h"
 #include "modules/Subscribe.h"
 #include "platform/CodePage.h"
 #include "settings/Settings.h"
+#include "support/IdleConsumer.h"
 #include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
 
@@ -25,114 +25,90 @@
 
 namespace {
 
-class FaultConsumer : public ConsumerBase {
+/// Checks the order of what comes under each number, and builds candles of it.
+class FoldingConsumer : public CheckingConsumer {
 public:
-    explicit FaultConsumer(FaultReport& a_report)
-        : ConsumerBase(EGenericModuleNone, L"Checking", {}), m_report(a_report)
-    {}
-    ~FaultConsumer() override { Report(); }
-
-    unsigned int AddInstrument(HWND /*a_window*/, const Asset& a_asset) override
-    {
-        const auto number = static_cast<unsigned int>(m_subscriptions.size() + 1);
-        RequestParams request(ParamsBase::S_kindDataHistory | ParamsBase::S_kindDataSynchro |
-                                  ParamsBase::S_kindDataRecord | ParamsBase::S_kindDataCS,
-                              FaultReport::S_interval, FaultReport::S_multiplicity, NDateTime(1990, 1, 1),
-                              NDateTime(2099, 12, 31), true);
-        {
-            const std::lock_guard lock(m_mutex);
-            m_subscriptions.try_emplace(number, a_asset);
-        }
-        m_check.Open(number, request);
-        bool started = false;
-        Guard(a_asset, [&] {
-            started = a_asset.GetProvider()->StartSubscription({this, number, a_asset, request});
-        });
-        return started ? number : 0;
-    }
-    void OnStopWork() override
-    {
-        for (const auto& [number, subscription] : m_subscriptions) {
-            const Asset& asset = subscription.asset;
-            Guard(asset, [&, number = number] {
-                asset.GetProvider()->StopSubscription({this, number, asset, std::nullopt});
-            });
-            m_check.Close(number);
-        }
-    }
-    // What has come so far. Any thread.
-    void SerialiseState(Settings& /*a_settings*/) const override { Report(); }
-    HICON GetTitleBarIconHandle() override { return nullptr; }
-
-    void SymbolDeleted(unsigned int a_number, const std::string& a_isin) override
-    {
-        Count(a_number);
-        m_check.SymbolDeleted(a_number, a_isin);
-    }
-    void ProcessOperations(unsigned int a_number, const HistoryOperations& a_operations) override
-    {
-        Count(a_number);
-        m_check.ProcessOperations(a_number, a_operations);
-    }
-    void ProcessHistory(unsigned int a_number, History&& a_history) override
-    {
-        Count(a_number, [&](SubscriptionCandles& a_model) { a_model.AddHistory(History(a_history)); });
-        m_check.ProcessHistory(a_number, std::move(a_history));
-    }
-    void ProcessHistoryEnd(unsigned int a_number) override
-    {
-        Count(a_number, [](SubscriptionCandles& a_model) { a_model.HistoryEnd(); });
-        m_check.ProcessHistoryEnd(a_number);
-    }
-    void ProcessSynchronization(unsigned int a_number, Synchronization&& a_block) override
-    {
-        Count(a_number,
-              [&](SubscriptionCandles& a_model) { a_model.SetSynchronization(Synchronization(a_block)); });
-        m_check.ProcessSynchronization(a_number, std::move(a_block));
-    }
-    void ProcessRecord(unsigned int a_number, const Record& a_record) override
-    {
-        Count(a_number, [&](SubscriptionCandles& a_model) { a_model.AddRecord(a_record); });
-        m_check.ProcessRecord(a_number, a_record);
-    }
-    void ProcessCurrentState(unsigned int a_number, const CurrentState& a_state) override
-    {
-        Count(a_number);
-        m_check.ProcessCurrentState(a_number, a_state);
-    }
-    void ProcessOffers(unsigned int a_number, const Offers& a_offers) override
-    {
-        Count(a_number);
-        m_check.ProcessOffers(a_number, a_offers);
-    }
-    void ProcessLatestRecords(unsigned int a_number, const LatestRecords& a_records) override
-    {
-        Count(a_number);
-        m_check.ProcessLatestRecords(a_number, a_records);
-    }
-    void RequestRefused(unsigned int a_number, std::wstring_view a_reason) override
-    {
-        Count(a_number);
-        m_check.RequestRefused(a_number, a_reason);
-    }
-    void RequestEnded(unsigned int a_number) override
-    {
-        Count(a_number);
-        m_check.RequestEnded(a_number);
-    }
-
-private:
     struct Subscription {
         explicit Subscription(const Asset& a_asset)
             : asset(a_asset), provider(a_asset.GetProvider()->GetName())
         {}
         Asset asset;
         std::wstring provider;
-        std::uint64_t callbacks = 0;
         SubscriptionCandles model{
             {DSProp(Price), DSProp(Volume)}, FaultReport::S_interval, FaultReport::S_multiplicity};
     };
 
+    void ProcessHistory(unsigned int a_number, History&& a_history) override
+    {
+        Fold(a_number, [&](SubscriptionCandles& a_model) { a_model.AddHistory(History(a_history)); });
+        CheckingConsumer::ProcessHistory(a_number, std::move(a_history));
+    }
+    void ProcessHistoryEnd(unsigned int a_number) override
+    {
+        Fold(a_number, [](SubscriptionCandles& a_model) { a_model.HistoryEnd(); });
+        CheckingConsumer::ProcessHistoryEnd(a_number);
+    }
+    void ProcessSynchronization(unsigned int a_number, Synchronization&& a_block) override
+    {
+        Fold(a_number,
+             [&](SubscriptionCandles& a_model) { a_model.SetSynchronization(Synchronization(a_block)); });
+        CheckingConsumer::ProcessSynchronization(a_number, std::move(a_block));
+    }
+    void ProcessRecord(unsigned int a_number, const Record& a_record) override
+    {
+        Fold(a_number, [&](SubscriptionCandles& a_model) { a_model.AddRecord(a_record); });
+        CheckingConsumer::ProcessRecord(a_number, a_record);
+    }
+
+    std::mutex foldMutex;
+    std::map<unsigned int, Subscription> subscriptions; // grows on the main thread only, under foldMutex
+
+private:
+    void Fold(unsigned int a_number, const std::function<void(SubscriptionCandles&)>& a_fold)
+    {
+        const std::lock_guard lock(foldMutex);
+        if (const auto found = subscriptions.find(a_number); found != subscriptions.end())
+            a_fold(found->second.model);
+    }
+};
+
+class FaultConsumer : public IdleConsumer {
+public:
+    explicit FaultConsumer(FaultReport& a_report) : IdleConsumer(L"Checking"), m_report(a_report) {}
+    ~FaultConsumer() override { Report(); }
+
+    unsigned int AddInstrument(HWND /*a_window*/, const Asset& a_asset) override
+    {
+        const auto number = static_cast<unsigned int>(m_consumer.subscriptions.size() + 1);
+        RequestParams request(ParamsBase::S_kindDataHistory | ParamsBase::S_kindDataSynchro |
+                                  ParamsBase::S_kindDataRecord | ParamsBase::S_kindDataCS,
+                              FaultReport::S_interval, FaultReport::S_multiplicity, NDateTime(1990, 1, 1),
+                              NDateTime(2099, 12, 31), true);
+        {
+            const std::lock_guard lock(m_consumer.foldMutex);
+            m_consumer.subscriptions.try_emplace(number, a_asset);
+        }
+        m_consumer.Open(number, request);
+        bool started = false;
+        Guard(a_asset, [&] {
+            started = a_asset.GetProvider()->StartSubscription({&m_consumer, number, a_asset, request});
+        });
+        return started ? number : 0;
+    }
+    void OnStopWork() override
+    {
+        for (const auto& [number, subscription] : m_consumer.subscriptions) {
+            const Asset& asset = subscription.asset;
+            Guard(asset, [&, number = number] {
+                asset.GetProvider()->StopSubscription({&m_consumer, number, asset, std::nullopt});
+            });
+            m_consumer.Close(number);
+        }
+    }
+    // What has come so far. Any thread.
+    void SerialiseState(Settings& /*a_settings*/) const override { Report(); }
+
+private:
     static void Guard(const Asset& a_asset, const std::function<void()>& a_call)
     {
         try {
@@ -143,24 +119,14 @@ private:
             LogAllExceptions("FaultConsumer::Guard", __LINE__);
         }
     }
-    void Count(unsigned int a_number, const std::function<void(SubscriptionCandles&)>& a_fold = {})
-    {
-        const std::lock_guard lock(m_mutex);
-        const auto found = m_subscriptions.find(a_number);
-        if (found == m_subscriptions.end())
-            return;
-        ++found->second.callbacks;
-        if (a_fold)
-            a_fold(found->second.model);
-    }
     void Report() const
     {
-        const std::vector<std::string> breaches = m_check.Violations();
-        const std::lock_guard lock(m_mutex);
+        const std::vector<std::string> breaches = m_consumer.Violations();
+        const std::lock_guard lock(m_consumer.foldMutex);
         const std::lock_guard reporting(m_report.mutex);
-        for (const auto& [number, subscription] : m_subscriptions) {
+        for (const auto& [number, subscription] : m_consumer.subscriptions) {
             FaultReport::Seen& seen = m_report.seen[{subscription.provider, subscription.asset.GetIsin()}];
-            seen.callbacks = subscription.callbacks;
+            seen.callbacks = m_consumer.Events(number).size();
             seen.candles = subscription.model.GetCount();
             seen.sum = FaultReport::SumOf(subscription.model.GetLastCandles(seen.candles));
             seen.breaches.clear();
@@ -171,9 +137,7 @@ private:
     }
 
     FaultReport& m_report;
-    mutable CheckingConsumer m_check;
-    mutable std::mutex m_mutex;
-    std::map<unsigned int, Subscription> m_subscriptions; // grows on the main thread only
+    mutable FoldingConsumer m_consumer;
 };
 
 class PrintingConsole : private std::ostringstream, public ConsoleConsumer {

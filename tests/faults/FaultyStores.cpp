@@ -36,6 +36,7 @@ public:
             for (std::size_t row = 0; row < FaultReport::S_rows / 2; ++row)
                 AddNext(isin, row);
         }
+        SetReading([this] { Stumble(); });
         if (a_fault == EFaultSpoiltRows)
             SetSpoiler([this](History& a_rows) { Spoil(a_rows); });
     }
@@ -59,7 +60,6 @@ public:
     }
     std::vector<StoreInstrument> ReadInstruments() override
     {
-        Stumble();
         auto list = MemoryStore::ReadInstruments();
         if (m_fault != EFaultSpoiltList)
             return list;
@@ -81,31 +81,6 @@ public:
             (a_spoilt.isin = "NEVER"), a_spoilt.interval = {EIntervalMinute, 0};
         });
         return list;
-    }
-    HistoryOperations ReadOperations(const std::string& a_isin) override
-    {
-        Stumble();
-        return MemoryStore::ReadOperations(a_isin);
-    }
-    std::uint64_t GetRowCount(const std::string& a_isin) override
-    {
-        Stumble();
-        return MemoryStore::GetRowCount(a_isin);
-    }
-    std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) override
-    {
-        Stumble();
-        return MemoryStore::FindRow(a_isin, a_time);
-    }
-    History ReadRows(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last) override
-    {
-        Stumble();
-        return MemoryStore::ReadRows(a_isin, a_first, a_last);
-    }
-    std::optional<Offers> ReadOffers(const std::string& a_isin) override
-    {
-        Stumble();
-        return MemoryStore::ReadOffers(a_isin);
     }
 
 private:

@@ -6,13 +6,10 @@
 #include "series/SeriesTestTools.h"
 #include "series/Synchronization.h"
 #include "settings/Settings.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
 
-#include <cstdlib>
-#include <gtest/gtest.h>
 #include <new>
-#include <random>
-#include <stdexcept>
 
 using namespace kalvento::tests;
 
@@ -88,46 +85,6 @@ History MakeHistory(const std::vector<Record>& a_rows, std::size_t a_first, std:
     return history;
 }
 
-std::vector<Record> CandlesOf(const DataSeriesSet& a_set)
-{
-    std::vector<Record> candles;
-    for (std::size_t row = 0; row < a_set.GetRecordsCount(); ++row) {
-        Record::Values values;
-        for (const auto& [seriesId, column] : a_set)
-            values.emplace_back(seriesId, column[row]);
-        candles.emplace_back(a_set.TimeSeries()[row], std::move(values));
-    }
-    return candles;
-}
-
-/// Folds the rest of the rows live onto the candles that are there.
-void GoOnLive(AggregatorWrapper& a_wrapper, const std::vector<Record>& a_rows, std::size_t a_first,
-              std::vector<Record>& a_candles)
-{
-    for (std::size_t row = a_first; row < a_rows.size(); ++row) {
-        Record candle = a_rows[row];
-        bool sameWindow = false;
-        ASSERT_TRUE(a_wrapper.AggregateRecord(candle, sameWindow));
-        if (sameWindow)
-            a_candles.back() = candle;
-        else
-            a_candles.push_back(candle);
-    }
-}
-
-void ExpectSameCandles(const std::vector<Record>& a_expected, const std::vector<Record>& a_candles)
-{
-    ASSERT_EQ(a_expected.size(), a_candles.size());
-    for (std::size_t row = 0; row < a_expected.size(); ++row) {
-        EXPECT_TRUE(std::equal(a_expected[row].begin(), a_expected[row].end(), a_candles[row].begin(),
-                               a_candles[row].end()))
-            << "candle " << row;
-        // Every bit is meant, the counter's and the status's too. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
-        EXPECT_EQ(0, std::memcmp(&a_expected[row].GetTime(), &a_candles[row].GetTime(), sizeof(NDateTime)))
-            << "candle " << row;
-    }
-}
-
 AggregatorWrapper MakeWrapper(EInterval a_interval, unsigned short a_multiplicity)
 {
     return {Properties(), EMetaStockWindowEnd, a_interval, a_multiplicity};
@@ -152,43 +109,6 @@ TEST(AggregatorToolsTest, TypesStandMainFirst)
     EXPECT_EQ((Types{EAggrTypeLast, EAggrTypeSum}),
               AggregatorTools::PrepareAggregationTypes({DSProp(Volume), DSProp(Lop)}));
     EXPECT_THROW(AggregatorTools::GetMainAggregationSeries({DSProp(Volume)}), KalventoException);
-}
-
-TEST(AggregatorWrapperTest, HandOverAtEveryRowGivesTheWholeFold)
-{
-    // Not n-tick windows, which count anew after a hand-over.
-    const std::vector<Record> rows = MakeRows(150, 5);
-    const std::pair<EInterval, unsigned short> outputs[] = {{EIntervalSecond, 10},
-                                                            {EIntervalMinute, 5},
-                                                            {EIntervalHour, 1},
-                                                            {EIntervalDay, 1},
-                                                            {EIntervalMonth, 1}};
-    for (const auto& [interval, multiplicity] : outputs) {
-        History whole = MakeHistory(rows, 0, rows.size());
-        ASSERT_TRUE(MakeWrapper(interval, multiplicity).AgregateHistory(whole));
-        EXPECT_TRUE(whole.IsValid());
-        const std::vector<Record> expected = CandlesOf(whole);
-        for (std::size_t cut = 0; cut <= rows.size(); ++cut) {
-            SCOPED_TRACE(testing::Message()
-                         << interval << " x " << multiplicity << ", handed over at " << cut);
-            AggregatorWrapper wrapper = MakeWrapper(interval, multiplicity);
-            std::vector<Record> candles;
-            if (cut > 0 && cut % 2 == 0) {
-                History past = MakeHistory(rows, 0, cut);
-                ASSERT_TRUE(wrapper.AgregateHistory(past));
-                candles = CandlesOf(past);
-                Record last = past.GetLastRecord();
-                ASSERT_TRUE(wrapper.SetCurrentRecord(last));
-            } else if (cut > 0) {
-                Synchronization past(Properties());
-                Append(past, rows, 0, cut);
-                ASSERT_TRUE(wrapper.AgregateSynchro(past));
-                candles = CandlesOf(past);
-            }
-            GoOnLive(wrapper, rows, cut, candles);
-            ExpectSameCandles(expected, candles);
-        }
-    }
 }
 
 TEST(AggregatorWrapperTest, FailedFoldLeavesFullCandleColumns)

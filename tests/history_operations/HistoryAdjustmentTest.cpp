@@ -1,14 +1,6 @@
 #include "history_operations/HistoryOperations.h"
 #include "series/History.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

@@ -1,20 +1,9 @@
 #include "history_operations/HistoryOperations.h"
 
-#include "support/TemporaryFolder.h"
 #include "platform/WidePath.h"
 #include "settings/Settings.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <fstream>
-#include <iterator>
-#include <limits>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 namespace {
 

@@ -2,13 +2,7 @@
 
 #include "history_operations/HistoryOperations.h"
 #include "settings/Settings.h"
-
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cstdint>
-#include <random>
-#include <string>
+#include "support/Testing.h"
 
 namespace {
 

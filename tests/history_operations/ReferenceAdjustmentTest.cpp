@@ -1,18 +1,8 @@
 #include "history_operations/HistoryOperations.h"
 #include "series/History.h"
 #include "support/MarketData.h"
+#include "support/Testing.h"
 #include "time/DateTimeTools.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
-#include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 

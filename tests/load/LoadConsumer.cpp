@@ -1,7 +1,6 @@
 #include "assets/Asset.h"
 #include "folding/AggregatorWrapper.h"
 #include "load/LoadClock.h"
-#include "modules/ConsumerBase.h"
 #include "modules/IAppMediator.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
@@ -12,6 +11,7 @@
 #include "series/Record.h"
 #include "series/Synchronization.h"
 #include "settings/Settings.h"
+#include "support/IdleConsumer.h"
 
 #include <algorithm>
 #include <array>
@@ -56,10 +56,10 @@ private:
 };
 
 /// Holds a candle of one minute for each instrument. On the main thread, as a window would, or on the provider's.
-class LoadConsumer : public ConsumerBase {
+class LoadConsumer : public IdleConsumer {
 public:
     LoadConsumer(std::wstring a_name, bool a_mainThread)
-        : ConsumerBase(EGenericModuleNone, std::move(a_name), L""), m_mainThread(a_mainThread)
+        : IdleConsumer(std::move(a_name)), m_mainThread(a_mainThread)
     {}
 
     unsigned int AddInstrument(HWND /*a_window*/, const Asset& a_asset) override
@@ -95,7 +95,6 @@ public:
         }
         TakeQueue();
     }
-    HICON GetTitleBarIconHandle() override { return nullptr; }
 
     void ProcessSynchronization(unsigned int a_requestId, Synchronization&& a_block) override
     {
@@ -117,12 +116,6 @@ public:
         if (m_queue.size() == 1)
             GetAppMediator()->PostToMainThread([this] { TakeQueue(); });
     }
-    void ProcessOperations(unsigned int, const HistoryOperations&) override {}
-    void ProcessHistory(unsigned int, History&&) override {}
-    void ProcessHistoryEnd(unsigned int) override {}
-    void ProcessCurrentState(unsigned int, const CurrentState&) override {}
-    void ProcessOffers(unsigned int, const Offers&) override {}
-    void ProcessLatestRecords(unsigned int, const LatestRecords&) override {}
     void RequestRefused(unsigned int, std::wstring_view) override { ++m_faults; }
     void RequestEnded(unsigned int) override { ++m_faults; }
 

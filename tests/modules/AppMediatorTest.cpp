@@ -28,19 +28,3 @@ TEST(AppMediatorTest, StopWorkEndsWhatWasToBeKept)
     // Forgotten, so a second end of work finds nothing.
     mediator.StopWork();
 }
-
-TEST(AppMediatorTest, StopWorkSparesWhatWasLetGo)
-{
-    const TemporaryFolder folder;
-    const auto pipe = folder / "pipe";
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    TestMediator mediator;
-    const std::wstring path = WidePath::ToWide(pipe);
-    ASSERT_TRUE(
-        mediator.OpenProcess(L"sh", L"-c \"read line < " + path + L"; echo $line > " + path + L"\"", false));
-    mediator.StopWork();
-    std::ofstream(pipe) << "alive\n";
-    std::string line;
-    std::ifstream(pipe) >> line;
-    EXPECT_EQ(line, "alive");
-}

@@ -1,27 +1,19 @@
 #include "contract_kit/ConsumerContract.h"
 
-#include "modules/ConsumerBase.h"
 #include "modules/RequestIdGenerator.h"
-
-#include <algorithm>
-#include <map>
-#include <mutex>
+#include "support/IdleConsumer.h"
 
 namespace {
 
-/// As small as a consumer can be: one subscription an asset, counting what comes.
-class CountingConsumer : public ConsumerBase {
+/// As small as a consumer can be: one subscription an asset.
+class ShowingConsumer : public IdleConsumer {
 public:
-    CountingConsumer() : ConsumerBase(EGenericModuleNone, L"Licznik", L"") {}
-    ~CountingConsumer() override { CountingConsumer::OnStopWork(); }
+    ShowingConsumer() : IdleConsumer(L"Licznik") {}
+    ~ShowingConsumer() override { ShowingConsumer::OnStopWork(); }
 
     void Show(const Asset& a_asset)
     {
         const unsigned int number = m_numbers.GetNextRequestId();
-        {
-            const std::lock_guard lock(m_mutex);
-            m_counts[number] = 0;
-        }
         if (a_asset.GetProvider()->StartSubscription({this, number, a_asset, RequestParams(15, true)}))
             m_shown.emplace_back(number, a_asset);
         else
@@ -36,39 +28,15 @@ public:
             return true;
         });
     }
-
-    HICON GetTitleBarIconHandle() override { return nullptr; }
     void OnStopWork() override
     {
         while (!m_shown.empty())
             Hide(Asset(m_shown.front().second));
     }
-    void ProcessOperations(unsigned int a_requestId, const HistoryOperations&) override
-    {
-        Count(a_requestId);
-    }
-    void ProcessHistory(unsigned int a_requestId, History&&) override { Count(a_requestId); }
-    void ProcessHistoryEnd(unsigned int a_requestId) override { Count(a_requestId); }
-    void ProcessSynchronization(unsigned int a_requestId, Synchronization&&) override { Count(a_requestId); }
-    void ProcessRecord(unsigned int a_requestId, const Record&) override { Count(a_requestId); }
-    void ProcessCurrentState(unsigned int a_requestId, const CurrentState&) override { Count(a_requestId); }
-    void ProcessOffers(unsigned int a_requestId, const Offers&) override { Count(a_requestId); }
-    void ProcessLatestRecords(unsigned int a_requestId, const LatestRecords&) override { Count(a_requestId); }
-    void RequestRefused(unsigned int a_requestId, std::wstring_view) override { Count(a_requestId); }
-    void RequestEnded(unsigned int a_requestId) override { Count(a_requestId); }
 
 private:
-    void Count(unsigned int a_requestId)
-    {
-        const std::lock_guard lock(m_mutex);
-        if (const auto known = m_counts.find(a_requestId); known != m_counts.end())
-            ++known->second;
-    }
-
     RequestIdGenerator m_numbers;
     std::vector<std::pair<unsigned int, Asset>> m_shown; // main thread
-    std::mutex m_mutex;
-    std::map<unsigned int, int> m_counts; // under m_mutex
 };
 
 class CountingSubject : public ConsumerSubject {
@@ -78,7 +46,7 @@ public:
     void Hide(const Asset& a_asset) override { m_consumer.Hide(a_asset); }
 
 private:
-    CountingConsumer m_consumer;
+    ShowingConsumer m_consumer;
 };
 
 } // namespace

@@ -131,14 +131,3 @@ TEST(PluginBaseTest, TheMainThreadIsTheMediators)
     EXPECT_TRUE(text.starts_with("PluginBase::CheckMainThreadCondition\t")) << text;
     EXPECT_TRUE(text.ends_with("Wywołanie operacji z wątku który nie jest wątkiem głównym"_cp1250)) << text;
 }
-
-TEST(PluginBaseTest, AnotherThreadBecomesTheMainOneByConstructingTheMediator)
-{
-    bool passed = false;
-    std::thread([&passed] {
-        const TestMediator mediator;
-        PluginBase::CheckMainThreadCondition();
-        passed = true;
-    }).join();
-    EXPECT_TRUE(passed);
-}

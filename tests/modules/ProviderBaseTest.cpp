@@ -97,15 +97,6 @@ TEST(ProviderBaseTest, MessagesEndInAFullStop)
                                     L"Giełda:\n\nBrak danych\n", L"Giełda:\n\n.", L"Giełda:\n\nCzemu?."}));
 }
 
-TEST(ProviderBaseTest, WithoutWindowsThereIsNothingToSave)
-{
-    TestProvider provider(L"Giełda");
-    EXPECT_FALSE(provider.SaveObjectAvailable());
-    EXPECT_TRUE(provider.SaveWindowToFile(nullptr, L"/nie/ma/takiego", 0));
-    EXPECT_FALSE(std::filesystem::exists("/nie/ma/takiego"));
-    EXPECT_TRUE(provider.ShowLoginDlg(nullptr));
-}
-
 TEST(ProviderBaseTest, InitSetsUpTheHistoryBelowTheModulesName)
 {
     Folders folders;

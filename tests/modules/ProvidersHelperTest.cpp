@@ -92,20 +92,3 @@ TEST(ProvidersHelperTest, TheFirstFailureIsTheOneLogged)
         EXPECT_EQ(log.lines, lines);
     }
 }
-
-TEST(SubscribeTest, ASubscriptionIsItsConsumerAndItsNumber)
-{
-    TestProvider provider(L"Giełda");
-    std::array<CheckingConsumer, 2> consumers;
-    const Asset first(&provider, "A", "A", "GPW", "PL1");
-    const Asset second(&provider, "B", "B", "GPW", "PL2");
-    const Subscribe::StartParams running(&consumers[0], 7, first, RequestParams(2));
-
-    const auto stop = [&](std::size_t a_consumer, unsigned int a_number, const Asset& a_asset) {
-        return Subscribe::StopParams(&consumers.at(a_consumer), a_number, a_asset, std::nullopt);
-    };
-    EXPECT_TRUE(stop(0, 7, first).Suit(running));
-    EXPECT_TRUE(stop(0, 7, second).Suit(running));
-    EXPECT_FALSE(stop(0, 8, first).Suit(running));
-    EXPECT_FALSE(stop(1, 7, first).Suit(running));
-}

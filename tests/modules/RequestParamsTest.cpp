@@ -42,17 +42,6 @@ TEST(RequestParamsTest, OnlyHistoryIsHeldAgainstRangeAndInterval)
     }
 }
 
-TEST(RequestParamsTest, DatesComeInUnchangedAndAreSetByDay)
-{
-    const NDateTime noon(2021, 3, 2, 12, 0, 0, 9);
-    RequestParams params(8, EIntervalDay, 1, RangeData::Dates{noon, S_to}, true);
-    EXPECT_EQ(params.GetDates().from.ToDouble(), noon.ToDouble());
-    EXPECT_FALSE(params.SetDates(S_to, S_from));
-    EXPECT_EQ(params.GetDates().from.ToDouble(), noon.ToDouble());
-    EXPECT_TRUE(params.SetDates(RangeData::Dates{noon, S_to}));
-    EXPECT_EQ(params.GetDates().from.ToDouble(), 44257.0);
-}
-
 TEST(RequestParamsTest, StoredFormReadsBack)
 {
     const RequestParams written(13, EIntervalMinute, 15, NDateTime(2021, 3, 1, 9, 30, 0, 7), S_to, true);

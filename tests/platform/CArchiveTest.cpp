@@ -1,14 +1,9 @@
 #include "platform/CArchive.h"
 #include "platform/CArchiveException.h"
 #include "platform/CMemFile.h"
+#include "support/Testing.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <string>
-#include <vector>
 
 // Serial classes stand in the global namespace, as those of the plug-ins do.
 

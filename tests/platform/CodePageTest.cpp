@@ -1,10 +1,6 @@
 #include "platform/CodePage.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 TEST(CodePageTest, EveryByteStringSurvivesWideText)
 {

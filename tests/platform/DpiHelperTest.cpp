@@ -1,8 +1,6 @@
 #include "platform/DpiHelper.h"
 
-#include <gtest/gtest.h>
-
-#include <limits>
+#include "support/Testing.h"
 
 TEST(DpiHelperTest, StoredNumbersSurviveEveryScreen)
 {

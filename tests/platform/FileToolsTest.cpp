@@ -1,17 +1,9 @@
 #include "platform/FileTools.h"
 
 #include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <sys/stat.h>
-
-#include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <set>
-#include <string>
 
 namespace {
 

@@ -1,16 +1,7 @@
 #include "platform/OleDate.h"
 #include "platform/COleDateTime.h"
 #include "platform/HResultCategory.h"
-
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <cmath>
-#include <limits>
-#include <optional>
-#include <random>
-#include <tuple>
-#include <utility>
+#include "support/Testing.h"
 
 namespace {
 
@@ -50,20 +41,6 @@ bool SurvivesRoundTrip(const CalendarParts& a_parts)
         (static_cast<double>(a_parts.hour) * 3600 + a_parts.minute * 60.0 + a_parts.second) / 86400.0;
     const auto back = OleDate::ToCalendar(day >= 0.0 ? day + fraction : day - fraction);
     return back && Tuple(*back) == Tuple(a_parts);
-}
-
-// The days below zero, whose time of day is subtracted; the whole calendar follows.
-TEST(OleDateTest, TimesOfDay)
-{
-    const std::pair<double, CalendarParts> cases[] = {
-        {-1.25, Parts(1899, 12, 29, 6)}, {-1.75, Parts(1899, 12, 29, 18)}, {44437.5, Parts(2021, 8, 29, 12)}};
-    for (const auto& [number, parts] : cases) {
-        SCOPED_TRACE(number);
-        const auto read = OleDate::ToCalendar(number);
-        ASSERT_TRUE(read);
-        EXPECT_EQ(Tuple(*read), Tuple(parts));
-        EXPECT_EQ(FromParts(parts)->value, number);
-    }
 }
 
 TEST(OleDateTest, EveryDayOfTheCalendarFollowsTheOneBefore)

@@ -1,9 +1,6 @@
 #include "platform/TimeZone.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <random>
+#include "support/Testing.h"
 
 namespace {
 

@@ -2,11 +2,7 @@
 
 #include "platform/Handles.h"
 #include "platform/ModulePath.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 TEST(UserFoldersTest, DocumentsOfTheDesktopsFile)
 {

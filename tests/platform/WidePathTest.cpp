@@ -1,9 +1,6 @@
 #include "platform/WidePath.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
+#include "support/Testing.h"
 
 TEST(WidePathTest, EveryFileNameSurvivesWideText)
 {

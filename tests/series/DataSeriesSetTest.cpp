@@ -276,16 +276,3 @@ TEST(DataSeriesSetTest, UnfitColumnsAreRefusedBeforeTheyAreTouched)
     candles.AddNewSeries(Volume, {1.0, 2.0});
     EXPECT_TRUE(refuses(candles, 5)) << "a short column";
 }
-
-TEST(DataSeriesSetTest, ReservesOnlyWhileEmpty)
-{
-    DataSeriesSet set = MakeTicks(2);
-    const std::size_t before = set.Capacity();
-    set.ReserveSize(1000);
-    EXPECT_EQ(before, set.Capacity());
-    set.RemoveAllRecords();
-    set.ReserveSize(1000);
-    EXPECT_LE(1000U, set.Capacity());
-    EXPECT_LE(1000U, set.find(Volume)->second.capacity());
-    EXPECT_EQ(2U, set.SeriesCount());
-}

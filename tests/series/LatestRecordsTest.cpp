@@ -12,75 +12,43 @@ namespace {
 
 using kalvento::tests::At;
 using kalvento::tests::RaisedText;
-using testing::ElementsAre;
 
-class LatestRecordsTest : public testing::Test {
-protected:
-    void Batch(unsigned long a_recordType, double a_price)
-    {
-        m_records.SetTransaction(a_recordType, At(9, 0), a_price, 1.0);
-    }
-    void Live(double a_price) { m_records.AddTransaction(At(9, 0), a_price, 1.0); }
-    std::vector<double> Prices() const
-    {
+// A batch keeps all that it brings, in its order; live rows go in front, and the list settles at one above the limit, or at the
+// length of the batch where that is more.
+TEST(LatestRecordsTest, AnyRunOfCallsFollowsAPlainList)
+{
+    std::mt19937 random(4);
+    LatestRecords records;
+    std::vector<double> model;
+    bool isWhole = records.ReceivedAllRecords();
+    for (int step = 0; step < 3000; ++step) {
+        const auto type = static_cast<unsigned long>(random() % 20);
+        if (random() % 200 < 100) {
+            records.AddTransaction(At(9, 0), step, 1.0);
+            const std::size_t most = std::max<std::size_t>(model.size(), LatestRecords::RecordsLimit + 1);
+            model.insert(model.begin(), step);
+            model.resize(std::min(model.size(), most));
+        } else if (type < 16) {
+            const unsigned long place = type < 14   ? 0
+                                        : type < 15 ? 1 + 2 * (random() % 2)
+                                                    : 2; // within, begins, ends
+            records.SetTransaction(place, At(9, 0), step, 1.0);
+            if (place % 2 == 1)
+                model.clear();
+            model.push_back(step);
+            isWhole = place == 0 ? isWhole : place >= 2;
+        } else {
+            const unsigned long unknown = type == 16 ? ~0UL : type == 17 ? 0x100000001UL : 4UL;
+            const std::string text =
+                RaisedText<KalventoException>([&] { records.SetTransaction(unknown, At(9, 0), step, 1.0); });
+            EXPECT_NE(text.find("Niepoprawny typ rekordu."_cp1250), std::string::npos);
+        }
         std::vector<double> prices;
-        for (const LatestRecords::LastRecord& record : m_records)
+        for (const LatestRecords::LastRecord& record : records)
             prices.push_back(record.price);
-        return prices;
+        ASSERT_EQ(prices, model) << step;
+        ASSERT_EQ(records.ReceivedAllRecords(), isWhole) << step;
     }
-
-    LatestRecords m_records;
-};
-
-TEST_F(LatestRecordsTest, ABatchKeepsAllThatItBrings)
-{
-    Live(99);
-    Batch(1, 1);
-    for (int within = 2; within < 30; ++within)
-        Batch(0, within);
-    EXPECT_FALSE(m_records.ReceivedAllRecords());
-    Batch(2, 30);
-    EXPECT_TRUE(m_records.ReceivedAllRecords());
-    ASSERT_EQ(m_records.GetTransactionCount(), 30U);
-    EXPECT_EQ(m_records.begin()->price, 1.0);
-    EXPECT_EQ(m_records.rbegin()->price, 30.0);
-
-    Batch(1, 5);
-    EXPECT_FALSE(m_records.ReceivedAllRecords()) << "the next batch begins anew";
-    EXPECT_THAT(Prices(), ElementsAre(5));
-    Batch(3, 6);
-    EXPECT_TRUE(m_records.ReceivedAllRecords());
-    EXPECT_THAT(Prices(), ElementsAre(6));
-}
-
-TEST_F(LatestRecordsTest, AnUnknownPlaceInABatchChangesNothing)
-{
-    Batch(3, 6);
-    for (const unsigned long type : {4UL, 0x100000001UL, ~0UL}) {
-        const std::string text = RaisedText<KalventoException>([&] { Batch(type, 1); });
-        EXPECT_NE(text.find("LatestRecords::SetTransaction\t"), std::string::npos);
-        EXPECT_NE(text.find("Niepoprawny typ rekordu."_cp1250), std::string::npos);
-        EXPECT_THAT(Prices(), ElementsAre(6));
-        EXPECT_TRUE(m_records.ReceivedAllRecords());
-    }
-}
-
-TEST_F(LatestRecordsTest, LiveTransactionsSettleAtOneAboveTheLimit)
-{
-    for (int price = 1; price <= 12; ++price)
-        Live(price);
-    EXPECT_THAT(Prices(), ElementsAre(12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2));
-}
-
-TEST_F(LatestRecordsTest, ALongBatchKeepsItsLengthUnderLiveTransactions)
-{
-    for (int price = 1; price <= 20; ++price)
-        Batch(0, price);
-    Live(100);
-    Live(101);
-    ASSERT_EQ(m_records.GetTransactionCount(), 20U);
-    EXPECT_EQ(m_records.begin()->price, 101.0);
-    EXPECT_EQ(m_records.rbegin()->price, 18.0);
 }
 
 TEST(DataSheetItemTest, OnlyTheExactKindIsPegged)

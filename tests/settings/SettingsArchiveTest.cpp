@@ -2,20 +2,16 @@
 
 #include "platform/CMemFile.h"
 #include "platform/CodePage.h"
+#include "support/RaisedText.h"
 #include "support/Testing.h"
 
 namespace {
 
-/// What the action raises as std::runtime_error and nothing more special.
+/// What the action raises.
 template<class Action>
 std::string Refusal(Action a_action)
 {
-    try {
-        a_action();
-    } catch (const std::runtime_error& failure) {
-        return typeid(failure) == typeid(std::runtime_error) ? failure.what() : "another exception";
-    }
-    return "nothing raised";
+    return kalvento::tests::RaisedText<std::runtime_error>(a_action);
 }
 
 TEST(SettingsArchiveTest, AValueThatMayBeAbsentAsksForItsDirectionFirst)

@@ -1,4 +1,3 @@
-#include "settings/Settings.h"
 #include "support/Testing.h"
 #include "time/IntervalAndMultiplicity.h"
 #include "time/IntervalTranslator.h"
@@ -49,33 +48,12 @@ TEST(IntervalsTest, WhatHangsOnEachInterval)
 
 TEST(IntervalsTest, Ticks)
 {
-    for (const unsigned int number : {0U, 1U, 2U}) {
-        for (const unsigned int multiplicity : {0U, 1U, 2U, S_max}) {
-            SCOPED_TRACE(std::to_string(number) + " times " + std::to_string(multiplicity));
-            const IntervalAndMultiplicity pair(static_cast<EInterval>(number), multiplicity);
-            EXPECT_EQ(pair.IsTick(), number == 1 && multiplicity != 0);
-            EXPECT_EQ(pair.IsSingleTick(), number == 1 && multiplicity == 1);
-            EXPECT_EQ(pair.IsNTick(), number == 1 && multiplicity > 1);
-        }
-    }
+    using Interval = IntervalAndMultiplicity;
+    EXPECT_TRUE(Interval(EIntervalTick, 1).IsSingleTick() && !Interval(EIntervalTick, 1).IsNTick());
+    EXPECT_TRUE(Interval(EIntervalTick, S_max).IsNTick() && !Interval(EIntervalTick, S_max).IsSingleTick());
+    EXPECT_FALSE(Interval(EIntervalTick, 0).IsTick() || Interval(EIntervalSecond, 1).IsTick());
     // The count is printed as signed.
     EXPECT_EQ(IntervalTranslator::ToDescription(EIntervalTick, S_max), L"-1 tick");
-}
-
-TEST(IntervalsTest, SerialisedPair)
-{
-    for (const auto& pair : {IntervalAndMultiplicity(), IntervalAndMultiplicity(EIntervalMinute, 5),
-                             IntervalAndMultiplicity(EIntervalTick, S_max)}) {
-        Settings settings;
-        pair.SerializeState(settings);
-        EXPECT_TRUE(IntervalAndMultiplicity(settings).Equals(pair));
-    }
-    Settings stored;
-    stored["Interval"] = 4;
-    stored["Multipl"] = 12;
-    EXPECT_TRUE(IntervalAndMultiplicity(stored).Equals(EIntervalHour, 12));
-    const Settings nothing;
-    EXPECT_TRUE(IntervalAndMultiplicity(nothing).IsEmpty());
 }
 
 } // namespace

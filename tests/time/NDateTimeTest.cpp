@@ -14,17 +14,13 @@ namespace {
 constexpr double S_second = 1.0 / 86400.0;
 constexpr double S_half = S_second / 2;
 
-auto Fields(const NDateTime& a_time)
-{
-    return std::tuple(a_time.GetYear(), a_time.GetMonth(), a_time.GetDay(), a_time.GetHour(),
-                      a_time.GetMinute(), a_time.GetSecond(), a_time.GetMilliSec(), a_time.GetDayOfYear());
-}
+// Year, month, day, hour, minute, second, counter, day of the year.
+using Eight = std::array<unsigned long, 8>;
 
-auto MakeFields(unsigned long a_year, unsigned long a_month, unsigned long a_day, unsigned long a_hour,
-                unsigned long a_minute, unsigned long a_second, unsigned long a_counter,
-                unsigned long a_dayOfYear)
+Eight Fields(const NDateTime& a_time)
 {
-    return std::tuple(a_year, a_month, a_day, a_hour, a_minute, a_second, a_counter, a_dayOfYear);
+    return Eight{a_time.GetYear(),   a_time.GetMonth(),  a_time.GetDay(),      a_time.GetHour(),
+                 a_time.GetMinute(), a_time.GetSecond(), a_time.GetMilliSec(), a_time.GetDayOfYear()};
 }
 
 NDateTime Reload(const NDateTime& a_time)
@@ -102,7 +98,7 @@ TEST(NDateTimeTest, GreatCountersRoundUpWhenReadAgain)
         SCOPED_TRACE(counter);
         const bool isUp = counter >= 57871;
         NDateTime time(2021, 12, 31, 23, 59, 59, counter);
-        EXPECT_EQ(Fields(time), MakeFields(2021, 12, 31, 23, 59, 59, counter, 365));
+        EXPECT_EQ(Fields(time), (Eight{2021, 12, 31, 23, 59, 59, counter, 365}));
         EXPECT_EQ(NDateTime::FromDouble(time.ToDouble()).GetYear(), isUp ? 2022U : 2021U);
         EXPECT_EQ(NDateTime::FromCOle(time.ToOle()).GetSecond(), isUp ? 0U : 59U);
         EXPECT_EQ(time.GetDayOfWeek(), isUp ? 7 : 6);
@@ -110,12 +106,12 @@ TEST(NDateTimeTest, GreatCountersRoundUpWhenReadAgain)
 
         NDateTime byDays = time;
         byDays.ShiftDays(1);
-        EXPECT_EQ(Fields(byDays), isUp ? MakeFields(2022, 1, 2, 23, 59, 59, counter, 2)
-                                       : MakeFields(2022, 1, 1, 23, 59, 59, counter, 1));
+        EXPECT_EQ(Fields(byDays), isUp ? (Eight{2022, 1, 2, 23, 59, 59, counter, 2})
+                                       : (Eight{2022, 1, 1, 23, 59, 59, counter, 1}));
         NDateTime bySeconds = time;
         bySeconds.ShiftSec(0);
-        EXPECT_EQ(Fields(bySeconds), isUp ? MakeFields(2022, 1, 1, 0, 0, 0, counter, 1)
-                                          : MakeFields(2021, 12, 31, 23, 59, 59, counter, 365));
+        EXPECT_EQ(Fields(bySeconds), isUp ? (Eight{2022, 1, 1, 0, 0, 0, counter, 1})
+                                          : (Eight{2021, 12, 31, 23, 59, 59, counter, 365}));
     }
 }
 
@@ -152,7 +148,7 @@ TEST(NDateTimeTest, NumbersOutsideOfTheCalendarAreInvalidAndHarmless)
     for (const double number : {-657435.0, 2958466.0, 1e18, -1e18, 1e300, -1e300, inf, -inf, std::nan("")}) {
         SCOPED_TRACE(number);
         const auto time = NDateTime::FromDouble(number);
-        EXPECT_EQ(Fields(time), MakeFields(0, 0, 0, 0, 0, 0, 0, 0));
+        EXPECT_EQ(Fields(time), (Eight{0, 0, 0, 0, 0, 0, 0, 0}));
         EXPECT_FALSE(time.IsValid());
         const auto ole = NDateTime::FromCOle(COleDateTime(number, COleDateTime::valid));
         EXPECT_FALSE(ole.IsValid());
@@ -218,14 +214,14 @@ TEST(NDateTimeTest, UnreadableShiftsLeaveAllOnes)
 {
     NDateTime byDays(9999, 12, 31, 10, 20, 30, 40);
     byDays.ShiftDays(1);
-    EXPECT_EQ(Fields(byDays), MakeFields(4095, 15, 31, 10, 20, 30, 40, 511));
+    EXPECT_EQ(Fields(byDays), (Eight{4095, 15, 31, 10, 20, 30, 40, 511}));
     EXPECT_TRUE(byDays.IsValid()) << "only the constructors and SetTime set the status";
     NDateTime bySeconds(9999, 12, 31, 23, 59, 59, 40);
     bySeconds.ShiftSec(1);
-    EXPECT_EQ(Fields(bySeconds), MakeFields(4095, 15, 31, 31, 63, 63, 40, 511));
+    EXPECT_EQ(Fields(bySeconds), (Eight{4095, 15, 31, 31, 63, 63, 40, 511}));
     NDateTime invalid(2021, 2, 30, 1, 2, 3, 4);
     invalid.ShiftDays(1);
-    EXPECT_EQ(Fields(invalid), MakeFields(4095, 15, 31, 1, 2, 3, 4, 511));
+    EXPECT_EQ(Fields(invalid), (Eight{4095, 15, 31, 1, 2, 3, 4, 511}));
     for (const int days : {std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
         NDateTime far(2021, 3, 1);
         far.ShiftDays(days);
@@ -241,7 +237,7 @@ TEST(NDateTimeTest, ShiftMilliSecStepsFieldAndNumber)
     for (const unsigned long counter : {65535UL, 0UL}) {
         const double before = time.ToDouble();
         time.ShiftMilliSec();
-        EXPECT_EQ(Fields(time), MakeFields(2021, 3, 1, 10, 0, 0, counter, 60));
+        EXPECT_EQ(Fields(time), (Eight{2021, 3, 1, 10, 0, 0, counter, 60}));
         EXPECT_GT(time.ToDouble(), before);
     }
     EXPECT_EQ(NDateTime::ShiftDoubleByMilliSec(2.0, -3), 2.0 - 3 / 1e10);
@@ -257,7 +253,7 @@ TEST(NDateTimeTest, SetTime)
     EXPECT_EQ(Fields(time), Fields(before));
     EXPECT_EQ(time.ToDouble(), before.ToDouble());
     time.SetTime(23, 59, 58);
-    EXPECT_EQ(Fields(time), MakeFields(2021, 3, 1, 23, 59, 58, 5, 60));
+    EXPECT_EQ(Fields(time), (Eight{2021, 3, 1, 23, 59, 58, 5, 60}));
     EXPECT_EQ(time.ToDouble(), NDateTime(2021, 3, 1, 23, 59, 58, 0).ToDouble())
         << "the counter's share is lost";
     // An empty date takes a time, a wrong one keeps wrong.

@@ -166,39 +166,27 @@ TEST(LogAllExceptionsTest, TellsTypeAndText)
                                             HasSubstr("OddType"), EndsWith(": Brak wyj\xB9tku w locie")));
 }
 
-TEST(LogAllExceptionsTest, UnwindsCauses)
+TEST(LogAllExceptionsTest, UnwindsCausesButNotForEver)
 {
-    const LogWatch listener;
-    LogWhat([] {
-        try {
+    for (const int depth : {2, 1000}) {
+        std::exception_ptr last = std::make_exception_ptr(OddType());
+        for (int level = 0; level < depth; ++level) {
             try {
-                throw OddType();
+                try {
+                    std::rethrow_exception(last);
+                } catch (...) {
+                    std::throw_with_nested(std::runtime_error("level " + std::to_string(level)));
+                }
             } catch (...) {
-                std::throw_with_nested(std::runtime_error("inner"));
+                last = std::current_exception();
             }
-        } catch (...) {
-            std::throw_with_nested(std::logic_error("outer"));
         }
-    });
-    EXPECT_THAT(listener.lines,
-                ElementsAre(HasSubstr(": outer"), HasSubstr(": inner"), HasSubstr("OddType")));
-}
-
-TEST(LogAllExceptionsTest, EndlessCausesEnd)
-{
-    std::exception_ptr last = std::make_exception_ptr(OddType());
-    for (int depth = 0; depth < 1000; ++depth) {
-        try {
-            try {
-                std::rethrow_exception(last);
-            } catch (...) {
-                std::throw_with_nested(std::runtime_error("again"));
-            }
-        } catch (...) {
-            last = std::current_exception();
+        const LogWatch listener;
+        LogWhat([&last] { std::rethrow_exception(last); });
+        EXPECT_LT(listener.lines.size(), 50U);
+        if (depth == 2) {
+            EXPECT_THAT(listener.lines,
+                        ElementsAre(HasSubstr(": level 1"), HasSubstr(": level 0"), HasSubstr("OddType")));
         }
     }
-    const LogWatch listener;
-    LogWhat([&last] { std::rethrow_exception(last); });
-    EXPECT_LT(listener.lines.size(), 50U);
 }

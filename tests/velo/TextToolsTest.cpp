@@ -33,16 +33,6 @@ TEST(StringTest, LowerCaseIsThatOfTheCodePage)
     }
 }
 
-TEST(StringTest, Conversions)
-{
-    EXPECT_EQ(String::AnsiToWide("\xB3"), L"ł");
-    EXPECT_EQ(String::Utf8ToWide("\xC5\x82"), L"ł");
-    EXPECT_EQ(boost::json::serialize(String::WideToJsonUtf8(L"a\"ł")), "\"a\\\"\xC5\x82\"");
-    EXPECT_EQ(std::wstring(ConverterMultiByteToWideChar("\xB3 x")), L"ł x");
-    EXPECT_EQ(&String::EmptyString(), &String::EmptyString());
-    EXPECT_NE(String::NullString(), String::EmptyString());
-}
-
 TEST(UniqueMessageTest, OneNumberForAName)
 {
     const UniqueMessage first(L"ConnectToConsumerWindow");

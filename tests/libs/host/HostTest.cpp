@@ -1,6 +1,5 @@
 #include "host/Host.h"
 
-#include "support/TemporaryFolder.h"
 #include "host/HostMediator.h"
 #include "host/IHostView.h"
 #include "host/MainThreadExecutor.h"
@@ -9,21 +8,12 @@
 #include "modules/ProviderBase.h"
 #include "platform/WidePath.h"
 #include "settings/KalventoPaths.h"
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <dlfcn.h>
-
-#include <bit>
-#include <chrono>
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace kalvento::host {
 namespace {

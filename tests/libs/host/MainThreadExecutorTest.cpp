@@ -1,19 +1,8 @@
 #include "host/MainThreadExecutor.h"
 
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <poll.h>
-
-#include <array>
-#include <atomic>
-#include <chrono>
-#include <cstddef>
-#include <memory>
-#include <optional>
-#include <stdexcept>
-#include <thread>
-#include <utility>
-#include <vector>
 
 namespace kalvento::host {
 namespace {
@@ -129,12 +118,6 @@ TEST(MainThreadExecutorTest, ShutdownFreesAWaitingWorker)
         executor.RunPending();
         EXPECT_FALSE(isCalled) << "the caller's stack has gone";
     }
-}
-
-TEST(MainThreadExecutorTest, ADeadlineEndsTheLoop)
-{
-    MainThreadExecutor executor;
-    EXPECT_FALSE(executor.RunUntil([] { return false; }, std::chrono::steady_clock::now()));
 }
 
 } // namespace

@@ -1,11 +1,7 @@
 #include "provider_kit/SessionState.h"
 
 #include "StoreTestTools.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
+#include "support/Testing.h"
 
 using kalvento::internal::SessionState;
 

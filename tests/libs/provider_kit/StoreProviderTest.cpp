@@ -1,23 +1,15 @@
 #include "provider_kit/StoreProvider.h"
 
 #include "StoreTestTools.h"
-#include "folding/AggregatorWrapper.h"
 #include "assets/AssetParams.h"
 #include "assets/AssetsGroup.h"
 #include "contract_kit/CheckingConsumer.h"
 #include "contract_kit/TestMediator.h"
+#include "folding/AggregatorWrapper.h"
 #include "modules/RequestParams.h"
 #include "modules/Subscribe.h"
 #include "provider_kit/DamagedData.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <atomic>
-#include <bit>
-#include <condition_variable>
-#include <optional>
-#include <random>
+#include "support/Testing.h"
 
 namespace {
 

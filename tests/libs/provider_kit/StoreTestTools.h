@@ -2,14 +2,7 @@
 
 #include "provider_kit/StoreProvider.h"
 #include "support/MemoryStore.h"
-
-#include <cmath>
-#include <cstddef>
-#include <map>
-#include <memory>
-#include <string>
-#include <thread>
-#include <utility>
+#include "support/Testing.h"
 
 /// Ticks of one instrument: so many a day, on days that cross weeks, a month and a year.
 struct TickMaker {

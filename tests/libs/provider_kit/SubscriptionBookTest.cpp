@@ -3,12 +3,7 @@
 #include "contract_kit/CheckingConsumer.h"
 #include "contract_kit/TestProvider.h"
 #include "modules/RequestParams.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <stdexcept>
-#include <thread>
+#include "support/Testing.h"
 
 // What the contract suites can't see from outside: the moment of the last callback.
 TEST(SubscriptionBookTest, TheNumberIsFreeInTheLastCallbackAndAStopWaitsForIt)

@@ -1,15 +1,7 @@
 #include "sql_store/SqlRowForm.h"
 
 #include "sql_store/SqlAddress.h"
-
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cstdint>
-#include <limits>
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 TEST(SqlRowFormTest, NumbersComeBackBitForBit)
 {

@@ -1,21 +1,14 @@
 #include "sql_store/SqlStore.h"
 
+#include "sql_store/SqlWriter.h"
 #include "support/PostgresCluster.h"
 #include "support/SqlTestTools.h"
-#include "sql_store/SqlWriter.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <netinet/in.h>
 #include <pqxx/pqxx>
 #include <sys/socket.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <atomic>
-#include <cstring>
-#include <limits>
-#include <thread>
 
 namespace {
 

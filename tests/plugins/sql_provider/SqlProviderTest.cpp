@@ -1,19 +1,14 @@
 #include "sql_provider/SqlProvider.h"
 
-#include "support/PostgresCluster.h"
-#include "support/SqlTestTools.h"
 #include "contract_kit/ProviderContract.h"
 #include "series/Synchronization.h"
 #include "sql_store/SqlWriter.h"
 #include "support/LogWatch.h"
+#include "support/PostgresCluster.h"
+#include "support/SqlTestTools.h"
+#include "support/Testing.h"
 
-#include <gtest/gtest.h>
 #include <pqxx/pqxx>
-
-#include <atomic>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
 
 namespace {
 
