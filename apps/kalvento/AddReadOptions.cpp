@@ -2,7 +2,6 @@
 
 #include "text_rows/ReadOptions.h"
 
-#include <utility>
 
 namespace kalvento::tool {
 

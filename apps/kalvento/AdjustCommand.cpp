@@ -13,7 +13,6 @@
 #include "text_rows/RowReader.h"
 
 #include <memory>
-#include <ostream>
 #include <string>
 
 namespace kalvento::tool {

@@ -2,14 +2,16 @@
 
 #include "kalvento/OpenInput.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/ToolContext.h"
+
+#include <fmt/ranges.h>
 
 #include <fstream>
 #include <istream>
+#include <ostream>
+#include <span>
 #include <stdexcept>
 #include <streambuf>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace kalvento::tool {
@@ -57,16 +59,30 @@ private:
     std::uint64_t m_count = 0;
 };
 
+/// Lets a stream write into a target.
+class TargetBuffer final : public std::streambuf {
+public:
+    explicit TargetBuffer(OutputTarget& a_target) : m_target(a_target) {}
+
+private:
+    std::streamsize xsputn(const char* a_bytes, std::streamsize a_size) override
+    {
+        m_target.Write(std::string_view(a_bytes, static_cast<std::size_t>(a_size)));
+        return a_size;
+    }
+    int_type overflow(int_type a_sign) override
+    {
+        const char sign = traits_type::to_char_type(a_sign);
+        m_target.Write(std::string_view(&sign, 1));
+        return a_sign;
+    }
+
+    OutputTarget& m_target;
+};
+
 std::string HexText(std::string_view a_bytes)
 {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const char byte : a_bytes) {
-        text += text.empty() ? "" : " ";
-        text += digits[static_cast<unsigned char>(byte) >> 4U];
-        text += digits[static_cast<unsigned char>(byte) & 0xFU];
-    }
-    return text;
+    return fmt::format("{:02x}", fmt::join(std::as_bytes(std::span(a_bytes)), " "));
 }
 
 } // namespace
@@ -113,6 +129,15 @@ BlockFile ReadBlockFile(const std::string& a_path, ToolContext& a_context)
     block.surplus = bytes.CountRest();
     block.size = bytes.GetCount();
     return block;
+}
+
+void WriteBlock(const DataSeriesSet& a_set, OutputTarget& a_target)
+{
+    TargetBuffer bytes(a_target);
+    std::ostream stream(&bytes);
+    // A full disk must show as what it is, not as a stream that went bad.
+    stream.exceptions(std::ios::badbit);
+    a_set.Write(stream);
 }
 
 std::optional<std::string> FindBadTime(const BlockFile& a_block)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalvento/ToolContext.h"
+#include "kalvento/OutputTarget.h"
 #include "series/DataSeriesSet.h"
 
 #include <cstddef>
@@ -28,6 +28,9 @@ bool IsBlockFile(const std::string& a_path);
 /// Reads a block from a file or, for "-", from the context's input. A block that ends early is read as far as it goes.
 /// Raises ToolError: EExitNoInput for what can't be opened, EExitBadData for what is no block of version 1.
 BlockFile ReadBlockFile(const std::string& a_path, ToolContext& a_context);
+
+/// Writes a block to a target, which is then to be committed by its owner.
+void WriteBlock(const DataSeriesSet& a_set, OutputTarget& a_target);
 
 /// The first time that isn't valid or falls behind the one before, as "row 17 (byte 1234): ..." with rows from 1; empty
 /// when there is none.

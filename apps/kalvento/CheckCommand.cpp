@@ -12,8 +12,8 @@
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/SeriesNames.h"
+#include "text_rows/TimeMaker.h"
 
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,6 +31,7 @@ struct CheckOptions {
 };
 
 constexpr std::size_t S_rowsAtOnce = 8192;
+constexpr std::int64_t S_daySeconds = 86400;
 
 /// The answers of a check, printed as they come.
 class Report {
@@ -197,11 +198,7 @@ void AddCheckCommand(Command a_app, ToolContext& a_context)
         .AddOption(
             "--day",
             [options](const std::string& a_text) {
-                const std::chrono::year_month_day date{
-                    std::chrono::sys_days(std::chrono::days(DayOption(a_text, "--day")))};
-                options->day =
-                    NDateTime(static_cast<unsigned long>(static_cast<int>(date.year())),
-                              static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()));
+                options->day = TimeMaker().Make(DayOption(a_text, "--day") * S_daySeconds);
             },
             "The rows must begin and end on this day")
         .TypeName("DAY");

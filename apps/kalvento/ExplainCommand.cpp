@@ -13,12 +13,12 @@
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
+#include "text_rows/TimeMaker.h"
 #include "text_rows/TimeText.h"
 
 #include <boost/json.hpp>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <memory>
 #include <optional>
@@ -51,20 +51,6 @@ struct Rows {
     std::vector<LineFate> others;             // lines that gave no row
     bool fromBlock = false;
 };
-
-NDateTime TimeOf(std::int64_t a_seconds)
-{
-    const std::int64_t ofDay = (a_seconds % S_daySeconds + S_daySeconds) % S_daySeconds;
-    const std::chrono::year_month_day date{
-        std::chrono::sys_days(std::chrono::days((a_seconds - ofDay) / S_daySeconds))};
-    return {static_cast<unsigned long>(static_cast<int>(date.year())),
-            static_cast<unsigned int>(date.month()),
-            static_cast<unsigned int>(date.day()),
-            static_cast<unsigned long>(ofDay / 3600),
-            static_cast<unsigned long>(ofDay / 60 % 60),
-            static_cast<unsigned long>(ofDay % 60),
-            0};
-}
 
 NDateTime AtClock(const NDateTime& a_day, const NDateTime& a_clock)
 {
@@ -193,9 +179,9 @@ std::string ExplainRun::CandleText(std::size_t a_candle) const
 std::vector<NDateTime> ExplainRun::Moments() const
 {
     if (const auto clock = ParseClockText(m_options.at)) {
-        const NDateTime time = TimeOf(clock->seconds);
+        const NDateTime time = TimeMaker().Make(clock->seconds);
         if (m_options.day)
-            return {TimeOf(*m_options.day * S_daySeconds + clock->seconds)};
+            return {TimeMaker().Make(*m_options.day * S_daySeconds + clock->seconds)};
         std::vector<NDateTime> moments;
         for (std::size_t row = 0; row < m_rows.sources.size(); ++row)
             if (row == 0 || !TimeOfRow(row).SameDay(TimeOfRow(row - 1)))
@@ -210,7 +196,7 @@ std::vector<NDateTime> ExplainRun::Moments() const
                             "in the zone in which candles are written");
     if (m_options.day)
         throw ToolError(EExitUsage, "--day goes with a time of day alone, and --at holds a day already");
-    return {TimeOf(whole->seconds)};
+    return {TimeMaker().Make(whole->seconds)};
 }
 
 void ExplainRun::Run()

@@ -1,13 +1,14 @@
+#include "kalvento/BlockFile.h"
 #include "kalvento/Commands.h"
 #include "kalvento/OptionValues.h"
-#include "kalvento/OutputTarget.h"
 #include "kalvento/SessionGenerator.h"
-#include "kalvento/TargetStream.h"
 #include "kalvento/Tool.h"
-#include "series/DataSeriesSet.h"
 #include "time/DateTimeTools.h"
 
+#include <fmt/compile.h>
+
 #include <chrono>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,7 +25,7 @@ struct GenerateOptions {
     std::string output;
 };
 
-/// Text of trades, a line each. Millions of them are wanted in seconds, so numbers are put in place by hand.
+/// Text of trades, a line each. Millions of them are wanted in seconds, so their form is known at compile time.
 class CsvWriter {
 public:
     CsvWriter(OutputTarget& a_target, const GenerateOptions& a_options)
@@ -42,32 +43,18 @@ public:
         if (a_trade.day != m_day) {
             m_day = a_trade.day;
             const std::chrono::year_month_day date(m_day);
-            m_date.clear();
-            Padded(m_date, static_cast<std::uint64_t>(static_cast<int>(date.year())), 4);
-            m_date += '-';
-            Padded(m_date, static_cast<unsigned int>(date.month()), 2);
-            m_date += '-';
-            Padded(m_date, static_cast<unsigned int>(date.day()), 2);
-            m_date += ' ';
+            m_date =
+                fmt::format("{:04}-{:02}-{:02}", static_cast<int>(date.year()),
+                            static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()));
         }
-        m_buffer += m_date;
-        Padded(m_buffer, a_trade.second / 3600, 2);
-        m_buffer += ':';
-        Padded(m_buffer, a_trade.second / 60 % 60, 2);
-        m_buffer += ':';
-        Padded(m_buffer, a_trade.second % 60, 2);
-        m_buffer += ',';
-        m_buffer += m_symbol;
-        const auto price =
-            static_cast<std::uint64_t>(a_trade.priceInTicks) * static_cast<std::uint64_t>(m_tick.digits);
-        Padded(m_buffer, price / m_unit, 1);
-        if (m_tick.scale > 0) {
-            m_buffer += '.';
-            Padded(m_buffer, price % m_unit, m_tick.scale);
-        }
-        m_buffer += ',';
-        Padded(m_buffer, static_cast<std::uint64_t>(a_trade.volume), 1);
-        m_buffer += '\n';
+        const auto out = std::back_inserter(m_buffer);
+        fmt::format_to(out, FMT_COMPILE("{} {:02}:{:02}:{:02},{}"), m_date, a_trade.second / 3600,
+                       a_trade.second / 60 % 60, a_trade.second % 60, m_symbol);
+        const std::int64_t price = a_trade.priceInTicks * m_tick.digits;
+        fmt::format_to(out, FMT_COMPILE("{}"), price / m_unit);
+        if (m_tick.scale > 0)
+            fmt::format_to(out, FMT_COMPILE(".{:0{}}"), price % m_unit, m_tick.scale);
+        fmt::format_to(out, FMT_COMPILE(",{}\n"), a_trade.volume);
         if (m_buffer.size() > S_flushAt)
             Flush();
     }
@@ -81,20 +68,9 @@ public:
 private:
     static constexpr std::size_t S_flushAt = 1 << 20;
 
-    static void Padded(std::string& a_text, std::uint64_t a_number, unsigned int a_digits)
-    {
-        char digits[20];
-        char* begin = std::end(digits);
-        do {
-            *--begin = static_cast<char>('0' + a_number % 10);
-            a_number /= 10;
-        } while (a_number > 0 || begin > std::end(digits) - a_digits);
-        a_text.append(begin, std::end(digits));
-    }
-
     OutputTarget& m_target;
     Decimal m_tick;
-    std::uint64_t m_unit = 1; // 10^scale of the tick
+    std::int64_t m_unit = 1; // 10^scale of the tick
     std::string m_symbol;
     std::string m_buffer;
     std::string m_date;
@@ -130,10 +106,7 @@ void WriteBlock(SessionGenerator& a_generator, const GenerateOptions& a_options,
     DataSeriesSet::Columns columns;
     columns.emplace_back(Price, std::move(prices));
     columns.emplace_back(Volume, std::move(volumes));
-    const DataSeriesSet block(EIntervalTick, 1, std::move(times), std::move(columns));
-    TargetStream stream(a_target);
-    block.Write(stream.Get());
-    stream.Finish();
+    WriteBlock(DataSeriesSet(EIntervalTick, 1, std::move(times), std::move(columns)), a_target);
 }
 
 void RunGenerate(const GenerateOptions& a_options, ToolContext& a_context)

@@ -10,7 +10,6 @@
 #include "kalvento/Tool.h"
 #include "platform/Interruption.h"
 #include "series/Series.h"
-#include "series/Synchronization.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"

@@ -3,7 +3,6 @@
 #include "kalvento/LogCollector.h"
 #include "kalvento/OpenInput.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/ToolContext.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
 

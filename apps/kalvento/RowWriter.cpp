@@ -1,16 +1,11 @@
 #include "kalvento/RowWriter.h"
 
-#include "kalvento/OutputTarget.h"
+#include "kalvento/BlockFile.h"
 #include "kalvento/TextForms.h"
-#include "series/DataSeriesSet.h"
 #include "series/Series.h"
 #include "text_rows/SeriesNames.h"
 
-#include <array>
-#include <boost/json.hpp>
 #include <cmath>
-#include <ostream>
-#include <streambuf>
 #include <utility>
 #include <vector>
 
@@ -51,7 +46,10 @@ std::string QuoteField(std::string_view a_text)
 class LineWriter : public RowWriter {
 public:
     LineWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)
-        : m_columns(OrderColumns(a_layout)), m_dateOnly(a_dateOnly), m_target(a_target)
+        : m_columns(OrderColumns(a_layout)),
+          m_symbols(a_layout.hasSymbols),
+          m_dateOnly(a_dateOnly),
+          m_target(a_target)
     {}
     void Finish() override { Flush(); }
 
@@ -68,6 +66,7 @@ protected:
     }
 
     std::vector<OutputColumn> m_columns;
+    bool m_symbols;
     bool m_dateOnly;
     std::string m_text;
 
@@ -78,7 +77,7 @@ private:
 class CsvWriter final : public LineWriter {
 public:
     CsvWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)
-        : LineWriter(a_layout, a_dateOnly, a_target), m_symbols(a_layout.hasSymbols)
+        : LineWriter(a_layout, a_dateOnly, a_target)
     {
         m_text = m_symbols ? "time,symbol" : "time";
         for (const OutputColumn& column : m_columns)
@@ -100,21 +99,15 @@ public:
             FlushIfMuch();
         }
     }
-
-private:
-    bool m_symbols;
 };
 
 class JsonWriter final : public LineWriter {
 public:
-    JsonWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)
-        : LineWriter(a_layout, a_dateOnly, a_target), m_symbols(a_layout.hasSymbols)
-    {}
+    using LineWriter::LineWriter;
 
     void Write(const RowBlock& a_rows, std::string_view a_symbol) override
     {
-        const std::string symbol =
-            m_symbols ? ",\"symbol\":" + boost::json::serialize(boost::json::string_view(a_symbol)) : "";
+        const std::string symbol = m_symbols ? ",\"symbol\":" + JsonText(a_symbol) : "";
         for (std::size_t row = 0; row < a_rows.rows; ++row) {
             m_text += "{\"time\":\"";
             AppendTime(m_text, a_rows.times[row], m_dateOnly, 'T');
@@ -133,15 +126,12 @@ public:
             FlushIfMuch();
         }
     }
-
-private:
-    bool m_symbols;
 };
 
 class TableWriter final : public LineWriter {
 public:
     TableWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)
-        : LineWriter(a_layout, a_dateOnly, a_target), m_symbols(a_layout.hasSymbols), m_table(MakeTable())
+        : LineWriter(a_layout, a_dateOnly, a_target), m_table(MakeTable())
     {}
 
     void Write(const RowBlock& a_rows, std::string_view a_symbol) override
@@ -176,29 +166,7 @@ private:
         return {std::move(heads), std::move(kinds)};
     }
 
-    bool m_symbols;
     TextTable m_table;
-};
-
-/// Lets a stream write into a target.
-class TargetBuffer final : public std::streambuf {
-public:
-    explicit TargetBuffer(OutputTarget& a_target) : m_target(a_target) {}
-
-private:
-    std::streamsize xsputn(const char* a_bytes, std::streamsize a_size) override
-    {
-        m_target.Write(std::string_view(a_bytes, static_cast<std::size_t>(a_size)));
-        return a_size;
-    }
-    int_type overflow(int_type a_sign) override
-    {
-        const char sign = traits_type::to_char_type(a_sign);
-        m_target.Write(std::string_view(&sign, 1));
-        return a_sign;
-    }
-
-    OutputTarget& m_target;
 };
 
 class BlockWriter final : public RowWriter {
@@ -224,11 +192,7 @@ public:
     {
         const DataSeriesSet set(m_layout.interval.GetInterval(), m_layout.interval.GetMultiplicity(),
                                 std::move(m_times), std::move(m_columns));
-        TargetBuffer bytes(m_target);
-        std::ostream stream(&bytes);
-        // A full disk must show as what it is, not as a stream that went bad.
-        stream.exceptions(std::ios::badbit);
-        set.Write(stream);
+        WriteBlock(set, m_target);
     }
 
 private:

@@ -6,9 +6,14 @@
 #include "series/Series.h"
 #include "series/SeriesTable.h"
 
+#include <fmt/ranges.h>
+
+#include <array>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace kalvento::tool {
 
@@ -47,48 +52,58 @@ std::string PrecisionText(const SeriesInfo& a_series)
                : "";
 }
 
+// What is told of a series, column by column; the first and the last one are numbers.
+constexpr std::array<const char*, 7> S_columns = {"no", "key", "name", "label", "group", "fold", "places"};
+using Cells = std::array<std::string, S_columns.size()>;
+
+bool IsNumber(std::size_t a_column)
+{
+    return a_column == 0 || a_column + 1 == S_columns.size();
+}
+
+Cells CellsOf(const SeriesInfo& a_series)
+{
+    return {std::to_string(a_series.id),
+            std::string(a_series.key),
+            std::string(a_series.name),
+            CodePage::WideToUtf8(a_series.label),
+            std::string(GroupText(a_series.id)),
+            std::string(FoldText(a_series.aggrType)),
+            PrecisionText(a_series)};
+}
+
 std::string TableText()
 {
-    TextTable table({"no", "key", "name", "label", "group", "fold", "places"},
-                    {TextTable::EColumnNumber, TextTable::EColumnText, TextTable::EColumnText,
-                     TextTable::EColumnText, TextTable::EColumnText, TextTable::EColumnText,
-                     TextTable::EColumnNumber});
-    for (const SeriesInfo& series : internal::SeriesTable())
-        table.Add({std::to_string(series.id), std::string(series.key), std::string(series.name),
-                   CodePage::WideToUtf8(series.label), std::string(GroupText(series.id)),
-                   std::string(FoldText(series.aggrType)), PrecisionText(series)});
+    std::vector<TextTable::EColumn> kinds;
+    for (std::size_t column = 0; column < S_columns.size(); ++column)
+        kinds.push_back(IsNumber(column) ? TextTable::EColumnNumber : TextTable::EColumnText);
+    TextTable table({S_columns.begin(), S_columns.end()}, std::move(kinds));
+    for (const SeriesInfo& series : internal::SeriesTable()) {
+        const Cells cells = CellsOf(series);
+        table.Add({cells.begin(), cells.end()});
+    }
     return table.ToText();
 }
 
 std::string CsvText()
 {
-    std::string text = "no,key,name,label,group,fold,places\n";
-    for (const SeriesInfo& series : internal::SeriesTable()) {
-        text += std::to_string(series.id);
-        const std::string label = CodePage::WideToUtf8(series.label);
-        const std::string precision = PrecisionText(series);
-        for (const std::string_view cell :
-             {series.key, series.name, std::string_view(label), GroupText(series.id),
-              FoldText(series.aggrType), std::string_view(precision)})
-            text.append(",").append(cell);
-        text += '\n';
-    }
+    std::string text = fmt::format("{}\n", fmt::join(S_columns, ","));
+    for (const SeriesInfo& series : internal::SeriesTable())
+        text += fmt::format("{}\n", fmt::join(CellsOf(series), ","));
     return text;
 }
 
 std::string JsonlText()
 {
-    const auto textOrNull = [](std::string_view a_text) {
-        return a_text.empty() ? "null" : JsonText(a_text);
-    };
     std::string text;
     for (const SeriesInfo& series : internal::SeriesTable()) {
-        const std::string precision = PrecisionText(series);
-        text += R"({"no":)" + std::to_string(series.id) + R"(,"key":)" + textOrNull(series.key) +
-                R"(,"name":)" + JsonText(series.name) + R"(,"label":)" +
-                JsonText(CodePage::WideToUtf8(series.label)) + R"(,"group":)" +
-                textOrNull(GroupText(series.id)) + R"(,"fold":)" + JsonText(FoldText(series.aggrType)) +
-                R"(,"places":)" + (precision.empty() ? "null" : precision) + "}\n";
+        const Cells cells = CellsOf(series);
+        for (std::size_t column = 0; column < cells.size(); ++column) {
+            const std::string value = IsNumber(column) ? cells[column] : JsonText(cells[column]);
+            text += fmt::format("{}\"{}\":{}", column == 0 ? '{' : ',', S_columns[column],
+                                cells[column].empty() ? "null" : value);
+        }
+        text += "}\n";
     }
     return text;
 }
