@@ -59,16 +59,10 @@ void HostMediator::AssetsChanged(ProviderBase* a_provider)
 
 void HostMediator::NotifyChangeConnectionStatus()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (std::exchange(m_statusPosted, true))
-            return;
-    }
+    if (m_statusPosted.exchange(true))
+        return;
     m_executor->Post([this] {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_statusPosted = false; // before the view asks: a change while it asks is told again
-        }
+        m_statusPosted = false; // before the view asks: a change while it asks is told again
         m_view.ConnectionStatusChanged();
     });
 }
@@ -95,20 +89,14 @@ void HostMediator::SetOperationsDidToProgress(unsigned int a_count)
 
 void HostMediator::TellProgress()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (std::exchange(m_progressPosted, true))
-            return;
-    }
+    if (m_progressPosted.exchange(true))
+        return;
     m_executor->Post([this] {
-        unsigned int done = 0;
-        unsigned int total = 0;
-        {
-            const std::lock_guard lock(m_mutex);
-            m_progressPosted = false;
-            done = m_operationsDone;
-            total = m_operationsTotal;
-        }
+        m_progressPosted = false; // before the numbers are read, as above
+        std::unique_lock lock(m_mutex);
+        const unsigned int done = m_operationsDone;
+        const unsigned int total = m_operationsTotal;
+        lock.unlock();
         m_view.Progress(done, total);
     });
 }

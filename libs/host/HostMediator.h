@@ -2,6 +2,7 @@
 
 #include "modules/IAppMediator.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -56,12 +57,12 @@ private:
     IHostView& m_view;
     const std::shared_ptr<MainThreadExecutor> m_executor;
     const std::shared_ptr<ModuleDirectory> m_directory;
-    bool m_hasExited = false; // main thread only
+    bool m_hasExited = false;                 // main thread only
+    std::atomic<bool> m_statusPosted = false; // a change of status is on its way to the view
+    std::atomic<bool> m_progressPosted = false;
 
     mutable std::mutex m_mutex; // of all below
     std::optional<int> m_exitCode;
-    bool m_statusPosted = false; // a change of status is on its way to the view
-    bool m_progressPosted = false;
     unsigned int m_operationsDone = 0;
     unsigned int m_operationsTotal = 0;
 };
