@@ -9,7 +9,6 @@
 #include "series/Synchronization.h"
 
 #include <algorithm>
-#include <memory>
 #include <optional>
 #include <utility>
 

@@ -9,7 +9,6 @@
 #include <limits>
 #include <map>
 #include <set>
-#include <stdexcept>
 #include <string_view>
 
 namespace {

@@ -9,9 +9,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <limits>
-#include <stdexcept>
 
 namespace {
 

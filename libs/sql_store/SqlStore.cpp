@@ -83,7 +83,8 @@ void SqlStore::Close()
         session->Close(); // a read that is on its way holds the object a little longer
 }
 
-void SqlStore::Read(const std::function<void(pqxx::transaction_base&)>& a_reading)
+template<class Reading>
+auto SqlStore::Read(const Reading& a_reading)
 {
     std::shared_ptr<SqlSession> session;
     {
@@ -92,14 +93,16 @@ void SqlStore::Read(const std::function<void(pqxx::transaction_base&)>& a_readin
     }
     if (!session)
         throw std::runtime_error("Baza nie jest otwarta"_cp1250);
-    session->Read(a_reading);
+    std::optional<std::invoke_result_t<Reading, pqxx::transaction_base&>> answer;
+    session->Read([&](pqxx::transaction_base& a_transaction) { answer = a_reading(a_transaction); });
+    return *std::move(answer);
 }
 
-void SqlStore::ReadOf(const std::string& a_isin,
-                      const std::function<void(pqxx::transaction_base&)>& a_reading)
+template<class Reading>
+auto SqlStore::ReadOf(const std::string& a_isin, const Reading& a_reading)
 {
     try {
-        Read(a_reading);
+        return Read(a_reading);
     } catch (const DamagedData& damage) {
         throw DamagedData("Uszkodzone dane waloru "_cp1250 + a_isin + " w bazie: "_cp1250 + damage.what());
     }
@@ -107,19 +110,16 @@ void SqlStore::ReadOf(const std::string& a_isin,
 
 std::vector<StoreInstrument> SqlStore::ReadInstruments()
 {
-    std::vector<StoreInstrument> instruments;
     if (m_address.IsEmpty())
-        return instruments;
-    Read([&](pqxx::transaction_base& a_transaction) {
-        instruments = SqlQueries::ReadInstruments(a_transaction);
-    });
-    return instruments;
+        return {};
+    return Read(
+        [](pqxx::transaction_base& a_transaction) { return SqlQueries::ReadInstruments(a_transaction); });
 }
 
 HistoryOperations SqlStore::ReadOperations(const std::string& a_isin)
 {
-    Settings list;
-    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
+    return ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
+        Settings list;
         const pqxx::result found = a_transaction.exec_params(
             "SELECT operations_version, id, kind, day_number, counter, factor FROM instruments"
             " LEFT JOIN operations ON instrument = number WHERE isin = $1 ORDER BY place",
@@ -136,39 +136,33 @@ HistoryOperations SqlStore::ReadOperations(const std::string& a_isin)
             date[NDateTime::XML_MILISECOND] = row[4].as<int>();
             operation[SingleHistoryOperation::XML_CORRECTION_FACTOR] = SqlRowForm::ReadNumber(row[5].c_str());
         }
+        return HistoryOperations(list);
     });
-    return HistoryOperations(list);
 }
 
 std::uint64_t SqlStore::GetRowCount(const std::string& a_isin)
 {
-    std::uint64_t count = 0;
-    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
-        if (const auto shape = SqlQueries::FindShape(a_transaction, a_isin))
-            count = shape->rowCount;
+    const auto shape = ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
+        return SqlQueries::FindShape(a_transaction, a_isin);
     });
-    return count;
+    return shape ? shape->rowCount : 0;
 }
 
 std::uint64_t SqlStore::FindRow(const std::string& a_isin, const NDateTime& a_time)
 {
-    std::uint64_t row = 0;
-    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
-        row = SqlQueries::FindRow(a_transaction, a_isin, a_time);
+    return ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
+        return SqlQueries::FindRow(a_transaction, a_isin, a_time);
     });
-    return row;
 }
 
 History SqlStore::ReadRows(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last)
 {
-    std::vector<NDateTime> times;
-    DataSeriesSet::Columns columns;
-    IntervalAndMultiplicity interval(EIntervalTick, 1);
-    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
+    return ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
         const auto shape = SqlQueries::FindShape(a_transaction, a_isin);
         if (!shape)
-            return;
-        interval = shape->interval;
+            return History(EIntervalTick, 1);
+        std::vector<NDateTime> times;
+        DataSeriesSet::Columns columns;
         for (const pqxx::row& row : a_transaction.exec_params(
                  "SELECT id FROM series WHERE instrument = $1 ORDER BY place", shape->number))
             columns.emplace_back(static_cast<ESeriesId>(row[0].as<std::uint32_t>()), std::vector<double>());
@@ -179,20 +173,21 @@ History SqlStore::ReadRows(const std::string& a_isin, std::uint64_t a_first, std
                        columns);
         if (a_first < last && times.size() != last - a_first)
             SqlQueries::CheckMissing(a_transaction, a_isin, *shape, a_first + times.size());
+        return History(shape->interval.GetInterval(), shape->interval.GetMultiplicity(), std::move(times),
+                       std::move(columns));
     });
-    return {interval.GetInterval(), interval.GetMultiplicity(), std::move(times), std::move(columns)};
 }
 
 std::optional<Offers> SqlStore::ReadOffers(const std::string& a_isin)
 {
-    std::optional<Offers> offers;
-    ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
+    return ReadOf(a_isin, [&](pqxx::transaction_base& a_transaction) {
+        std::optional<Offers> offers;
         const pqxx::result found = a_transaction.exec_params(
             std::string("SELECT ") + SqlRowForm::S_timeColumns +
                 ", series, values FROM books JOIN instruments ON number = instrument WHERE isin = $1",
             SqlRowForm::WriteBytes(a_isin));
         if (found.empty())
-            return;
+            return offers;
         offers.emplace();
         if (!found[0][0].is_null())
             offers->SetTime(SqlRowForm::ReadTime(found[0], 0));
@@ -204,6 +199,6 @@ std::optional<Offers> SqlStore::ReadOffers(const std::string& a_isin)
             if (ids[place] >= 0 && ids[place] <= static_cast<double>(AskOrders5))
                 offers->SetData(static_cast<ESeriesId>(ids[place]), values[place]);
         }
+        return offers;
     });
-    return offers;
 }

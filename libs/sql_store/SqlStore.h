@@ -4,16 +4,11 @@
 #include "sql_store/SqlAddress.h"
 #include "sql_store/SqlPauses.h"
 
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
 
 class SqlSession;
-
-namespace pqxx {
-class transaction_base;
-} // namespace pqxx
 
 /// Instruments and rows of a PostgreSQL database, which any number of terminals and writers (SqlWriter) share.
 ///
@@ -43,9 +38,12 @@ public:
     std::optional<Offers> ReadOffers(const std::string& a_isin) override;
 
 private:
-    void Read(const std::function<void(pqxx::transaction_base&)>& a_reading);
-    // DamagedData names the instrument.
-    void ReadOf(const std::string& a_isin, const std::function<void(pqxx::transaction_base&)>& a_reading);
+    // What a_reading(transaction) answers.
+    template<class Reading>
+    auto Read(const Reading& a_reading);
+    // The same; DamagedData names the instrument.
+    template<class Reading>
+    auto ReadOf(const std::string& a_isin, const Reading& a_reading);
 
     const SqlAddress m_address;
     const Pauses m_pauses;

@@ -10,7 +10,6 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <optional>
 #include <vector>
 
 namespace {
@@ -94,10 +93,8 @@ void CheckShape(const StoreInstrument& a_instrument)
 void CheckRows(const std::string& a_isin, const History& a_rows, const std::vector<ESeriesId>& a_series,
                const Target& a_target)
 {
-    const bool sameSeries =
-        std::equal(a_rows.begin(), a_rows.end(), a_series.begin(), a_series.end(),
-                   [](const auto& a_column, ESeriesId a_id) { return a_column.first == a_id; });
-    if (!sameSeries || !a_rows.GetIntervalData().Equals(a_target.interval))
+    if (!std::ranges::equal(a_rows, a_series, {}, &History::Column::first) ||
+        !a_rows.GetIntervalData().Equals(a_target.interval))
         throw SqlConflict("Instrument "_cp1250 + a_isin + ": wiersze o innych seriach lub interwale"_cp1250);
     for (const auto& [id, column] : a_rows) {
         if (column.size() != a_rows.GetRecordsCount())
@@ -263,8 +260,7 @@ void SqlWriter::CreateInstrument(const StoreInstrument& a_instrument)
             WriteSeries(a_transaction, target.number, a_instrument.series);
         const auto there = ReadSeriesIds(a_transaction, target.number);
         if (!target.interval.Equals(a_instrument.interval) ||
-            !std::equal(there.begin(), there.end(), a_instrument.series.begin(), a_instrument.series.end(),
-                        [](ESeriesId a_id, const DSProp& a_prop) { return a_id == a_prop.GetSeriesID(); }))
+            !std::ranges::equal(there, a_instrument.series, {}, {}, &DSProp::GetSeriesID))
             throw SqlConflict("Instrument "_cp1250 + a_instrument.isin +
                               " jest już w bazie z innymi seriami lub interwałem"_cp1250);
         a_transaction.exec_params(
