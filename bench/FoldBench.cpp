@@ -242,7 +242,8 @@ void BM_WrapperAgainstFold(benchmark::State& a_state, const Market& a_market, do
     a_state.SetItemsProcessed(a_state.iterations() * folder.count);
 }
 
-/// A candle as one would write it by hand for this one case: the same rows and the same rules for late rows and windows.
+/// A candle as one would write it by hand for this one case: the same rows and the same rules for late rows and
+/// windows.
 struct HandWrittenCandle {
     void Update(const NDateTime& a_time, double a_price, double a_volume)
     {

@@ -14,8 +14,8 @@ class App;
 class Option;
 } // namespace CLI
 
-/// The command line of a program: options, commands and their help. What parses it is known to the source of this header
-/// alone, since a file that includes the parser takes longer to compile than most commands.
+/// The command line of a program: options, commands and their help. What parses it is known to the source of this
+/// header alone, since a file that includes the parser takes longer to compile than most commands.
 namespace kalvento::tool {
 
 /// Refuses the value of an option from within a function that takes it: the program ends with help on the usage.
@@ -48,8 +48,8 @@ private:
 };
 
 /// A command with its options, or the program itself. Copies name the same one; it belongs to its CommandLine. Names of
-/// options are given together, "--output,-o"; a name without dashes takes its place on the line. Targets must outlive the
-/// parse and keep their value where the option isn't given.
+/// options are given together, "--output,-o"; a name without dashes takes its place on the line. Targets must outlive
+/// the parse and keep their value where the option isn't given.
 class Command {
 public:
     explicit Command(CLI::App* a_command) : m_command(a_command) {}

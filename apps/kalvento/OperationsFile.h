@@ -14,17 +14,17 @@ struct OperationsFile {
     std::string name;
     bool isXml = false; ///< The XML form, else the text form of a data source.
     HistoryOperations list;
-    /// What the library takes and nobody can have meant, as "line 3: ...": numbers that can't be read and so are 0, dates
-    /// that no calendar has, factors that wipe prices out, identifiers given twice.
+    /// What the library takes and nobody can have meant, as "line 3: ...": numbers that can't be read and so are 0,
+    /// dates that no calendar has, factors that wipe prices out, identifiers given twice.
     std::vector<std::string> oddities;
 };
 
-/// Reads either form, which it recognises by itself, from a file or, for "-", from the context's input. Raises ToolError:
-/// EExitNoInput for what can't be opened, EExitBadData for what the library refuses, with the line.
+/// Reads either form, which it recognises by itself, from a file or, for "-", from the context's input. Raises
+/// ToolError: EExitNoInput for what can't be opened, EExitBadData for what the library refuses, with the line.
 OperationsFile ReadOperationsFile(const std::string& a_path, ToolContext& a_context);
 
-/// Reads a list to adjust rows by; its oddities go to the context's notes. a_symbolColumn: raises ToolError (EExitUsage)
-/// where it isn't empty, since a list is that of one instrument.
+/// Reads a list to adjust rows by; its oddities go to the context's notes. a_symbolColumn: raises ToolError
+/// (EExitUsage) where it isn't empty, since a list is that of one instrument.
 HistoryOperations ReadOperationsForRows(const std::string& a_path, std::string_view a_symbolColumn,
                                         ToolContext& a_context);
 

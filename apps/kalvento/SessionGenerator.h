@@ -13,7 +13,8 @@ struct Decimal {
     std::int64_t digits = 0;
     unsigned int scale = 0; // 0 to 9
 
-    /// Digits with at most one point and at most 9 places after it, no sign; at most 15 digits. Empty for anything else.
+    /// Digits with at most one point and at most 9 places after it, no sign; at most 15 digits. Empty for anything
+    /// else.
     static std::optional<Decimal> Parse(std::string_view a_text);
 };
 
@@ -35,9 +36,9 @@ struct GeneratedTrade {
     std::int64_t volume = 0;       // > 0
 };
 
-/// Makes the trades of an invented exchange: an opening auction at 9:00, continuous trading to 16:50 that is busy at both
-/// ends of the day and comes in bursts, a closing auction at 17:00 and five minutes of trading at its price. Several trades
-/// share a second. Prices walk on the grid of ticks with about 2% a day, and leap a little overnight.
+/// Makes the trades of an invented exchange: an opening auction at 9:00, continuous trading to 16:50 that is busy at
+/// both ends of the day and comes in bursts, a closing auction at 17:00 and five minutes of trading at its price.
+/// Several trades share a second. Prices walk on the grid of ticks with about 2% a day, and leap a little overnight.
 ///
 /// Integers only: floating point and the mathematical library differ in last bits between machines, and a price that
 /// differs by a tick would make another session of the same seed. One thread at a time.
@@ -46,8 +47,8 @@ public:
     static constexpr std::uint64_t S_maxRows = 4'000'000'000;
     static constexpr std::uint64_t S_maxRowsPerSession = 100'000'000;
     static constexpr std::uint32_t S_maxSessions = 100'000;
-    /// The ordering counter of a time tells trades of one second apart with certainty only below half a second, which is
-    /// 57,870 of them.
+    /// The ordering counter of a time tells trades of one second apart with certainty only below half a second, which
+    /// is 57,870 of them.
     static constexpr std::uint32_t S_maxRowsPerSecond = 20'000;
 
     /// Raises std::invalid_argument, in English for the tool's user, for options that make no market: no rows, more

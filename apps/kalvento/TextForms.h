@@ -17,7 +17,8 @@ void AppendTime(std::string& a_text, const NDateTime& a_time, bool a_dateOnly, c
 /// The shortest decimal that reads back as the same double.
 std::string FormatNumber(double a_value);
 void AppendNumber(std::string& a_text, double a_value);
-/// The same for tables that people read, rounded to eight decimals where more are only what sums of binary fractions leave.
+/// The same for tables that people read, rounded to eight decimals where more are only what sums of binary fractions
+/// leave.
 std::string ShownNumber(double a_value);
 /// FormatTime, and behind it " #7" where the ordering counter isn't 0; "invalid" where the status is not valid.
 std::string ShownTimeWithCounter(const NDateTime& a_time);
@@ -32,8 +33,8 @@ public:
     enum EColumn : std::uint32_t {
         EColumnText,   ///< At the left.
         EColumnNumber, ///< At the right.
-        /// At the right, numbers of one kind: zeros make their decimals equally many ("100.00" beside "99.97"), where at most
-        /// eight are needed. A column with anything but plain numbers stays as it is.
+        /// At the right, numbers of one kind: zeros make their decimals equally many ("100.00" beside "99.97"), where
+        /// at most eight are needed. A column with anything but plain numbers stays as it is.
         EColumnValue
     };
 

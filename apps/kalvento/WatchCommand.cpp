@@ -247,8 +247,8 @@ void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
     }
 }
 
-/// Serves the executor until the providers have said what they have: until all symbols are known, or nothing more is to be
-/// expected.
+/// Serves the executor until the providers have said what they have: until all symbols are known, or nothing more is to
+/// be expected.
 void WaitForProviders(host::Host& a_host, const std::vector<ProviderBase*>& a_providers,
                       const WatchOptions& a_options, ToolContext& a_context)
 {
@@ -328,7 +328,8 @@ void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options,
     a_view.SetMessageLine(nullptr);
 }
 
-// The provider takes what it is told and writes what it can't mean to its log, where nobody looks who has just typed it.
+// The provider takes what it is told and writes what it can't mean to its log, where nobody looks who has just typed
+// it.
 void CheckPlayback(const WatchOptions& a_options)
 {
     if (!a_options.folder.empty() && !std::filesystem::is_directory(a_options.folder))

@@ -13,9 +13,9 @@ class IHostView;
 class MainThreadExecutor;
 class ModuleDirectory;
 
-/// What the mediators of all hosts have in common: it finds modules, what providers tell and what is to be shown hops to
-/// the main thread and goes to the view there, and so does the exit. What concerns windows is left to WindowlessMediator,
-/// and to the mediator of a host with windows. Threads as IAppMediator says.
+/// What the mediators of all hosts have in common: it finds modules, what providers tell and what is to be shown hops
+/// to the main thread and goes to the view there, and so does the exit. What concerns windows is left to
+/// WindowlessMediator, and to the mediator of a host with windows. Threads as IAppMediator says.
 class HostMediator : public IAppMediator {
 public:
     /// On the main thread. The view is not owned; it is called no more once the executor is closed.

@@ -6,8 +6,8 @@ class ProviderBase;
 
 namespace kalvento::host {
 
-/// What the program around the host shows. Called on the main thread only, between the host's construction and the end of
-/// its Stop, so it may touch windows. Each operation is empty where the program has nothing to show.
+/// What the program around the host shows. Called on the main thread only, between the host's construction and the end
+/// of its Stop, so it may touch windows. Each operation is empty where the program has nothing to show.
 class IHostView {
 public:
     virtual ~IHostView() = default;
@@ -26,8 +26,8 @@ public:
     virtual void AssetsChanged(ProviderBase& /*a_provider*/) {}
     /// Some provider's connection status changed; many changes may come as one call.
     virtual void ConnectionStatusChanged() {}
-    /// The progress of all providers together, in operations. Many changes may come as one call; after a_done has reached
-    /// a_total both begin anew.
+    /// The progress of all providers together, in operations. Many changes may come as one call; after a_done has
+    /// reached a_total both begin anew.
     virtual void Progress(unsigned int /*a_done*/, unsigned int /*a_total*/) {}
 
     IHostView(const IHostView&) = delete;

@@ -34,8 +34,9 @@ public:
     bool IsClosed();
 
     /// Calls the function on the main thread and waits for its answer; on the main thread itself it is called at once.
-    /// Empty where the function raised, which is logged, and where the main thread has no time for it any more (EndWaiting,
-    /// Close): then it isn't called later either, so it may refer to what is on the caller's stack. Any thread.
+    /// Empty where the function raised, which is logged, and where the main thread has no time for it any more
+    /// (EndWaiting, Close): then it isn't called later either, so it may refer to what is on the caller's stack. Any
+    /// thread.
     template<typename Function>
     std::optional<std::invoke_result_t<Function&>> CallAndWait(Function a_function)
     {
@@ -56,8 +57,8 @@ public:
     /// deadline. Whoever makes a_done true on another thread posts something after it. True where a_done did.
     bool RunUntil(const std::function<bool()>& a_done,
                   std::optional<std::chrono::steady_clock::time_point> a_deadline = std::nullopt);
-    /// From now on CallAndWait answers empty on other threads, and so do those that wait, but for the one whose function
-    /// runs. For a main thread that is about to wait for worker threads.
+    /// From now on CallAndWait answers empty on other threads, and so do those that wait, but for the one whose
+    /// function runs. For a main thread that is about to wait for worker threads.
     void EndWaiting();
     /// Drops what waits, and from now on what comes. May be called again.
     void Close();

@@ -12,8 +12,8 @@ class ProviderBase;
 
 namespace kalvento::host {
 
-/// Which modules there are, by name. It owns none. A module is found from the end of its Init on, so that nobody calls one
-/// that isn't ready. Any thread.
+/// Which modules there are, by name. It owns none. A module is found from the end of its Init on, so that nobody calls
+/// one that isn't ready. Any thread.
 class ModuleDirectory {
 public:
     /// False where the name is taken.

@@ -29,8 +29,8 @@ public:
     std::vector<ProviderBase*> GetProviders() const;
     std::vector<ConsumerBase*> GetConsumers() const;
 
-    /// Nobody finds these modules from now on, and their names are free for others. What is added later is kept, and not
-    /// found.
+    /// Nobody finds these modules from now on, and their names are free for others. What is added later is kept, and
+    /// not found.
     void Withdraw();
     // The last module first. Only when the plug-in adds no more.
     void DestroyConsumers();

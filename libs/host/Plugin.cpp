@@ -145,8 +145,8 @@ bool Plugin::RunStep(void (Plugin::*a_step)())
     return false;
 }
 
-// What it made is destroyed and unloaded at the end only: somebody may have found one, and an asset holds its provider by a
-// bare pointer.
+// What it made is destroyed and unloaded at the end only: somebody may have found one, and an asset holds its provider
+// by a bare pointer.
 void Plugin::Drop()
 {
     m_modules.Withdraw();

@@ -17,8 +17,8 @@ namespace kalvento::host {
 
 struct HostOptions;
 
-/// One plug-in, from its file to its unloading. All operations on the main thread; the plug-in's own code runs on a starter
-/// thread up to the end of Init. Held by shared pointers: a plug-in that hangs keeps itself.
+/// One plug-in, from its file to its unloading. All operations on the main thread; the plug-in's own code runs on a
+/// starter thread up to the end of Init. Held by shared pointers: a plug-in that hangs keeps itself.
 class Plugin : public std::enable_shared_from_this<Plugin> {
 public:
     Plugin(std::filesystem::path a_path, std::shared_ptr<const HostOptions> a_options,
@@ -38,13 +38,13 @@ public:
     bool IsAbandoned() const { return m_abandoned; }
     /// It hangs inside of the system's loader, which serves nobody else until it returns.
     bool BlocksLoader() const { return m_blocksLoader; }
-    /// Whether the options ask for it, by its file's stem or its name. False as long as only its name can tell, and that
-    /// isn't known; it isn't started then.
+    /// Whether the options ask for it, by its file's stem or its name. False as long as only its name can tell, and
+    /// that isn't known; it isn't started then.
     bool IsWanted() const { return m_isWanted; }
     bool IsNameKnown() const { return m_description != nullptr; }
 
-    // The end, step by step: those that are running, or all that there are. Last come, first to go. An abandoned plug-in is
-    // left alone by all of these.
+    // The end, step by step: those that are running, or all that there are. Last come, first to go. An abandoned
+    // plug-in is left alone by all of these.
     void StopConsumers();
     void StopProviders();
     void DestroyConsumers();

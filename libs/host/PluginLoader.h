@@ -14,8 +14,8 @@ class MainThreadExecutor;
 class ModuleDirectory;
 class Plugin;
 
-/// Leads the plug-ins of a folder through their life together. All operations on the main thread, in the order in which they
-/// stand here; each does nothing when called again.
+/// Leads the plug-ins of a folder through their life together. All operations on the main thread, in the order in which
+/// they stand here; each does nothing when called again.
 class PluginLoader {
 public:
     PluginLoader(HostOptions a_options, std::shared_ptr<MainThreadExecutor> a_executor,
@@ -34,8 +34,8 @@ public:
     void DestroyModules();
     void Unload();
 
-    /// Keeps it until the process ends, unharmed by the end of static objects: for what a thread that was left behind may
-    /// still use.
+    /// Keeps it until the process ends, unharmed by the end of static objects: for what a thread that was left behind
+    /// may still use.
     static void KeepForEver(std::shared_ptr<const void> a_object);
 
 private:

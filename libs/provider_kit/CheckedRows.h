@@ -10,11 +10,12 @@ namespace kalvento::internal {
 
 class KnownInstruments;
 
-/// Rows of a store as IMarketStore promises them; those that aren't raise std::runtime_error (CP1250). What is handed on is
-/// indexed without further looking. Any thread.
+/// Rows of a store as IMarketStore promises them; those that aren't raise std::runtime_error (CP1250). What is handed
+/// on is indexed without further looking. Any thread.
 class CheckedRows {
 public:
-    /// Rows that are read, folded and told at once. So much memory a reading takes, and so long another subscription waits.
+    /// Rows that are read, folded and told at once. So much memory a reading takes, and so long another subscription
+    /// waits.
     static constexpr std::uint64_t S_atOnce = 20'000;
 
     CheckedRows(IMarketStore& a_store, const KnownInstruments& a_instruments)

@@ -10,8 +10,8 @@
 ///     KALVENTO_PLUGIN("my_quotes", "1.0", &CreateProvider<MyQuotes>)
 /// They are read from the pair of files named after the provider; what the host was told for this run goes before them.
 ///
-/// Provider has the name as `S_name`, a class derived from ProviderSettings as `UserSettings`, of which an absent key leaves
-/// what was there, and a constructor from `const UserSettings&`.
+/// Provider has the name as `S_name`, a class derived from ProviderSettings as `UserSettings`, of which an absent key
+/// leaves what was there, and a constructor from `const UserSettings&`.
 template<class Provider>
 void CreateProvider(IModuleRegistry& a_registry, const Settings& a_options)
 {

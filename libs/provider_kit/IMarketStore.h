@@ -25,7 +25,8 @@ struct StoreInstrument {
     NDateTime firstDay; ///< First day on which there are rows; with no rows it is after lastDay.
     NDateTime lastDay;
     bool live = false; ///< Rows can be added; only for single ticks.
-    /// Another number tells that the rows that were there before are stale: their subscribers are told that the data ended.
+    /// Another number tells that the rows that were there before are stale: their subscribers are told that the data
+    /// ended.
     std::uint64_t generation = 0;
 };
 
@@ -35,8 +36,8 @@ struct StoreInstrument {
 class IMarketStoreListener {
 public:
     virtual ~IMarketStoreListener() = default;
-    /// GetRowCount of the instrument rose, or its book changed. May be told late and once for many rows, but is never left
-    /// out while connected.
+    /// GetRowCount of the instrument rose, or its book changed. May be told late and once for many rows, but is never
+    /// left out while connected.
     virtual void RowsAdded(const std::string& a_isin) = 0;
     /// The connection broke; the store tries to get it back by itself. a_reason: Polish, for the user.
     virtual void Broken(const std::wstring& a_reason) = 0;
@@ -52,24 +53,27 @@ protected:
     IMarketStoreListener() = default;
 };
 
-/// A store of market data in which the rows of each instrument are numbered from 0 on, in order of time. A row that was seen
-/// once keeps its number and its contents for as long as the store object lives, also from one Open to the next: that is
-/// what lets history, synchronization and live data of a subscription meet without a gap and without a row told twice,
-/// whatever breaks in between. Times rise strictly from one row to the next (NDateTime's ordering counter tells rows of one
-/// second apart). A source whose past was rewritten gives the instrument another generation (InstrumentsChanged).
+/// A store of market data in which the rows of each instrument are numbered from 0 on, in order of time. A row that was
+/// seen once keeps its number and its contents for as long as the store object lives, also from one Open to the next:
+/// that is what lets history, synchronization and live data of a subscription meet without a gap and without a row told
+/// twice, whatever breaks in between. Times rise strictly from one row to the next (NDateTime's ordering counter tells
+/// rows of one second apart). A source whose past was rewritten gives the instrument another generation
+/// (InstrumentsChanged).
 ///
 /// All operations may be called from any thread. Those that read raise std::exception when the store can't be read now
-/// (no connection, a damaged file), with a text for the log; the provider asks again after Restored, or, where the store
-/// didn't tell that it is broken, after a pause. Rows that aren't as told here count as such a failure. DamagedData says that
-/// asking again is no use: the subscriptions that came upon it end. An instrument that isn't there has no rows.
+/// (no connection, a damaged file), with a text for the log; the provider asks again after Restored, or, where the
+/// store didn't tell that it is broken, after a pause. Rows that aren't as told here count as such a failure.
+/// DamagedData says that asking again is no use: the subscriptions that came upon it end. An instrument that isn't
+/// there has no rows.
 class IMarketStore {
 public:
     virtual ~IMarketStore() = default;
 
-    /// Connects or begins to try, and tells the listener from then on (not owned; may be told before this returns). Called
-    /// once or again after Close. Returns at once.
+    /// Connects or begins to try, and tells the listener from then on (not owned; may be told before this returns).
+    /// Called once or again after Close. Returns at once.
     virtual void Open(IMarketStoreListener& a_listener) = 0;
-    /// Ends the connection. When it returns the listener is told nothing any more. Not called from a listener's operation.
+    /// Ends the connection. When it returns the listener is told nothing any more. Not called from a listener's
+    /// operation.
     virtual void Close() = 0;
 
     /// All instruments, each ISIN once, in any order.
@@ -78,12 +82,13 @@ public:
     virtual HistoryOperations ReadOperations(const std::string& a_isin) = 0;
     /// How many rows can be seen now.
     virtual std::uint64_t GetRowCount(const std::string& a_isin) = 0;
-    /// Number of the first row, among those to be seen now, whose time isn't before a_time; GetRowCount where there is none.
+    /// Number of the first row, among those to be seen now, whose time isn't before a_time; GetRowCount where there is
+    /// none.
     virtual std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) = 0;
     /// Rows a_first to before a_last, of the instrument's interval and series. Fewer only where fewer can be seen.
     virtual History ReadRows(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last) = 0;
-    /// The order book as it stands now. Empty where the store knows none: the provider then shows the book that the trades
-    /// imply.
+    /// The order book as it stands now. Empty where the store knows none: the provider then shows the book that the
+    /// trades imply.
     virtual std::optional<Offers> ReadOffers(const std::string& a_isin) = 0;
 
     IMarketStore(const IMarketStore&) = delete;

@@ -17,7 +17,8 @@ void ImpliedBook::AddTrade(double a_price, double a_volume)
     if (m_lastSide == ENoSide)
         return;
 
-    // A buyer who pays this price has emptied all asks below it, and no bid stands as high; the other way round for sellers.
+    // A buyer who pays this price has emptied all asks below it, and no bid stands as high; the other way round for
+    // sellers.
     const bool isAsk = m_lastSide == EAsk;
     Side& met = m_sides[m_lastSide];
     Side& other = m_sides[isAsk ? EBid : EAsk];

@@ -8,11 +8,11 @@
 
 namespace kalvento::internal {
 
-/// An order book guessed from trades alone, for sources that have none: not what anybody offers, but where the market was
-/// met last. A trade above the one before was paid by a buyer, so it shows an ask at its price; one below shows a bid; one
-/// at the same price belongs to the side of the one before. Of each side the five prices met last are kept; those that the
-/// last trade went through are gone. A level's volume is that of the last trade there, its orders are the trades there. A
-/// value type; one thread at a time.
+/// An order book guessed from trades alone, for sources that have none: not what anybody offers, but where the market
+/// was met last. A trade above the one before was paid by a buyer, so it shows an ask at its price; one below shows a
+/// bid; one at the same price belongs to the side of the one before. Of each side the five prices met last are kept;
+/// those that the last trade went through are gone. A level's volume is that of the last trade there, its orders are
+/// the trades there. A value type; one thread at a time.
 class ImpliedBook {
 public:
     static constexpr std::size_t S_levels = 5;
@@ -20,7 +20,8 @@ public:
     void AddTrade(double a_price, double a_volume);
     /// Nothing is known any more: another session begins.
     void Clear();
-    /// Puts the book into a_offers, best level first. Series of missing levels are reset. True where that changed anything.
+    /// Puts the book into a_offers, best level first. Series of missing levels are reset. True where that changed
+    /// anything.
     bool Show(Offers& a_offers) const;
 
 private:

@@ -21,8 +21,9 @@ bool HasUsableRows(const StoreInstrument& a_instrument)
            std::ranges::find(series, Price, &DSProp::GetSeriesID) != series.end();
 }
 
-// What is saved of a group is its number, so it hangs on the name alone, and not on what other groups there are just now.
-// FNV-1a, 32 bits; source: RFC 9923, "The FNV Non-Cryptographic Hash Algorithm". A number that is taken gives the next one.
+// What is saved of a group is its number, so it hangs on the name alone, and not on what other groups there are just
+// now. FNV-1a, 32 bits; source: RFC 9923, "The FNV Non-Cryptographic Hash Algorithm". A number that is taken gives the
+// next one.
 std::uint32_t TakeNumber(const std::wstring& a_name, std::set<std::uint32_t>& a_taken)
 {
     std::uint32_t number = 0x811C9DC5U;

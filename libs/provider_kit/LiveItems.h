@@ -16,8 +16,8 @@ namespace kalvento::internal {
 class InstrumentList;
 class SessionState;
 
-/// The items of the live thread: those with news, those that failed, which are left out until their pause is over, and the
-/// current states. Any thread but for Take, which is the live thread's.
+/// The items of the live thread: those with news, those that failed, which are left out until their pause is over, and
+/// the current states. Any thread but for Take, which is the live thread's.
 class LiveItems {
 public:
     /// Waits for items with news; none at the end.
@@ -41,8 +41,8 @@ public:
     void DropSession(const std::string& a_isin);
     /// Those of instruments whose rows changed.
     void DropStaleSessions(const InstrumentList& a_before, const InstrumentList& a_now);
-    /// Null where there is none. One that isn't wanted is dropped; a_isWanted is asked under the lock, so that whoever comes
-    /// to want it meanwhile either is seen or finds none, and has one made.
+    /// Null where there is none. One that isn't wanted is dropped; a_isWanted is asked under the lock, so that whoever
+    /// comes to want it meanwhile either is seen or finds none, and has one made.
     std::shared_ptr<SessionState> UseSession(const std::string& a_isin,
                                              const std::function<bool()>& a_isWanted);
 

@@ -11,8 +11,8 @@ namespace kalvento::internal {
 class SessionState;
 struct StoreParts;
 
-/// The thread that tells what is live: of each item with news, the rows from the positions of its subscriptions on, and the
-/// current state, which all of them share.
+/// The thread that tells what is live: of each item with news, the rows from the positions of its subscriptions on, and
+/// the current state, which all of them share.
 ///
 /// What the store raises costs the item at hand a pause and nothing else: the positions stay where they are.
 class LiveThread {

@@ -9,8 +9,8 @@ class IMarketStore;
 
 namespace kalvento::internal {
 
-/// Corporate operations of a store, each list kept in a file beside the instrument's history as well, so that they are there
-/// while the store can't be read. Any thread.
+/// Corporate operations of a store, each list kept in a file beside the instrument's history as well, so that they are
+/// there while the store can't be read. Any thread.
 class OperationsKeeper {
 public:
     explicit OperationsKeeper(IMarketStore& a_store) : m_store(a_store) {}

@@ -14,8 +14,8 @@
 
 namespace kalvento::internal {
 
-/// What the thread of the past has to do: tasks first, then subscriptions in turn. Any thread but for Take, which is that
-/// thread's.
+/// What the thread of the past has to do: tasks first, then subscriptions in turn. Any thread but for Take, which is
+/// that thread's.
 class PastQueue {
 public:
     /// A task, or else a subscription that takes a step; neither at the end.
@@ -33,8 +33,8 @@ public:
     void Add(const std::vector<ServedPtr>& a_served);
     void CallLater(std::chrono::milliseconds a_pause, std::function<void()> a_call);
 
-    /// Sets it aside until its item has news or all are released. With a pause it takes its turn after that one, and news of
-    /// the item doesn't cut the pause short.
+    /// Sets it aside until its item has news or all are released. With a pause it takes its turn after that one, and
+    /// news of the item doesn't cut the pause short.
     void SetAside(const ServedPtr& a_served, std::optional<std::chrono::milliseconds> a_pause);
     /// Gives one that was set aside such a pause; nothing where it has been released since.
     void RetryAfter(std::chrono::milliseconds a_pause, const ServedPtr& a_served);

@@ -43,8 +43,8 @@ public:
     void SetLive(bool a_isLive);
     /// Without Lock, so that nobody waits for a past that is being told.
     bool IsLive() const { return m_isLive; }
-    /// Tells those of the rows that the subscription is owed, the position moving along. The first of them has the number
-    /// a_first. a_isLive: which thread it is, and hence whose turn it must be.
+    /// Tells those of the rows that the subscription is owed, the position moving along. The first of them has the
+    /// number a_first. a_isLive: which thread it is, and hence whose turn it must be.
     void TellRows(bool a_isLive, const History& a_rows, std::uint64_t a_first);
 
     // The thread of the past alone.

@@ -13,9 +13,10 @@ namespace kalvento::internal {
 /// The current state of one instrument, made of its rows: the session of the day of the last row, the book, the latest
 /// transactions. One thread at a time.
 ///
-/// Of the session: Open, Max, Min, Price (the last one), Volume (of the last row), VolumeTotal, Turnover (that of the rows,
-/// or price by volume), TradesCount (rows), and Reference, the last price of the day before where there is one. Rows that
-/// are candles have no transactions: they give no TradesCount, no Turnover but their own, no book and no transactions.
+/// Of the session: Open, Max, Min, Price (the last one), Volume (of the last row), VolumeTotal, Turnover (that of the
+/// rows, or price by volume), TradesCount (rows), and Reference, the last price of the day before where there is one.
+/// Rows that are candles have no transactions: they give no TradesCount, no Turnover but their own, no book and no
+/// transactions.
 class SessionState {
 public:
     explicit SessionState(const StoreInstrument& a_instrument);
@@ -24,7 +25,8 @@ public:
     std::uint64_t GetNextRow() const { return m_nextRow; }
     /// Begins at that row, of which the day is the session's; a_reference: last price of the day before.
     void BeginAt(std::uint64_t a_row, std::optional<double> a_reference);
-    /// Rows from a_from (a place in a_rows) on, the first of them being GetNextRow. A row of another day begins a session.
+    /// Rows from a_from (a place in a_rows) on, the first of them being GetNextRow. A row of another day begins a
+    /// session.
     void Add(const History& a_rows, std::size_t a_from);
     /// The book as the store knows it; empty: the one that the trades imply.
     void SetOffers(const std::optional<Offers>& a_offers);

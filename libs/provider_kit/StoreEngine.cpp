@@ -27,7 +27,8 @@ StoreEngine::StoreEngine(ProviderBase& a_provider, std::unique_ptr<IMarketStore>
 StoreEngine::~StoreEngine()
 {
     End();
-    // First, while all the rest stands: a store that tells its listener to the last ends its threads here at the latest.
+    // First, while all the rest stands: a store that tells its listener to the last ends its threads here at the
+    // latest.
     m_parts.store.reset();
 }
 
@@ -271,8 +272,8 @@ void StoreEngine::Reconnect(std::uint64_t a_news)
     Revisit(true);
 }
 
-// After a break (a_synchronize), or when operations may have changed: lets those that wait go on, and visits those that are
-// live again.
+// After a break (a_synchronize), or when operations may have changed: lets those that wait go on, and visits those that
+// are live again.
 void StoreEngine::Revisit(bool a_synchronize)
 {
     std::set<std::string> items;

@@ -17,14 +17,15 @@
 
 namespace kalvento::internal {
 
-/// What the threads of a StoreProvider share. Each part has a lock of its own, and guards with it what is its own and nothing
-/// else. Who holds what when a lock is taken:
+/// What the threads of a StoreProvider share. Each part has a lock of its own, and guards with it what is its own and
+/// nothing else. Who holds what when a lock is taken:
 ///
-/// 1. A number's lock (SubscriptionBook::Subscription::Lock): none, or that of the callback one is in. Callbacks run under
-///    it, and may call any operation of the provider. Two callbacks that stop each other's number wait for ever.
-/// 2. StoreEngine's: none, or a number's. Under it the store is opened and closed, and nothing else of the store is asked.
-/// 3. All others (ConnectionState's, PastQueue's, LiveItems', KnownInstruments', OperationsKeeper's, and the book's own):
-///    those of 1 and 2. Under them the store isn't asked, no callback runs, and no lock is taken but by rule 4.
+/// 1. A number's lock (SubscriptionBook::Subscription::Lock): none, or that of the callback one is in. Callbacks run
+///    under it, and may call any operation of the provider. Two callbacks that stop each other's number wait for ever.
+/// 2. StoreEngine's: none, or a number's. Under it the store is opened and closed, and nothing else of the store is
+///    asked.
+/// 3. All others (ConnectionState's, PastQueue's, LiveItems', KnownInstruments', OperationsKeeper's, and the book's
+///    own): those of 1 and 2. Under them the store isn't asked, no callback runs, and no lock is taken but by rule 4.
 /// 4. The book's own is taken under LiveItems' as well.
 struct StoreParts {
     StoreParts(ProviderBase& a_provider, std::unique_ptr<IMarketStore> a_store)

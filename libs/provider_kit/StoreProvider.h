@@ -13,19 +13,20 @@ class StoreEngine;
 /// A whole provider over a store of numbered rows: what is left to a plug-in is the store, and ProviderCommand or the
 /// login where it has something of its own to say there.
 ///
-/// Life: nothing is opened before SwitchConnection(true), which the host calls after Init; that lists the instruments and
-/// tells the host (AssetsChanged). Before that there are no assets, and a subscription waits. SwitchConnection(false) and
-/// Disconnect close the store; subscriptions wait for the next connection, and so they do while a connection is broken.
-/// StopWork or the destructor ends all; a derived class needs no destructor of its own for that.
+/// Life: nothing is opened before SwitchConnection(true), which the host calls after Init; that lists the instruments
+/// and tells the host (AssetsChanged). Before that there are no assets, and a subscription waits.
+/// SwitchConnection(false) and Disconnect close the store; subscriptions wait for the next connection, and so they do
+/// while a connection is broken. StopWork or the destructor ends all; a derived class needs no destructor of its own
+/// for that.
 ///
-/// What is delivered (docs/provider_kit.md tells it at length): the history folded to the interval of the request, up to
-/// the first row of the synchronization where one is asked for and otherwise through the last row; the synchronization in
-/// single ticks, from the begin of the window that holds the last row; then each row as a record. Each subscription knows
-/// the number of the row that it is owed next, which is why nothing is left out or told twice, whatever breaks in between.
-/// A current state is the session of the last day with rows.
+/// What is delivered (docs/provider_kit.md tells it at length): the history folded to the interval of the request, up
+/// to the first row of the synchronization where one is asked for and otherwise through the last row; the
+/// synchronization in single ticks, from the begin of the window that holds the last row; then each row as a record.
+/// Each subscription knows the number of the row that it is owed next, which is why nothing is left out or told twice,
+/// whatever breaks in between. A current state is the session of the last day with rows.
 ///
-/// Two threads of its own: one tells what is past, the other what is live, so that a long history doesn't delay the live
-/// rows of others.
+/// Two threads of its own: one tells what is past, the other what is live, so that a long history doesn't delay the
+/// live rows of others.
 class StoreProvider : public ProviderBase {
 public:
     /// a_store: not null, not open.

@@ -15,12 +15,13 @@
 #include <vector>
 
 /// The subscriptions of one provider, and what IConsumer and ProviderBase promise about their callbacks: those of one
-/// request number come one at a time, none comes after the stop, a stop waits for the one that runs (unless it is called
-/// from inside of it), and what a callback throws is logged and ends nothing. The order of callbacks is the provider's.
+/// request number come one at a time, none comes after the stop, a stop waits for the one that runs (unless it is
+/// called from inside of it), and what a callback throws is logged and ends nothing. The order of callbacks is the
+/// provider's.
 ///
-/// Any thread, for all operations. No lock of the book is held while a callback runs but that of its request number, so a
-/// callback may start and stop subscriptions, its own number included. A provider takes no lock of its own around Tell, End,
-/// Stop and Close that a callback could want too.
+/// Any thread, for all operations. No lock of the book is held while a callback runs but that of its request number, so
+/// a callback may start and stop subscriptions, its own number included. A provider takes no lock of its own around
+/// Tell, End, Stop and Close that a callback could want too.
 class SubscriptionBook {
 public:
     using NumberLock = std::recursive_mutex;
@@ -59,15 +60,16 @@ public:
         EBookingDone
     };
 
-    /// Checks what is asked for (ProvidersHelper::ValidateSubscribeParameters) and books it. All is refused after Close.
+    /// Checks what is asked for (ProvidersHelper::ValidateSubscribeParameters) and books it. All is refused after
+    /// Close.
     EBooking Book(const ProviderBase& a_provider, const std::shared_ptr<Subscription>& a_subscription);
     /// All of ProviderBase::StopSubscription. True where the item that was subscribed to has nobody left.
     bool Stop(const Subscribe::StopParams& a_params);
     /// Ends all, waits for the callbacks that run, and refuses what comes after: what OnStopWork owes the consumers.
     void Close();
 
-    /// One callback, a_callback(IConsumer&, unsigned int a_requestId), if one of these kinds is still wanted. False where
-    /// it isn't. Waits while another callback of the number runs.
+    /// One callback, a_callback(IConsumer&, unsigned int a_requestId), if one of these kinds is still wanted. False
+    /// where it isn't. Waits while another callback of the number runs.
     template<class Callback>
     static bool Tell(const Subscription& a_subscription, unsigned int a_kinds, Callback&& a_callback)
     {
@@ -77,9 +79,9 @@ public:
         Call(a_subscription, std::forward<Callback>(a_callback));
         return true;
     }
-    /// The last callback of a subscription, RequestEnded or RequestRefused, if it isn't over yet. The number is free before
-    /// it runs, so that the callback can book it again; a stop waits for it all the same, since the consumer may be
-    /// destroyed after the stop.
+    /// The last callback of a subscription, RequestEnded or RequestRefused, if it isn't over yet. The number is free
+    /// before it runs, so that the callback can book it again; a stop waits for it all the same, since the consumer may
+    /// be destroyed after the stop.
     template<class Callback>
     void End(Subscription& a_subscription, Callback&& a_callback)
     {
@@ -90,8 +92,8 @@ public:
         Call(a_subscription, std::forward<Callback>(a_callback));
     }
 
-    /// Those of one item, in the order of booking, as they stand now; never null. Costs one look-up: the list is made anew
-    /// only when it changes. What ends afterwards stays in it and is skipped by Tell.
+    /// Those of one item, in the order of booking, as they stand now; never null. Costs one look-up: the list is made
+    /// anew only when it changes. What ends afterwards stays in it and is skipped by Tell.
     std::shared_ptr<const Subscriptions> SubscriptionsOf(const std::string& a_isin) const;
     /// All of them.
     Subscriptions GetAll() const;

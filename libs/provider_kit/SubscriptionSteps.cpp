@@ -84,8 +84,8 @@ SubscriptionSteps::EStep SubscriptionSteps::Begin(Served& a_served)
         Refuse(a_served, L"Waloru nie można pokazać w tym interwale");
         return EStepDone;
     }
-    // Where history ends and what is live begins, whatever is added while the past is told. Before all else that takes time:
-    // records that no past is asked for with begin with the first row that comes from here on.
+    // Where history ends and what is live begins, whatever is added while the past is told. Before all else that takes
+    // time: records that no past is asked for with begin with the first row that comes from here on.
     a_served.endSynchronized = m_parts.store->GetRowCount(a_served.GetIsin());
     a_served.instrument = *instrument;
     // Without a history the interval of a request is free, and may be nonsense.

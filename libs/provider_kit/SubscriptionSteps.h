@@ -12,8 +12,8 @@ class Served;
 class SessionState;
 struct StoreParts;
 
-/// The way of a subscription from its start to where the live thread goes on with it: current state, operations, history,
-/// synchronization, and what came meanwhile. The thread of the past alone.
+/// The way of a subscription from its start to where the live thread goes on with it: current state, operations,
+/// history, synchronization, and what came meanwhile. The thread of the past alone.
 class SubscriptionSteps {
 public:
     enum EStep : std::uint32_t {

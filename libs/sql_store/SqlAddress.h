@@ -7,8 +7,8 @@
 /// "postgresql://...". Forms: https://www.postgresql.org/docs/15/libpq-connect.html#LIBPQ-CONNSTRING
 class SqlAddress {
 public:
-    /// Empty: no database is named. Raises std::invalid_argument (CP1250) for a text that isn't such a form; it may hold a
-    /// password, so the text of the exception repeats nothing of it.
+    /// Empty: no database is named. Raises std::invalid_argument (CP1250) for a text that isn't such a form; it may
+    /// hold a password, so the text of the exception repeats nothing of it.
     explicit SqlAddress(const std::string& a_connection);
 
     bool IsEmpty() const { return m_connection.empty(); }

@@ -8,8 +8,8 @@
 #include <memory>
 
 /// One connection to the database, with the settings that all our statements rely on. Its connecting and its statements
-/// end when the interrupt comes. Once broken it stays broken: libpqxx would connect again by itself, and whoever listens
-/// on it would never learn that notifications are missing. One thread at a time.
+/// end when the interrupt comes. Once broken it stays broken: libpqxx would connect again by itself, and whoever
+/// listens on it would never learn that notifications are missing. One thread at a time.
 class SqlConnection : public pqxx::connection_base {
 public:
     enum EUse : std::uint32_t {

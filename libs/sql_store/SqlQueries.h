@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-/// What SqlStore and SqlWriter both ask the database. Raises pqxx::pqxx_exception, and DamagedData for answers that nothing
-/// of ours can have put there.
+/// What SqlStore and SqlWriter both ask the database. Raises pqxx::pqxx_exception, and DamagedData for answers that
+/// nothing of ours can have put there.
 namespace SqlQueries {
 
 /// What reading rows of an instrument needs.
@@ -22,7 +22,8 @@ struct Shape {
 
 /// Empty for no such instrument.
 std::optional<Shape> FindShape(pqxx::transaction_base& a_transaction, const std::string& a_isin);
-/// Those of all instruments, where one that can't be read is left out with a line in the log; or of one, if it is there.
+/// Those of all instruments, where one that can't be read is left out with a line in the log; or of one, if it is
+/// there.
 std::vector<StoreInstrument> ReadInstruments(pqxx::transaction_base& a_transaction,
                                              const std::optional<std::string>& a_isin = std::nullopt);
 /// As IMarketStore::FindRow.

@@ -63,8 +63,8 @@ std::optional<SqlRowForm::TimeColumns> SqlRowForm::WriteTime(const NDateTime& a_
     const auto counter = static_cast<int>(a_time.GetMilliSec());
     if (second >= S_secondsADay)
         return std::nullopt;
-    // Fields of a time that was put together by hand may lie, and so does the year after 4095, of which some bits are cut
-    // off: what would not come back, or not be found by its day, is not taken.
+    // Fields of a time that was put together by hand may lie, and so does the year after 4095, of which some bits are
+    // cut off: what would not come back, or not be found by its day, is not taken.
     const NDateTime back = MakeTime(date, second, counter, a_time.ToDouble());
     if (Words::Calendar(back) != Words::Calendar(a_time) || Words::Clock(back) != Words::Clock(a_time) ||
         !a_time.SameDay(NDateTime(a_time.GetYear(), a_time.GetMonth(), a_time.GetDay())))

@@ -13,8 +13,8 @@
 /// another form raises DamagedData.
 namespace SqlRowForm {
 
-/// A time in whole numbers that people can query, and the day number beside them: values of one calendar time differ in it,
-/// by whether the ordering counter is part of it.
+/// A time in whole numbers that people can query, and the day number beside them: values of one calendar time differ in
+/// it, by whether the ordering counter is part of it.
 struct TimeColumns {
     std::string day;       ///< "2024-05-17".
     std::string second;    ///< Of the day, 0 to 86399.
@@ -22,8 +22,8 @@ struct TimeColumns {
     std::string dayNumber; ///< Shortest text that reads back to the same bits.
 };
 
-/// Empty for a time that the columns can't hold: one that isn't valid, or whose fields aren't those of a calendar time (the
-/// all-zero time).
+/// Empty for a time that the columns can't hold: one that isn't valid, or whose fields aren't those of a calendar time
+/// (the all-zero time).
 std::optional<TimeColumns> WriteTime(const NDateTime& a_time);
 /// What to select, for ReadTime: four columns in this order. The day goes as a count from 1970-01-01.
 inline constexpr const char* S_timeColumns = "day - date '1970-01-01', second, counter, day_number";

@@ -26,9 +26,9 @@ public:
 
     /// Ends the thread and breaks off what runs. The listener is told nothing after that.
     void Close();
-    /// Runs a_reading on a connection of its own, any thread, four at once. Raises std::runtime_error (CP1250) where there is
-    /// no connection or the reading fails; the listening thread then connects anew. Values that can't be read raise
-    /// DamagedData and cost nobody the connection.
+    /// Runs a_reading on a connection of its own, any thread, four at once. Raises std::runtime_error (CP1250) where
+    /// there is no connection or the reading fails; the listening thread then connects anew. Values that can't be read
+    /// raise DamagedData and cost nobody the connection.
     void Read(const Reading& a_reading);
 
     SqlSession(const SqlSession&) = delete;

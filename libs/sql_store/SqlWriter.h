@@ -24,21 +24,22 @@ private:
     std::optional<std::uint64_t> m_otherRow;
 };
 
-/// Puts instruments and rows into the database that SqlStore reads. Every operation is one transaction, seen by others as a
-/// whole or not at all, and safe on the disk when it returns. Connects at the first need and again after a break.
+/// Puts instruments and rows into the database that SqlStore reads. Every operation is one transaction, seen by others
+/// as a whole or not at all, and safe on the disk when it returns. Connects at the first need and again after a break.
 ///
-/// A std::exception other than SqlConflict: the server could not be reached or failed. Whether the change was made is then
-/// not known, for the answer may be what got lost. Every operation can be repeated with the same arguments, until it
-/// succeeds, with the effect of having done it once. Any number of writers may work at once; one of them is one thread's.
+/// A std::exception other than SqlConflict: the server could not be reached or failed. Whether the change was made is
+/// then not known, for the answer may be what got lost. Every operation can be repeated with the same arguments, until
+/// it succeeds, with the effect of having done it once. Any number of writers may work at once; one of them is one
+/// thread's.
 class SqlWriter {
 public:
-    /// a_connection: as SqlAddress takes it; raises std::invalid_argument for another text, or an empty one. Creates the
-    /// tables at the first need.
+    /// a_connection: as SqlAddress takes it; raises std::invalid_argument for another text, or an empty one. Creates
+    /// the tables at the first need.
     explicit SqlWriter(const std::string& a_connection);
     ~SqlWriter();
 
-    /// Adds the instrument, or changes names, market, groups and `live` of one that is there. firstDay and lastDay are not
-    /// looked at. Conflict: other series or another interval than it has; a description that no rows can have.
+    /// Adds the instrument, or changes names, market, groups and `live` of one that is there. firstDay and lastDay are
+    /// not looked at. Conflict: other series or another interval than it has; a description that no rows can have.
     void CreateInstrument(const StoreInstrument& a_instrument);
     /// Rows and all. False where there is none.
     bool RemoveInstrument(const std::string& a_isin);
@@ -48,9 +49,9 @@ public:
         std::uint64_t count; ///< Rows that the instrument has now.
     };
     /// Numbers the rows from a_expectedPosition on. Rows of these numbers that
-    /// are there already are skipped where they are equal, bit for bit. Conflict: a row that is there is another one, so
-    /// somebody else wrote; rows before a_expectedPosition are missing; times don't rise strictly; other series or another
-    /// interval; no such instrument. Nothing is changed then.
+    /// are there already are skipped where they are equal, bit for bit. Conflict: a row that is there is another one,
+    /// so somebody else wrote; rows before a_expectedPosition are missing; times don't rise strictly; other series or
+    /// another interval; no such instrument. Nothing is changed then.
     Appended AppendRows(const std::string& a_isin, std::uint64_t a_expectedPosition, const History& a_rows);
     /// The instrument, as SqlStore reads it; empty for none.
     std::optional<StoreInstrument> FindInstrument(const std::string& a_isin);

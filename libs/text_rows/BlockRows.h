@@ -20,8 +20,8 @@ public:
     /// Whether bytes begin like a series block.
     static bool Recognise(std::string_view a_start);
 
-    /// a_start: bytes of the source that were read already. Raises RowsFault (EFaultData) for a damaged block and for one
-    /// without prices.
+    /// a_start: bytes of the source that were read already. Raises RowsFault (EFaultData) for a damaged block and for
+    /// one without prices.
     BlockRows(std::string_view a_start, ByteSource& a_source);
 
     /// Interval and series; the folds are still to be planned.

@@ -42,13 +42,15 @@ public:
     std::size_t CountLines();
     /// True when the first bytes are those of a binary series block.
     bool StartsLikeBlock();
-    /// Waits for a change, at most a_limit (empty: for ever), or until a_interruption (a descriptor, -1 for none) can be read.
+    /// Waits for a change, at most a_limit (empty: for ever), or until a_interruption (a descriptor, -1 for none) can
+    /// be read.
     EWait Wait(std::optional<std::chrono::milliseconds> a_limit, int a_interruption);
     /// Begins again at the start of the file that bears the name now. Half a line of the old one is forgotten.
     void Restart();
     /// From now on a last line without a line end counts as whole, and gets one: nothing more is expected.
     void ReleaseLastLine();
-    /// Whether there is anything to wait for beside what can be read already: false for a pipe, whose lines are all live.
+    /// Whether there is anything to wait for beside what can be read already: false for a pipe, whose lines are all
+    /// live.
     bool IsFile() const { return m_kind == EKindFile; }
 
 private:

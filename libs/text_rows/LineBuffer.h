@@ -18,8 +18,8 @@ public:
     /// Behind the last byte so many more can be loaded, so that a fast reader needs no test for the end.
     static constexpr std::size_t S_padding = 64;
 
-    /// Reads the first bytes. a_source outlives the buffer. a_growing: the last line waits for its line feed, and no end is
-    /// final. Raises RowsFault for a line of more than 16 MB.
+    /// Reads the first bytes. a_source outlives the buffer. a_growing: the last line waits for its line feed, and no
+    /// end is final. Raises RowsFault for a line of more than 16 MB.
     LineBuffer(ByteSource& a_source, bool a_growing);
 
     /// Whether a whole line lies at GetPlace; reads on if need be.

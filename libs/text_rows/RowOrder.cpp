@@ -12,8 +12,8 @@ constexpr std::int64_t S_daySeconds = 86400;
 // The years that a time of the library can hold and a calendar can show: 100 to 4095.
 constexpr std::int64_t S_firstSecond = -59'011'459'200;
 constexpr std::int64_t S_endSecond = 67'090'118'400;
-// A counter step is 1e-10 of a day in the day number, so 50,000 of them come to 0.43 of a second: the next second is more
-// than half a second away, and both `<` and the engine's test for late rows still tell the two apart.
+// A counter step is 1e-10 of a day in the day number, so 50,000 of them come to 0.43 of a second: the next second is
+// more than half a second away, and both `<` and the engine's test for late rows still tell the two apart.
 constexpr std::uint32_t S_greatestCounter = 50000;
 
 std::optional<TimeZone> FindZone(const std::string& a_name, EReadOption a_option)

@@ -32,8 +32,8 @@ enum EReadOption : std::uint8_t {
     EOptionZone
 };
 
-/// What can't be taken, where, and what would be accepted instead: all that this library raises on its own. what() says it
-/// in plain words, for a log; whoever lets a user set options words the parts with their names.
+/// What can't be taken, where, and what would be accepted instead: all that this library raises on its own. what() says
+/// it in plain words, for a log; whoever lets a user set options words the parts with their names.
 class RowsFault : public std::runtime_error {
 public:
     /// Texts are UTF-8.

@@ -38,8 +38,8 @@ struct TextShape {
     bool Has(EColumnKind a_kind) const;
     bool Has(ESeriesId a_series) const { return layout.Has(a_series); }
 
-    /// Reads the header, which is gone through then, and looks through the first rows, which are not. Raises RowsFault: what
-    /// isn't there or isn't clear is EFaultData, what was asked for and doesn't fit EFaultOptions.
+    /// Reads the header, which is gone through then, and looks through the first rows, which are not. Raises RowsFault:
+    /// what isn't there or isn't clear is EFaultData, what was asked for and doesn't fit EFaultOptions.
     static TextShape Find(LineBuffer& a_lines, const ReadOptions& a_options, const ReadHooks& a_hooks);
 };
 

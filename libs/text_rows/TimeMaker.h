@@ -8,7 +8,8 @@
 
 namespace kalvento::rows {
 
-/// Dates of the library from whole seconds, the day's parts worked out once a day. Inline, for it makes the time of each row.
+/// Dates of the library from whole seconds, the day's parts worked out once a day. Inline, for it makes the time of
+/// each row.
 class TimeMaker {
 public:
     /// a_seconds: since 1970-01-01 on the clock that the time is to show, in the years 100 to 4095.

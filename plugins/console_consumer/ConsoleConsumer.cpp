@@ -38,8 +38,8 @@ constexpr std::array<IntervalAndMultiplicity, 8> S_intervals = {{{EIntervalTick,
                                                                  {EIntervalDay, 1},
                                                                  {EIntervalWeek, 1}}};
 
-// A provider that raises, or hands over what can't be shown, costs its own instrument and nothing else: the thread that is
-// joined at the end, the others' subscriptions and the terminal are not its affair.
+// A provider that raises, or hands over what can't be shown, costs its own instrument and nothing else: the thread that
+// is joined at the end, the others' subscriptions and the terminal are not its affair.
 bool CallGuarded(const char* a_place, const Asset& a_asset, const std::function<void()>& a_call)
 {
     try {

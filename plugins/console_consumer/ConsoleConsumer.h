@@ -23,9 +23,9 @@
 
 /// Shows instruments in a terminal: on a screen that follows the data and obeys keys, or as lines of text.
 ///
-/// What providers deliver goes into the watch of its number on their thread; the main thread looks at the watches, at most
-/// twenty times a second. A thread of its own waits for keys, for time, and for data to be shown; it touches nothing but
-/// the executor.
+/// What providers deliver goes into the watch of its number on their thread; the main thread looks at the watches, at
+/// most twenty times a second. A thread of its own waits for keys, for time, and for data to be shown; it touches
+/// nothing but the executor.
 class ConsoleConsumer : public ConsumerBase, public kalvento::host::IScreenModule {
 public:
     /// a_out: where lines go; outlives the consumer.

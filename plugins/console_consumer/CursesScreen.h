@@ -20,12 +20,12 @@ enum EScreenKey : std::uint8_t {
     EKeyOther
 };
 
-/// The terminal: standard input and output, for as long as this lives. All operations on one thread, the main one; at most
-/// one object at a time.
+/// The terminal: standard input and output, for as long as this lives. All operations on one thread, the main one; at
+/// most one object at a time.
 class CursesScreen {
 public:
-    /// Raises std::runtime_error, Polish, where standard input or output is no terminal, or none that can be painted on.
-    /// Until the end the terminal is given back also where the process ends by std::terminate.
+    /// Raises std::runtime_error, Polish, where standard input or output is no terminal, or none that can be painted
+    /// on. Until the end the terminal is given back also where the process ends by std::terminate.
     CursesScreen();
     CursesScreen(const CursesScreen&) = delete;
     CursesScreen& operator=(const CursesScreen&) = delete;

@@ -8,8 +8,9 @@
 #include <string>
 #include <string_view>
 
-/// Lines for programs that read what a subscription brings: fields with semicolons between them, times to the second, numbers
-/// in the shortest form that reads back as the same double, an empty field for what is not known. UTF-8, with a line feed.
+/// Lines for programs that read what a subscription brings: fields with semicolons between them, times to the second,
+/// numbers in the shortest form that reads back as the same double, an empty field for what is not known. UTF-8, with a
+/// line feed.
 namespace PlainLines {
 
 /// `symbol;time;state;open;high;low;close;volume`. The time is that of the candle's last row.

@@ -89,8 +89,8 @@ std::wstring FirstFitting(const std::vector<std::wstring>& a_texts, int a_width)
     return found == a_texts.end() ? std::wstring() : *found;
 }
 
-// From the left the price and its change, from the right the status and the time of what came last, and between them, where
-// there is room, the figures of the day.
+// From the left the price and its change, from the right the status and the time of what came last, and between them,
+// where there is room, the figures of the day.
 void DrawPrice(const ScreenModel& a_model, ScreenCells& a_cells)
 {
     const Watch::Snapshot& data = a_model.data;

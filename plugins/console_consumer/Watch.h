@@ -17,8 +17,8 @@
 class CurrentState;
 class Synchronization;
 
-/// One subscription: the asset, the request, and what has come so far. What providers deliver may come on any thread, as may
-/// the questions.
+/// One subscription: the asset, the request, and what has come so far. What providers deliver may come on any thread,
+/// as may the questions.
 class Watch {
 public:
     /// What there is to see, at one moment.
@@ -41,7 +41,8 @@ public:
     };
 
     /// Chooses what to ask for among what the provider offers for the asset: all kinds, in that interval or, where the
-    /// provider only has coarser candles, in its own. Null where it offers nothing, or nothing that candles can be made of.
+    /// provider only has coarser candles, in its own. Null where it offers nothing, or nothing that candles can be made
+    /// of.
     static std::unique_ptr<Watch> Make(const Asset& a_asset, IntervalAndMultiplicity a_interval,
                                        const kalvento::host::ScreenOptions& a_options);
 

@@ -48,10 +48,10 @@ struct FolderContents {
     bool Differs(const FolderContents& a_other) const;
 };
 
-/// Looks through a folder and its sub-folders, those of one level. Rows: *.csv, *.txt, *.tsv, *.block; a book: *.book.csv;
-/// operations: *.operations.txt, operations_*.txt. Hidden files are passed over. What is there and can't be read is taken
-/// from a_before (null: from nowhere), as for a file that somebody is writing: its instruments aren't gone. Never raises for
-/// what it finds.
+/// Looks through a folder and its sub-folders, those of one level. Rows: *.csv, *.txt, *.tsv, *.block; a book:
+/// *.book.csv; operations: *.operations.txt, operations_*.txt. Hidden files are passed over. What is there and can't be
+/// read is taken from a_before (null: from nowhere), as for a file that somebody is writing: its instruments aren't
+/// gone. Never raises for what it finds.
 FolderContents ScanFolder(const std::filesystem::path& a_folder, const FolderContents* a_before);
 
 /// The size and time of a regular file; empty where there is none, or it can't be told.
@@ -59,8 +59,8 @@ std::optional<FileStamp> StampOf(const std::filesystem::path& a_path);
 /// The same, which also says why it can't be told.
 std::optional<FileStamp> StampOf(const std::filesystem::path& a_path, std::error_code& a_error);
 
-/// A name for a symbol, of UTF-8: Polish letters become their Latin ones, every other character but A-Z a-z 0-9 . _ - a '_'.
-/// Never empty, and never with a point in front.
+/// A name for a symbol, of UTF-8: Polish letters become their Latin ones, every other character but A-Z a-z 0-9 . _ - a
+/// '_'. Never empty, and never with a point in front.
 std::string SafeName(std::string_view a_name);
 
 /// The list of operations of an instrument among those beside its file: NAME.operations.txt, then operations_NAME.txt;

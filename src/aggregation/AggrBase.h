@@ -8,19 +8,20 @@
 ///
 /// Windows are anchored to the calendar, not to the first row: they count from midnight, from 1 January or from year 0,
 /// and the multiplicity divides that count. The last window of a day or a year is cut short where the anchor ends.
-/// Times are read through their packed fields alone. An object has the state of one open window and belongs to one
-/// Aggregator; it is never copied. Times whose status isn't valid are not refused: they read as they are, and what lies
-/// outside of a table is taken at the table's first place.
+/// Times are read through their packed fields alone. An object holds the state of one open window and belongs to one
+/// Aggregator; it is never copied. Times whose status isn't valid are not refused: they are read as they are, and a
+/// place outside a table counts as its first.
 class KALVENTO_API AggrBase {
 public:
-    /// a_multiplicity must be above 0, anything else raises KalventoException.
+    /// a_multiplicity must be above 0; anything else raises KalventoException.
     AggrBase(unsigned short a_multiplicity, EAggrTimeResult a_timeResult);
     virtual ~AggrBase() = default;
     AggrBase(const AggrBase&) = delete;
     AggrBase& operator=(const AggrBase&) = delete;
 
-    /// Bounds of the window in which a_time lies, from a_time alone. Either pointer may be null and is then skipped. The
-    /// end is the window's border, except for months: there it is the last day, and the border the first of that month.
+    /// Bounds of the window in which a_time lies, from a_time alone. Either pointer may be null and is then skipped.
+    /// The end is the window's border, except for months: there it is the last day, and the border the first of that
+    /// month.
     virtual void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const;
     /// True if a_time lies in the open window. If not, its window becomes the open one. The only operation that changes
     /// the open window. The first time after the start or a reset always opens a window.
@@ -39,7 +40,7 @@ public:
 protected:
     friend class Aggregator;
 
-    /// Nothing is open any more.
+    /// Closes the open window.
     void ResetOpenWindow()
     {
         m_currentWindow = -1;

@@ -3,7 +3,7 @@
 #include "platform/CodePage.h"
 #include "time/KalventoException.h"
 
-// The texts name another class than the one that raises. Log readers search for them as they are, so they stay.
+// The texts name a class other than the one that raises. They stay, because people search the log for them as they are.
 
 AggrTickWindow::AggrTickWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
     : AggrBase(a_multiplicity, a_timeResult)

@@ -4,9 +4,9 @@
 
 #include <cstddef>
 
-/// Windows of so many rows, counted anew from each change of the day. They have no bounds in time, so the
-/// operations on bounds and numbers raise KalventoException, and only EFirstRecordTime and ELastRecordTime are accepted.
-/// Made by AggrWindowsFactory only.
+/// Windows of a fixed number of rows, counted anew each day. They have no bounds in time, so the operations on bounds
+/// and numbers raise KalventoException, and only EFirstRecordTime and ELastRecordTime are accepted. Made by
+/// AggrWindowsFactory only.
 class KALVENTO_API AggrTickWindow : public AggrBase {
 public:
     void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const override;

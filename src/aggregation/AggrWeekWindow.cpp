@@ -75,7 +75,7 @@ NDateTime AggrWeekWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a
 
 NDateTime AggrWeekWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const
 {
-    // Whole weeks from the window's start: behind a short week 0 this reaches past that week's Sunday. Charts label
+    // Whole weeks from the window's start: after a short week 0 this reaches past that week's Sunday. Charts label
     // windows by this border, while membership goes by the table of weeks.
     return MovedWithinYear(GetBeginingOfWindowTime(a_time, a_window), 7 * m_multiplicity - 1,
                            a_time.GetYear());

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-/// The only way to make a window, so that no window exists outside of its interval's limits.
+/// The only way to make a window, so that no window exists outside its interval's limits.
 class KALVENTO_API AggrWindowsFactory {
 public:
     /// The window class of an interval from tick to year. An unknown interval, multiplicity 0, a multiplicity above the

@@ -379,7 +379,7 @@ unsigned int Aggregator::FoldHistory(bool a_useOhl, unsigned int a_count, NDateT
                                      const std::vector<double*>& a_columns, CandleRoom* a_room)
 {
     StartOver();
-    // The values of the last history are still open: folding on without a word about them would mix two histories.
+    // The values of the last history are still open: to go on folding without settling them would mix two histories.
     if (m_awaitsCurrentRecord)
         throw KalventoException(
             "Aggregator::SumWithWindow", __LINE__,
@@ -406,8 +406,8 @@ unsigned int Aggregator::FoldHistoryOf(bool a_useOhl, unsigned int a_count, NDat
     std::vector<ColumnSum> sums(m_values.size());
     WindowScope<Interval> scope;
     NDateTime candleTime;
-    // A candle is written when the next one opens: its row never lies behind the row that opened it, so what is still to
-    // be read stays as it is.
+    // A candle is written when the next one opens: its row is never later than the row that opened it, so rows still to
+    // be read stay intact.
     std::size_t candles = 0;
     const auto writeCandle = [&] {
         a_times[candles - 1] = candleTime;

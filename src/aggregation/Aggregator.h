@@ -33,11 +33,11 @@ public:
     ~Aggregator();
 
     /// Folds a_count rows in place and returns the number of candles, which stand at the front of a_times and of each
-    /// column; what lies behind is stale. a_columns: one pointer per field to a_count doubles. Open, high and low are
-    /// read only where the input is made of candles (an interval of seconds or longer, or several ticks). The last
-    /// candle comes out whether or not it was full. Afterwards the object wants SetCurrentRecord or ClearLastValue
-    /// before the next row. The time of a row that comes too late is not folded in; under ELastRecordTime it leaves the zero
-    /// time on the open candle until the next row in time. Does not allocate with the number of rows.
+    /// column; what follows is stale. a_columns: one pointer per field to a_count doubles. Open, high and low are read
+    /// only where the input is made of candles (an interval of seconds or longer, or several ticks). The last candle
+    /// comes out whether or not it was full. Afterwards SetCurrentRecord or ClearLastValue must be called before the
+    /// next row. The time of a row that comes too late is not folded in; under ELastRecordTime it leaves the zero time
+    /// on the open candle until the next row in time. Does not allocate with the number of rows.
     unsigned int Aggregate(EInterval a_inputInterval, unsigned short a_inputMultiplicity,
                            unsigned int a_count, NDateTime* a_times, const std::vector<double*>& a_columns);
 
@@ -47,11 +47,12 @@ public:
     /// the open candle's content, true. Does not allocate.
     bool SumWithWindow(NDateTime* a_time, std::vector<double*>* a_fields, bool a_useOhl);
 
-    /// Starts over with a finished row as the open candle, so that live rows continue it. Null arguments only start over.
+    /// Starts over with a finished row as the open candle, which live rows then continue. Null arguments only start
+    /// over.
     void SetCurrentRecord(NDateTime* a_time, std::vector<double*>* a_fields);
 
-    /// Zeroes the values and the last time and lifts the wait for a current record. The open window stays: a row in that
-    /// window is folded onto zeros.
+    /// Zeroes the values and the last time and lifts the wait for a current record. The open window stays: a row in
+    /// that window is folded onto zeros.
     void ClearLastValue();
 
     void GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const;
@@ -61,7 +62,7 @@ public:
 private:
     friend class DataSeriesSet;
 
-    /// As Aggregate on single ticks, with open, high and low in a room that grows with the candles; the first three
+    /// As Aggregate on single ticks, with open, high and low in memory that grows with the candles; the first three
     /// entries of a_columns aren't used.
     unsigned int AggregateTicksGrowing(unsigned int a_count, NDateTime* a_times,
                                        const std::vector<double*>& a_columns,
@@ -85,9 +86,9 @@ private:
     std::unique_ptr<AggrBase> m_window; // null only when moved from
     NDateTime m_lastTime;               // of the last row in time, as it was given
     std::vector<AggrValue> m_values;    // main series first
-    // Fields in which a row must equal the last one to lie in its window without the window being asked.
+    // Fields in which a row must equal the last one to be placed in its window without asking the window.
     std::uint32_t m_slotCalendar = 0;
     std::uint32_t m_slotClock = 0;
     bool m_lastRowIsInWindow =
-        false; // the last row in time lies in the open window, which isn't one of ticks
+        false; // the last row in time lies in the open window, and that isn't one of ticks
 };

@@ -1,3 +1,3 @@
 #pragma once
-// Stands in folding/ now; plug-ins written before go on finding it here.
+// Lives in folding/ now; older plug-ins still find it here.
 #include "folding/AggregatorWrapper.h" // IWYU pragma: export

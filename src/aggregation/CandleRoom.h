@@ -7,7 +7,7 @@ namespace kalvento::internal {
 /// Where the engine puts open, high and low of candles made of single ticks. A history has far more ticks than
 /// candles, so these three columns start small and the engine makes them longer as candles appear; filling three
 /// columns of the ticks' length first would cost more than the folding itself.
-/// The vectors belong to the caller. After the call each holds at least the candles; what lies behind them is zero.
+/// The vectors belong to the caller. After the call each holds at least the candles; the rest is zero.
 struct CandleRoom {
     std::vector<double>* open = nullptr;
     std::vector<double>* high = nullptr;

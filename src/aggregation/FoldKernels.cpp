@@ -95,7 +95,7 @@ bool SumExactly(double& a_sum, const double* a_values, std::size_t a_count)
         a_count > S_greatestExactCount)
         return false;
 
-    // Adding and taking away 1.5 * 2^52 rounds to a whole number.
+    // Adding and subtracting 1.5 * 2^52 rounds to a whole number.
     const __m128d rounder = _mm_set1_pd(6755399441055744.0);
     const __m128d magnitude = _mm_castsi128_pd(_mm_set1_epi64x(0x7FFFFFFFFFFFFFFFLL));
     const __m128d limit = _mm_set1_pd(1099511627776.0);

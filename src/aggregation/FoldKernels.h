@@ -8,10 +8,10 @@
 #include <cstdint>
 
 /// The inner loops of folding whole histories. Each gives the bits that one row at a time gives, in the order of the
-/// rows; what can't be shown to do so is left to the caller's exact path.
+/// rows; where that can't be shown, the caller's exact path takes over.
 namespace kalvento::internal {
 
-/// The place of a time in its day (below a day) or its year; equal places of one day or year mean one window.
+/// The place of a time in its day (below a day) or its year; equal places in one day or year mean one window.
 template<EInterval Interval>
 std::uint32_t SlotOf(std::uint32_t a_calendar, std::uint32_t a_clock)
 {
@@ -36,7 +36,7 @@ std::uint32_t SlotOf(std::uint32_t a_calendar, std::uint32_t a_clock)
     }
 }
 
-/// What the order of a row and the next one rests on.
+/// What decides the order of a row and the next one.
 struct OrderOfRow {
     explicit OrderOfRow(const NDateTime& a_time)
         : dayNumber(a_time.ToDouble()), counter(NDateTimeWords::Clock(a_time) & NDateTimeWords::S_counterMask)
@@ -62,13 +62,13 @@ inline bool NotEarlier(const NDateTime& a_first, const NDateTime& a_second)
     return NotEarlier(OrderOfRow(a_first), OrderOfRow(a_second), a_second.IsValid());
 }
 
-/// The first row behind a_first, and at most a_limit, in which one of the masked fields differs from its neighbour, or
+/// The first row after a_first, and at most a_limit, in which one of the masked fields differs from its neighbour, or
 /// which (if a_lateTested) isn't shown to be not earlier than it. a_first as for NotEarlier.
 std::size_t FindChange(const NDateTime* a_times, std::size_t a_first, std::size_t a_limit,
                        std::uint32_t a_calendarMask, std::uint32_t a_clockMask, bool a_lateTested);
 
 /// The open window as a range of slots of its day or year, so that most rows are placed without asking the window.
-/// A row inside of it lies in the open window for sure; for a row outside the window itself must be asked.
+/// A row inside the range is certainly in the open window; about a row outside it, the window itself must be asked.
 template<EInterval Interval>
 class WindowScope {
     using Words = NDateTimeWords;
@@ -94,8 +94,8 @@ public:
         m_clock = clock & S_sharedClock;
         m_firstSlot = SlotOf<Interval>(calendar, clock);
         m_slotSpan = 0;
-        // Weeks don't divide the days of a year evenly, and a time out of any calendar has a window of its own kind: of
-        // those the one slot is known and no more.
+        // Weeks don't divide the days of a year evenly, and a time outside any calendar has a window of its own kind:
+        // of those only the one slot is known.
         if constexpr (Interval != EIntervalTick && Interval != EIntervalWeek) {
             const std::uint64_t first = std::uint64_t{a_multiplicity} * static_cast<std::uint32_t>(a_window);
             const std::uint64_t behind = std::min(first + a_multiplicity, S_slots);
@@ -119,7 +119,7 @@ public:
         bool isInTime;  // it is not earlier than the row before it; false says nothing
     };
 
-    /// The first row behind a_first, and at most a_limit, that can't be shown to continue the candle: rows between lie
+    /// The first row after a_first, and at most a_limit, that can't be shown to continue the candle: rows between lie
     /// in the open window and (if LateTested) none of them is earlier than the one before it. a_first itself must lie
     /// in the open window; if LateTested it must be the last row in time, valid and not below zero.
     template<bool LateTested>
@@ -162,12 +162,12 @@ private:
         return (Words::Calendar(a_time) & S_sharedCalendar) == m_calendar;
     }
 
-    // Rows in one slot after which the lanes take over; fewer are placed faster one by one.
+    // After so many rows in one slot the lanes take over; fewer are placed faster one by one.
     static constexpr std::size_t S_streakForLanes = 8;
     // Fields that every row of the window shares with the row that opened it: the year, or the day of the year.
     static constexpr std::uint32_t S_sharedCalendar = S_ofYear ? Words::S_yearMask : 0;
     static constexpr std::uint32_t S_sharedClock = S_belowDay ? Words::S_dayOfYearMask : 0;
-    // Slots that a time of day can have; rows with an hour or minute that no day has are placed by the window itself.
+    // Slots that a time of day can have; the window itself places rows with an hour or minute that no day has.
     static constexpr std::uint64_t S_slots = Interval == EIntervalSecond   ? std::uint64_t{24} * 60 * 60
                                              : Interval == EIntervalMinute ? std::uint64_t{24} * 60
                                              : Interval == EIntervalHour   ? 24U
@@ -231,7 +231,7 @@ public:
 private:
     double AddInLanes(double a_start, const double* a_values, std::size_t a_count);
 
-    // Columns with fractions are mostly so throughout: after a failed attempt some runs go without one.
+    // A column with a fraction usually has them throughout: after a failed attempt some runs don't try.
     unsigned int m_runsWithoutLanes = 0;
 };
 

@@ -9,9 +9,9 @@
 
 namespace kalvento::internal {
 
-/// What windows of seconds, minutes and hours share: a day is a row of slots, and a window is so many of them, counted
-/// from midnight. Window gives `PlaceOf(time)`, the place of a time in the day, and `AtSlot(time, slot)`, the begin of a
-/// slot on the date of a time.
+/// What windows of seconds, minutes and hours share: a day is a row of slots, and a window is a fixed number of them,
+/// counted from midnight. Window gives `PlaceOf(time)`, the place of a time in the day, and `AtSlot(time, slot)`, the
+/// start of a slot on the date of a time.
 template<typename Window, int Slots>
 class SlotWindow : public AggrBase {
 public:

@@ -6,8 +6,8 @@
 
 namespace kalvento::internal {
 
-/// A whole number cut to 32 bits, as the calendar arithmetic of windows of a day and longer has it: numbers out of any
-/// calendar end in an invalid time instead of in undefined behaviour.
+/// A whole number cut to 32 bits, as the calendar arithmetic of windows of a day and longer has it: numbers outside any
+/// calendar end in an invalid time and not in undefined behaviour.
 inline int CutToInt(std::int64_t a_value)
 {
     return static_cast<int>(static_cast<std::uint32_t>(a_value));
@@ -29,7 +29,7 @@ inline NDateTime MovedWithinYear(NDateTime a_date, std::int64_t a_days, unsigned
 }
 
 /// The number of a window from a place counted in unsigned 32 bits. A place "before the first" (month 0, day of year 0)
-/// wraps round to the greatest number, as stored candles of such rows expect.
+/// wraps round to the greatest number, as in the stored candles of such rows.
 inline int WindowNumber(unsigned long a_oneBasedPlace, unsigned short a_multiplicity)
 {
     return static_cast<int>((static_cast<std::uint32_t>(a_oneBasedPlace) - 1U) / a_multiplicity);

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Without a constant of its own: only this class reads and writes the key.
+// It has no constant: only this class reads and writes the key.
 constexpr std::string_view S_windowId = "windowId";
 
 } // namespace

@@ -14,7 +14,7 @@ class Settings;
 /// A full description of the chart behind an alert's argument, down to the indicators and their parameters, so that the
 /// value can be computed where there is no chart. A value type: copies are independent, one thread at a time.
 ///
-/// Its stored form is a Settings tree. All that writes expects an empty node: values without keys are appended.
+/// Its stored form is a Settings tree. Whatever writes expects an empty node: values without keys are appended.
 class KALVENTO_API AlertArgumentSourceChart {
 public:
     static constexpr std::string_view GroupParameters = "parameters";
@@ -26,7 +26,7 @@ public:
     static constexpr std::string_view IndicatorType = "type";
     static constexpr std::string_view IndicatorRequestId = "request";
     static constexpr std::string_view IndicatorScript = "script_info";
-    static constexpr std::string_view IndicatorParamsValues = "parameters"; ///< Inside of an indicator.
+    static constexpr std::string_view IndicatorParamsValues = "parameters"; ///< Inside an indicator.
     static constexpr std::string_view SeriesMappingLabel = "series_mapping";
     static constexpr std::string_view NewSeriesId = "new_series_id";
     static constexpr std::string_view BasePointerIndex = "base_pointer_index";
@@ -36,7 +36,7 @@ public:
     struct KALVENTO_API ChartParameters {
         ChartParameters() = default;
         /// Reads and checks: an isin of white space, an empty interval and a multiplicity of 0 raise KalventoException,
-        /// in this order.
+        /// tested in this order.
         explicit ChartParameters(const Settings& a_settings);
         /// Writes without a check.
         void Serialize(Settings& a_settings) const;

@@ -2,7 +2,7 @@
 
 #include "alerts/AlertEventBase.h"
 
-/// The record of type "10", 20 bytes, with its length set. What the payload means is settled among the alert modules.
+/// The record of type "10", 20 bytes, with its length set. What the payload means is up to the alert modules.
 #pragma pack(push, 1)
 class AlertEventCloudInfo : public AlertEventBase {
 public:

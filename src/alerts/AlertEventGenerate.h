@@ -3,7 +3,7 @@
 #include "alerts/AlertEventBase.h"
 
 /// The record with which an alert is generated, 48 bytes. The length in its header stays 0. What the payload means is
-/// settled among the alert modules.
+/// up to the alert modules.
 #pragma pack(push, 1)
 class AlertEventGenerate : public AlertEventBase {
 public:

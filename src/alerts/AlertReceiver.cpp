@@ -1,4 +1,4 @@
 #include "alerts/AlertReceiver.h"
 
-// Stands here so that the interface has one type information for all modules.
+// Defined here so that the interface has one type information for all modules.
 AlertReceiver::~AlertReceiver() = default;

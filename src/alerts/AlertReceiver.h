@@ -6,12 +6,12 @@ class AlertEvent;
 class AlertEventCloudInfo;
 class AlertEventGenerate;
 
-/// Who takes alert event records, one operation for each kind of record. Implementations and callers live in the alert
+/// Receives alert event records, one operation for each kind of record. Implementations and callers live in the alert
 /// modules; the library calls none of this.
 ///
-/// The sender calls on one thread at a time, in the order in which the events happened, and calls nothing more after the
-/// receiver was taken off its list. A record is lent for the call: copy what is kept. The receiver outlives its place
-/// on the sender's list. Nothing may be thrown: a sender has other receivers to serve.
+/// The sender calls on one thread at a time, in the order in which the events happened, and makes no more calls after
+/// the receiver was taken off its list. A record is lent for the call: copy what is kept. The receiver outlives its
+/// place on the sender's list. Nothing may be thrown: a sender has other receivers to serve.
 class KALVENTO_API AlertReceiver {
 public:
     AlertReceiver() = default;

@@ -92,8 +92,8 @@ bool Asset::operator<(const Asset& a_other) const
 
 bool Asset::IsEqual(const Asset& a_other) const
 {
-    // Long name and market are held against the other's short name: plug-ins were written against this answer, by
-    // which instruments that go by one name alone are told from all others.
+    // Long name and market are compared with the other's short name: plug-ins rely on this answer to tell instruments
+    // with a single name from all others.
     return m_isin == a_other.m_isin && m_shortName == a_other.m_shortName &&
            m_longName == a_other.m_shortName && m_market == a_other.m_shortName &&
            NameOf(m_provider) == NameOf(a_other.m_provider);
@@ -153,7 +153,7 @@ boost::json::value Asset::Serialize() const
 
 bool Asset::HaseSeries(const std::set<DSProp>& a_offered, const std::set<ESeriesId>& a_wanted)
 {
-    // A linear scan: indicators stand in the set by their labels, so it can't be searched by identifier.
+    // A linear scan: the set orders indicators by their labels, so it can't be searched by identifier.
     return std::all_of(a_wanted.begin(), a_wanted.end(), [&](ESeriesId a_series) {
         return std::any_of(a_offered.begin(), a_offered.end(),
                            [&](const DSProp& a_property) { return a_property.GetSeriesID() == a_series; });

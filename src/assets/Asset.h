@@ -17,11 +17,11 @@ class ProviderBase;
 class Settings;
 
 /// The handle on one quoted instrument: which provider serves it, under which names and on which market. It is the key
-/// under which everything else is asked for, so it is small and passed by value; all other knowledge lies with the
-/// provider. A value type: copies are independent, one thread at a time; a moved-from asset keeps its provider.
+/// under which everything else is asked for, so it is small and passed by value; the provider knows everything else. A
+/// value type: copies are independent, one thread at a time; a moved-from asset keeps its provider.
 ///
 /// The texts are opaque bytes, compared byte by byte and stored without any conversion of encoding. The identity is
-/// ISIN, market, name of the provider, in this order. A provider is a module and outlives every asset that names it.
+/// ISIN, market and name of the provider, in this order. A provider is a module and outlives every asset that names it.
 class KALVENTO_API Asset {
 public:
     static constexpr std::string_view XML_PROVIDER = "Provider";
@@ -36,8 +36,8 @@ public:
     /// Reads what SerializeState wrote; missing keys are empty texts. The host looks the provider up by its name, so
     /// the mediator must be set; a name that the host doesn't know leaves the provider null.
     explicit Asset(const Settings& a_settings);
-    /// Reads what Serialize gave. The host looks the provider up as above. What is not an object with the five texts
-    /// raises the exception of the JSON library: std::invalid_argument, "not an object" or "not a string", or
+    /// Reads what Serialize gave. The host looks the provider up as above. Anything but an object with the five texts
+    /// raises the JSON library's exception: std::invalid_argument, "not an object" or "not a string", or
     /// std::out_of_range where a key is missing.
     explicit Asset(const boost::json::value& a_json);
     Asset(const Asset& a_other);
@@ -69,12 +69,12 @@ public:
     bool operator!=(const Asset& a_other) const { return !(*this == a_other); }
     /// The identity, compared in its order: ISIN and market as bytes, then the provider's name.
     bool operator<(const Asset& a_other) const;
-    /// Equal ISINs, short names and providers, and besides this long name and this market equal to the other's short
-    /// name. So an asset whose names differ is not even equal to its own copy: a full comparison is operator== with
-    /// the getters.
+    /// Equal ISINs, short names and providers, and this long name and this market both equal to the other's short name.
+    /// So an asset whose names differ is not even equal to its own copy: a full comparison is operator== with the
+    /// getters.
     bool IsEqual(const Asset& a_other) const;
 
-    /// Kept for callers of old; does nothing.
+    /// Kept for old callers; does nothing.
     void DumpToTrace() const {}
 
     // The questions below are the provider's to answer, on the caller's thread.
@@ -86,8 +86,8 @@ public:
     /// Whether current records of the asset hold that series. The provider must be set.
     bool RecordHasSeries(ESeriesId a_series) const;
     /// Whether the history of the asset holds all of these series; a_alternative asks for the provider's other set.
-    /// No series at all are always held, and the provider is not asked. Without a provider it raises
-    /// KalventoException, even then.
+    /// An empty list is always held, and the provider is not asked. Without a provider it raises KalventoException,
+    /// even then.
     bool HistoryRecordHasSeries(const std::set<ESeriesId>& a_series, bool a_alternative) const;
 
     /// Writes the five keys: the name of the provider as wide text, empty without one, the others as narrow text.

@@ -10,8 +10,8 @@
 #include <optional>
 #include <string>
 
-/// What else a provider tells about an asset. A plain value, handed from provider to consumer: of all this the library
-/// reads the segment alone; what the texts, the value and the date mean is the provider's affair.
+/// What else a provider tells about an asset. A plain value, handed from provider to consumer. The library reads only
+/// the segment; the provider decides what the texts, the value and the date mean.
 struct KALVENTO_API AssetAdditProp {
     AssetAdditProp() = default;
     /// a_minPrecision and a_maxPrecision belong to a_value.

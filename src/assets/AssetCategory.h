@@ -26,7 +26,7 @@ enum Value : std::uint32_t {
 /// std::length_error.
 KALVENTO_API Value ToCategoyValue(std::string_view a_code);
 
-/// Polish text for the user; empty for a number outside the table. Both kinds of options bear the same text.
+/// Polish text for the user; empty for a number outside the table. Both kinds of options have the same text.
 KALVENTO_API std::wstring ValueToLabel(Value a_value);
 
 } // namespace AssetCategory

@@ -14,8 +14,8 @@
 
 class Settings;
 
-/// What a provider can deliver for one asset: the kinds of data, and for each interval the dates on hand. The request's
-/// side of the same is RequestParams. A plain value without a lock.
+/// What a provider can deliver for one asset: the kinds of data, and for each interval the dates on hand. RequestParams
+/// is its counterpart in a request. A plain value without a lock.
 class KALVENTO_API AssetParams : public ParamsBase {
 public:
     /// In the provider's order, which matters to GetDates.
@@ -58,9 +58,9 @@ public:
     /// RangeData::SetDates on the entry of that very interval. False where there is none or the dates are refused.
     bool SetDates(EInterval a_interval, NDateTime a_from, NDateTime a_to);
 
-    /// Something is offered, and where history is: every range is valid and the multiplicity fits. It is held against the
-    /// first interval alone: providers list their main interval first, and some keep a coarser one with a lower bound
-    /// behind it.
+    /// Something is offered, and if that includes history, every range is valid and the multiplicity fits. The
+    /// multiplicity is checked against the first interval alone: providers list their main interval first, and some
+    /// keep a coarser one with a lower bound after it.
     bool IsValid() const;
 
 private:

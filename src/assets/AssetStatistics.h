@@ -8,7 +8,7 @@
 /// One row of a ranked list of a session. A plain value.
 class KALVENTO_API AssetStatistics {
 public:
-    /// a_percentChange in percent. Note the place of a_value, the last one.
+    /// a_percentChange in percent. Note that a_value comes last.
     AssetStatistics(const Asset& a_asset, double a_percentChange, double a_turnover,
                     double a_transactionVolume, unsigned long long a_transactionCount, double a_value);
 

@@ -40,7 +40,7 @@ enum Value : std::uint32_t {
 /// std::length_error.
 KALVENTO_API Value ToStatusValue(std::string_view a_code);
 
-/// The code of the data feed; a number outside the table gives the characters that it is packed of.
+/// The code of the data feed; a number outside the table gives the characters that it is packed from.
 KALVENTO_API std::string ValueToCode(Value a_value);
 
 /// Polish text for the user; empty for a number outside the table.

@@ -59,9 +59,9 @@ bool IsBefore(const SortEntry& a_left, const SortEntry& a_right)
     return **a_left.place < **a_right.place;
 }
 
-/// Makes the pool start its threads while no sort depends on it. Where a thread can't be started, the pool raises in the
-/// middle of handing out work, and leaves behind a task that would find the frame of the sort gone. An empty task of its
-/// own has no frame to lose. Once the threads run, nothing is left to do.
+/// Makes the pool start its threads while no sort depends on them. Where a thread can't be started, the pool raises in
+/// the middle of handing out work, leaving a task that would find the sort's frame gone. An empty task of its own has
+/// no frame to lose. Once the threads run, nothing is left to do.
 void StartPool()
 {
     static const bool S_started = [] {
@@ -77,7 +77,7 @@ void Sort(std::span<SortEntry> a_entries)
         std::sort(a_entries.begin(), a_entries.end(), IsBefore);
         return;
     }
-    // Not std::execution::par: it ends the process where the pool can't be had.
+    // Not std::execution::par, which ends the process where the pool can't be had.
     try {
         StartPool();
         tbb::parallel_sort(a_entries.begin(), a_entries.end(), IsBefore);
@@ -168,7 +168,7 @@ bool AssetsGroup::HasInstrument(const Asset& a_asset) const
 
 bool AssetsGroup::HasInstrument(const std::shared_ptr<Asset>& /*a_asset*/) const
 {
-    // Plug-ins were written against this answer, and add what they ask for; the other overload tells the truth.
+    // Plug-ins rely on this answer, and add what they ask for; the other overload tells the truth.
     return false;
 }
 

@@ -11,7 +11,7 @@
 class Asset;
 
 /// A named group of assets: the members of an index, a watch list, a whole market. Copies are independent lists that
-/// share their assets, which nobody changes after they went in. One thread at a time.
+/// share their assets, which nobody changes once they are in a group. One thread at a time.
 ///
 /// The list is kept in the order of Asset::operator<, and RemoveAsset, HasInstrument and MergeAssets bisect it. Only
 /// AddAsset leaves that order to its caller: until SortAssets has run, those three may miss what is there.
@@ -35,8 +35,8 @@ public:
     /// Compares the numbers alone: groups of two providers may be neither before nor after each other, nor equal.
     bool operator<(const AssetsGroup& a_other) const { return m_id.GetId() < a_other.m_id.GetId(); }
 
-    /// Appends, whether it is there already or not, and does not sort: after the last one call SortAssets. a_asset
-    /// must not be null.
+    /// Appends, even what is there already, and does not sort: after the last one call SortAssets. a_asset must not be
+    /// null.
     void AddAsset(const std::shared_ptr<Asset>& a_asset);
     /// Adds the assets that the group lacks and sorts; false when it lacks none, and then nothing changes. Incoming
     /// assets are compared with those that were there before the call only, so what comes twice is added twice.
@@ -54,8 +54,8 @@ public:
     void SortAssets();
 
     bool HasInstrument(const Asset& a_asset) const;
-    /// Always false, even for an asset of the group. Plug-ins rely on that answer: who wants to know asks with the
-    /// asset itself.
+    /// Always false, even for an asset of the group. Plug-ins rely on that answer; to find out, ask with the asset
+    /// itself.
     bool HasInstrument(const std::shared_ptr<Asset>& a_asset) const;
 
 private:

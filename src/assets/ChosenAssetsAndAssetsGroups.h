@@ -22,11 +22,11 @@ public:
     const std::vector<Asset>& GetAssets() const { return m_assets; }
     const std::vector<AssetsGroup>& GetAssetsGroup() const { return m_groups; }
 
-    /// Passes the selection on within one process; no form to keep. Storing writes two counts, of the assets and of the
-    /// groups, then the address of each asset and of each group, as 64-bit numbers. Loading drops what is here and
-    /// copies what lies at the addresses; an address of 0 is skipped. The object that stored must be alive until then
-    /// and unchanged: an address that is no element of such an object raises CArchiveException (badIndex), and so do
-    /// bytes from another process. A short archive raises endOfFile. What was copied before a failure stays.
+    /// Passes the selection on within one process; not a form to be kept. Storing writes two counts, of the assets and
+    /// of the groups, then the address of each asset and of each group, as 64-bit numbers. Loading drops what is here
+    /// and copies what lies at the addresses; an address of 0 is skipped. The object that stored must be alive until
+    /// then and unchanged: an address that is no element of such an object raises CArchiveException (badIndex), and so
+    /// do bytes from another process. A short archive raises endOfFile. What was copied before a failure stays.
     void Serialize(CArchive& a_archive) override;
 
 private:

@@ -4,7 +4,7 @@
 
 namespace {
 
-// A value outside of EInterval's names counts as the empty interval.
+// A value outside EInterval's names counts as the empty interval.
 unsigned int SessionsOf(EInterval a_interval)
 {
     switch (a_interval) {

@@ -39,7 +39,7 @@ public:
     bool IsSetCSAndRecord() const { return (m_kindData & (S_kindDataCS | S_kindDataRecord)) != 0; }
     bool IsSetSynchro() const { return (m_kindData & S_kindDataSynchro) != 0; }
     bool IsSetHistory() const { return (m_kindData & S_kindDataHistory) != 0; }
-    /// Anything of today: whatever is not history.
+    /// Anything of today: all but history.
     bool IsSetPresent() const { return IsSetCSAndRecord() || IsSetSynchro(); }
     bool IsSetOnlyHistory() const { return IsSetHistory() && !IsSetPresent(); }
 

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Far enough for any session that is ever asked for, and still a date that every platform can show.
+// Later than any session that is ever asked for, and still a date that every platform can show.
 NDateTime EndOfTime()
 {
     return {2099, 12, 31};

@@ -7,9 +7,8 @@
 
 class Settings;
 
-/// A range of dates; both ends belong to it. The setters keep whole days, while the constructors keep what they are given,
-/// times of day and wrong order included: a range from outside is to be tested by Validate.
-/// A plain value without a lock.
+/// A range of dates; both ends belong to it. The setters keep whole days, while the constructors keep what they are
+/// given, times of day and wrong order included: test a range from outside by Validate. A plain value without a lock.
 class KALVENTO_API RangeData {
 public:
     struct Dates {
@@ -41,8 +40,8 @@ public:
 
     /// Both ends are valid, and the beginning doesn't come after the end.
     bool Validate() const;
-    /// Narrows a_other to what both ranges have in common. Ranges that don't meet leave a_other with its beginning after
-    /// its end, which Validate tells.
+    /// Narrows a_other to what both ranges have in common. Ranges that don't meet leave a_other with its beginning
+    /// after its end, which Validate detects.
     void GetMinRangeData(RangeData& a_other) const;
 
     /// Keeps the date and the counter of each end.

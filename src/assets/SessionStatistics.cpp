@@ -4,7 +4,7 @@
 
 namespace {
 
-// A number that is not a list's means the first list: a window of another release still shows something.
+// A number that no list has means the first list, so that a window of another release still shows something.
 std::size_t PlaceOf(SessionStatistics::EAssetStatisticType a_type, std::size_t a_listCount)
 {
     const std::size_t place = a_type;

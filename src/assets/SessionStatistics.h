@@ -12,7 +12,7 @@
 /// instruments. A value type without logic, exchanged between provider and consumer; one thread at a time.
 class KALVENTO_API SessionStatistics {
 public:
-    /// The totals of the instruments that fell, rose or stayed. What the two amounts are is settled between the
+    /// The totals of the instruments that fell, rose or stayed. What the two amounts mean is agreed between the
     /// provider and the window that shows them.
     struct GeneralData {
         unsigned long long assetCount = 0;
@@ -21,7 +21,7 @@ public:
         unsigned long long transactions = 0;
     };
 
-    /// The ranked lists. By what each is ranked is settled between the provider and the window that shows it.
+    /// The ranked lists. What each is ranked by is agreed between the provider and the window that shows it.
     enum EAssetStatisticType : std::uint32_t {
         EAssetStatisticFirst = 0,
         EAssetStatisticSecond = 1,

@@ -7,7 +7,7 @@
 #include <string>
 
 /// The state of drag and drop, one for the application: IAppMediator makes it and gives it out.
-/// While a drag runs no window of the terminal may activate, so windows and mediator ask here.
+/// While a drag runs, no window of the terminal may activate, so windows and mediator ask here.
 class KALVENTO_API DragDropManager {
 public:
     /// Nothing is being dragged.

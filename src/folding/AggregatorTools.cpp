@@ -37,7 +37,7 @@ std::vector<EAggrType> AggregatorTools::PrepareAggregationTypes(const std::set<D
     for (const DSProp& series : a_series) {
         if (IsMainType(series.GetAggrType()))
             types.front() = series.GetAggrType();
-        else if (nextOther < types.size()) // without a main type the last one has no place
+        else if (nextOther < types.size()) // without a main type there is no place for the last one
             types[nextOther++] = series.GetAggrType();
     }
     return types;

@@ -20,7 +20,7 @@ class Settings;
 class Synchronization;
 
 /// Folds records and blocks of one set of series into candles of one interval. Construction raises; the four working
-/// operations let nothing out: a refused input gives false and a line in the log.
+/// operations never throw: a refused input gives false and a line in the log.
 ///
 /// A usual life: AgregateHistory and SetCurrentRecord of its last record, or AgregateSynchro, which does both; then
 /// AggregateRecord for each live row. One thread at a time, constant operations included.
@@ -31,7 +31,7 @@ public:
     static constexpr std::string_view XML_AGGREGATION_TIME = "AggregationTime";
 
     /// a_dsProps: the tick shape, one of them of a main type. a_timeResult only travels through SerializeState: candles
-    /// always bear the time of their last row, since continuing one rests on that. Raises KalventoException without a
+    /// always bear the time of their last row, since continuing one depends on that. Raises KalventoException without a
     /// main type or for an interval that no window takes, std::invalid_argument when a candle series is among them.
     AggregatorWrapper(const std::set<DSProp>& a_dsProps, EAggrTimeResult a_timeResult, EInterval a_interval,
                       unsigned short a_multiplicity);
@@ -49,8 +49,8 @@ public:
     /// a_sameWindow: true when it replaces the last candle, false when it begins a new one. Doesn't allocate where the
     /// record has room for the candle series.
     bool AggregateRecord(Record& a_record, bool& a_sameWindow);
-    /// Folds a block of the tick shape in place and leaves its last candle open for AggregateRecord. A failure inside the
-    /// fold leaves the candle columns added.
+    /// Folds a block of the tick shape in place and leaves its last candle open for AggregateRecord. A failure inside
+    /// the fold leaves the candle columns added.
     bool AgregateSynchro(Synchronization& a_synchro);
     /// Folds a valid history in place. Afterwards SetCurrentRecord or ClearLastValue must come before the next row. A
     /// failure inside the fold leaves the candle columns added.
@@ -79,6 +79,6 @@ private:
     ESeriesId m_mainSeries;
     EAggrTimeResult m_aggregationTime;
     std::vector<EAggrType> m_types;
-    std::vector<double*> m_fields; // aimed anew before each use, meaningful only during a call
+    std::vector<double*> m_fields; // aimed anew before each use, valid only during a call
     std::unique_ptr<Aggregator> m_aggregator;
 };

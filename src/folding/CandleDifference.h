@@ -28,8 +28,9 @@ struct KALVENTO_API CandleDifference {
     std::size_t expectedCount = 0; ///< Candles in the list expected.
     std::size_t foundCount = 0;
 
-    /// Compares candles bit for bit, times with their counters; any NaN equals any NaN. Empty where they agree. a_first: the
-    /// place in a_expected of the first candle of a_found. a_mayEndEarly: a_found may hold less than the rest of a_expected.
+    /// Compares candles bit for bit, times with their counters; any NaN equals any NaN. Empty where they agree.
+    /// a_first: the place in a_expected of the first candle of a_found. a_mayEndEarly: a_found may hold less than the
+    /// rest of a_expected.
     static std::optional<CandleDifference> Find(const DataSeriesSet& a_expected, const DataSeriesSet& a_found,
                                                 std::size_t a_first = 0, bool a_mayEndEarly = false);
 };

@@ -9,9 +9,9 @@
 #include <span>
 #include <vector>
 
-/// Some rows, column by column. The vectors may be longer than the rows that they hold: from one use to the next they stay
-/// at their full length, since bringing them down and up again would write every element once more. Which series the
-/// columns are of is known to whoever holds the block.
+/// Some rows, column by column. The vectors may be longer than the rows that they hold: from one use to the next they
+/// stay at their full length, since shrinking and growing them would write every element once more. Whoever holds the
+/// block knows which series the columns belong to.
 struct KALVENTO_API ColumnBlock {
     std::size_t rows = 0;
     std::vector<NDateTime> times;
@@ -22,7 +22,7 @@ struct KALVENTO_API ColumnBlock {
     /// Adds rows of a block of the same columns: a_first to before a_last. Growing piece by piece stays linear. A block
     /// without rows takes on the columns.
     void Append(const ColumnBlock& a_from, std::size_t a_first, std::size_t a_last);
-    /// The rows from a_first on come to the front, and those before them are gone.
+    /// Moves the rows from a_first on to the front and drops those before them.
     void RemoveBefore(std::size_t a_first);
     /// A row as a record of the series a_series, one for each column.
     Record At(std::size_t a_row, std::span<const ESeriesId> a_series) const;

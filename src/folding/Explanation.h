@@ -18,9 +18,9 @@
 #include <set>
 #include <vector>
 
-/// Which rows of one instrument made a candle, which row gave each of its values, and which rows were kept out of it and
-/// why. Rows bear an origin: a number of the caller's own, such as a line of a file, of which only the order counts here.
-/// Constant operations are not safe from several threads.
+/// Which rows of one instrument made a candle, which row gave each of its values, and which rows were kept out of it
+/// and why. Rows bear an origin: a number of the caller's own, such as a line of a file, of which only the order counts
+/// here. Constant operations are not safe from several threads.
 class KALVENTO_API Explanation {
 public:
     /// Where a row comes from, taken or not.
@@ -54,17 +54,18 @@ public:
         bool isMixed =
             false; ///< Holds rows of several windows, which were taken for one: see IsInCurrentWindow.
         std::vector<Value> values; ///< In reading order.
-        /// Places in the list of refused rows: of those of this window's time, and of those without a time between its rows.
+        /// Places in the list of refused rows: of those of this window's time, and of those without a time between its
+        /// rows.
         std::vector<std::size_t> refused;
         std::vector<std::size_t> raised; ///< Its rows with an earlier time of their own.
         std::vector<std::size_t> lost;   ///< Rows of this window's time that were raised into another candle.
     };
 
-    /// a_rows: valid, times not falling, kept by reference. a_sources: one for each of them. a_refused: the rows that weren't
-    /// taken, in their order, without a time where none could be read; why each was refused, its owner knows.
-    /// a_properties: the series of the rows, candle series included where the rows are candles. Lists that don't fit raise
-    /// std::invalid_argument, as do more ticks a candle than a window counts; series and intervals that AggregatorWrapper
-    /// doesn't take raise as there.
+    /// a_rows: valid, times not falling, kept by reference. a_sources: one for each of them. a_refused: the rows that
+    /// weren't taken, in their order, without a time where none could be read; why each was refused, its owner knows.
+    /// a_properties: the series of the rows, candle series included where the rows are candles. Lists that don't fit
+    /// raise std::invalid_argument, as do more ticks a candle than a window counts; series and intervals that
+    /// AggregatorWrapper doesn't take raise as there.
     Explanation(const DataSeriesSet& a_rows, std::vector<Source> a_sources, std::vector<Source> a_refused,
                 const std::set<DSProp>& a_properties, IntervalAndMultiplicity a_interval);
 
@@ -72,8 +73,8 @@ public:
     const std::vector<Span>& GetCandles() const { return m_candles; }
     /// The begin of the window of a candle's first row; for ticks that row's time.
     NDateTime TimeOf(std::size_t a_candle) const;
-    /// The candle of the window in which a time lies; for ticks the one between whose rows it lies, to the second. Empty: no
-    /// row made one. Raises KalventoException when the engine refuses the rows; the log says why.
+    /// The candle of the window in which a time lies; for ticks the one between whose rows it lies, to the second.
+    /// Empty: no row made one. Raises KalventoException when the engine refuses the rows; the log says why.
     std::optional<Candle> Explain(const NDateTime& a_at) const;
 
 private:

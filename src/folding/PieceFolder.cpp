@@ -19,7 +19,7 @@ unsigned short MultiplicityOf(IntervalAndMultiplicity a_interval)
 }
 
 // The engine runs on the time of the candle's first or last row; a time made from the window is put on the finished
-// candle. The end of a window lies in the next one: a candle that bore it could not be carried on.
+// candle. The end of a window lies in the next one: a candle stamped with it could not be continued.
 EAggrTimeResult RowStamp(EAggrTimeResult a_stamp)
 {
     return a_stamp == ELastRecordTime ? ELastRecordTime : EFirstRecordTime;
@@ -118,7 +118,7 @@ std::size_t PieceFolder::FoldTime(ColumnBlock& a_rows, bool a_last, ColumnBlock&
 {
     IntervalAndMultiplicity interval = m_rowInterval;
     if (m_ticks) {
-        // A tick is a candle of one price; as candles all rows can follow the one that is carried on.
+        // A tick is a candle of one price; in that form every row can follow the candle that is still open.
         const std::ptrdiff_t first = m_carries ? 1 : 0;
         const std::vector<double>& prices = a_rows.columns[m_mainPlace];
         for (std::vector<double>& field : m_candleFields)

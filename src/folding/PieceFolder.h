@@ -15,41 +15,41 @@
 #include <vector>
 
 /// Folds rows that come in pieces into candles: the candle that is still open at the end of a piece goes on in the next
-/// one. The pieces' candles, put together, are bit for bit those of one fold of all rows, and memory doesn't grow with the
-/// rows. Times may not fall from row to row. One thread at a time.
+/// one. The pieces' candles, put together, are bit for bit those of one fold of all rows, and memory doesn't grow with
+/// the rows. Times may not fall from row to row. One thread at a time.
 ///
-/// Two faces, of which one object serves one: Fold works in blocks that the caller reads into, for speed; Add and Finish
-/// take histories and give histories.
+/// There are two ways to use it, one for each object: Fold works in blocks that the caller reads into, for speed; Add
+/// and Finish take histories and give histories.
 class KALVENTO_API PieceFolder {
 public:
-    /// What becomes of rows that are of the very interval asked for: they are folded, so that each window has one candle,
-    /// of the time asked for; or they go through as they are.
+    /// What becomes of rows that already have the interval asked for: they are folded, so that each window has one
+    /// candle, with the time asked for; or they go through as they are.
     enum ESameInterval : std::uint8_t { EFoldSame, EPassSame };
 
-    /// a_series: those of the rows, which are ticks or, with the three candle series among them, candles. One of them is
-    /// of a main type. a_rows, a_candles: the intervals of both. Raises KalventoException where Reaches or CanBear is
-    /// false, and without a main type.
+    /// a_series: those of the rows, which are ticks or, with the three candle series among them, candles. One of them
+    /// is of a main type. a_rows, a_candles: the intervals of both. Raises KalventoException where Reaches or CanBear
+    /// is false, and without a main type.
     PieceFolder(const std::set<DSProp>& a_series, IntervalAndMultiplicity a_rows,
                 IntervalAndMultiplicity a_candles, EAggrTimeResult a_stamp = ELastRecordTime,
                 ESameInterval a_same = EFoldSame);
 
     /// Whether rows of the one interval can become candles of the other: it isn't finer, and a window takes it.
     static bool Reaches(IntervalAndMultiplicity a_rows, IntervalAndMultiplicity a_candles);
-    /// Whether candles of the interval can bear that time: windows of ticks have no begin and no end in time, and only
+    /// Whether candles of the interval can bear that time: windows of ticks have no start and no end in time, and only
     /// candles shorter than a day bear the end of their window.
     static bool CanBear(IntervalAndMultiplicity a_candles, EAggrTimeResult a_stamp);
 
     /// Series of the candles, ascending: those of the rows, and the three candle series unless ticks go through.
     const std::vector<ESeriesId>& GetSeries() const { return m_series; }
 
-    /// Folds the rows of a_rows, at whose front the rows must still stand that the last call told to keep. Its columns are
-    /// those of the series of the rows, ascending. Finished candles replace a_candles. Returns how many rows at the front
-    /// of a_rows are to be kept for the next call. a_last: no rows follow; the open candle comes out as well and nothing
-    /// is to be kept. The contents of a_rows are used up otherwise.
+    /// Folds the rows of a_rows, which must still begin with the rows that the last call said to keep. Its columns are
+    /// those of the rows' series, ascending. Finished candles replace a_candles. Returns how many rows at the front of
+    /// a_rows are to be kept for the next call. a_last: no rows follow; the open candle comes out as well and nothing
+    /// is to be kept. All other rows of a_rows are used up.
     std::size_t Fold(ColumnBlock& a_rows, bool a_last, ColumnBlock& a_candles);
 
-    /// Takes the rows that follow, and gives the candles that they complete, possibly none. Raises std::invalid_argument
-    /// for rows that lack a series; nothing has changed then.
+    /// Takes the rows that follow, and gives the candles that they complete, possibly none. Raises
+    /// std::invalid_argument for rows that lack a series; nothing has changed then.
     History Add(History&& a_rows);
     /// The candle that is still open, if any. Nothing may be added afterwards.
     History Finish();

@@ -23,8 +23,8 @@ constexpr std::size_t S_everyRowUpTo = 2000;
 constexpr std::size_t S_greatestWork = 50'000'000;
 // Beyond it, so many candles before the one that is handed over.
 constexpr std::size_t S_candlesBefore = 2;
-// The live rows after a hand-over go on until so many candles behind the open one have begun. A candle's state comes from
-// its own rows alone, so from the second one on the run could only repeat what the row-by-row road has shown.
+// The live rows after a hand-over go on until so many candles behind the open one have begun. A candle's state comes
+// from its own rows alone, so from the second one on the run could only repeat what the row-by-row road has shown.
 constexpr std::size_t S_candlesAfter = 2;
 // Rows folded one by one for all hand-overs together, where the caller leaves it to us: some seconds.
 constexpr std::size_t S_greatestLiveWork = 20'000'000;

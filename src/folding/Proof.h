@@ -42,16 +42,16 @@ public:
         std::optional<Finding> finding; ///< The first difference; empty: every road gives the same candles.
     };
 
-    /// a_ticks: valid, single ticks, times not falling; kept by reference. a_properties: their series, the tick shape. Other
-    /// rows, and more ticks a candle than a window counts, raise std::invalid_argument; series and intervals that
+    /// a_ticks: valid, single ticks, times not falling; kept by reference. a_properties: their series, the tick shape.
+    /// Other rows, and more ticks a candle than a window counts, raise std::invalid_argument; series and intervals that
     /// AggregatorWrapper doesn't take raise as there.
     Proof(const DataSeriesSet& a_ticks, const std::set<DSProp>& a_properties,
           IntervalAndMultiplicity a_interval);
 
-    /// Runs the roads. a_samples: how many rows are handed over at; every row where there are no more than that. Else a third
-    /// each of the rows lie anywhere, begin a candle, and end one: the places where a state could be carried wrongly.
-    /// The same rows for the same input. 0: every row up to 2000 rows, else 200 of them, and fewer, evenly, where candles are
-    /// so long that the rows after each hand-over would take minutes. a_onHandOver may be empty.
+    /// Runs the roads. a_samples: how many rows are handed over at; every row where there are no more than that. Else a
+    /// third each of the rows lie anywhere, begin a candle, and end one: the places where a state could be carried
+    /// wrongly. The same rows for the same input. 0: every row up to 2000 rows, else 200 of them, and fewer, evenly,
+    /// where candles are so long that the rows after each hand-over would take minutes. a_onHandOver may be empty.
     /// Raises KalventoException when the engine refuses what it should fold; the log says why.
     Result Run(std::size_t a_samples = 0, const OnHandOver& a_onHandOver = {});
 

@@ -122,7 +122,7 @@ bool SubscriptionCandles::AddHistory(History&& a_history)
         return true;
     const IntervalAndMultiplicity interval = a_history.GetIntervalData();
     const bool isTicks = interval.IsSingleTick();
-    // Candles of some ticks can't be put together to others: their ticks are not known any more.
+    // Candles of several ticks can't be combined into others, since their ticks are no longer known.
     if (!a_history.IsValid() || !HasShape(a_history, !isTicks) ||
         !PieceFolder::Reaches(interval, m_interval) ||
         (!isTicks && m_interval.IsTick() && !interval.Equals(m_interval)))
@@ -149,7 +149,7 @@ bool SubscriptionCandles::SetSynchronization(Synchronization&& a_synchronization
     return AddRows(std::move(a_synchronization));
 }
 
-// Takes away the rows from a_firstTime on, and the candles that they were in.
+// Removes the rows from a_firstTime on, and the candles that held them.
 void SubscriptionCandles::CutBack(const NDateTime& a_firstTime)
 {
     m_live.reset();
@@ -182,7 +182,7 @@ bool SubscriptionCandles::AddRows(DataSeriesSet&& a_rows)
             BlockOf(Correct(std::move(a_rows)), m_columns, m_blank.GetMainAggSeriesId());
         const std::size_t finished = GetCount() - (m_rows.rows > 0 ? 1 : 0);
         m_rows.Append(added, 0, added.rows);
-        // All have an open, high and low: so the engine takes them as candles, of some ticks.
+        // All have an open, high and low, so the engine takes them as candles of several ticks.
         const IntervalAndMultiplicity shape(EIntervalTick, m_interval.IsSingleTick() ? 1 : 2);
         PieceFolder folder(m_candleSeries, shape, m_interval);
         ColumnBlock rows = m_rows;
@@ -190,7 +190,7 @@ bool SubscriptionCandles::AddRows(DataSeriesSet&& a_rows)
         folder.Fold(rows, true, candles);
         m_candles.rows = finished;
         m_candles.Append(candles, 0, candles.rows);
-        // A fold doesn't tell where the last candle began, but its rows are later than the candle before.
+        // A fold doesn't say where the last candle began, but its rows are later than the candle before.
         if (candles.rows > 1) {
             const auto first = std::upper_bound(
                 m_rows.times.begin(), m_rows.times.begin() + static_cast<std::ptrdiff_t>(m_rows.rows),
@@ -211,7 +211,7 @@ bool SubscriptionCandles::OpenLive()
         return true;
     if (m_rows.rows == 0)
         m_rows.Append(m_candles, GetCount() - 1, GetCount());
-    // A candle handed back counts as one tick, so a window of ticks is filled again by those that it holds.
+    // A candle handed back counts as one tick, so a window of ticks is filled again with those that it holds.
     Record first = m_interval.IsTick() ? m_rows.At(0, m_columns) : GetCandle(GetCount() - 1);
     bool isOpen = m_live->SetCurrentRecord(first);
     for (std::size_t row = 1; m_interval.IsTick() && row < m_rows.rows; ++row) {

@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-// The operations of History that need the list of operations. They stand here, and the header of History names the two
-// types only, so that the data model doesn't depend on what adjusts it.
+// The operations of History that need the list of operations. They are defined here, and the header of History only
+// names the two types, so that the data model doesn't depend on what adjusts it.
 
 namespace {
 
@@ -32,8 +32,8 @@ void History::ApplyDataOperations(const SingleHistoryOperation& a_operation)
 
     const std::vector<NDateTime>& times = TimeSeries();
     const auto end = std::lower_bound(times.begin(), times.end(), limit);
-    // Less than half a second before the limit a time is earlier and equal at once: such a first row counts as the first
-    // on the new scale, and so do all rows behind it.
+    // Less than half a second before the limit a time is earlier and equal at once: such a first row counts as the
+    // first on the new scale, and so do all rows after it.
     if (end == times.end() && (limit < times.front() || limit == times.front()))
         return;
     const auto count = static_cast<std::size_t>(end - times.begin());

@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::string_view S_whiteSpace = " \t\n\v\f\r";
 
-/// The pieces of a text. Separators at its very beginning are skipped; from there on each one ends a piece, which may be
-/// empty; what follows the last one is a piece unless it is empty.
+/// The pieces of a text. Separators at its very beginning are skipped; from there on each one ends a piece, which may
+/// be empty; what follows the last one is a piece unless it is empty.
 class Pieces {
 public:
     Pieces(std::string_view a_text, char a_separator) : m_rest(a_text), m_separator(a_separator)
@@ -176,7 +176,7 @@ bool HistoryOperations::CanBeUse(const NDateTime& a_date) const
 HistoryOperations HistoryOperations::PrapareOperationThatCanBeUse(const NDateTime& a_date) const
 {
     HistoryOperations usable;
-    // In unsigned arithmetic: the lowest number has no opposite, and stays as it is.
+    // In unsigned arithmetic, since the lowest number has no opposite and stays as it is.
     usable.m_version = static_cast<int>(0U - static_cast<unsigned int>(m_version));
     std::copy_if(begin(), end(), std::back_inserter(usable.m_operations),
                  [&](const SingleHistoryOperation& a_operation) { return a_operation.GetDate() < a_date; });

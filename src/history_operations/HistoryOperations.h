@@ -35,21 +35,23 @@ public:
     const_iterator begin() const { return m_operations.begin(); }
     const_iterator end() const { return m_operations.end(); }
 
-    /// Takes the whole text of a data source. False, with a line in the log and this object empty, where it holds no line,
-    /// a line of fewer than four fields, or a date that can't be read: a file is taken whole or not at all. An identifier,
-    /// type or factor that can't be read is 0 and no failure: their correctness is the data source's duty.
+    /// Takes the whole text of a data source. False, with a line in the log and this object empty, where it holds no
+    /// line, a line of fewer than four fields, or a date that can't be read: a file is taken whole or not at all. An
+    /// identifier, type or factor that can't be read is 0 and no failure: the data source must get those right.
     bool Parse(std::string_view a_text);
 
-    /// Takes the list of an XML file. False, with this object unchanged, where there is no such file or it can't be read.
+    /// Takes the list of an XML file. False, with this object unchanged, where there is no such file or it can't be
+    /// read.
     bool Load(const std::wstring& a_path);
     /// Writes the XML file. A failure shows in the log only.
     void Save(const std::wstring& a_path) const;
     void SerializeState(Settings& a_settings) const;
 
-    /// Takes version and list over.
+    /// Takes over version and list.
     void Update(const HistoryOperations& a_other);
 
-    /// True where every operation is dated earlier than a_date, so that PrapareOperationThatCanBeUse would drop nothing.
+    /// True where every operation is dated earlier than a_date, so that PrapareOperationThatCanBeUse would drop
+    /// nothing.
     bool CanBeUse(const NDateTime& a_date) const;
     /// The operations dated earlier than a_date, in their order, under the negated version.
     HistoryOperations PrapareOperationThatCanBeUse(const NDateTime& a_date) const;

@@ -21,7 +21,8 @@ namespace OperationsText {
 bool CanHold(const SingleHistoryOperation& a_operation)
 {
     const NDateTime& date = a_operation.GetDate();
-    // A well-shaped date that no calendar has (30 February) is kept as it came: hence status and fields, not the day only.
+    // A well-shaped date that no calendar has (30 February) is kept as it came: hence status and fields, not the day
+    // only.
     const auto back = DateTimeTools::ParseDateYYMMDD(DateText(date));
     return back && back->ToOle().GetStatus() == date.ToOle().GetStatus() &&
            back->ToDouble() == date.ToDouble() && back->GetYear() == date.GetYear() &&

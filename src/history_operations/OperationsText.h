@@ -14,8 +14,8 @@ namespace OperationsText {
 
 /// True where the text form holds the operation without loss: its date is a midnight of the years 1950 to 2049.
 KALVENTO_API bool CanHold(const SingleHistoryOperation& a_operation);
-/// The text of a list, from which HistoryOperations::Parse makes the same list again. Empty where CanHold is false for one
-/// of its operations.
+/// The text of a list, from which HistoryOperations::Parse makes the same list again. Empty where CanHold is false for
+/// one of its operations.
 KALVENTO_API std::optional<std::string> Write(const HistoryOperations& a_operations);
 
 } // namespace OperationsText

@@ -7,7 +7,7 @@
 class AssetsGroup;
 class AssetsGroupId;
 
-/// The side that turns the identifier of a group into the group. An AssetsGroupId points to it and doesn't own it.
+/// Turns the identifier of a group into the group. An AssetsGroupId points to it and doesn't own it.
 class KALVENTO_API AssetsGroupProvider {
 public:
     virtual ~AssetsGroupProvider();

@@ -18,10 +18,11 @@ namespace Gdiplus {
 class Image;
 }
 
-/// A plug-in that shows or uses market data. Its windows live on the main thread, while the callbacks of IConsumer come on
-/// the provider's: a consumer passes them on by a posted window message, or guards itself by CheckMainThreadCondition. A
-/// message that is sent would wait for the main thread, which may be waiting in StopSubscription for that callback.
-/// The host calls everything that is added here on the main thread, after Init, which comes first and on a starter thread.
+/// A plug-in that shows or uses market data. Its windows live on the main thread, while the callbacks of IConsumer come
+/// on the provider's: a consumer passes them on by a posted window message, or guards itself with
+/// CheckMainThreadCondition. A message that is sent would wait for the main thread, which may be waiting in
+/// StopSubscription for that callback. The host calls all operations added here on the main thread, after Init, which
+/// comes first and on a starter thread.
 class KALVENTO_API ConsumerBase : public PluginBase, public IConsumer {
 public:
     ConsumerBase(EGenericModule a_moduleKind, std::wstring a_name, std::wstring a_stateFileExtension);
@@ -37,26 +38,26 @@ public:
     void PostUnserialisePanelState(const Settings& a_settings, CWnd* a_panel) override;
     void EmptySessionNotification(CWnd* a_panel) override;
 
-    /// Second stage of construction, called by the host once; no window is touched yet. False: the consumer can't work, and
-    /// the host drops its plug-in. By now all providers are found.
+    /// Second stage of construction, called by the host once; no window is touched yet. False: the consumer can't work,
+    /// and the host drops its plug-in. By now all providers are found.
     virtual bool Init();
     /// Adds the asset to the given window. 0 means that nothing was added.
     virtual unsigned int AddInstrument(HWND a_window, const Asset& a_asset);
-    /// The same from the quick dialog: calls AddInstrument, and tells the host if something was added.
+    /// As above, from the quick dialog: calls AddInstrument, and tells the host if something was added.
     virtual unsigned int AddInstrumentFromQuickDialog(HWND a_window, const Asset& a_asset);
     /// The application's display settings changed.
     virtual void OnGlobalSettingsChanged();
-    /// What new windows are called, before a number sets them apart: the module's name. Good as long as the module.
+    /// What new windows are called, before a number sets them apart: the module's name. Valid as long as the module.
     virtual const std::wstring& GetConsumerNewWindowNameTemplate() const;
     /// Whether the module opens the file of that path.
     virtual bool WillHandleTheFile(std::wstring_view a_path) const;
     /// The host's main window has been created.
     virtual void OnPostMainWindowCreate(CWnd* a_mainWindow);
-    /// The user chose another skin; SetDefaultStyle was called before. To be passed on to the windows.
+    /// The user chose another skin; SetDefaultStyle was called before. Pass it on to the windows.
     virtual void OnSkinChanged(ChangeSkinMode a_mode);
     /// All drawing tools are to be put down.
     virtual void OnTurnOffAllTools();
-    /// Image that describes the module, not owned by the caller; null for none.
+    /// Image that represents the module, not owned by the caller; null for none.
     virtual Gdiplus::Image* GetInfoImage() const;
 
     // The module's page in the dialog of options: filled when it opens, applied when the user confirms.
@@ -64,6 +65,6 @@ public:
     virtual void ApplySettingsFromControls(const CXTPPropertyGrid& a_grid);
     virtual void RestoreDefaultSettings();
 
-    /// Who receives the commands of this consumer, as the host says. There must be a mediator.
+    /// The receiver of this consumer's commands, as the host says. There must be a mediator.
     CCmdTarget* GetCmdTarger() const;
 };

@@ -32,13 +32,13 @@ class Settings;
 /// Calls run one way: the library calls up through here, and the host calls down through the virtual operations of the
 /// modules. Pointers that are handed out stay the host's.
 ///
-/// Threads: the notifications of providers (AssetsChanged, NotifyChangeConnectionStatus, the two of the progress bar) and
-/// the three that show a text come from any thread, and the host hops to the main one by itself. GetProviderByName and
-/// GetModuleByName are asked from any thread that reads saved data, PostToMainThread and RequestExit from any at all. All
-/// others are called on the main thread only.
+/// Threads: the notifications of providers (AssetsChanged, NotifyChangeConnectionStatus, the two of the progress bar)
+/// and the three that show a text come from any thread, and the host itself hops to the main one. GetProviderByName and
+/// GetModuleByName are called from any thread that reads saved data, PostToMainThread and RequestExit from any thread
+/// at all. All others are called on the main thread only.
 ///
 /// These are the operations that somebody calls. What only a host and its plug-ins would agree on is not here until
-/// something needs it; a new operation goes to its place in this order, and all plug-ins are built anew.
+/// something needs it; a new operation goes to its place in this order, and all plug-ins are rebuilt.
 class KALVENTO_API IAppMediator {
 public:
     /// Takes the calling thread for the main one and makes the drag manager.
@@ -64,7 +64,7 @@ public:
     /// Shows the text in the host's standard way.
     virtual void ShowMessage(std::wstring_view a_text) = 0;
 
-    // What providers tell.
+    // News from providers.
 
     /// The provider's list of assets or of groups changed.
     virtual void AssetsChanged(ProviderBase* a_provider) = 0;
@@ -75,8 +75,8 @@ public:
 
     /// The window that is active in the host, null if none. Focus returns to it after a modal dialog.
     virtual KalventoWindow* GetActiveWindow() = 0;
-    /// Told at each change of activation of a module window. a_byDeactivation: it changed because another window was
-    /// left, and not because this one was chosen.
+    /// Called at each change of activation of a module window. a_byDeactivation: it changed because another window was
+    /// left, not because this one was chosen.
     virtual void WindowActivationChanged(KalventoWindow* a_window, bool a_active, bool a_byDeactivation) = 0;
     /// A window's caption or context changed.
     virtual void RefreshRibbonContext() = 0;
@@ -100,7 +100,7 @@ public:
     virtual CWnd* GetActiveView() = 0;
     /// An instrument was added through the quick dialog.
     virtual void InstrumentAddedFromQuickDialog(const Asset& a_asset) = 0;
-    /// Told at each change of size of a module window.
+    /// Called at each change of size of a module window.
     virtual void WindowResized(ModuleWndBase* a_window) = 0;
 
     // The progress bar that all providers share.
@@ -114,13 +114,13 @@ public:
 
     /// When true, a window that is about to be shown gets the active view as its parent.
     virtual bool WindowsFollowActiveView() = 0;
-    /// True while the desktop is being changed: windows then skip drawing, don't activate, and count as not on the active
-    /// view.
+    /// True while the desktop is being changed: windows then skip drawing, don't activate, and count as not on the
+    /// active view.
     virtual bool IsDesktopChanging() = 0;
-    /// The window lives in a view of the host and not on its own.
+    /// The window lives in a view of the host and does not stand alone.
     virtual bool IsWindowInView(KalventoWindow* a_window) = 0;
-    /// The user changed the layout: told after moving, sizing and closing windows, changing the width of a column, and
-    /// confirming a chooser.
+    /// The user changed the layout: called after moving, sizing and closing windows, changing the width of a column,
+    /// and confirming a chooser.
     virtual void DesktopChanged() = 0;
     /// Shows a context menu, which the host fills; a_point is in pixels of the screen.
     virtual void ShowContextMenu(IKalventoContextMenu* a_menu, CPoint a_point, CWnd* a_parent) = 0;
@@ -129,9 +129,9 @@ public:
 
     // The main thread.
 
-    /// Has the function called on the main thread, behind all that was posted before, and returns at once. This is how
-    /// what a provider delivered on its thread reaches a window. What it raises is logged. After StopWork of the mediator
-    /// functions are dropped uncalled: a module waits for none of its own at its end. Any thread.
+    /// Has the function called on the main thread, after all that was posted before, and returns at once. This is how
+    /// what a provider delivered on its thread reaches a window. What it raises is logged. After the mediator's
+    /// StopWork functions are dropped uncalled, so a module that ends doesn't wait for its own. Any thread.
     virtual void PostToMainThread(std::function<void()> a_function) = 0;
     /// Asks the host to end with that exit code, as if the user had closed it; the first call counts. Any thread.
     virtual void RequestExit(int a_exitCode) = 0;

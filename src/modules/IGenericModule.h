@@ -17,10 +17,10 @@ class StyleBase;
 /// What the host knows of a module. The host owns its modules, and destroys them after everything that refers to them.
 ///
 /// All virtual operations are called by the host, on the main thread, after PluginBase::Init. The order over a module's
-/// life: construction and its own Init (ProviderBase, ConsumerBase), these two on a starter thread of the host and without
-/// touching windows; UnserialiseState once, then PostUnserialisePanelState whenever a panel has been rebuilt,
-/// SerialiseState as often as the host saves, StopWork.
-/// Settings from an older version pass through the UpdateOldVersion operations before UnserialiseState sees them.
+/// life: construction and its own Init (ProviderBase, ConsumerBase), these two on a starter thread of the host and
+/// without touching windows; UnserialiseState once, then PostUnserialisePanelState whenever a panel has been rebuilt,
+/// SerialiseState as often as the host saves, StopWork. Settings of an older version pass through the UpdateOldVersion
+/// operations before UnserialiseState sees them.
 class KALVENTO_API IGenericModule {
 public:
     /// a_name identifies the module everywhere, also in saved data: it must not change from one release to the next.
@@ -49,7 +49,7 @@ public:
     virtual void SerialiseState(Settings& a_settings) const = 0;
     /// Takes over what SerialiseState wrote. No window exists yet.
     virtual void UnserialiseState(const Settings& a_settings) = 0;
-    /// The same node once more when a panel has been rebuilt: now there is a window to attach to.
+    /// The same node again when a panel has been rebuilt: now there is a window to attach to.
     virtual void PostUnserialisePanelState(const Settings& a_settings, CWnd* a_panel) = 0;
     /// The session data was emptied: there is no state to come back to.
     virtual void EmptySessionNotification(CWnd* a_panel) = 0;
@@ -69,7 +69,7 @@ public:
 
     /// Icon for the title bars of the module's windows, not owned by the caller; null for none.
     virtual HICON GetTitleBarIconHandle() = 0;
-    /// The skin or the scale changed: the icon is to be made anew.
+    /// The skin or the scale changed: make the icon anew.
     virtual void UpdateTitleBarIcon();
 
     EGenericModule GetModuleKind() const { return m_moduleKind; }

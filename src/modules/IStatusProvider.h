@@ -9,7 +9,7 @@ class CWnd;
 
 /// What a module shows on the host's status bar: one field with a lamp, a name and a short text.
 /// The host asks on the main thread: after Init, after each IAppMediator::NotifyChangeConnectionStatus, and as often as
-/// it repaints. So the answers must be quick; what a worker thread knows is kept ready by the module.
+/// it repaints. So the answers must be quick; the module keeps ready what a worker thread knows.
 class KALVENTO_API IStatusProvider {
 public:
     virtual ~IStatusProvider();
@@ -21,7 +21,7 @@ public:
     virtual EStatusLevel GetStatusLevel() const = 0;
     /// A word or two for the user: "połączony".
     virtual std::wstring GetStatusLabel() const = 0;
-    /// The whole story for the mouse's tool tip, lines apart by line feeds; empty for none.
+    /// The whole story for the mouse's tool tip, its lines separated by line feeds; empty for none.
     virtual std::wstring GetStatusToolTip() const = 0;
 
     /// A second text beside the first, such as a delay or a count; empty for none.

@@ -7,9 +7,9 @@
 
 class Asset;
 
-/// Is told the instruments of a user who is logged on at an external integration. Between ProcessLogon and ProcessLogout
-/// the lists change by ProcessPapers, ProcessAddPaper and ProcessRemovePaper; a list is named by a narrow key. Called on the
-/// main thread. A deriving class overrides what it needs.
+/// Is told which instruments a user has who is logged on at an external integration. Between ProcessLogon and
+/// ProcessLogout the lists change by ProcessPapers, ProcessAddPaper and ProcessRemovePaper; a list is named by a narrow
+/// key. Called on the main thread. A deriving class overrides what it needs.
 class KALVENTO_API IntegrationPapersConsumer {
 public:
     virtual ~IntegrationPapersConsumer();
@@ -17,7 +17,7 @@ public:
     virtual void ProcessLogon();
     /// All lists are gone.
     virtual void ProcessLogout();
-    /// The whole list of that key, in place of the one before.
+    /// The whole list of that key; it replaces the one before.
     virtual void ProcessPapers(const std::vector<Asset>& a_papers, const std::string& a_key);
     /// The list of that key grew by one.
     virtual void ProcessAddPaper(const Asset& a_paper, const std::string& a_key);

@@ -12,8 +12,8 @@ class IAppMediator;
 
 /// A module with its running flag, and the static door through which all code of the library reaches the host.
 ///
-/// The static operations tolerate that there is no mediator yet. Whoever uses Sm_pMediator itself has to know that there
-/// is one: constructors from saved data and the code of windows do.
+/// The static operations tolerate that there is no mediator yet. Code that uses Sm_pMediator itself has to know that
+/// there is one: constructors from saved data and the code of windows do.
 class KALVENTO_API PluginBase : public IGenericModule {
 public:
     /// Without file filters.
@@ -35,16 +35,16 @@ public:
     /// May be asked from any thread.
     bool IsRunning() const { return m_isRunning; }
 
-    /// Stores the one mediator of the process; not owned. Called by the host on the main thread before there is any other
-    /// thread, which is why the pointer is then read without a lock. Null takes it away again.
+    /// Stores the one mediator of the process; not owned. Called by the host on the main thread before there is any
+    /// other thread, which is why the pointer is then read without a lock. Null removes it again.
     static void Init(IAppMediator* a_pMediator);
     static IAppMediator* GetAppMediator() { return Sm_pMediator; }
     static bool IsAppMediatorValid() { return Sm_pMediator != nullptr; }
 
     /// The number of the thread that constructed the mediator; 0 without a mediator.
     static std::uint32_t GetMainThreadId();
-    /// Raises KalventoException on every thread but the main one, and without a mediator on that one too. For code that
-    /// could be reached from a worker thread and must not run there.
+    /// Raises KalventoException on every thread but the main one, and without a mediator there too. For code that could
+    /// be reached from a worker thread and must not run there.
     static void CheckMainThreadCondition();
 
     /// Shows the text in the host's standard way; nothing without a mediator.

@@ -7,22 +7,23 @@ class Settings;
 
 /// What a plug-in says of itself: the one symbol of its shared object that the host looks up, before any function of it
 /// runs. Plain data with fixed places: a host must be able to read the first two fields of any version, so they never
-/// move, and a new field goes behind the last.
+/// move, and a new field is added at the end.
 struct PluginDescription {
-    /// Raised when a class that host and plug-ins share changes its layout or its virtual operations. A host refuses every
-    /// other number: a call through a moved slot would not fail, it would do something else.
+    /// Raised when a class that host and plug-ins share changes its layout or its virtual operations. A host refuses
+    /// every other number: a call through a moved slot would not fail but do something else.
     static constexpr std::uint32_t S_abi = 1;
     /// Name of the symbol.
     static constexpr const char* S_symbol = "KalventoPlugin";
 
     std::uint32_t abi;
-    std::uint32_t size; ///< Of this structure, in bytes.
-    const char* build;  ///< KALVENTO_PLUGIN_BUILD of the plug-in: what of the compiler decides about layouts.
-    const char* name;   ///< Of the plug-in, not of its modules; UTF-8. It stands in every report about it.
+    std::uint32_t size;  ///< Of this structure, in bytes.
+    const char* build;   ///< KALVENTO_PLUGIN_BUILD of the plug-in: the compiler's traits that decide layouts.
+    const char* name;    ///< Of the plug-in, not of its modules; UTF-8. Appears in every report about it.
     const char* version; ///< For the user; UTF-8.
-    /// Makes the modules and hands them over. a_options: what the host was told for this plug-in, keys by the plug-in's
-    /// choice; an absent key leaves the default. May raise: the host reports the plug-in and goes on without it. Called
-    /// once, on the thread that will call Init of the modules too, which isn't the main one; see docs/modules.md.
+    /// Makes the modules and hands them over. a_options: what the host was told for this plug-in, with keys of the
+    /// plug-in's choice; an absent key leaves the default. May raise: the host reports the plug-in and goes on without
+    /// it. Called once, on the thread that will call Init of the modules too, which isn't the main one; see
+    /// docs/modules.md.
     void (*createModules)(IModuleRegistry& a_registry, const Settings& a_options);
 };
 
@@ -33,7 +34,8 @@ struct PluginDescription {
 #else
 #define KALVENTO_PLUGIN_CONTAINERS "plain"
 #endif
-/// Plug-in and host agree on layouts where these agree: version of the C++ ABI, of the library's strings, its containers.
+/// Plug-in and host agree on layouts where these agree: in the version of the C++ ABI, the library's strings and its
+/// containers.
 #define KALVENTO_PLUGIN_BUILD                                                                                \
     "cxxabi " KALVENTO_PLUGIN_TEXT(__GXX_ABI_VERSION) " strings " KALVENTO_PLUGIN_TEXT(                      \
         _GLIBCXX_USE_CXX11_ABI) " containers " KALVENTO_PLUGIN_CONTAINERS

@@ -6,9 +6,9 @@
 
 class Settings;
 
-/// The settings of a provider in a pair of files: one that came with the installation, and the user's, which starts as its
-/// copy. KalventoPaths must be initialised. The thread is as SettingsManager says: the main one, and while the plug-in is being
-/// started (PluginDescription::createModules, Init) the one that starts it.
+/// A provider's settings in a pair of files: one that came with the installation, and the user's, which starts as its
+/// copy. KalventoPaths must be initialised. The thread is as SettingsManager requires: the main one, and while the
+/// plug-in is being started (PluginDescription::createModules, Init) the one that starts it.
 class KALVENTO_API ProviderSettings {
 public:
     /// The root of the file, the same for all providers.

@@ -16,7 +16,8 @@ class KALVENTO_API RequestParams : public ParamsBase {
 public:
     static constexpr std::string_view XML_NEED_INFO_ABOUT_DATA_OPERATION = "DataOper";
 
-    /// Asks for nothing yet. Here and below, what isn't given is: single ticks, all dates, no corporate operations.
+    /// Asks for nothing yet. Here and below, what isn't given defaults to single ticks, all dates, no corporate
+    /// operations.
     RequestParams();
     explicit RequestParams(unsigned int a_kindData);
     RequestParams(unsigned int a_kindData, bool a_needsDataOperationInfo);
@@ -44,13 +45,13 @@ public:
     bool SetDates(const NDateTime& a_from, const NDateTime& a_to);
     bool SetDates(const RangeData::Dates& a_dates);
 
-    /// The consumer wants to be told the corporate operations by which the history is to be adjusted.
+    /// The consumer wants the corporate operations by which to adjust the history.
     bool NeedsDataOperationInfo() const { return m_needsDataOperationInfo; }
     void SetNeedsDataOperationInfo(bool a_needs) { m_needsDataOperationInfo = a_needs; }
 
     bool IsSingleTick() const { return m_intervalAndMultiplicity.IsSingleTick(); }
-    /// Something is asked for, and where history is: the range is valid and the multiplicity fits the interval. Without
-    /// history neither of the two is looked at.
+    /// Something is asked for, and if that includes history, the range is valid and the multiplicity fits the interval.
+    /// Without history neither of the two is checked.
     bool IsValid() const;
 
 private:

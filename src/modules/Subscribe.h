@@ -9,8 +9,8 @@
 
 class IConsumer;
 
-/// The values that a consumer hands to a provider at the start and at the end of a subscription. Copied into whatever
-/// thread the provider uses. The consumer is not owned: it ends its subscriptions before it is destroyed.
+/// The values that a consumer hands to a provider at the start and at the end of a subscription. They are copied to
+/// whatever thread the provider uses. The consumer is not owned: it ends its subscriptions before it is destroyed.
 namespace Subscribe {
 
 /// Whose subscription it is, under which number, and of what.
@@ -50,8 +50,8 @@ private:
 /// What a provider gets when a subscription ends.
 class KALVENTO_API StopParams : public Params {
 public:
-    /// Empty a_requestParams: the whole subscription of that consumer and number. Otherwise only the kinds of data named
-    /// there end, and the others flow on.
+    /// Empty a_requestParams: the whole subscription of that consumer and number. Otherwise only the kinds of data
+    /// named there end, and the others flow on.
     StopParams(IConsumer* a_consumer, unsigned int a_requestId, const Asset& a_asset,
                const std::optional<RequestParams>& a_requestParams);
 

@@ -11,5 +11,5 @@ struct BrokerAccountInfo {
 
     std::string id;    ///< The broker's number of the account.
     std::wstring name; ///< For the user.
-    bool isDefault;    ///< Orders go to this account unless the user chooses another.
+    bool isDefault;    ///< Orders go to this account unless the user chooses another one.
 };

@@ -1,4 +1,4 @@
 #include "orders/IOrdersSheetReceiver.h"
 
-// Stands here so that the interface has one type information for all modules.
+// Defined here so that the interface has one type information for all modules.
 IOrdersSheetReceiver::~IOrdersSheetReceiver() = default;

@@ -46,7 +46,7 @@ public:
     /// Adds to the amount, 0 where none is set. A sum beyond the range of int stays at its end.
     void AddAmount(int a_amount);
 
-    /// Takes asset, value and amount away; side and type become 0 (the side isn't the default of a new object) and the
+    /// Removes asset, value and amount; side and type become 0 (the side isn't the default of a new object) and the
     /// force flag is cleared. The selected offer stays.
     void ClearUsedValues();
 

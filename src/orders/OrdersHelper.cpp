@@ -12,7 +12,7 @@
 
 namespace {
 
-// Codes that stand in the book in place of a price.
+// Codes used in the book in place of a price.
 constexpr double S_codeWithoutPrice100 = -100.0;
 constexpr double S_codeWithoutPrice20 = -20.0;
 constexpr double S_noPrice = -10.0;
@@ -21,7 +21,8 @@ constexpr double S_noPrice = -10.0;
 constexpr int S_buyFields[] = {1013, 1019};
 constexpr int S_sellFields[] = {1014, 1018};
 
-// The book's numbers run in three blocks (prices, volumes, numbers of orders), each with the buy line before the sell line.
+// The book's numbers run in three blocks (prices, volumes, numbers of orders), each with the buy line before the sell
+// line.
 constexpr std::uint32_t S_levels = Ask1 - Bid1;
 constexpr std::uint32_t S_block = BidVolume1 - Bid1;
 
@@ -46,7 +47,7 @@ std::optional<double> FindSetValue(const SettableVariables& a_variables, ESeries
     return entry->second.value;
 }
 
-/// Cut toward zero. Feeds are free to send anything: what no int holds stays at the end of its range.
+/// Cut toward zero. Feeds may send anything: what no int holds stays at the end of its range.
 int ToAmount(double a_volume)
 {
     if (std::isnan(a_volume))

@@ -14,8 +14,8 @@ constexpr std::uint16_t S_noObjectTag = 0x0000;
 constexpr std::uint16_t S_newClassTag = 0xFFFF;
 constexpr std::size_t S_defaultBufferSize = 4096;
 
-// Marks of AfxWriteStringLength: each says that the length stands in the next, wider number. The 16-bit one below the
-// last says that the text is wide.
+// Marks of AfxWriteStringLength: each says that the length is in the next, wider number. The 16-bit one below the last
+// says that the text is wide.
 constexpr std::uint8_t S_lengthIn16Bits = 0xFF;
 constexpr std::uint16_t S_lengthIn32Bits = 0xFFFF;
 constexpr std::uint16_t S_wideText = 0xFFFE;
@@ -31,7 +31,7 @@ std::string Quote(std::string_view a_name)
     throw CArchiveException(a_cause, a_message);
 }
 
-/// The length as it stands there. a_characterSize becomes 2 behind the mark of wide text, else 1.
+/// The length as written. a_characterSize becomes 2 after the mark of wide text, else 1.
 std::uint64_t ReadLength(CArchive& a_archive, int& a_characterSize)
 {
     a_characterSize = 1;
@@ -179,7 +179,7 @@ void CArchive::WriteObject(const CObject* a_object)
     *this << S_newClassTag << static_cast<std::uint16_t>(type.m_wSchema)
           << static_cast<std::uint16_t>(name.size());
     Write(name.data(), name.size());
-    // Storing doesn't change the object; the one operation serves both directions and so can't say it.
+    // Storing doesn't change the object; one operation serves both directions, so its type can't say that.
     const_cast<CObject*>(a_object)->Serialize(*this);
 }
 

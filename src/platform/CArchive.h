@@ -14,7 +14,7 @@
 
 namespace kalvento::internal {
 
-/// What an archive holds as it is: numbers of a width that is the same on every machine.
+/// What an archive holds as is: numbers whose width is the same on every machine.
 template<class Type>
 concept ArchiveNumber = std::same_as<Type, std::int8_t> || std::same_as<Type, std::uint8_t> ||
     std::same_as<Type, std::int16_t> || std::same_as<Type, std::uint16_t> ||
@@ -25,17 +25,17 @@ concept ArchiveNumber = std::same_as<Type, std::int8_t> || std::same_as<Type, st
 } // namespace kalvento::internal
 
 /// A stream of values over a file, for one direction: numbers little-endian without padding, and objects by the name of
-/// their class. Bytes from outside are never trusted: what they lack raises CArchiveException, and nothing is
-/// allocated for a length that the rest of the file can't hold.
+/// their class. Bytes from outside are never trusted: missing ones raise CArchiveException, and nothing is allocated
+/// for a length that the rest of the file can't hold.
 ///
-/// An object's record: tag 0xFFFF, schema, length of the class name (16 bits each), the name, then the fields. No object
-/// is the tag 0x0000 alone.
+/// An object's record: tag 0xFFFF, schema, length of the class name (16 bits each), the name, then the fields. No
+/// object is the tag 0x0000 alone.
 ///
 /// One thread at a time. The file outlives the archive.
 class KALVENTO_API CArchive {
 public:
     enum Mode : std::uint32_t { store = 0, load = 1 };
-    /// Objects may hold objects, this many levels deep; deeper ones raise badIndex on loading, since bytes could
+    /// Objects may hold objects this many levels deep; deeper ones raise badIndex on loading, since bytes could
     /// otherwise ask for any depth of calls.
     static constexpr unsigned int S_deepestObject = 1000;
 
@@ -78,8 +78,9 @@ public:
 
     /// Writes the record of the object, or the tag of no object for null. A class that isn't serial raises badClass.
     void WriteObject(const CObject* a_object);
-    /// An object of that class or a derived one, any class where a_class is null. Null where no object was written. What
-    /// is malformed, unknown, of another schema or of another class raises, and what the fields raise comes through.
+    /// An object of that class or a derived one, any class where a_class is null. Null where no object was written.
+    /// What is malformed, unknown, of another schema or of another class raises, and what the fields raise comes
+    /// through.
     std::unique_ptr<CObject> ReadObject(const CRuntimeClass* a_class = nullptr);
 
 private:
@@ -100,6 +101,6 @@ private:
 /// 0xFFFFFFFF; else FF FFFF FFFFFFFF and 64 bits.
 /// Source: the MFC reference, "AfxWriteStringLength".
 KALVENTO_API void AfxWriteStringLength(CArchive& a_archive, std::uint64_t a_length, bool a_wide);
-/// Reads that form. a_characterSize becomes 1 or 2. Raises badIndex, before anything is allocated for it, where a
-/// text of that length can't stand in the rest of the archive.
+/// Reads that form. a_characterSize becomes 1 or 2. Raises badIndex, before anything is allocated for it, where the
+/// rest of the archive can't hold a text of that length.
 KALVENTO_API std::uint64_t AfxReadStringLength(CArchive& a_archive, int& a_characterSize);

@@ -1,4 +1,4 @@
 #include "platform/CArchiveException.h"
 
-// Stands here so that the class has one type information for the process, and is caught across libraries.
+// Defined here so that the class has one type information for the process, and is caught across libraries.
 CArchiveException::~CArchiveException() = default;

@@ -17,8 +17,8 @@ public:
         endOfFile = 3, ///< The bytes end before the value does.
         writeOnly = 4, ///< Read from an archive that stores.
         badIndex = 5,  ///< A tag or a length that no record has.
-        badClass = 6,  ///< An unknown class, or another one than asked for.
-        badSchema = 7  ///< A class of another schema than the one known here.
+        badClass = 6,  ///< An unknown class, or not the one asked for.
+        badSchema = 7  ///< A class whose schema isn't the one known here.
     };
 
     CArchiveException(Cause a_cause, const std::string& a_message)

@@ -12,9 +12,9 @@ public:
     CFile& operator=(const CFile&) = delete;
     virtual ~CFile() = default;
 
-    /// Takes up to a_size bytes from the place on and moves it behind them. Fewer only at the end.
+    /// Takes up to a_size bytes from the place on and moves the place past them. Fewer only at the end.
     virtual std::size_t Read(void* a_bytes, std::size_t a_size) = 0;
-    /// Puts a_size bytes at the place, over what stands there, and moves it behind them. All or an exception.
+    /// Puts a_size bytes at the place, over what is there, and moves the place past them. All or an exception.
     virtual void Write(const void* a_bytes, std::size_t a_size) = 0;
     /// Bytes in the whole file.
     virtual std::uint64_t GetLength() const = 0;

@@ -15,7 +15,7 @@ public:
     ~CMemFile() override;
 
     std::size_t Read(void* a_bytes, std::size_t a_size) override;
-    /// A borrowed block raises std::logic_error: it belongs to somebody who may be reading it too.
+    /// A borrowed block raises std::logic_error: its owner may be reading it too.
     void Write(const void* a_bytes, std::size_t a_size) override;
     std::uint64_t GetLength() const override { return Bytes().size(); }
     std::uint64_t GetPosition() const override { return m_position; }

@@ -20,8 +20,8 @@ public:
     constexpr COleDateTime(double a_dayNumber, DateTimeStatus a_status)
         : m_dt(a_dayNumber), m_status(a_status)
     {}
-    /// From calendar parts, accepted only if the way back from the day number gives the same six parts. Otherwise the
-    /// status is invalid and the day number 0.
+    /// From calendar parts, accepted only if the day number gives back the same six parts. Otherwise the status is
+    /// invalid and the day number 0.
     COleDateTime(int a_year, int a_month, int a_day, int a_hour, int a_minute, int a_second);
 
     constexpr DateTimeStatus GetStatus() const { return static_cast<DateTimeStatus>(m_status); }

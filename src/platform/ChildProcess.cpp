@@ -33,7 +33,7 @@ std::optional<Pipe> MakePipe()
     return Pipe{UniqueFd(ends[0]), UniqueFd(ends[1])};
 }
 
-// By number: the C library's header of these calls lacks the linkage of C.
+// By number: the C library's header of these calls declares no C linkage.
 int OpenProcessFd(pid_t a_process)
 {
     return static_cast<int>(::syscall(SYS_pidfd_open, a_process, 0));
@@ -44,8 +44,8 @@ bool SignalProcess(int a_processFd, int a_signal)
     return ::syscall(SYS_pidfd_send_signal, a_processFd, a_signal, nullptr, 0) == 0;
 }
 
-// Only what may be called after a fork in a process of many threads. Either the whole value or nothing passes: a pipe
-// does not split so few bytes.
+// Calls only what is allowed after a fork in a process of many threads. Either the whole value or nothing passes: a
+// pipe does not split so few bytes.
 template<class Value>
 bool SendValue(int a_fd, const Value& a_value)
 {
@@ -76,7 +76,7 @@ bool ReceiveValue(int a_fd, Value& a_value)
 }
 
 // Starts the program, tells its number, and lives until the caller has a hold on it: as long as we are its parent and
-// don't wait, that number can't pass to another process.
+// don't wait for it, that number can't pass to another process.
 [[noreturn]] void RunParent(const std::string& a_program, char* const* a_arguments, const Pipe& a_number,
                             const Pipe& a_failure, const Pipe& a_done)
 {
@@ -134,7 +134,7 @@ std::optional<ChildProcess> ChildProcess::Start(const std::string& a_program,
     int status = 0;
     Retry([&] { return ::waitpid(parent, &status, 0); });
 
-    // Ends without a word once the program runs: its end of the pipe closes with the start.
+    // The pipe ends without a word once the program runs: its end closes at the start.
     int error = 0;
     if (ReceiveValue(failure->reader.Get(), error)) {
         errno = error;

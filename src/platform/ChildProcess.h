@@ -10,13 +10,13 @@
 
 namespace kalvento::internal {
 
-/// A program started beside us. It is nobody's child: the system takes care of its end, so it never stays behind as a
-/// zombie, whether or not anybody waits for it. It inherits the standard streams and no other file of ours.
-/// The object is the right to end it; it holds one file descriptor and may be dropped at any time.
+/// A program started beside us. It is nobody's child: the system takes care of its end, so it never stays as a zombie,
+/// whether or not anybody waits for it. It inherits the standard streams and no other file of ours. The object is our
+/// hold on it, by which it can be ended; it holds one file descriptor and may be dropped at any time.
 class KALVENTO_API ChildProcess {
 public:
-    /// a_program: a path, or a name to be looked up in PATH; a_arguments: what follows it. Empty where the program can't
-    /// be started; errno tells why. Safe from any thread.
+    /// a_program: a path, or a name to be looked up in PATH; a_arguments: what follows it. Empty where the program
+    /// can't be started; errno tells why. Safe from any thread.
     static std::optional<ChildProcess> Start(const std::string& a_program,
                                              const std::vector<std::string>& a_arguments);
 

@@ -21,7 +21,7 @@ constexpr char32_t CodeOf(wchar_t a_character)
     return static_cast<char32_t>(a_character);
 }
 
-// The way back of S_cp1250High, sorted by code point for a binary search.
+// S_cp1250High the other way round, sorted by code point for a binary search.
 constexpr auto S_byCodePoint = [] {
     std::array<std::pair<std::uint16_t, std::uint8_t>, 128> table{};
     for (std::size_t place = 0; place < table.size(); ++place)
@@ -49,7 +49,7 @@ struct Decoded {
 };
 
 // One code point at the start of a_text, which is not empty. The ranges of the second byte are those of table 3-7 of
-// the Unicode standard: they shut out overlong forms, surrogates and what lies above 0x10FFFF.
+// the Unicode standard: they exclude overlong forms, surrogates and what lies above 0x10FFFF.
 Decoded DecodeUtf8(std::string_view a_text)
 {
     const auto byteAt = [a_text](std::size_t a_place) { return static_cast<unsigned char>(a_text[a_place]); };

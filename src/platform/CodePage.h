@@ -12,8 +12,8 @@
 namespace CodePage {
 
 /// Unicode of the bytes 0x80 to 0xFF. The five bytes that the code page leaves undefined (81, 83, 88, 90, 98) map to
-/// the C1 controls of the same number, so every byte string survives the way through wide text.
-/// Source: the mapping table CP1250 of the Unicode consortium (VENDORS/MICSFT/WINDOWS/CP1250.TXT).
+/// the C1 controls of the same number, so every byte string survives the trip through wide text. Source: the mapping
+/// table CP1250 of the Unicode consortium (VENDORS/MICSFT/WINDOWS/CP1250.TXT).
 inline constexpr std::array<std::uint16_t, 128> S_cp1250High = {
     0x20AC, 0x0081, 0x201A, 0x0083, 0x201E, 0x2026, 0x2020, 0x2021, 0x0088, 0x2030, 0x0160, 0x2039, 0x015A,
     0x0164, 0x017D, 0x0179, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x0098, 0x2122,
@@ -38,12 +38,12 @@ constexpr int ByteOf(char32_t a_codePoint)
     return -1;
 }
 
-// All conversions take any input and never fail for its content. Wide characters are code points; what is none (above
-// 0x10FFFF, a surrogate) is replaced as each function says.
+// All conversions take any input and never fail because of its content. Wide characters are code points; anything else
+// (above 0x10FFFF, a surrogate) is replaced as each function says.
 
-/// One wide character a byte. Every byte string survives the way there and back.
+/// One wide character for each byte. Every byte string survives the way there and back.
 KALVENTO_API std::wstring Cp1250ToWide(std::string_view a_text);
-/// One byte a wide character; what the code page lacks becomes '?'.
+/// One byte for each wide character; what the code page lacks becomes '?'.
 KALVENTO_API std::string WideToCp1250(std::wstring_view a_text);
 /// True where WideToCp1250 would lose nothing.
 KALVENTO_API bool FitsCp1250(std::wstring_view a_text);
@@ -60,7 +60,7 @@ KALVENTO_API std::size_t FindMalformedUtf8(std::string_view a_text);
 /// Pairs of surrogates become one wide character; a lone one is kept as it is, so every run of 16-bit units survives
 /// the way there and back.
 KALVENTO_API std::wstring Utf16ToWide(std::u16string_view a_text);
-/// Characters above 0xFFFF become pairs; a lone surrogate is kept; above 0x10FFFF comes U+FFFD.
+/// Characters above 0xFFFF become pairs; a lone surrogate is kept; anything above 0x10FFFF becomes U+FFFD.
 KALVENTO_API std::u16string WideToUtf16(std::wstring_view a_text);
 
 } // namespace CodePage

@@ -7,9 +7,9 @@
 #include <atomic>
 #include <cstdint>
 
-/// Between pixels at 96 dpi, in which geometry is stored, and pixels at the dpi of the present screen. Halves are rounded
-/// away from zero; what passes 32 bits ends at their limit. From 96 to the present dpi and back gives the same number.
-/// Safe from any thread.
+/// Converts between pixels at 96 dpi, in which geometry is stored, and pixels at the present screen's dpi. Halves are
+/// rounded away from zero; what exceeds 32 bits ends at their limit. From 96 to the present dpi and back gives the same
+/// number. Safe from any thread.
 class KALVENTO_API DpiHelper {
 public:
     static constexpr int BaseDpi = 96;

@@ -44,7 +44,7 @@ std::filesystem::path FolderOf(const std::filesystem::path& a_path)
     return a_path.has_parent_path() ? a_path.parent_path() : ".";
 }
 
-// By what name the system calls a file that has none.
+// The system's own name for a file that has none.
 std::string NameOf(const UniqueFd& a_file)
 {
     return "/proc/self/fd/" + std::to_string(a_file.Get());
@@ -61,7 +61,7 @@ FileReplacement::~FileReplacement()
 std::error_code FileReplacement::Open(const std::filesystem::path& a_path, EPath a_whose)
 {
     struct stat old {};
-    // The system follows more than links with a name do, such as /dev/stdout to a pipe.
+    // The system follows links that no name spells out, such as /dev/stdout to a pipe.
     if (a_whose == EPathTyped && ::stat(a_path.c_str(), &old) == 0 && !S_ISREG(old.st_mode)) {
         m_file = internal::Open(a_path, O_WRONLY);
         return ErrorUnless(m_file.IsOpen());
@@ -77,7 +77,7 @@ std::error_code FileReplacement::Open(const std::filesystem::path& a_path, EPath
         return std::make_error_code(std::errc::not_supported);
 
     m_file = internal::Open(FolderOf(m_target), O_WRONLY | O_TMPFILE);
-    // Not every file system has files without a name, nor every process the folder that names them later.
+    // Not every file system has files without a name, and not every process has the folder that names them later.
     if (!m_file.IsOpen() || ::access(NameOf(m_file).c_str(), F_OK) != 0)
         TakeName([this](const std::filesystem::path& a_name) {
             m_file = internal::Open(a_name, O_WRONLY | O_CREAT | O_EXCL);
@@ -110,7 +110,7 @@ bool FileReplacement::TakeName(const Attempt& a_attempt)
             m_path = std::move(name);
             return true;
         }
-        // A name may be taken by what a killed process with our number left.
+        // A name may still be taken by what a killed process of our number left.
         if (errno != EEXIST)
             return false;
     }

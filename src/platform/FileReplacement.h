@@ -12,20 +12,23 @@ struct stat;
 
 namespace kalvento::internal {
 
-/// A file that takes the place of another whole or not at all: a kill, a full disk or a power cut at any moment leaves the
-/// old or the new one. Rights and, where permitted, owner are those of the old file; other hard links keep the old bytes.
-/// The new bytes wait in a file without a name, which the system clears away; where the file system has none, and for the
-/// moment of the exchange, in a file ".kalvento-<process>-<number>.tmp" of the same folder, which a kill may leave behind.
-/// Destroyed before it took its place, it leaves nothing. One thread at a time; any number of them for one path, of which
-/// the last one stays. Operations answer with the error, empty where they did what they say; after one there are no more.
+/// A file that takes the place of another whole or not at all: a kill, a full disk or a power cut at any moment leaves
+/// the old or the new one. Rights and, where permitted, owner are those of the old file; other hard links keep the old
+/// bytes. The new bytes wait in a file without a name, which the system clears away; where the file system has none,
+/// and for the moment of the exchange, in a file ".kalvento-<process>-<number>.tmp" of the same folder, which a kill
+/// may leave behind. Destroyed before it took its place, it leaves nothing. One thread at a time; any number of them
+/// for one path, of which the last one stays. Operations return the error, empty where they succeeded; call none after
+/// one failed.
 class KALVENTO_API FileReplacement {
 public:
     /// Whose path it is.
     enum EPath : std::uint8_t {
-        EPathOwn, ///< The program's: a symbolic link, which anybody may have laid there, is replaced and not followed. What
-        ///< else is no regular file is refused with not_supported.
-        EPathTyped ///< A user's, who means what it leads to: symbolic links stay, and what is no regular file, such as a
-                   ///< device or a pipe, is written as it is, at once.
+        /// The program's: a symbolic link, which anybody may have laid there, is replaced and not followed. Anything
+        /// else that isn't a regular file is refused with not_supported.
+        EPathOwn,
+        /// A user's, who means what it leads to: symbolic links stay, and what isn't a regular file, such as a device
+        /// or a pipe, is written as it is, at once.
+        EPathTyped
     };
 
     FileReplacement() = default;
@@ -33,12 +36,12 @@ public:
     FileReplacement& operator=(const FileReplacement&) = delete;
     ~FileReplacement();
 
-    /// Once, before all else.
+    /// Call it once, before all else.
     std::error_code Open(const std::filesystem::path& a_path, EPath a_whose);
     std::error_code Write(std::string_view a_bytes);
     /// Brings what was written to the disk.
     std::error_code Flush();
-    /// After Flush. Without an error the new file is there, also after a power cut.
+    /// After Flush. Without an error the new file is there, even after a power cut.
     std::error_code TakePlace();
 
 private:
@@ -47,7 +50,7 @@ private:
     bool TakeRightsOf(const struct stat& a_old) const;
 
     std::filesystem::path m_target; // empty: written as it is
-    std::filesystem::path m_path;   // of the file that waits; empty as long as it has no name
+    std::filesystem::path m_path;   // of the waiting file; empty as long as it has no name
     UniqueFd m_file;
 };
 

@@ -7,13 +7,13 @@
 
 namespace kalvento::internal {
 
-/// Wakes whoever waits for news of one file: it was written, renamed, removed, or another one bears its name now. A notice
-/// only wakes; what happened is seen by looking. Network file systems give none of what another machine does.
+/// Wakes whoever waits for news of one file: it was written, renamed, removed, or its name now belongs to another one.
+/// A notice only wakes; look to see what happened. Network file systems give none of what another machine does.
 class KALVENTO_API FileWatch {
 public:
-    /// None.
+    /// Watches nothing.
     FileWatch() = default;
-    /// Begins with the file that bears the name now, if any.
+    /// Begins with the file that has the name now, if any.
     explicit FileWatch(const std::filesystem::path& a_path);
 
     /// For Descriptors::WaitForAny: ready as long as there is news; -1 where the system gives none.

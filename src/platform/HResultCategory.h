@@ -14,7 +14,7 @@ inline constexpr std::uint32_t S_invalidArg = 0x80070057; ///< E_INVALIDARG: an 
 /// The category of such codes, one for the process.
 KALVENTO_API const std::error_category& Category();
 
-/// a_result: one of the numbers above, or any other of its kind.
+/// a_result: one of the numbers above, or any other such number.
 inline std::error_code MakeCode(std::uint32_t a_result)
 {
     return {static_cast<int>(a_result), Category()};

@@ -2,7 +2,7 @@
 
 /// Names for what the platform owns. Pointers that are handed around and compared, never looked into.
 
-/// A module of the process: the address of anything inside of it, a function or a static object.
+/// A module of the process: the address of anything inside it, a function or a static object.
 struct HInstanceTag;
 using HINSTANCE = HInstanceTag*;
 
@@ -10,7 +10,7 @@ using HINSTANCE = HInstanceTag*;
 struct HFontTag;
 using HFONT = HFontTag*;
 
-/// A window. Means something only inside the run of one process; a stale one is never a window again.
+/// A window. Valid only within the run of one process; a stale one is never a window again.
 struct HWndTag;
 using HWND = HWndTag*;
 

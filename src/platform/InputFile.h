@@ -11,8 +11,8 @@
 
 namespace kalvento::internal {
 
-/// A file, a pipe or a device that is read from front to end. One thread at a time. Operations answer with the error, empty
-/// where they did what they say.
+/// A file, a pipe or a device that is read from front to end. One thread at a time. Operations return the error, empty
+/// where they succeeded.
 class KALVENTO_API InputFile {
 public:
     struct State {
@@ -20,7 +20,7 @@ public:
         bool isFolder = false;
         std::uint64_t size = 0; ///< Of a regular file, in bytes.
         std::uint64_t device = 0;
-        std::uint64_t number = 0; ///< With the device: which file it is, whatever it is called.
+        std::uint64_t number = 0; ///< Together with the device: which file it is, whatever its name.
 
         bool IsSameFileAs(const State& a_other) const
         {
@@ -28,10 +28,10 @@ public:
         }
     };
 
-    /// What bears that name now; empty where nothing does, or it can't be told.
+    /// The file of that name now; empty where there is none, or that can't be told.
     static std::optional<State> LookAt(const std::filesystem::path& a_path);
 
-    /// A named pipe waits for its writer, but for a_mayWait = false.
+    /// A named pipe waits for its writer, unless a_mayWait is false.
     std::error_code Open(const std::filesystem::path& a_path, bool a_mayWait = true);
     /// The process's own input, which stays open for others when this is closed.
     std::error_code OpenStandardInput();

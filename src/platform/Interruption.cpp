@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::array S_signals = {SIGINT, SIGTERM, SIGHUP};
 
-// A handler can reach nothing but globals. Lock-free, so it may be read there.
+// A handler can reach only globals. Lock-free, so a handler may read it.
 std::atomic<WakeUp*> S_raised = nullptr;
 static_assert(std::atomic<WakeUp*>::is_always_lock_free);
 
@@ -25,8 +25,8 @@ void HandleSignal(int)
     S_raised.load()->Raise();
 }
 
-/// The one of the process. It stays open: a signal that another thread is still handling may write to it after the command
-/// that waited has gone, and a descriptor given back could by then be somebody else's file.
+/// The one of the process. It stays open: another thread's signal handler may still write to it when the waiting
+/// command is gone, and a closed descriptor could by then be somebody else's file.
 WakeUp& Shared()
 {
     static auto* const S_shared = new WakeUp("can't wait for signals");
@@ -37,7 +37,7 @@ WakeUp& Shared()
 
 Interruption::Interruption()
 {
-    // What an earlier command was told is no news to this one.
+    // A signal meant for an earlier command must not reach this one.
     Shared().Lower();
     S_raised = &Shared();
     for (std::size_t place = 0; place < S_signals.size(); ++place) {

@@ -148,7 +148,7 @@ std::int64_t ToUtcSeconds(const LocalZoneRule& a_rule, std::int64_t a_localSecon
 std::optional<std::int64_t> MakeTime(const LocalZoneRule& a_rule, std::int64_t a_localSeconds)
 {
     const std::int64_t asStandard = a_localSeconds - a_rule.standardOffset;
-    // What the clock shows at that moment beyond the time asked for is the daylight's share.
+    // What the clock shows beyond the time asked for is the daylight offset.
     const std::int64_t made = asStandard - (ToLocalSeconds(a_rule, asStandard) - a_localSeconds);
     if (made < 0 || made > S_lastOfMakeTime)
         return std::nullopt;

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-// The machine's zone and clock. Tests pass their own rule and moment to whatever takes one.
+// The machine's zone and clock. Tests pass a rule and a moment of their own where one is taken.
 namespace kalvento::internal {
 
 /// A yearly moment of the local clock: the week-th given weekday of a month, week 5 being the last one.
@@ -14,12 +14,12 @@ struct YearlyMoment {
     std::int32_t month = 0;       // 1 to 12
     std::int32_t week = 0;        // 1 to 5
     std::int32_t weekday = 0;     // 0 is Sunday
-    std::int32_t secondOfDay = 0; // as the clock shows just before it is put on or back
+    std::int32_t secondOfDay = 0; // as the clock shows just before it changes
 
     friend constexpr bool operator==(const YearlyMoment&, const YearlyMoment&) = default;
 };
 
-/// When daylight time holds, and what it shows.
+/// When daylight time holds, and its offset.
 struct DaylightRule {
     std::int32_t offset = 0; // local minus UTC, seconds, above the standard offset
     YearlyMoment start;      // in local standard time
@@ -28,8 +28,8 @@ struct DaylightRule {
     friend constexpr bool operator==(const DaylightRule&, const DaylightRule&) = default;
 };
 
-/// One rule that serves every year, as the platform keeps of a zone. The date in March of one year decides that of any
-/// other by weekday and week of the month. Years without start, where the zone keeps one offset, have no daylight.
+/// One rule for every year, as the platform keeps for a zone. The date in March of one year gives that of any other by
+/// weekday and week of the month. Without a start, where the zone keeps one offset, there is no daylight time.
 struct LocalZoneRule {
     std::int32_t standardOffset = 0; // local minus UTC, seconds
     std::optional<DaylightRule> daylight;
@@ -37,15 +37,15 @@ struct LocalZoneRule {
     friend constexpr bool operator==(const LocalZoneRule&, const LocalZoneRule&) = default;
 };
 
-/// The rule of a zone of the IANA database, read from its transitions in a_year. Daylight needs a transition to a greater
-/// offset and one to a smaller; further ones (a pause within the summer) are left aside. An unknown zone is UTC.
+/// The rule of a zone of the IANA database, read from its transitions in a_year. Daylight needs a transition to a
+/// greater offset and one to a smaller; further ones (a pause within the summer) are ignored. An unknown zone is UTC.
 KALVENTO_API LocalZoneRule ReadZoneRule(std::string_view a_zone, int a_year);
 /// The rule of the machine's zone in the current year; UTC where the system doesn't tell its zone.
 KALVENTO_API LocalZoneRule ReadLocalZoneRule();
 /// Seconds since 1970-01-01 00:00 UTC.
 KALVENTO_API std::int64_t UnixSecondNow();
 
-// Seconds are those since 1970-01-01 00:00, in UTC or as the local clock shows them.
+// Seconds count from 1970-01-01 00:00, in UTC or as the local clock shows them.
 
 /// Daylight time from the start rule in standard time to the end rule in daylight time.
 KALVENTO_API std::int64_t ToLocalSeconds(const LocalZoneRule& a_rule, std::int64_t a_utcSeconds);

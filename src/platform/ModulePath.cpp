@@ -17,7 +17,7 @@ std::filesystem::path GetFile(HINSTANCE a_module)
     link_map* map = nullptr;
     if (::dladdr1(a_module, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 || map == nullptr)
         return {};
-    // The executable's entry has no name there, and in the other place the name that the process was called by.
+    // For the executable one source gives no name, the other the name that the process was started by.
     if (map->l_name == nullptr || map->l_name[0] == '\0')
         return executable();
     const std::filesystem::path file = std::filesystem::canonical(map->l_name, error);

@@ -47,8 +47,8 @@ namespace OleDate {
 std::optional<DayNumber> FromCalendar(unsigned long a_year, unsigned long a_month, unsigned long a_day,
                                       unsigned long a_hour, unsigned long a_minute, unsigned long a_second)
 {
-    // The platform asks for a round trip through the day number. With every part in its range the way back is exact (the
-    // error of the fraction stays below a ten-thousandth of a second), so the ranges are all that it decides.
+    // The platform asks for a round trip through the day number. With every part in its range the way back is exact
+    // (the error of the fraction stays below a ten-thousandth of a second), so the ranges alone decide.
     if (a_year < 100 || a_year > 9999 || a_month < 1 || a_month > 12 || a_day < 1 || a_day > 31)
         return std::nullopt;
     if (a_hour > 23 || a_minute > 59 || a_second > 59)

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <optional>
 
-/// OLE Automation dates and the calendar: what the platform offers as SystemTimeToVariantTime, VariantTimeToSystemTime
-/// and VarUdateFromDate. The calendar is the Gregorian one, in years 100 to 9999, without leap seconds.
-/// Pure functions, any thread.
+/// OLE Automation dates and the calendar: the platform's SystemTimeToVariantTime, VariantTimeToSystemTime and
+/// VarUdateFromDate. The calendar is the Gregorian one, in years 100 to 9999, without leap seconds. Pure functions, any
+/// thread.
 namespace OleDate {
 
 /// A moment of the calendar in whole seconds.
@@ -23,7 +23,7 @@ struct CalendarParts {
     std::uint32_t dayOfYear = 0; // 1 to 366
 };
 
-/// A day number with the day's place in its year.
+/// A day number and the day's place in its year.
 struct DayNumber {
     double value = 0.0;
     std::uint32_t dayOfYear = 0;
@@ -33,11 +33,11 @@ inline constexpr double S_unixEpoch = 25569.0;    ///< 1970-01-01
 inline constexpr double S_belowFirst = -657435.0; ///< day numbers of the calendar lie above this,
 inline constexpr double S_aboveLast = 2958466.0;  ///< and below this
 
-/// Half a second in days.
+/// Half a second, in days.
 inline constexpr double S_halfSecond = 1.0 / 172800.0;
 
 /// Below zero day numbers are not continuous: -1.25 is six hours after -1. Arithmetic and order go through this pair.
-/// What lies within half a second of zero stands as it is.
+/// Values within half a second of zero stay as they are.
 inline double ToContinuous(double a_dayNumber)
 {
     if (a_dayNumber > -S_halfSecond)
@@ -61,8 +61,8 @@ KALVENTO_API std::optional<DayNumber> FromCalendar(unsigned long a_year, unsigne
                                                    unsigned long a_day, unsigned long a_hour,
                                                    unsigned long a_minute, unsigned long a_second);
 
-/// Whole seconds, rounded to the nearest, ties up; the carry runs through midnight, month and year. Empty outside of the
-/// calendar (9999-12-31 from 23:59:59.5 on is outside), for infinities and for what is no number.
+/// Whole seconds, rounded to the nearest, ties up; the carry runs through midnight, month and year. Empty outside of
+/// the calendar (9999-12-31 from 23:59:59.5 on is outside), for infinities and NaN.
 KALVENTO_API std::optional<CalendarParts> ToCalendar(double a_dayNumber);
 
 /// Seconds since 1970-01-01 00:00 of the same moment, rounded as by ToCalendar; empty where that is.

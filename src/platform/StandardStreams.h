@@ -15,9 +15,9 @@ enum EStream : std::uint8_t { EInput = 0, EOutput = 1, EErrors = 2 };
 KALVENTO_API bool IsTerminal(EStream a_stream);
 /// Columns and rows of the terminal that standard output is; empty where it is none, or doesn't know its size.
 KALVENTO_API std::optional<std::pair<int, int>> GetTerminalSize();
-/// Whether bytes wait on standard input. None where it is ready to be read means that none will come.
+/// Whether bytes wait on standard input. If it is ready to be read and there are none, none will come.
 KALVENTO_API bool HasInput();
-/// From now on a write into a pipe that nobody reads any more fails, and doesn't end the process.
+/// From now on a write to a pipe that nobody reads fails and doesn't end the process.
 KALVENTO_API void IgnoreClosedPipes();
 
 } // namespace kalvento::internal::StandardStreams

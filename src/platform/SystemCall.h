@@ -5,7 +5,7 @@
 
 namespace kalvento::internal {
 
-/// Makes a call of the system, again as long as signals interrupt it. Allocates nothing: may stand after a fork.
+/// Makes a system call, repeated as long as signals interrupt it. Allocates nothing: may stand after a fork.
 template<class Call>
 auto Retry(const Call& a_call)
 {
@@ -15,7 +15,7 @@ auto Retry(const Call& a_call)
     return result;
 }
 
-/// What the last call failed with; empty where a_isDone.
+/// The error of the last call; empty where a_isDone.
 inline std::error_code ErrorUnless(bool a_isDone)
 {
     return a_isDone ? std::error_code() : std::error_code(errno, std::generic_category());

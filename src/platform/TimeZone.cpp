@@ -8,7 +8,7 @@
 
 namespace {
 
-// The database's first and last stretch have no end; kept here they leave room for adding an offset.
+// The database's first and last stretch have no end; these bounds leave room for adding an offset.
 constexpr std::int64_t S_endOfTime = std::int64_t{1} << 40;
 
 std::int64_t SecondsOf(date::sys_seconds a_moment)
@@ -38,7 +38,7 @@ void TimeZone::SeekUtc(std::int64_t a_utcSeconds)
 void TimeZone::SeekLocal(std::int64_t a_localSeconds)
 {
     const auto found = m_zone->get_info(date::local_seconds(std::chrono::seconds(a_localSeconds)));
-    // Of a repeated time the first stretch, of a skipped one the second: either way the daylight time.
+    // The first stretch for a repeated time, the second for a skipped one: either way the daylight time.
     const auto& info = found.result == date::local_info::nonexistent ? found.second : found.first;
     Remember(SecondsOf(info.begin), SecondsOf(info.end), info.offset.count());
 }

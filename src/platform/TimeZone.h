@@ -11,17 +11,16 @@ namespace date {
 class time_zone;
 }
 
-/// Local time of one zone of the IANA database, with the database's rule of each year, for data that come from another
-/// place of the world. Remembers the stretch of equal offset around the last time asked for, so rows in
-/// order of time cost a comparison each. Copies are independent; one thread at a time.
+/// Local time of one zone of the IANA database, with the database's rule of each year, for data that come from
+/// elsewhere in the world. Remembers the stretch of equal offset around the last time asked for, so rows in order of
+/// time cost one comparison each. Copies are independent; one thread at a time.
 ///
-/// Times are seconds since 1970-01-01 00:00, in UTC or as the local clock shows them, of some ten thousand years on
-/// either side. The database knows changes up to
-/// 2037; later years keep the offset that holds then.
+/// Times are seconds since 1970-01-01 00:00, in UTC or as the local clock shows them, for some ten thousand years
+/// either way. The database knows changes up to 2037; later years keep the offset of that year's end.
 class KALVENTO_API TimeZone {
 public:
-    /// A zone by its database name, "America/New_York" or "UTC"; empty where the database has no such zone, or there is no
-    /// database on the machine.
+    /// A zone by its database name, "America/New_York" or "UTC"; empty where the database has no such zone, or there is
+    /// no database on the machine.
     static std::optional<TimeZone> Find(std::string_view a_name);
 
     /// The database's name of the zone.
@@ -34,8 +33,8 @@ public:
         return a_utcSeconds + m_offset;
     }
 
-    /// An hour that the clocks repeat is taken as its first passing, in daylight time. A time that the clocks skip is
-    /// read as if they had been put forward already: 02:30 of a spring night in Warsaw is 00:30 UTC.
+    /// An hour that the clocks repeat is read as the first one, in daylight time. A time that the clocks skip is read
+    /// as if they had been put forward already: 02:30 of a spring night in Warsaw is 00:30 UTC.
     std::int64_t ToUtc(std::int64_t a_localSeconds)
     {
         if (a_localSeconds < m_localBegin || a_localSeconds >= m_localEnd)

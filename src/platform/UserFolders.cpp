@@ -50,7 +50,7 @@ std::filesystem::path ReadDocumentsFolder(std::string_view a_text, const std::fi
         const bool belowHome = line.starts_with(S_homeVariable);
         if (belowHome)
             line.remove_prefix(S_homeVariable.size());
-        // The file is one of assignments of a shell: the value ends at the quote, a backslash keeps what follows it.
+        // The file holds assignments of a shell: the value ends at the quote, a backslash keeps what follows it.
         std::string value;
         for (std::size_t place = 0; place < line.size() && line[place] != '"'; ++place) {
             if (line[place] == '\\' && place + 1 < line.size())

@@ -19,7 +19,7 @@ void WakeUp::Raise() noexcept
 {
     const int cause = errno;
     const std::uint64_t one = 1;
-    // It fails only where it is up so often that the count is full.
+    // It fails only where so many raises are pending that the count is full.
     [[maybe_unused]] const auto written = ::write(m_event.Get(), &one, sizeof(one));
     errno = cause;
 }

@@ -5,14 +5,14 @@
 
 namespace kalvento::internal {
 
-/// Wakes a thread that waits for descriptors: up from Raise until Lower. All from any thread; what was written before
-/// Raise is seen after the Lower that found it.
+/// Wakes a thread that waits for descriptors: up from Raise until Lower. Any thread may call; what was written before
+/// Raise is visible after the Lower that found it up.
 class KALVENTO_API WakeUp {
 public:
     /// Raises std::system_error, whose text begins with a_purpose, where the system has no more descriptors.
     explicit WakeUp(const char* a_purpose = "eventfd");
 
-    /// May be called inside of a signal handler too: errno stays what it was.
+    /// May be called in a signal handler too: errno stays what it was.
     void Raise() noexcept;
     /// Whether it was up.
     bool Lower() noexcept;

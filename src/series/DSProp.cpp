@@ -59,10 +59,11 @@ void DSProp::UnSerializeState(const Settings& a_settings)
 
 namespace VeloTools::Series {
 
-// Here, where a property is known: the numbers of series stand below it.
+// Defined here, where properties are known: the numbers of series live a layer below.
 bool CheckIfCSorOffersContainsGivenSeries(const std::set<DSProp>& a_series, ESeriesId a_seriesId)
 {
-    // Element by element: indicators are ordered by their labels too, and not every number makes a property to look for.
+    // Element by element: indicators are ordered by their labels too, and not every number gives a property to look
+    // for.
     const auto isSought = [a_seriesId](const DSProp& a_property) {
         return a_property.GetSeriesID() == a_seriesId;
     };

@@ -23,8 +23,8 @@ public:
     static constexpr std::string_view XML_MIN_PRECISION = "MinPrecision";
     static constexpr std::string_view XML_MAX_PRECISION = "Precision";
 
-    /// The defaults of the series. Raises std::invalid_argument for Time, VirtualSeries and every number from 56 upward,
-    /// which have no default precision.
+    /// The defaults of the series. Raises std::invalid_argument for Time, VirtualSeries and every number from 56
+    /// upward, which have no default precision.
     DSProp(ESeriesId a_seriesId);
     /// Both precisions take the one value.
     DSProp(ESeriesId a_seriesId, EAggrType a_aggrType, std::wstring_view a_label, EPrecision a_precision);

@@ -5,8 +5,8 @@
 
 #include <set>
 
-/// Changes the precisions of many series at once. Series that the set lacks are skipped; series of neither group
-/// (open interest, turnover, counts of orders) keep theirs.
+/// Changes the precisions of many series at once. Series that the set lacks are skipped; series in neither group (open
+/// interest, turnover, counts of orders) keep theirs.
 namespace DSPropTools {
 
 /// Sets both precisions of every price-like series in the set.

@@ -82,8 +82,8 @@ void ReadList(std::istream& a_stream, std::vector<Value>& a_values)
     a_values.clear();
     CheckCount(count, a_values.max_size());
 
-    // The room is taken at once as far as the stream can tell that the values are there. The pieces are small enough
-    // to be still in the processor's cache when the stream fills what resize has zeroed.
+    // Memory is taken at once as far as the stream can tell that the values are there. The pieces are small enough to
+    // be still in the processor's cache when the stream fills what resize has zeroed.
     const std::streamsize available = a_stream && count > 0 ? a_stream.rdbuf()->in_avail() : 0;
     if (available > 0)
         a_values.reserve(

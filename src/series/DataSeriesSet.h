@@ -20,9 +20,9 @@ class Aggregator;
 /// The column store: a block of market data of one instrument at one interval, a time column and one column of doubles
 /// for each series, columns in ascending order of identifier. History and Synchronization are its public faces.
 ///
-/// Row i is entry i of the time column and of every value column. That all columns are as long as the time column is
-/// the caller's to keep and is tested by IsValid: the operations that take whole columns accept anything.
-/// Owns everything by value; one thread at a time, passed between threads by move.
+/// Row i is entry i of the time column and of every value column. The caller keeps all columns as long as the time
+/// column, and IsValid tests it: the operations that take whole columns accept anything. Owns everything by value; one
+/// thread at a time, passed between threads by move.
 class KALVENTO_API DataSeriesSet {
 public:
     using Column = std::pair<ESeriesId, std::vector<double>>;
@@ -60,7 +60,7 @@ public:
     const_iterator find(ESeriesId a_seriesId) const;
 
     const std::vector<NDateTime>& TimeSeries() const& { return m_times; }
-    /// The time column, to be moved out.
+    /// The time column, for moving out.
     std::vector<NDateTime>&& TimeSeries() && { return std::move(m_times); }
     IntervalAndMultiplicity GetIntervalData() const { return m_intervalData; }
     std::size_t GetRecordsCount() const { return m_times.size(); }
@@ -84,8 +84,8 @@ public:
     bool AddData(const Record& a_record);
     /// Replaces the contents of the column, or adds it in its place. False for Time.
     bool AddNewSeries(ESeriesId a_seriesId, const std::vector<double>& a_values);
-    /// Puts the range in front of the column's values, or adds the column in its place. The range may not belong to this
-    /// set. False for Time.
+    /// Puts the range in front of the column's values, or adds the column in its place. The range may not belong to
+    /// this set. False for Time.
     bool AddNewSeries(ESeriesId a_seriesId, std::vector<double>::const_iterator a_first,
                       std::vector<double>::const_iterator a_last);
     /// Replaces the time column.
@@ -97,23 +97,24 @@ public:
     /// Room for so many rows; nothing on a set that has rows.
     void ReserveSize(std::size_t a_size);
 
-    /// Adds the three candle columns, a zero for each row. Raises std::runtime_error, changing nothing, when one exists.
+    /// Adds the three candle columns, a zero for each row. Raises std::runtime_error, changing nothing, when one
+    /// exists.
     void AddAggregationSeries();
     /// Removes whichever of the three candle columns exist; the interval data stays.
     void DeleteAggregationSeries();
-    /// Folds the rows in place to the output interval of the aggregator, whose failures go out and leave the rows half
-    /// folded. a_columns has one entry for each column and receives their first values in the aggregator's order.
-    /// False with a line in the log when no rows come out, when a column is shorter than the time column, or when
-    /// a_columns doesn't fit the columns; the set keeps its length then. Allocates nothing in the set.
+    /// Folds the rows in place to the output interval of the aggregator, whose exceptions pass through and leave the
+    /// rows half folded. a_columns has one entry for each column and receives their first values in the aggregator's
+    /// order. False with a line in the log when no rows come out, when a column is shorter than the time column, or
+    /// when a_columns doesn't fit the columns; the set keeps its length then. Allocates nothing in the set.
     bool AgregateData(ESeriesId a_main, Aggregator& a_aggregator, std::vector<double*>& a_columns);
 
     /// Does nothing; VectorTimeTester::CheckIntegrity is the working test.
     void CheckIntegrity(const NDateTime* a_day) const;
 
-    /// Reads the binary form behind the columns that are there already; times and interval data are replaced. Another
-    /// version raises KalventoException. Nothing is validated: call IsValid afterwards. What a stream that ends early
-    /// lacks is zero; a list that claims more than that gets at most 32,768 zero entries beyond what was there, so that
-    /// a lying count takes no memory. A count that no vector can hold raises std::length_error.
+    /// Reads the binary form and appends to the columns that are there already; times and interval data are replaced.
+    /// Another version raises KalventoException. Nothing is validated: call IsValid afterwards. What a stream that ends
+    /// early lacks is zero; a list that claims more than that gets at most 32,768 zero entries beyond what was there,
+    /// so that a false count takes no memory. A count that no vector can hold raises std::length_error.
     void Read(std::istream& a_stream);
     /// Writes the binary form. Stream errors stay with the stream.
     void Write(std::ostream& a_stream) const;

@@ -6,7 +6,7 @@
 class KALVENTO_API DataSheetItem : public DataSheetItemBase {
 public:
     /// a_kind: the order's kind as the exchange names it; only "PEG", in capitals, means anything here, and the text is
-    /// not kept. a_userValue: entered by the user; a_gpwValue: told by the exchange.
+    /// not kept. a_userValue: entered by the user; a_gpwValue: given by the exchange.
     DataSheetItem(std::string_view a_orderKey, std::size_t a_orderId, std::string_view a_kind,
                   ESheetPage a_sheetPage, double a_userValue, double a_gpwValue, double a_orderVolume)
         : DataSheetItemBase(a_orderKey, a_orderId, a_sheetPage),

@@ -2,7 +2,7 @@
 
 #include "series/DataSheetItemBase.h"
 
-/// The order's entry goes from its page of the orders sheet.
+/// Takes an order's entry off its page of the orders sheet.
 class KALVENTO_API DeleteSheetPage : public DataSheetItemBase {
 public:
     DeleteSheetPage(std::string_view a_orderKey, std::size_t a_orderId, ESheetPage a_sheetPage,

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/// A page of the orders sheet. Modules exchange the numbers: append, never renumber. The library only carries them, so a
-/// module may have pages of its own, from 1000 upward.
+/// A page of the orders sheet. Modules exchange the numbers: append, never renumber. The library only carries them, so
+/// a module may have pages of its own, from 1000 upward.
 enum ESheetPage : std::uint32_t {
     ESheetPageNone = 0,
     ESheetPageActive = 1,    ///< Orders on the market.

@@ -8,8 +8,8 @@
 namespace kalvento::internal {
 
 /// Brings series into the order of the engine's fields: open, high, low, main series, then all others as they come.
-/// A record or block from outside may repeat a series or lack one, which would leave a field aimed at what was there
-/// before: use the fields only where IsComplete says so.
+/// A record or block from outside may repeat a series or lack one, which would leave a field aimed at an earlier
+/// column: use the fields only where IsComplete says so.
 class FieldAim {
 public:
     /// Borrows a_fields, whose size stays; its entries are overwritten one by one.

@@ -8,7 +8,7 @@
 
 namespace {
 
-// By the day number: the year field is too narrow for the far dates with which callers say "until the end".
+// By the day number: the year field is too narrow for the far dates by which callers mean "until the end".
 NDateTime MidnightOf(const NDateTime& a_time)
 {
     return NDateTime::FromDouble(std::trunc(a_time.ToDouble()));
@@ -76,7 +76,7 @@ History History::GetSubHistory(NDateTime a_from, NDateTime a_to) const
     const auto firstRow = static_cast<std::size_t>(first - times.begin());
     const auto lastRow = static_cast<std::size_t>(last - times.begin());
     for (const auto& [seriesId, values] : *this) {
-        // A column may be shorter than the times where the caller left it so.
+        // A column may be shorter than the times if the caller left it so.
         const auto from = static_cast<std::ptrdiff_t>(std::min(firstRow, values.size()));
         const auto to = static_cast<std::ptrdiff_t>(std::min(lastRow, values.size()));
         part.find(seriesId)->second = std::vector<double>(values.begin() + from, values.begin() + to);
@@ -107,7 +107,7 @@ bool History::InsertedHistoryAtTheBeginning(const History& a_older)
     for (const auto& olderColumn : a_older) {
         const std::vector<double>& older = olderColumn.second;
         std::vector<double>& values = column->second;
-        // A chart that is dragged towards the past comes back for more: twice the room spares the next moves.
+        // A chart that is dragged towards the past will ask for more: twice the room saves the next moves.
         const std::size_t size = values.size() + older.size();
         if (values.capacity() < size)
             values.reserve(2 * size);

@@ -33,18 +33,18 @@ public:
     bool IsSingleTickHistory() const;
     /// Years of the first and of the last time; nothing on an empty history.
     std::optional<std::pair<unsigned long, unsigned long>> GetFirstLastYear() const;
-    /// The rows of whole days, both included, whatever the times of day. Rests on times in order. Raises
+    /// The rows of whole days, both included, whatever the times of day. Needs times in order. Raises
     /// std::invalid_argument when a_from is later than a_to, their times of day included.
     History GetSubHistory(NDateTime a_from, NDateTime a_to) const;
-    /// Puts older rows in front. False, changing nothing, unless both are valid, of one interval and one list of series,
-    /// and the older rows end before the first row here.
+    /// Puts older rows in front. False, changing nothing, unless both are valid, of one interval and one list of
+    /// series, and the older rows end before the first row here.
     bool InsertedHistoryAtTheBeginning(const History& a_older);
 
-    /// Puts past prices and volumes on the scale of the present, in place: each operation in the order of the list scales
-    /// the rows up to the end of its own day. Prices (Price and the three candle columns) are multiplied by the effective
-    /// factor; operations of a type up to 6 also divide Volume and Lop by it. All other columns stay as delivered. Nothing
-    /// is rounded, no factor is refused. The history keeps no mark of it: call it once, on data not adjusted yet. Rests on
-    /// times in order.
+    /// Puts past prices and volumes on the scale of the present, in place: each operation in the order of the list
+    /// scales the rows up to the end of its own day. Prices (Price and the three candle columns) are multiplied by the
+    /// effective factor; operations of a type up to 6 also divide Volume and Lop by it. All other columns stay as
+    /// delivered. Nothing is rounded, no factor is refused. The history doesn't record it: call it once, on data not
+    /// adjusted yet. Needs times in order.
     void ApplyDataOperations(const HistoryOperations& a_operations);
 
 private:

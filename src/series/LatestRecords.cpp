@@ -25,7 +25,7 @@ void LatestRecords::SetTransaction(unsigned long a_recordType, const NDateTime& 
 
 void LatestRecords::AddTransaction(const NDateTime& a_time, double a_price, double a_volume)
 {
-    // The test comes before the insert, so the list settles at one above the limit, and the windows that show it count
+    // The test comes before the insert, so the list settles at one above the limit, and the windows that show it rely
     // on that row. A longer list, left by a batch, keeps its length.
     if (m_records.size() > RecordsLimit)
         m_records.pop_back();

@@ -34,12 +34,12 @@ public:
     const_reverse_iterator rend() const { return m_records.rend(); }
     std::size_t GetTransactionCount() const { return m_records.size(); }
 
-    /// Appends a transaction of a batch; a batch keeps all that it brings. a_recordType is its place in the batch:
-    /// 0 within, 1 first (empties the list before), 2 last (all are received after it), 3 the only one (both). Any other
+    /// Appends a transaction of a batch; a batch keeps all that it contains. a_recordType is its place in the batch: 0
+    /// within, 1 first (empties the list before), 2 last (all are received after it), 3 the only one (both). Any other
     /// raises KalventoException and changes nothing.
     void SetTransaction(unsigned long a_recordType, const NDateTime& a_time, double a_price, double a_volume);
-    /// Puts a new transaction in front. One is dropped from the end first where the list is longer than RecordsLimit, so
-    /// that it settles at RecordsLimit + 1.
+    /// Puts a new transaction in front. One is dropped from the end first where the list is longer than RecordsLimit,
+    /// so that it settles at RecordsLimit + 1.
     void AddTransaction(const NDateTime& a_time, double a_price, double a_volume);
 
     /// The full batch has arrived.

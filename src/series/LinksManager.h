@@ -11,8 +11,8 @@
 /// The text keys, called links, by which formulas, field lists and other programs name a series or an additional field,
 /// and the way back. Three keys ("kurs", "wolumen", "czas") name a series and a field; the series wins.
 ///
-/// All objects are one: the tables belong to the process, are filled before main and then only read, so any thread may
-/// call. Static objects of other libraries may call; those of this library may not.
+/// All objects share their tables, which belong to the process, are filled before main and then only read, so any
+/// thread may call. Static objects of other libraries may call; those of this library may not.
 class KALVENTO_API LinksManager {
 public:
     using const_iterator = std::map<ESeriesId, std::string>::const_iterator;
@@ -29,10 +29,10 @@ public:
     /// For a number that may be either: a series first, then a field.
     const std::string& GetLinkByUnknownTypeId(int a_id) const;
 
-    /// The number of the series or, failing that, of the field that a link names, in any case of letters; false and -1
+    /// The number of the series or, failing that, of the field that a link names, in upper or lower case; false and -1
     /// where it names nothing.
     std::pair<bool, int> LinkExist(const std::string& a_link) const;
-    /// The series that a link names, in any case of letters; 0, which is no series, where it names none.
+    /// The series that a link names, in upper or lower case; 0, which is no series, where it names none.
     ESeriesId FindSeriesIdByLink(const std::string& a_link) const;
 
 private:

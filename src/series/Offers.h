@@ -11,7 +11,7 @@
 /// best offer. Providers fill it from the live feed.
 class KALVENTO_API Offers : public SettableVariables {
 public:
-    /// The numbers 20 to 49. Ready once the library's static objects are, as is DefaultDSProp.
+    /// The numbers 20 to 49. Ready once the library's static objects are; so is DefaultDSProp.
     static const std::set<ESeriesId> Series;
     /// What PrepareDefaultDSProps gives.
     static const std::set<DSProp> DefaultDSProp;
@@ -31,7 +31,8 @@ public:
     void SetNBuyIfChanged(const std::vector<double>& a_orderCounts);
     void SetNSellIfChanged(const std::vector<double>& a_orderCounts);
 
-    /// One property for each number of Series: the last value counts, prices have 2 decimal places and the rest none.
+    /// One property for each number of Series: the last value is for counts; prices have 2 decimal places and the rest
+    /// none.
     static std::set<DSProp> PrepareDefaultDSProps();
 
 private:

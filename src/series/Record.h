@@ -13,8 +13,8 @@
 /// One row of series values at one time: one tick or one candle. Which series it holds is decided when it is built.
 /// A value type: copies are independent, one thread at a time; a moved-from record has no pairs and keeps its time.
 ///
-/// A record holds one allocation, which keeps room for the three candle series from when it is made: growing it at
-/// each live row costs more than all the rest of folding that row.
+/// A record holds one allocation, which has room for the three candle series from the start: growing it at each live
+/// row costs more than all the rest of folding that row.
 class KALVENTO_API Record {
 public:
     using Value = std::pair<ESeriesId, double>;
@@ -81,8 +81,8 @@ public:
     /// Removes all pairs; the time and the storage stay.
     void Clear() { m_values.clear(); }
 
-    /// Turns the shape of a tick into the shape of a candle: adds IntervalOpen, IntervalMax and IntervalMin with 0.0 and
-    /// orders the pairs by identifier, equal ones by value (a NaN last). Doesn't allocate where there is room.
+    /// Turns the shape of a tick into the shape of a candle: adds IntervalOpen, IntervalMax and IntervalMin with 0.0
+    /// and orders the pairs by identifier, equal ones by value (a NaN last). Doesn't allocate where there is room.
     /// Raises std::runtime_error, changing nothing, on a record that is empty, that holds one of the three already, or
     /// that lacks Price.
     void AddAggregationSeries();
@@ -101,7 +101,7 @@ private:
     // Ascending by identifier, then by value. A NaN goes last, so that this stays an order whatever the values are.
     static bool IsBefore(const Value& a_left, const Value& a_right);
 
-    // On the path of every live row, and therefore in sight of the wrapper, which folds it.
+    // On the path of every live row, and so inline, where the wrapper that folds it sees it.
     Shape GetShape(ESeriesId a_main) const
     {
         Shape shape;

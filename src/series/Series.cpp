@@ -94,7 +94,7 @@ std::vector<std::size_t> ReadingOrder(std::span<const ESeriesId> a_series)
     for (const ESeriesId leading : {IntervalOpen, IntervalMax, IntervalMin, Price})
         if (const auto found = std::ranges::find(a_series, leading); found != a_series.end())
             order.push_back(static_cast<std::size_t>(found - a_series.begin()));
-    // Held against these few alone: a damaged count makes thousands of columns.
+    // Tested against these few alone: a damaged count makes thousands of columns.
     const std::vector<std::size_t> leading = order;
     for (std::size_t place = 0; place < a_series.size(); ++place)
         if (std::ranges::find(leading, place) == leading.end())

@@ -6,8 +6,8 @@ namespace kalvento::internal {
 
 namespace {
 
-// The open, high and low of a candle bear the same labels as those of the session: the two triples differ in what
-// fills them, not in how they are shown. The label of VirtualSeries is spelt as users know it.
+// The open, high and low of a candle have the same labels as those of the session: the two triples differ in what fills
+// them, not in how they are shown. The label of VirtualSeries is spelt as users know it.
 // clang-format off
 constexpr std::array<SeriesInfo, 55> S_table{{
     {Time, "Time", "czas", L"Data", "time", EAggrTypeLast, {}},
@@ -92,7 +92,7 @@ std::span<const SeriesInfo> SeriesTable()
 
 const SeriesInfo* FindSeries(ESeriesId a_seriesId)
 {
-    // 0 wraps round to a number that is out of the table too.
+    // 0 wraps round to a number outside the table too.
     const std::size_t row = static_cast<std::uint32_t>(a_seriesId) - 1U;
     return row < S_table.size() ? &S_table[row] : nullptr;
 }

@@ -19,7 +19,7 @@ struct SeriesInfo {
     std::string_view enumerator; ///< Name in the code, "IntervalMax".
     std::string_view key;        ///< Key by which links name the series, lower-case ASCII; empty for none.
     std::wstring_view label;     ///< Polish label for the user.
-    std::string_view name;       ///< English name for headers of text tables, "high"; one for each series.
+    std::string_view name;       ///< English name for headers of text tables, "high"; every series has one.
     EAggrType aggrType;          ///< Default aggregation.
     std::optional<EPrecision> precision; ///< Default decimal places; empty where the series has none.
 };
@@ -37,11 +37,11 @@ inline constexpr std::array<ESeriesId, 13> S_volumeSeries{
 /// All series, 1 to 55, in the order of their numbers.
 KALVENTO_API std::span<const SeriesInfo> SeriesTable();
 
-/// The entry of a number; null for a number outside of 1 to 55.
+/// The entry of a number; null for a number outside 1 to 55.
 KALVENTO_API const SeriesInfo* FindSeries(ESeriesId a_seriesId);
 
-/// The entry of an English name, of an enumerator or of a key, in this order, letters compared exactly; "close" is Price
-/// too, since the last price of a candle is its close. Null when nothing bears that name.
+/// The entry of an English name, of an enumerator or of a key, in this order, letters compared exactly; "close" is
+/// Price too, since the last price of a candle is its close. Null when nothing has that name.
 KALVENTO_API const SeriesInfo* FindSeriesByName(std::string_view a_name);
 
 } // namespace kalvento::internal

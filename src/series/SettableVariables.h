@@ -15,9 +15,9 @@
 /// time of the data with the same state. A writer sets values; a reader takes those of state 1 and calls
 /// ClearUsageChangedValue.
 ///
-/// The set of series is fixed when the object is built; setting another series does nothing, so that a feed may send
-/// more than the window asked for. A value type: copies are independent, one thread at a time; a moved-from object
-/// holds no series.
+/// The set is fixed when the object is built; setting another series does nothing, so that a feed may send more than
+/// the window asked for. A value type: copies are independent, one thread at a time; a moved-from object holds no
+/// series.
 class KALVENTO_API SettableVariables {
 public:
     using Value = std::pair<ESeriesId, ValueSeriesCS<double>>;
@@ -57,7 +57,7 @@ public:
     /// As SetData, but does nothing where the series is set to exactly this value; so a NaN always counts as a change.
     void SetDataIfChanged(ESeriesId a_seriesId, double a_value);
 
-    /// Not set any more; the value stays.
+    /// Makes it not set; the value stays.
     void ResetDataSeries(ESeriesId a_seriesId);
     /// The same for all series and for the time.
     void ResetAllSeries();
@@ -71,13 +71,13 @@ public:
     bool IsAnySeriesSetOrChanged() const { return TimeFieldIsSet() || IsAnyDataSeriesSetOrChanged(); }
 
     /// Carries the changes of a later snapshot into this one: what is not set there is reset here, what changed there
-    /// is taken over as changed, and what is unchanged there leaves this object as it was. The time likewise. Series
-    /// that this object lacks are ignored.
+    /// is taken over as changed, and what is unchanged there stays as it is here. The time likewise. Series that this
+    /// object lacks are ignored.
     void MergeChangesValues(const SettableVariables& a_other);
 
     /// False where the time is set to an invalid one, and where there is no series.
     bool IsValid() const;
-    /// Removes the series; both times stay. After it every setter of series does nothing.
+    /// Removes the series; both times stay. Afterwards every setter of a series does nothing.
     void Clear() { m_values.clear(); }
 
 private:

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/// A value with what is known about it. Copied and moved as a whole.
+/// A value and its state. Copied and moved as a whole.
 template<class T>
 struct ValueSeriesCS {
     /// Values of the state.

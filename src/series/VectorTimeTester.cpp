@@ -45,7 +45,7 @@ bool VectorTimeTester::CheckIntegrity(const std::vector<NDateTime>& a_times, con
 
 bool VectorTimeTester::ChangeRange(const std::vector<NDateTime>& a_times, NDateTime a_from, NDateTime a_to)
 {
-    // Whole days stay doubles here: a day number from a stored block may lie outside of every integer.
+    // Whole days stay doubles here: a day number from a stored block may fit no integer.
     const double firstDay = std::trunc(a_from.ToDouble());
     const double lastDay = std::trunc(a_to.ToDouble());
     return std::ranges::none_of(a_times, [firstDay, lastDay](const NDateTime& a_time) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-// The text is part of what modules show and test.
+// Modules show and test this text.
 class BadOptionalAccess : public std::bad_optional_access {
 public:
     const char* what() const noexcept override { return "Bad optional access"; }

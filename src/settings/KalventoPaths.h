@@ -6,20 +6,20 @@
 #include <string>
 #include <string_view>
 
-/// Where the application keeps everything on disk; docs/paths.md shows the folder tree. All of it follows from where the
-/// running executable lies and from the user's documents folder, so an installation may be moved as a whole.
+/// Where the application keeps everything on disk; docs/paths.md shows the folder tree. All of it follows from the
+/// place of the running executable and the user's documents folder, so an installation may be moved as a whole.
 ///
 /// There is one instance a process. Initialize runs on the main thread before the other threads start; from then on
 /// nothing changes, and Instance and the accessors may be called from any thread.
 class KALVENTO_API KalventoPaths {
 public:
     /// a_name: folder of the application below the user's documents. Forms the paths and makes the folders that the
-    /// application writes into: Data, Logs, CrashReports, Szablony, UserSettings and the user's documents folder. A folder
-    /// that can't be made doesn't fail here: it shows itself when a file in it is written.
+    /// application writes into: Data, Logs, CrashReports, Szablony, UserSettings and the user's documents folder. A
+    /// folder that can't be made is no failure here: it shows when a file in it is written.
     explicit KalventoPaths(std::wstring_view a_name);
 
-    /// Destroys the instance, if there is one, and builds a new one: references from Instance die. Where building raises
-    /// (no memory), there is no instance.
+    /// Destroys the instance, if there is one, and builds a new one: references from Instance die. Where building
+    /// raises (no memory), there is no instance.
     static void Initialize(std::wstring_view a_name);
     /// Raises std::bad_optional_access, "Bad optional access", where there is no instance.
     static const KalventoPaths& Instance();

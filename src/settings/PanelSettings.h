@@ -8,7 +8,7 @@
 
 class Settings;
 
-/// The small state of a panel: where its inspector stands and whether it shows. A plain value.
+/// The small state of a panel: where its inspector is and whether it shows. A plain value.
 class KALVENTO_API PanelSettings {
 public:
     static constexpr std::string_view XML_PANEL_SETTINGS = "PanelSettings";

@@ -11,7 +11,7 @@ namespace ValueText = kalvento::internal::ValueText;
 
 namespace {
 
-// From so many keys on, walking over them costs more than a search tree.
+// From this many keys on, a walk over them costs more than a search tree.
 constexpr std::size_t S_indexFrom = 16;
 
 const std::string& EmptyText()
@@ -57,7 +57,7 @@ Settings& Settings::Children::Add(std::string_view a_key)
         all.emplace(child.key, &child.node);
         index.swap(all);
     }
-    named.push_back(std::move(added)); // cannot fail, the room is there: index and list never part
+    named.push_back(std::move(added)); // cannot fail, the room is there: index and list never differ
     return child.node;
 }
 
@@ -134,7 +134,7 @@ Settings& Settings::operator=(const Settings& a_other)
 
 Settings& Settings::operator=(Settings&& a_other) noexcept
 {
-    // By way of a third node: the other may be a descendant, which dies with what this one held.
+    // Through a third node: the other may be a descendant, which dies with what this one held.
     Settings taken(std::move(a_other));
     swap(taken);
     return *this;
@@ -267,7 +267,7 @@ Settings& Settings::operator=(const CSize& a_value)
     return Assign(a_value);
 }
 
-// The reads below take a shortcut where the kind of the value allows it, with the same result as by way of the text.
+// Where the kind of the value allows it, the reads below take a shortcut, with the same result as through the text.
 
 std::int64_t Settings::ReadSigned(std::int64_t a_lowest, std::int64_t a_highest) const
 {

@@ -19,8 +19,8 @@ namespace kalvento::internal {
 
 class SettingsForm;
 
-/// What a node gives and takes as a number. The character types are left out: otherwise std::string would see its
-/// assignment from one character beside that from a text, and `text = node["Key"]` would not compile.
+/// What a node gives and takes as a number. The character types are left out: otherwise std::string could be assigned
+/// from one character as well as from a text, and `text = node["Key"]` would not compile.
 template<class Type>
 concept SettingsNumber =
     std::is_arithmetic_v<Type> && std::same_as<Type, std::remove_cv_t<Type>> && !std::same_as<Type, bool> &&
@@ -32,12 +32,12 @@ concept SettingsNumber =
 /// One node of a tree of variables, through which everything is stored: a value of its own, children reached by key,
 /// and a list of children without keys. A node owns all of that; copies are deep and independent.
 ///
-/// A value may be read as any type. The rule: every value has one text (a number in decimal, the shortest that reads
-/// back to the same bits; "true" and "false"; "left,top,right,bottom"; "width,height"; a narrow text is CP1250), and
-/// reading as another type reads that text. So a tree gives the same answers before it was stored and after. What
-/// cannot be read as the type asked for gives zero, false or an empty text, and so does a node without a value:
+/// A value may be read as any type. Every value has one text (a number in decimal, the shortest that reads back to the
+/// same bits; "true" and "false"; "left,top,right,bottom"; "width,height"; a narrow text is CP1250), and reading as
+/// another type reads that text. So a tree gives the same answers before it is stored and after. What cannot be read as
+/// the type asked for gives zero, false or an empty text, and so does a node without a value:
 ///  - a whole number out of the range asked for is zero, never wrapped or cut;
-///  - a fraction read as a whole number loses what stands behind the point;
+///  - a fraction read as a whole number loses what follows the point;
 ///  - "true" and "false" read as 1 and 0; a number is true unless it is zero or NaN.
 ///
 /// A tree is used by one thread at a time, readers included: reading a value as narrow text may keep that text in the
@@ -50,7 +50,7 @@ public:
     Settings() noexcept;
     /// Depth costs no stack, here and in the assignments. A copy of the absent node is an empty node, which exists.
     Settings(const Settings& a_other);
-    /// References to children stay good and now belong to the new node; the old one is left empty.
+    /// References to children stay valid and now belong to the new node; the old one is left empty.
     Settings(Settings&& a_other) noexcept;
     ~Settings();
 
@@ -61,7 +61,8 @@ public:
     friend void swap(Settings& a_left, Settings& a_right) noexcept { a_left.swap(a_right); }
 
     /// The child of that key, created empty if there is none. A key is any run of bytes, compared byte by byte. The
-    /// reference is good until this node is assigned, moved into, loaded or destroyed; further keys don't hurt it.
+    /// reference is valid until this node is assigned, moved into, loaded or destroyed; further keys don't invalidate
+    /// it.
     Settings& operator[](std::string_view a_key);
     /// The child of that key, or the absent node, which is one for the process.
     const Settings& operator[](std::string_view a_key) const;
@@ -69,7 +70,7 @@ public:
     Settings& operator[](const char* a_key) { return (*this)[std::string_view(a_key)]; }
     const Settings& operator[](const char* a_key) const { return (*this)[std::string_view(a_key)]; }
 
-    /// False on the absent node and only there.
+    /// False only on the absent node.
     bool Exists() const noexcept { return m_exists; }
 
     /// Stores a value; children and version stay.
@@ -81,7 +82,7 @@ public:
     Settings& operator=(unsigned long long a_value);
     /// Kept bit for bit, the kind of a NaN included.
     Settings& operator=(double a_value);
-    /// Takes a bool and nothing that merely converts to it: a pointer would be true.
+    /// Takes a bool and nothing that merely converts to one: a pointer would be true.
     template<std::same_as<bool> Bool>
     Settings& operator=(Bool a_value)
     {
@@ -101,7 +102,7 @@ public:
     Settings& operator=(const CRect& a_value);
     Settings& operator=(const CSize& a_value);
 
-    /// Every number type, exactly as asked for: no conversion stands behind another.
+    /// Every number type, exactly as asked for: none is reached by converting another.
     template<kalvento::internal::SettingsNumber Number>
     operator Number() const // NOLINT(google-explicit-constructor): the callers convert by assignment.
     {
@@ -121,35 +122,35 @@ public:
     operator CRect() const;        // NOLINT(google-explicit-constructor)
     operator CSize() const;        // NOLINT(google-explicit-constructor)
     operator std::wstring() const; // NOLINT(google-explicit-constructor)
-    /// The narrow text, good until this node is assigned, loaded or destroyed. What CP1250 lacks becomes '?'.
+    /// The narrow text, valid until this node is assigned, loaded or destroyed. What CP1250 lacks becomes '?'.
     operator const std::string&() const&; // NOLINT(google-explicit-constructor)
     operator const std::string&() const&& = delete;
 
-    /// Appends an empty child without a key. The reference is good until the next AddUnnamed on this node; what hangs
+    /// Appends an empty child without a key. The reference is valid until the next AddUnnamed on this node; what is
     /// below the child keeps its place even then.
     Settings& AddUnnamed();
     std::size_t GetUnnamedVariablesCount() const noexcept;
-    /// The children without keys in the order of their adding. Random access, contiguous.
+    /// The children without keys, in the order in which they were added. Random access, contiguous.
     const_iterator begin_unnamed() const noexcept;
     const_iterator end_unnamed() const noexcept;
 
     /// The whole subtree as one line of ASCII, empty (with a line in the log) where a limit is passed: more than 1000
     /// levels, 2000000 nodes or 64 MiB.
     std::string ConvertToString() const;
-    /// Puts the tree of such a text in the place of this one. False, with a line in the log and this node unchanged,
-    /// where the text cannot be read.
+    /// Replaces this tree by that of such a text. False, with a line in the log and this node unchanged, where the text
+    /// cannot be read.
     bool ConvertFromString(std::string_view a_text);
 
-    /// Puts the tree of an XML file in the place of this one. False, with this node unchanged, where there is no such
-    /// file, or it cannot be read, or its document element is not of that name; but for a missing file the log tells
-    /// why, with line and column.
+    /// Replaces this tree by that of an XML file. False, with this node unchanged, where there is no such file, it
+    /// cannot be read, or its document element has another name; except for a missing file the log says why, with line
+    /// and column.
     bool LoadFromFile(std::wstring_view a_path, std::string_view a_rootName);
     /// Writes the tree into an XML file. Whatever happens, the file is the old one or the new one, whole; true means
     /// that the new one is on the disk. False, with a line in the log, where it cannot be written or passes a limit
     /// (those of ConvertToString).
     bool SaveToFile(std::wstring_view a_path, std::string_view a_rootName) const;
 
-    /// The form of what the node holds; travels with the node through copies, files and text.
+    /// The version of the node's contents; travels with the node through copies, files and text.
     std::int32_t m_version = 0;
 
 private:

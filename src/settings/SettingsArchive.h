@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-/// Texts, and values that are stored as trees, inside of an archive. docs/alerts_and_orders.md shows the bytes.
+/// Texts, and values that are stored as trees, inside an archive. docs/alerts_and_orders.md shows the bytes.
 namespace SettingsArchive {
 
 /// 8 bytes with the length, then the bytes, without a terminator.
@@ -20,7 +20,7 @@ KALVENTO_API std::string ReadText(CArchive& a_archive);
 /// One byte, 1, and the tree's text; or the byte 0 for null. An archive that loads raises std::runtime_error. So does a
 /// tree beyond the limits of Settings::ConvertToString, which nobody could read back.
 KALVENTO_API void WriteOptionalTree(CArchive& a_archive, const Settings* a_tree);
-/// Empty behind the byte 0. An archive that stores, and a text that is no tree, raise std::runtime_error; any byte but 0
+/// Empty after the byte 0. An archive that stores, and a text that is no tree, raise std::runtime_error; any byte but 0
 /// and 1 raises CArchiveException.
 KALVENTO_API std::optional<Settings> ReadOptionalTree(CArchive& a_archive);
 

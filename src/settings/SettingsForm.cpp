@@ -18,7 +18,7 @@ namespace kalvento::internal {
 
 namespace {
 
-// The two element names that are no keys, and the attributes.
+// The two element names that aren't keys, and the attributes.
 constexpr const char* S_unnamedElement = "item";
 constexpr const char* S_escapedKeyElement = "var";
 constexpr const char* S_keyAttribute = "key";
@@ -126,7 +126,7 @@ void CheckReference(std::string_view a_text, std::size_t a_place)
         throw FormError(a_place, "odwołanie do znaku, którego nie ma w XML"_cp1250);
 }
 
-// What the parser doesn't look at, and what would let a small file take much memory.
+// What the parser doesn't check, and what would let a small file take much memory.
 void CheckBytes(std::string_view a_text)
 {
     if (a_text.size() > SettingsForm::S_mostBytes)
@@ -280,7 +280,7 @@ void ReadValue(pugi::xml_node a_element, const Attributes& a_attributes, Setting
     if (text.empty())
         return;
     std::wstring value = a_attributes.escaped ? Unescape(a_element, text) : CodePage::Utf8ToWide(text);
-    // Read as narrow or wide, the text is the same; narrow takes a quarter of the room.
+    // The text reads the same as narrow or wide; narrow takes a quarter of the memory.
     if (CodePage::FitsCp1250(value))
         a_node = CodePage::WideToCp1250(value);
     else
@@ -336,7 +336,7 @@ void ReadTree(pugi::xml_node a_root, Settings& a_tree)
                 throw FormError(PlaceOf(child), "powtórzona nazwa w jednym elemencie"_cp1250);
             open.push_back({child, &(*node)[*key], level + 1});
         }
-        // Only now, when no later one moves them.
+        // Only now, when no later child moves them.
         for (std::size_t place = 0; place < unnamed.size(); ++place)
             node->AddUnnamed();
         for (std::size_t place = 0; place < unnamed.size(); ++place)

@@ -9,16 +9,16 @@
 
 namespace kalvento::internal {
 
-/// The XML form of a tree, as it stands in files and in texts; docs/settings.md describes it.
+/// The XML form of a tree, in files and in texts; docs/settings.md describes it.
 class SettingsForm {
 public:
     enum ELayout : std::uint8_t {
-        ELayoutFile,     // UTF-8, indented, one value a line
+        ELayoutFile,     // UTF-8, indented, one value to a line
         ELayoutAsciiLine // ASCII without a line end
     };
     struct Written {
         std::string text;
-        std::string problem; // CP1250; empty where all went well
+        std::string problem; // CP1250; empty on success
     };
 
     // What is accepted from outside. Real files are a thousand times smaller; a hostile one must not take the memory.

@@ -14,8 +14,8 @@
 
 namespace {
 
-// Makes way for a file that is about to be written over one that won't load: a slip of the hand in an edited file must
-// not cost the user all that stands in it. False where the old file could not be moved and is to be left alone.
+// Makes way for a file that is about to be written over one that won't load: a slip in an edited file must not cost the
+// user all that is in it. False where the old file could not be moved and must be left alone.
 bool KeepDamagedFileAside(std::wstring_view a_path)
 {
     const std::filesystem::path path = WidePath::ToPath(a_path);

@@ -9,12 +9,12 @@
 
 /// The pair of files in which a setting survives a restart: the factory file in DefaultSettings, which comes with the
 /// installation and is never written, and the user's file of the same name in UserSettings, which starts as its copy.
-/// Failures are told by empty pointers and false results.
+/// Failures show as empty pointers and false results.
 ///
 /// There is no lock, and threads share nothing here but the files: one thread at a time for one name. That is the main
 /// thread, except while a plug-in makes and initialises its modules on the thread that starts it: the files are that
-/// plug-in's alone, nothing else of it runs yet, and the main thread waits or works for modules with files of other names.
-/// It holds too where a plug-in hangs there and is left behind, since none of its code is called any more.
+/// plug-in's alone, nothing else of it runs yet, and the main thread waits or works for modules with files of other
+/// names. This holds too where a plug-in hangs there and is abandoned, since none of its code is called any more.
 class KALVENTO_API SettingsManager {
 public:
     SettingsManager() = delete;
@@ -22,14 +22,14 @@ public:
     /// The path of the user's file or of the factory file: a_name with the extension ".xml". Raises as
     /// KalventoPaths::Instance does.
     static std::wstring GenerateSettingsFilePath(bool a_userFile, const std::wstring& a_name);
-    /// a_extension with its point.
+    /// a_extension includes its point.
     static std::wstring GenerateSettingsFilePath(bool a_userFile, const std::wstring& a_name,
                                                  const std::wstring& a_extension);
 
     /// The tree of the user's file; where that won't load, the tree of the factory file, which is then saved as the
-    /// user's (a failure to save goes unnoticed). Empty, with the disk unchanged, where neither loads. A damaged user file
-    /// is first kept aside beside its name, as "name.damaged-YYYYMMDD-HHMMSS", with a line in the log; where even that
-    /// fails it stays where it is, and nothing is saved.
+    /// user's (a failure to save goes unnoticed). Empty, with the disk unchanged, where neither loads. A damaged user
+    /// file is first kept aside beside its name, as "name.damaged-YYYYMMDD-HHMMSS", with a line in the log; where even
+    /// that fails it stays where it is, and nothing is saved.
     static std::unique_ptr<Settings> LoadCurrentSettingsNode(std::wstring_view a_userPath,
                                                              std::wstring_view a_factoryPath,
                                                              std::string_view a_rootName);

@@ -1,4 +1,5 @@
-// A tree as a text and as a file: of the class Settings, but apart from its source, which the written form stands on.
+// A tree as a text and as a file: part of the class Settings, but apart from its source, on which the written form is
+// built.
 #include "settings/Settings.h"
 
 #include "platform/CodePage.h"

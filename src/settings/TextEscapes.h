@@ -8,10 +8,10 @@
 /// \x{1F} for the number of any wide character.
 namespace kalvento::internal::TextEscapes {
 
-/// True where a text can't stand as it is: it holds control characters, what is not a code point, blanks at an end, or,
-/// if only ASCII is wanted, anything else.
+/// True where a text can't stand as it is: it holds control characters, what is not a code point, blanks at either end,
+/// or, if only ASCII is wanted, anything else.
 bool Needed(std::wstring_view a_text, bool a_asciiOnly);
-/// Reads back whatever the text holds.
+/// Can be read back, whatever the text holds.
 std::wstring Escape(std::wstring_view a_text, bool a_asciiOnly);
 /// Empty where a backslash is followed by anything else than the above.
 std::optional<std::wstring> Unescape(std::wstring_view a_text);

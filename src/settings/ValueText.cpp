@@ -122,7 +122,7 @@ std::uint64_t ToUnsigned(double a_value, std::uint64_t a_highest)
 
 std::int64_t ReadSigned(std::string_view a_text, std::int64_t a_lowest, std::int64_t a_highest)
 {
-    // Not by way of double where there is no fraction: a double holds 53 bits only.
+    // Not through a double where there is no fraction: a double holds 53 bits only.
     if (!IsWholeNumber(a_text))
         return ToSigned(ReadDouble(a_text), a_lowest, a_highest);
     std::int64_t value = 0;

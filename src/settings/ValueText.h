@@ -20,19 +20,19 @@ std::string Of(double a_value);
 std::string Of(const CRect& a_value);
 std::string Of(const CSize& a_value);
 
-/// All take the text whole, without blanks around; a fraction loses what stands behind the point; "true" is 1 and
-/// "false" 0. Zero where there is no number or it lies outside of the bounds.
+/// All take the text whole, without blanks around it; a fraction loses what follows the point; "true" is 1 and "false"
+/// 0. Zero where there is no number or it is out of bounds.
 std::int64_t ReadSigned(std::string_view a_text, std::int64_t a_lowest, std::int64_t a_highest);
 std::uint64_t ReadUnsigned(std::string_view a_text, std::uint64_t a_highest);
 /// Zero also where the number is too great or too small for a double.
 double ReadDouble(std::string_view a_text);
 /// "true", or a number that is neither zero nor NaN.
 bool ReadBool(std::string_view a_text);
-/// Whole numbers apart by commas, blanks after the commas allowed; all zero where anything else is found.
+/// Whole numbers separated by commas, blanks after the commas allowed; all zero where anything else is found.
 CRect ReadRect(std::string_view a_text);
 CSize ReadSize(std::string_view a_text);
 
-/// Cuts the fraction off; zero outside of the bounds and for NaN.
+/// Cuts the fraction off; zero out of bounds and for NaN.
 std::int64_t ToSigned(double a_value, std::int64_t a_lowest, std::int64_t a_highest);
 std::uint64_t ToUnsigned(double a_value, std::uint64_t a_highest);
 

@@ -42,7 +42,7 @@ std::optional<std::uint32_t> ReadDateNumber(std::string_view a_text, std::size_t
     return number.value_or(0) != 0 ? number : std::nullopt;
 }
 
-// scanf's "%u": white space, a sign, digits. The text moves on behind what was read.
+// scanf's "%u": white space, a sign, digits. The text moves on past what was read.
 std::optional<std::uint32_t> ScanUnsigned(std::string_view& a_text)
 {
     constexpr std::string_view digits = "0123456789";
@@ -68,7 +68,7 @@ bool SkipDash(std::string_view& a_text)
     return true;
 }
 
-// The day's place in the week counted from Monday, 0 to 6, of a day number that the calendar has.
+// A day's place in the week counted from Monday, 0 to 6; the calendar must have the day number.
 int DaysFromMonday(const NDateTime& a_date)
 {
     return (a_date.GetDayOfWeek() + 5) % 7;
@@ -76,14 +76,14 @@ int DaysFromMonday(const NDateTime& a_date)
 
 boost::gregorian::date ToGregorian(const NDateTime& a_date)
 {
-    // One after the other, so that it is the same part every time that raises for a date with several bad ones.
+    // One after the other, so that for a date with several bad parts always the same one raises.
     const boost::gregorian::greg_year year(static_cast<unsigned short>(a_date.GetYear()));
     const boost::gregorian::greg_month month(static_cast<unsigned short>(a_date.GetMonth()));
     const boost::gregorian::greg_day day(static_cast<unsigned short>(a_date.GetDay()));
     return {year, month, day};
 }
 
-// a_date moved back, empty where that leads out of the calendar.
+// a_date moved back; empty where that leaves the calendar.
 std::optional<NDateTime> MovedBack(NDateTime a_date, std::int64_t a_days)
 {
     if (a_days > std::numeric_limits<std::int32_t>::max())
@@ -274,7 +274,7 @@ std::optional<NDateTime> GetDateFromForSessionCount(unsigned int a_sessions, NDa
         back = place - 4;
         place = 4;
     }
-    // Whole weeks of five sessions, then the days left over; those beyond this week's Monday jump a weekend more.
+    // Whole weeks of five sessions, then the days left over; those before this week's Monday skip one more weekend.
     const std::int64_t daysBefore = static_cast<std::int64_t>(a_sessions) - 1;
     back += daysBefore / 5 * 7;
     const std::int64_t left = daysBefore % 5;

@@ -18,7 +18,7 @@ namespace DateTimeTools {
 /// "20210301". Empty unless there are 8 characters with a digit read above 0. A read that stopped early counts with the
 /// digits so far: "2021ab12" is year 0, month 20, day 21, of status invalid.
 KALVENTO_API std::optional<NDateTime> ParseDateYYYYMMDD(std::string_view a_text);
-/// "210301", 6 characters, otherwise as ParseDateYYYYMMDD. A year below 50 is 20yy, any other 19yy.
+/// "210301", 6 characters, otherwise like ParseDateYYYYMMDD. A year below 50 is 20yy, any other 19yy.
 KALVENTO_API std::optional<NDateTime> ParseDateYYMMDD(std::string_view a_text);
 /// "20210301" and "093015"; empty unless the lengths are 8 and 6 and the date is one for ParseDateYYYYMMDD.
 /// A time without a readable number is midnight.
@@ -27,13 +27,13 @@ KALVENTO_API std::optional<NDateTime> ParseDateTime(std::string_view a_date, std
 KALVENTO_API std::optional<NDateTime> ParseDateTime(const NDateTime& a_date, std::string_view a_time);
 /// A time of today, in local time.
 KALVENTO_API std::optional<NDateTime> ParseTime(std::string_view a_text);
-/// "2021-03-01": three unsigned numbers in the manner of scanf's "%u-%u-%u", from the start of the text up to its end or
-/// its first zero byte. White space and a sign may stand before a number (a minus makes it impossibly large), text
+/// "2021-03-01": three unsigned numbers in the manner of scanf's "%u-%u-%u", from the start of the text up to its end
+/// or its first zero byte. White space and a sign may stand before a number (a minus makes it impossibly large), text
 /// may follow the third; a number above 32 bits reads as the greatest. Fewer than three numbers raise
 /// std::invalid_argument, "Niepoprawna data".
 KALVENTO_API NDateTime ParseDateIso8601(std::string_view a_text);
 
-// Printing: parts in, text out. What the parts mean, and whether they make a date, is the caller's affair. Numbers are
+// Printing: parts in, text out. What the parts mean, and whether they make a date, is up to the caller. Numbers are
 // padded with zeros to the width shown and never cut.
 
 /// "20210301", every part to at least two digits and without dashes, which FormatDateW has.
@@ -73,7 +73,7 @@ KALVENTO_API std::wstring GenerateDateFileName();
 /// "2021_03_01 09_30_15.txt", of the local time.
 KALVENTO_API std::wstring GenerateDateTimeFileName();
 
-/// The local time now in whole seconds, counter 0. In spite of its name no millisecond tick.
+/// The local time now in whole seconds, counter 0. Despite its name no millisecond tick.
 KALVENTO_API NDateTime GetTickCount();
 /// Today's local date at midnight.
 KALVENTO_API NDateTime GetCurrentDate();
@@ -83,22 +83,22 @@ KALVENTO_API NDateTime GetCurrentUtcTime();
 /// Midnight of the value's date fields.
 KALVENTO_API NDateTime GetDate(const NDateTime& a_value);
 
-/// Saturday or Sunday; false where the value isn't valid or lies outside of the calendar.
+/// Saturday or Sunday; false where the value isn't valid or lies outside the calendar.
 KALVENTO_API bool IsWeekend(const NDateTime& a_value);
 /// True for 1 (Sunday) and 7 (Saturday), the numbers of NDateTime::GetDayOfWeek.
 KALVENTO_API bool IsWeekend(int a_dayOfWeek);
 
-/// The date of the a_sessions-th session counted backward, where a_date's day is the first; a weekend counts as the
-/// Friday before. The time of day carries through. Empty for no sessions, for an invalid a_date and where the count
-/// leads out of the calendar.
+/// The date of the a_sessions-th session counted backward, a_date's day being the first; a weekend counts as the Friday
+/// before. The time of day carries through. Empty for no sessions, for an invalid a_date and where the count leaves the
+/// calendar.
 KALVENTO_API std::optional<NDateTime> GetDateFromForSessionCount(unsigned int a_sessions, NDateTime a_date);
 /// Sessions from one date to another, both included, times of day cut off. Empty where a_from comes after a_to; 0 where
-/// one of them is no date of the calendar. Takes the same time for any distance.
+/// one of them is no date of the calendar. Takes the same time whatever the distance.
 KALVENTO_API std::optional<unsigned int> GetSessionCountForDates(const NDateTime& a_from,
                                                                  const NDateTime& a_to);
 
-/// Makes a stream of equal or falling times strictly rising: where a_previous >= a_time, a_time becomes a_previous with
-/// one step of the counter more, and the result is true. Otherwise nothing happens.
+/// Makes a stream of equal or falling times strictly rising: where a_previous >= a_time, a_time becomes a_previous plus
+/// one step of the counter, and the result is true. Otherwise nothing happens.
 KALVENTO_API bool ShiftTimeIfNeed(const NDateTime& a_previous, NDateTime& a_time);
 
 /// Moves a date by months, to midnight. The last day of a month gives the last day of the result's month; any other day

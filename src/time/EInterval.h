@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/// The unit of a series' interval. The order runs from fine to coarse: rows can only be folded towards a greater
-/// number. The numbers are stored in files and exchanged between modules.
+/// The unit of a series' interval. The order is from fine to coarse: rows can only be folded towards a greater number.
+/// The numbers are stored in files and exchanged between modules.
 enum EInterval : std::uint32_t {
     EIntervalEmpty = 0,
     EIntervalTick = 1,

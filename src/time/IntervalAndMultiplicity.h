@@ -9,7 +9,7 @@
 class Settings;
 
 /// A unit and how many of them make one step: 5 minutes, 1 tick. A plain value of two fields, pass it by value.
-/// Nothing is checked on the way in and nothing raises: a pair from outside is to be tested by IsValid.
+/// Nothing is checked on the way in and nothing raises: test a pair from outside by IsValid.
 class KALVENTO_API IntervalAndMultiplicity {
 public:
     static constexpr std::string_view XML_INTERVAL = "Interval";
@@ -57,7 +57,7 @@ public:
     }
     /// Candles of time, within the unit's limit. Several ticks in a step are not aggregated by this test.
     bool IsAggregated() const;
-    /// Days or coarser; the multiplicity isn't looked at.
+    /// Days or coarser; the multiplicity doesn't matter.
     constexpr bool IsEod() const { return m_interval >= EIntervalDay; }
 
 private:

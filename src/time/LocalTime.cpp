@@ -17,8 +17,8 @@ constexpr std::int64_t S_secondsOfDay = 86400;
 // 1601-01-01 00:00, the platform's first moment of a conversion between zones.
 constexpr std::int64_t S_firstConverted = -11644473600;
 
-// Seconds of the local or the UTC clock, counter 0. A conversion can lead out of the calendar by some hours; the year 10000
-// is no year of an NDateTime then, which gives status invalid.
+// Seconds of the local or the UTC clock, counter 0. A conversion can leave the calendar by some hours; an NDateTime has
+// no year 10000, which gives status invalid.
 NDateTime FromSeconds(std::int64_t a_seconds, unsigned long a_millisecond)
 {
     const std::chrono::sys_seconds moment{std::chrono::seconds(a_seconds)};
@@ -36,7 +36,7 @@ NDateTime FromSeconds(std::int64_t a_seconds, unsigned long a_millisecond)
 
 void CheckZone(const LocalZoneRule& a_rule)
 {
-    // The platform names standard or daylight time only where the zone has both; callers know the refusal.
+    // The platform names standard or daylight time only where the zone has both; callers expect the refusal.
     if (!a_rule.daylight)
         throw std::runtime_error("Nieznana strefa czasowa"_cp1250);
 }

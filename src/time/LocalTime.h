@@ -11,7 +11,7 @@
 // Local time by a given zone rule. The public conversions pass the machine's rule.
 namespace kalvento::internal {
 
-/// What the local clock shows at a moment, counter 0. Status invalid outside of the calendar.
+/// What the local clock shows at a moment, counter 0. Status invalid outside the calendar.
 KALVENTO_API NDateTime LocalTimeAt(const LocalZoneRule& a_rule, std::int64_t a_unixSeconds);
 /// As DateTimeConverter::ConvertFromUtcToLocal, raises included.
 KALVENTO_API NDateTime UtcToLocal(const LocalZoneRule& a_rule, const COleDateTime& a_utc,

@@ -12,8 +12,8 @@ inline constexpr unsigned int S_unlimitedMultiplicity = std::numeric_limits<unsi
 
 /// The greatest multiplicity of an interval. The limits are uneven on purpose: seconds and minutes stop at 59 where
 /// hours go to a full 24; weeks and months stop one short of a year (51, 11) where days take 365. Ticks and years have
-/// no limit; a value outside of EInterval's names takes 1, as the empty interval does.
-/// The limits of IntervalAndMultiplicity, the windows and the data store are all this one table.
+/// no limit; a value outside EInterval's names takes 1, as the empty interval does. The limits of
+/// IntervalAndMultiplicity, the windows and the data store all come from this one table.
 KALVENTO_API unsigned int GetMaxMultiplicity(EInterval a_interval);
 
 } // namespace kalvento::internal

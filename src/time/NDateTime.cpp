@@ -176,7 +176,7 @@ void NDateTime::SerializeState(Settings& a_settings) const
 void NDateTime::UnSerializeState(const Settings& a_settings)
 {
     *this = FromDouble(static_cast<double>(a_settings[XML_DATETIME]));
-    // The digits of the fraction are time rather than counter as a rule; the key holds the counter itself.
+    // The digits of the fraction are usually time and not counter; the key holds the counter itself.
     const auto counter = static_cast<unsigned int>(a_settings[XML_MILISECOND]);
     m_clock = (m_clock & ~S_counterMask) | PackCounter(counter);
 }

@@ -20,8 +20,8 @@ struct NDateTimeWords;
 ///
 /// The counter lives twice: in its field, and (from the 7-argument constructor and ShiftMilliSec) in the day number at
 /// 1e-10 of a day a step. Comparisons read the field and never the fraction. Two values less than half a second apart
-/// with equal counters compare equal, whatever their seconds say; `<` looks at the day numbers first, so `<` and `==` can
-/// both hold for one pair. The order of all records rests on these rules.
+/// with equal counters compare equal, whatever their seconds say; `<` looks at the day numbers first, so `<` and `==`
+/// can both hold for one pair. The order of all records depends on these rules.
 ///
 /// A bad calendar input gives status invalid and never a raise: test IsValid. A plain value of 24 bytes, stored in
 /// files byte for byte; copies are free, one thread at a time.
@@ -29,7 +29,7 @@ class KALVENTO_API NDateTime {
 public:
     /// A counter step is 1 / Denominator of a day in the day number.
     static constexpr double Denominator = 10000000000.0;
-    /// Modulus with which a counter is read back out of a day number.
+    /// Modulus for reading a counter back out of a day number.
     static constexpr unsigned int DenominatorElement = 100000;
     static constexpr unsigned int MaxMilisecond = 65535;
     static constexpr std::string_view XML_DATETIME = "DateTime";
@@ -76,7 +76,7 @@ public:
     /// Equal to Empty(): any valid value within half a second of day number 0 with counter 0.
     bool IsEmpty() const { return *this == Empty(); }
 
-    /// 1 is Sunday, 7 is Saturday; -1 where the status isn't valid or the day number lies outside of the calendar.
+    /// 1 is Sunday, 7 is Saturday; -1 where the status isn't valid or the day number lies outside the calendar.
     int GetDayOfWeek() const;
     /// The day number truncated toward zero.
     int GetAbsoluteDay() const;
@@ -85,10 +85,11 @@ public:
     {
         return static_cast<unsigned int>((GetHour() * 60 + GetMinute()) * 60 + GetSecond());
     }
-    /// Equal absolute days; the status isn't looked at.
+    /// Equal absolute days; the status doesn't matter.
     bool SameDay(const NDateTime& a_other) const { return GetAbsoluteDay() == a_other.GetAbsoluteDay(); }
 
-    /// Moves by whole days; time of day and counter fields stay. On an unreadable result year, month and day become all ones.
+    /// Moves by whole days; time of day and counter fields stay. On an unreadable result year, month and day become all
+    /// ones.
     const NDateTime& ShiftDays(int a_days);
     /// Moves by seconds; the counter field stays. On an unreadable result all six fields become all ones.
     void ShiftSec(int a_seconds);

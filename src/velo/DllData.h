@@ -9,7 +9,7 @@ public:
     /// Remembers the module. False for a null handle, or while another module is remembered: then nothing changes, and
     /// the library must not be loaded.
     bool InitExtensionModule(HINSTANCE a_module);
-    /// Forgets the module; without one it does nothing.
+    /// Forgets the module; without one, does nothing.
     void TermExtensionModule();
 
     /// Null before InitExtensionModule and after TermExtensionModule.

@@ -22,10 +22,10 @@ namespace {
 constexpr std::size_t S_fileSize = std::size_t{10} * 1024 * 1024;
 constexpr std::size_t S_olderFiles = 4;
 constexpr const char* S_fileName = "Kalvento.log";
-// Local time, thread and our text, apart by tabs: a text holds none, so a line can be cut back into its parts.
+// Local time, thread and our text, separated by tabs: a text holds none, so a line can be split into its parts.
 constexpr const char* S_pattern = "%Y-%m-%d %H:%M:%S.%e\t%t\t%v";
 
-// Set while this thread runs a sink: then what it writes must not come back to the sinks, or it would never end.
+// Set while this thread runs a sink: what it writes then must not come back to the sinks, or there would be no end.
 thread_local bool S_insideSink = false;
 
 std::string Escape(std::string_view a_text)
@@ -59,8 +59,8 @@ std::shared_ptr<spdlog::sinks::sink> WithPattern(std::shared_ptr<spdlog::sinks::
     return a_target;
 }
 
-// True where the text is known to be with the operating system: a full disk shows itself only when the file's buffer is
-// handed over, so every line is.
+// True where the operating system is known to have the text: a full disk shows only when the file's buffer is handed
+// over, so that is done for every line.
 bool WriteTo(spdlog::sinks::sink& a_target, const std::string& a_text) noexcept
 {
     try {
@@ -114,7 +114,7 @@ struct Log::Impl {
             S_insideSink = true;
             try {
                 entry->sink(a_source, a_line, a_message);
-            } catch (...) { // NOLINT(bugprone-empty-catch): a listener's failure must not reach who logs.
+            } catch (...) { // NOLINT(bugprone-empty-catch): a listener's failure must not reach the caller.
             }
             S_insideSink = false;
             {

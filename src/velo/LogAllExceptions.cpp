@@ -13,7 +13,7 @@
 
 namespace {
 
-// Nested exceptions may nest without end in a handler that wraps in a loop; nobody reads further down than this.
+// A handler that wraps in a loop may nest exceptions without end; nobody reads deeper than this.
 constexpr int S_deepestCause = 32;
 
 std::string TypeName(const std::type_info* a_type)

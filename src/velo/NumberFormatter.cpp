@@ -15,7 +15,7 @@ constexpr wchar_t S_decimalComma = L',';
 constexpr wchar_t S_groupBlank = L'\u00A0';
 constexpr wchar_t S_infinity = L'\u221E';
 constexpr int S_groupLength = 3;
-constexpr int S_mostPlaces = 1074; // no double has more; a greater wish would only take memory
+constexpr int S_mostPlaces = 1074; // no double has more; asking for more would only take memory
 constexpr int S_noBound = -1;
 
 std::atomic<NumberFormatter::TextWidth> S_textWidth = nullptr;

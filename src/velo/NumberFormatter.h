@@ -10,14 +10,14 @@
 namespace VeloTools {
 
 /// Numbers as a Polish reader expects them: a comma before the decimal places, digits in groups of three with U+00A0
-/// between ("1 234 567,50"), "-" before what is below zero. No locale changes that.
+/// between ("1 234 567,50"), "-" before a negative number. No locale changes that.
 class KALVENTO_API NumberFormatter {
 public:
     NumberFormatter() = default;
 
-    /// Writes a_value into a_result, followed by a_text as it stands (a unit; empty for none).
+    /// Writes a_value into a_result, followed by a_text as is (a unit; empty for none).
     ///  - The number has as many places as it needs, at least a_minimum and at most a_maximum; -1 sets no lower bound
-    ///    and no upper one. Needed is what reads back to the same double: 0.1 needs one place. A minimum above the
+    ///    and no upper one. It needs those that read back to the same double: 0.1 needs one place. A minimum above the
     ///    maximum gives the maximum.
     ///  - Rounding takes the decimal number that the double is written as, halves away from zero: 1.005 with two
     ///    places is 1,01.

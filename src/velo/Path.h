@@ -13,22 +13,22 @@
 /// the disk; failures that lose something are logged. Safe from any thread.
 namespace VeloTools::Path {
 
-/// True for anything but a folder that is there; a symbolic link counts as what it leads to.
+/// True for anything but a folder that is there; a symbolic link counts as its target.
 KALVENTO_API bool FileExist(const std::filesystem::path& a_path);
 KALVENTO_API bool DirectoryExist(const std::filesystem::path& a_path);
 /// Makes the folder and its missing parents. True where the folder is there afterwards.
 KALVENTO_API bool CreateDirectoryIfNotExist(const std::filesystem::path& a_path);
-/// Removes a file, or a folder with all that is in it; of a symbolic link only the link. False where there was nothing,
-/// or something could not be removed. Refuses the root folder.
+/// Removes a file, or a folder with all that is in it; of a symbolic link, only the link. False where there was
+/// nothing, or something could not be removed. Refuses the root folder.
 KALVENTO_API bool RemovePath(std::wstring_view a_path);
-/// Folder of a module, of the main executable for null; empty for an address that belongs to no module.
+/// Folder of a module, of the main executable for null; empty for an address in no module.
 KALVENTO_API std::wstring GetModulePath(HINSTANCE a_module);
 /// The part before the last '/', without it; "/" for what lies in the root folder, empty where there is no '/'.
 KALVENTO_API std::wstring GetFileFolder(std::wstring_view a_path);
-/// The part behind the last '/'. Without the extension: up to its last point, unless it begins with that.
+/// The part after the last '/'. Without the extension: up to its last point, unless that comes first.
 KALVENTO_API std::wstring GetFileName(std::wstring_view a_path, bool a_withExtension);
-/// Appends the paths of the regular files in the folder whose extension is that one (".xml"; upper and lower case of
-/// ASCII are one), sorted, and returns their number. Recursive goes into sub-folders, but not through symbolic links.
+/// Appends the paths of the regular files in the folder whose extension is that one (".xml", in either case of ASCII),
+/// sorted, and returns their number. Recursive goes into sub-folders, but not through symbolic links.
 KALVENTO_API std::size_t FindAllFilesInFolder(std::wstring_view a_folder, std::wstring_view a_extension,
                                               bool a_recursive, std::vector<std::wstring>& a_files);
 /// The user's documents folder, then both parts as folders below it; an empty part is left out. The folder is that of

@@ -12,11 +12,11 @@ class ChildProcess;
 /// Programs started beside us.
 namespace VeloTools::Process {
 
-/// What is opaque to the caller: null, or something that belongs to the result.
+/// Opaque to the caller: null, or something that belongs to the result.
 using Handle = const void*;
 
-/// The hold on a started program. Moving it leaves the other one empty; its end closes the handles and lets the program
-/// run on.
+/// The hold on a started program. Moving leaves the other one empty; the destructor closes the handles and lets the
+/// program run on.
 class KALVENTO_API OpenProcessResult {
 public:
     /// Empty: both handles are null.
@@ -39,13 +39,13 @@ private:
     std::unique_ptr<kalvento::internal::ChildProcess> m_process;
 };
 
-/// Starts a program: a path, or a name to be looked up in PATH. The arguments are one text, taken apart at blanks and
-/// tabs: a part in double quotes keeps its blanks, "" is an empty argument, \" is a quote, and a backslash anywhere
-/// else is a backslash; before a quote each two stand for one. A failure is logged and gives null handles.
+/// Starts a program: a path, or a name to be looked up in PATH. The arguments are one text, split at blanks and tabs: a
+/// part in double quotes keeps its blanks, "" is an empty argument, \" is a quote, and a backslash anywhere else is a
+/// backslash; before a quote each two stand for one. A failure is logged and gives null handles.
 KALVENTO_API OpenProcessResult OpenProcess(std::wstring_view a_program, std::wstring_view a_arguments);
 
-/// Ends the program: it is asked to, and two seconds later forced. Nothing on an empty result or a program that has
-/// ended by itself.
+/// Asks the program to end and forces it two seconds later. Does nothing on an empty result or a program that has ended
+/// by itself.
 KALVENTO_API void CloseProcess(const OpenProcessResult& a_process);
 
 } // namespace VeloTools::Process

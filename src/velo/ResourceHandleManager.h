@@ -3,7 +3,7 @@
 #include "platform/Export.h"
 #include "platform/Handles.h"
 
-/// Selects the module that resources come from, for the life of the object and on its thread. The objects of a thread
+/// Selects the module that resources come from, on its thread and for the life of the object. The objects of a thread
 /// end in the reverse order of their making, as scopes do.
 class KALVENTO_API ResourceHandleManager {
 public:

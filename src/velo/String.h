@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// Conversions and shared texts. All conversions take any input; platform/CodePage.h says what becomes of characters
-/// that the other side lacks. The ANSI code page is CP1250 on every machine. Safe from any thread.
+/// that the target lacks. The ANSI code page is CP1250 on every machine. Safe from any thread.
 namespace VeloTools::String {
 
 KALVENTO_API std::string WideToAnsi(std::wstring_view a_text);
@@ -19,10 +19,10 @@ KALVENTO_API boost::json::string WideToJsonUtf8(std::wstring_view a_text);
 /// Lower case of every letter of CP1250; other bytes stay. No locale.
 KALVENTO_API std::string ToLower(std::string a_text);
 
-/// For look-ups that give a reference and find nothing.
+/// For look-ups that return a reference and find nothing.
 KALVENTO_API const std::string& EmptyString();
 KALVENTO_API const std::wstring& EmptyWString();
-/// Stands for absent text in what data sources give: "(null)". Callers compare by content.
+/// What data sources give for an absent text: "(null)". Callers compare by content.
 KALVENTO_API const std::string& NullString();
 
 } // namespace VeloTools::String

@@ -17,7 +17,7 @@ unsigned int NumberOf(const std::wstring& a_name)
         std::mutex mutex;
         std::map<std::wstring, unsigned int> numbers;
     };
-    // Never destroyed: static objects of other libraries may come later than we go.
+    // Never destroyed: static objects of other libraries may be made after ours die.
     static Registry& registry = *new Registry;
 
     const std::lock_guard lock(registry.mutex);

@@ -23,8 +23,8 @@
 #include <thread>
 #include <vector>
 
-/// A consumer that notes down what it gets, and every breach of the order that IConsumer promises. Safe from any thread.
-/// A test tells by Open and Close what it asked for, and afterwards looks at Violations.
+/// A consumer that notes down what it gets, and every breach of the order that IConsumer promises. Safe from any
+/// thread. A test tells by Open and Close what it asked for, and afterwards looks at Violations.
 class CheckingConsumer : public IConsumer {
 public:
     enum EEvent : std::uint32_t {

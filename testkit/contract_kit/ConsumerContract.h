@@ -18,8 +18,8 @@
 #include <utility>
 #include <vector>
 
-// What a consumer owes its providers, as tests that any consumer can be run against. A test program includes this header
-// once and names its consumers by INSTANTIATE_TEST_SUITE_P(..., ConsumerContract, ...).
+// What a consumer owes its providers, as tests that any consumer can be run against. A test program includes this
+// header once and names its consumers by INSTANTIATE_TEST_SUITE_P(..., ConsumerContract, ...).
 
 /// A consumer under test and what only its own tests can do with it. Its end destroys the consumer.
 class ConsumerSubject {
@@ -126,7 +126,8 @@ TEST_P(ConsumerContract, ItsEndLeavesNothingBooked)
     m_feed.MakeLiveData(First().GetIsin());
 }
 
-// Data flow all the while on another thread; a lock held across the stop would hang here, a late use show in a sanitizer.
+// Data flow all the while on another thread; a lock held across the stop would hang here, a late use show in a
+// sanitizer.
 TEST_P(ConsumerContract, ItMayStopWhileDataFlow)
 {
     std::atomic<bool> quit = false;

@@ -26,8 +26,8 @@
 #include <vector>
 
 /// A whole provider in memory, as small as it can be, with two assets, on the SubscriptionBook of the provider kit. It
-/// delivers on the thread that starts the subscription or makes the data, or on a thread of its own. A class derived from
-/// it stops the work in its own destructor: the thread calls virtual operations.
+/// delivers on the thread that starts the subscription or makes the data, or on a thread of its own. A class derived
+/// from it stops the work in its own destructor: the thread calls virtual operations.
 class FeedProvider : public TestProvider {
 public:
     enum EThread : std::uint32_t { ECallersThread, EOwnThread };

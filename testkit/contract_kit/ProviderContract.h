@@ -33,8 +33,8 @@ public:
     virtual ~ProviderSubject() = default;
     /// Made and initialised, with at least one asset that offers history; it outlives the consumers of a test.
     virtual ProviderBase& Provider() = 0;
-    /// Lets at least one live callback come to each subscription of live data of the asset, at once or soon, once what is
-    /// past has been delivered. False where the provider has nothing live: those tests are then skipped.
+    /// Lets at least one live callback come to each subscription of live data of the asset, at once or soon, once what
+    /// is past has been delivered. False where the provider has nothing live: those tests are then skipped.
     virtual bool MakeLiveData(const Asset& a_asset) = 0;
 };
 

@@ -14,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-/// A host for tests. Makes itself known for as long as it lives, finds what a test puts into its lists, and notes down what
-/// it was told. Its answers are public fields; where that is not enough a test overrides the operation.
+/// A host for tests. Makes itself known for as long as it lives, finds what a test puts into its lists, and notes down
+/// what it was told. Its answers are public fields; where that is not enough a test overrides the operation.
 class TestMediator : public IAppMediator {
 public:
     struct DisplaySettings : public IGeneralSettings {

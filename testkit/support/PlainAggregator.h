@@ -14,7 +14,8 @@
 #include <vector>
 
 /// The rules of folding in their plainest form, one row at a time, with scratch doubles, field pointers and a virtual
-/// window call a row: what the engine's fast roads are measured and checked against. Shares only the window objects with it.
+/// window call a row: what the engine's fast roads are measured and checked against. Shares only the window objects
+/// with it.
 namespace plain {
 
 /// The number of the window of a time, worked out from the calendar.

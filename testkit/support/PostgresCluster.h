@@ -6,7 +6,8 @@
 #include <string>
 
 /// A PostgreSQL server of the test program's own: a fresh cluster in a temporary folder, on a free port of this machine
-/// only, that ends with the program, however that ends. The server refuses to run as root, so there it runs as `postgres`.
+/// only, that ends with the program, however that ends. The server refuses to run as root, so there it runs as
+/// `postgres`.
 class PostgresCluster {
 public:
     /// The one of this program, started at the first call; null where the server isn't installed.

@@ -23,7 +23,8 @@ inline StoreInstrument TickInstrument(const std::string& a_isin)
     return instrument;
 }
 
-/// Time of the row of that number: ten rows a second from 2024-05-06 9:00 on, told apart by the counter; 20000 rows a day.
+/// Time of the row of that number: ten rows a second from 2024-05-06 9:00 on, told apart by the counter; 20000 rows a
+/// day.
 inline NDateTime TimeOfRow(std::uint64_t a_number)
 {
     const auto second = static_cast<unsigned long>(a_number % 20000 / 10);

@@ -8,9 +8,9 @@
 #include <new>
 
 #if defined(__SANITIZE_THREAD__)
-// The pool's library is not instrumented, so the sanitizer doesn't see how it hands work from thread to thread and takes
-// every range that another thread sorts for a race, also with the end of the list later on. A long history keeps the stacks by
-// which it knows them. What runs beside the pool is still watched.
+// The pool's library is not instrumented, so the sanitizer doesn't see how it hands work from thread to thread and
+// takes every range that another thread sorts for a race, also with the end of the list later on. A long history keeps
+// the stacks by which it knows them. What runs beside the pool is still watched.
 extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions() // NOLINT
 {
     return "race:/oneapi/tbb/\nrace:AssetsGroup::~AssetsGroup\n";
@@ -52,7 +52,8 @@ std::vector<Asset> RandomAssets(std::mt19937& a_random, std::size_t a_count, uns
     return assets;
 }
 
-/// ISIN and short name of each, in the order of the group. Equal ISINs have no order of their own, so theirs is by name.
+/// ISIN and short name of each, in the order of the group. Equal ISINs have no order of their own, so theirs is by
+/// name.
 std::vector<std::string> ContentOf(const AssetsGroup& a_group)
 {
     std::vector<std::string> content;

@@ -1,5 +1,5 @@
-// Two consumers of everything: one that checks the order of what comes and builds candles, and the one of the terminal, which
-// prints into a text.
+// Two consumers of everything: one that checks the order of what comes and builds candles, and the one of the terminal,
+// which prints into a text.
 #include "assets/Asset.h"
 #include "console_consumer/ConsoleConsumer.h"
 #include "contract_kit/CheckingConsumer.h"

@@ -4,7 +4,8 @@
 #include "series/DataSeriesSet.h"
 #include "support/Testing.h"
 
-/// What the program and its plug-ins share. The program makes one and gives its address to the plug-in of the consumers.
+/// What the program and its plug-ins share. The program makes one and gives its address to the plug-in of the
+/// consumers.
 struct FaultReport {
     struct Seen {
         std::uint64_t callbacks = 0;

@@ -1,5 +1,5 @@
-// Providers without the kit: some raise from each operation that others call, one delivers whatever it likes, on several
-// threads at once and to the very end.
+// Providers without the kit: some raise from each operation that others call, one delivers whatever it likes, on
+// several threads at once and to the very end.
 #include "contract_kit/TestProvider.h"
 #include "modules/IConsumer.h"
 #include "modules/IModuleRegistry.h"

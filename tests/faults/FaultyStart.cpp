@@ -1,5 +1,5 @@
-// Plug-ins that fail at their start, after a provider of theirs has begun to tell things, and that go on telling when the
-// host has dropped them.
+// Plug-ins that fail at their start, after a provider of theirs has begun to tell things, and that go on telling when
+// the host has dropped them.
 #include "contract_kit/TestProvider.h"
 #include "modules/IAppMediator.h"
 #include "modules/IModuleRegistry.h"

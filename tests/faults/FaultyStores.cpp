@@ -1,5 +1,5 @@
-// Providers of the kit over stores that break what IMarketStore asks of them: the kit keeps the promises to the consumers all
-// the same. Without a fault it is the honest provider beside them.
+// Providers of the kit over stores that break what IMarketStore asks of them: the kit keeps the promises to the
+// consumers all the same. Without a fault it is the honest provider beside them.
 #include "faults/FaultReport.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"

@@ -27,9 +27,9 @@
 #include <string>
 #include <vector>
 
-// Providers that break their promises, loaded beside an honest one: what each did, and what the consumers saw. Whatever the
-// others do, the honest one's candles are those of one fold of all its rows, nothing comes behind a stop from providers of the
-// kit, each fault is reported with its provider's name, and the host comes to its end.
+// Providers that break their promises, loaded beside an honest one: what each did, and what the consumers saw. Whatever
+// the others do, the honest one's candles are those of one fold of all its rows, nothing comes behind a stop from
+// providers of the kit, each fault is reported with its provider's name, and the host comes to its end.
 
 namespace {
 

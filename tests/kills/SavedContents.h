@@ -6,8 +6,8 @@
 #include "settings/Settings.h"
 #include "support/Testing.h"
 
-// What the host that is killed saves, and the test looks for. The contents of each file follow from one number, so that a
-// file of mixed or half contents shows.
+// What the host that is killed saves, and the test looks for. The contents of each file follow from one number, so that
+// a file of mixed or half contents shows.
 
 enum EFile : std::uint8_t { EHistory, EOperations, ESettings, EFileCount };
 

@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <string>
 
-// The program that KillTest kills: saving_host FOLDER DESCRIPTOR NUMBER. Saves in the folder, beginning with the number, and
-// writes to the descriptor what it has saved. Doesn't end by itself.
+// The program that KillTest kills: saving_host FOLDER DESCRIPTOR NUMBER. Saves in the folder, beginning with the
+// number, and writes to the descriptor what it has saved. Doesn't end by itself.
 int main(int a_count, char** a_arguments)
 {
     if (a_count != 4)

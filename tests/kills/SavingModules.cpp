@@ -1,5 +1,5 @@
-// A provider that saves a history and operations, and a consumer that saves settings, each file on a thread of its own, round
-// after round and for ever. What is saved is reported once the save has returned.
+// A provider that saves a history and operations, and a consumer that saves settings, each file on a thread of its own,
+// round after round and for ever. What is saved is reported once the save has returned.
 #include "contract_kit/TestProvider.h"
 #include "kills/SavedContents.h"
 #include "modules/IModuleRegistry.h"

@@ -22,8 +22,9 @@
 #include <unistd.h>
 #include <utility>
 
-// A whole market through a provider's plug-in to three consumers, all of them loaded as the terminal loads them: how long a
-// row takes from the store to the consumer's candle, whether each came once, and whether memory stays where it was.
+// A whole market through a provider's plug-in to three consumers, all of them loaded as the terminal loads them: how
+// long a row takes from the store to the consumer's candle, whether each came once, and whether memory stays where it
+// was.
 
 namespace {
 

@@ -17,9 +17,9 @@
 
 namespace {
 
-// A market with a given number of rows a second. A row's price is its number, so that a consumer sees what is missing; its
-// volume is the moment at which the store told of it. All memory is taken beforehand: what grows during a run is not the
-// market's.
+// A market with a given number of rows a second. A row's price is its number, so that a consumer sees what is missing;
+// its volume is the moment at which the store told of it. All memory is taken beforehand: what grows during a run is
+// not the market's.
 class LoadStore : public IMarketStore {
 public:
     LoadStore(unsigned int a_instruments, unsigned int a_rate, unsigned int a_seconds)

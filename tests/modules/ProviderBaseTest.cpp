@@ -13,8 +13,8 @@
 
 namespace {
 
-/// Folders of the application, with the user's part thrown away afterwards. What lies beside the test program is named after
-/// the process, since several run at once.
+/// Folders of the application, with the user's part thrown away afterwards. What lies beside the test program is named
+/// after the process, since several run at once.
 class Folders {
 public:
     Folders()

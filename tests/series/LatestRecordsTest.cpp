@@ -13,8 +13,8 @@ namespace {
 using kalvento::tests::At;
 using kalvento::tests::RaisedText;
 
-// A batch keeps all that it brings, in its order; live rows go in front, and the list settles at one above the limit, or at the
-// length of the batch where that is more.
+// A batch keeps all that it brings, in its order; live rows go in front, and the list settles at one above the limit,
+// or at the length of the batch where that is more.
 TEST(LatestRecordsTest, AnyRunOfCallsFollowsAPlainList)
 {
     std::mt19937 random(4);

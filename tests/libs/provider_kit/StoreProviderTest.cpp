@@ -168,7 +168,8 @@ RequestParams RequestOf(unsigned int a_kinds, IntervalAndMultiplicity a_interval
 
 } // namespace
 
-// Whatever is there at the start, whatever comes when, whatever breaks: the candles are those of all rows folded at once.
+// Whatever is there at the start, whatever comes when, whatever breaks: the candles are those of all rows folded at
+// once.
 TEST(StoreProviderLawTest, WhatAConsumerBuildsIsOneFoldOfAllRows)
 {
     const TestMediator mediator;

@@ -205,8 +205,8 @@ TEST_F(SqlStoreTest, ARepeatedAppendDoublesNothing)
     EXPECT_THROW(m_writer->CreateInstrument(other), SqlConflict);
 }
 
-// Each appender numbers its row by what it believes is there; who comes second is refused and tries again. The reader goes
-// from what it has seen to what is there, as a subscription does.
+// Each appender numbers its row by what it believes is there; who comes second is refused and tries again. The reader
+// goes from what it has seen to what is there, as a subscription does.
 TEST_F(SqlStoreTest, RowsOfManyAppendersAreSeenInOrderAndOnce)
 {
     constexpr std::uint64_t count = 300;
@@ -324,7 +324,8 @@ TEST_F(SqlStoreTest, WhatChangedDuringABreakIsToldAfterIt)
     EXPECT_TRUE(listener.WaitUntil([&] { return listener.broken == listener.restored - 1; }));
 }
 
-// A frozen server answers neither a statement nor a request to cancel it; only the end of the test's patience would tell.
+// A frozen server answers neither a statement nor a request to cancel it; only the end of the test's patience would
+// tell.
 TEST_F(SqlStoreTest, ClosingDoesNotWaitForAServerThatHangs)
 {
     m_writer->CreateInstrument(TickInstrument("A"));

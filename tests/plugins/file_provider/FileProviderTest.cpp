@@ -13,8 +13,8 @@
 
 namespace {
 
-/// Folders of the application are thrown away with the home folder that they lie in. Histories lie beside the programs, in a
-/// folder by the instrument's name, which bears the process here: tests run at the same time.
+/// Folders of the application are thrown away with the home folder that they lie in. Histories lie beside the programs,
+/// in a folder by the instrument's name, which bears the process here: tests run at the same time.
 class FileSubject : public ProviderSubject {
 public:
     FileSubject()

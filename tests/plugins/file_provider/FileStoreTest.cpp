@@ -311,8 +311,8 @@ TEST_F(FileStoreTest, ChangedFilesAreServedAnew)
     EXPECT_EQ(std::count(told.begin(), told.end(), "broken"), 0);
     EXPECT_EQ(generation(), served);
 
-    // Rows that were seen and are others now make a break of the connection, and end whoever was served from them. Nothing of
-    // the old ones is left, even if nothing on the disk tells of them.
+    // Rows that were seen and are others now make a break of the connection, and end whoever was served from them.
+    // Nothing of the old ones is left, even if nothing on the disk tells of them.
     std::filesystem::remove_all(m_histories / "A");
     WriteSource("A.csv", "time,price\n2024-08-08 10:00:00,7\n");
     Move(2s);

@@ -45,8 +45,8 @@ private:
     SqlProvider m_provider;
 };
 
-/// Holds the rows of one subscription by the rules of IConsumer: a synchronization takes the place of what is there from
-/// its first row on, and a record goes behind the last.
+/// Holds the rows of one subscription by the rules of IConsumer: a synchronization takes the place of what is there
+/// from its first row on, and a record goes behind the last.
 class RowKeeper : public IConsumer {
 public:
     void ProcessOperations(unsigned int, const HistoryOperations&) override {}
@@ -131,8 +131,8 @@ void AppendStubbornly(SqlWriter& a_writer, std::uint64_t a_number)
 INSTANTIATE_TEST_SUITE_P(Databases, ProviderContract, testing::ValuesIn(Cases()),
                          [](const auto& a_info) { return std::string(a_info.param.name); });
 
-// Whoever writes repeats what was not acknowledged; whoever reads has each row once, in order, though the server died in the
-// midst of all of it.
+// Whoever writes repeats what was not acknowledged; whoever reads has each row once, in order, though the server died
+// in the midst of all of it.
 TEST(SqlProviderTest, AServerThatIsKilledLosesNoRowAndDoublesNone)
 {
     PostgresCluster* cluster = PostgresCluster::Get();
