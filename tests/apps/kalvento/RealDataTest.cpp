@@ -152,3 +152,24 @@ TEST_F(RealDataTest, EveryTickFileIsTaken)
                   std::count(source.begin(), source.end(), '\n'));
     }
 }
+
+TEST_F(RealDataTest, TicksAreProvedByInstrument)
+{
+    const auto prove = [](std::vector<std::string> a_arguments) {
+        a_arguments.insert(a_arguments.begin(), "prove");
+        return RunToolHere(a_arguments);
+    };
+    const std::string midnight = MarketData::Path("ticks/binance_spot_btcusdt_2024-08-08_midnight.csv");
+    const ToolRun one = prove({midnight, "-i", "1s", "-i", "5min", "-i", "1d", "--samples", "30"});
+    EXPECT_EQ(one.exitCode, 0) << one.out << one.err;
+    const ToolRun parts = prove({midnight, "-i", "3tick", "--format", "jsonl"});
+    EXPECT_EQ(parts.exitCode, 5);
+    EXPECT_NE(parts.out.find(R"("identical":false)"), std::string::npos) << parts.out;
+    const TemporaryFolder folder;
+    const std::string dealt =
+        folder.Write("nine.csv", MarketData::DealtOut("ticks/coinbase_btcusd_2023-09-05_16h.csv", 9));
+    const ToolRun nine =
+        prove({dealt, "-i", "7min", "--symbol-column", "symbol", "--samples", "30", "--format", "jsonl"});
+    EXPECT_EQ(nine.exitCode, 0) << nine.out << nine.err;
+    EXPECT_EQ(std::count(nine.out.begin(), nine.out.end(), '\n'), 9);
+}

@@ -3,16 +3,10 @@
 #include "apps/kalvento/RunToolHere.h"
 #include "kalvento/BlockFile.h"
 #include "series/Series.h"
+#include "support/Testing.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/ReadOptions.h"
 #include "text_rows/RowReader.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <set>
-#include <sstream>
-#include <stdexcept>
 
 using namespace kalvento::tool;
 using namespace kalvento::rows;

@@ -1,6 +1,5 @@
 #include "provider_kit/ImpliedBook.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 using kalvento::internal::ImpliedBook;
 

@@ -1,10 +1,9 @@
 #include "provider_kit/OperationsKeeper.h"
 
 #include "StoreTestTools.h"
-#include "support/TemporaryFolder.h"
 #include "platform/WidePath.h"
-
-#include <gtest/gtest.h>
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 using kalvento::internal::OperationsKeeper;
 

@@ -1,12 +1,9 @@
 #include "text_rows/GrowingSource.h"
 
 #include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 #include "text_rows/RowsFault.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <sstream>
 #include <sys/stat.h>
 
 using namespace kalvento::rows;

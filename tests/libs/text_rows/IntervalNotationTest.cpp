@@ -1,15 +1,9 @@
 #include "text_rows/IntervalNotation.h"
 
 #include "platform/CodePage.h"
+#include "support/Testing.h"
 #include "time/IntervalTranslator.h"
 #include "time/MaxMultiplicity.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <utility>
-#include <vector>
 
 using kalvento::rows::FormatInterval;
 using kalvento::rows::ParseInterval;

@@ -1,15 +1,8 @@
+#include "support/Testing.h"
 #include "text_rows/NumberText.h"
 #include "text_rows/TimeText.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
 #include <charconv>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <string>
-#include <vector>
 
 using namespace kalvento::rows;
 

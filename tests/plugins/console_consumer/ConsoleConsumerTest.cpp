@@ -1,10 +1,7 @@
 #include "console_consumer/ConsoleConsumer.h"
 
 #include "contract_kit/ConsumerContract.h"
-
-#include <gtest/gtest.h>
-#include <sstream>
-#include <string>
+#include "support/Testing.h"
 
 namespace {
 

@@ -1,10 +1,5 @@
 #include "console_consumer/RenderScreen.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <string>
+#include "support/Testing.h"
 
 namespace {
 

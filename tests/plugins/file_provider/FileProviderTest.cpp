@@ -6,9 +6,8 @@
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
 #include "support/MarketData.h"
+#include "support/Testing.h"
 
-#include <cstdlib>
-#include <string>
 #include <unistd.h>
 
 namespace {

@@ -2,13 +2,10 @@
 
 #include "plugins/file_provider/StoreFixture.h"
 #include "support/MarketData.h"
+#include "support/Testing.h"
 #include "text_rows/ByteSource.h"
 #include "text_rows/ReadOptions.h"
 #include "text_rows/RowReader.h"
-
-#include <algorithm>
-#include <map>
-#include <utility>
 
 using namespace std::chrono_literals;
 

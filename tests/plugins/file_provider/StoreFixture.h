@@ -1,23 +1,10 @@
 #pragma once
 
-#include "support/TemporaryFolder.h"
 #include "file_provider/FileStore.h"
 #include "platform/WidePath.h"
 #include "support/MarketData.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <mutex>
-#include <sstream>
-#include <string>
-#include <vector>
+#include "support/TemporaryFolder.h"
+#include "support/Testing.h"
 
 /// A clock that stands still until it is told.
 class HandClock {
