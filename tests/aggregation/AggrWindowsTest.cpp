@@ -199,12 +199,7 @@ TEST(AggrWindowsTest, RefusedIntervalsAndCalls)
     for (int interval = 1; interval <= 8; ++interval)
         EXPECT_EQ(make(interval, 0),
                   "AggrBase::AggrBase - Wyjątek AggrBase! Krotność interwału musi być większa od 0."_cp1250);
-    const struct {
-        EInterval interval;
-        unsigned short greatest;
-        std::string window;
-        const char* kind;
-    } limits[] = {
+    const std::tuple<EInterval, unsigned short, std::string, const char*> limits[] = {
         {EIntervalSecond, 59, "AggrSecondWindow", "sekundowego"},
         {EIntervalMinute, 59, "AggrMinuteWindow", "minutowego"},
         {EIntervalHour, 24, "AggrHourWindow", "godzinowego"},

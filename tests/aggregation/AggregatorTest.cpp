@@ -122,11 +122,7 @@ TEST_F(AggregatorTest, RefusalsSayWhereAndWhy)
     };
     const std::vector<double*> columns = row.Fields();
     const std::vector<double*> withNull = {nullptr, &row.high, &row.low, &row.close, &row.volume};
-    const struct {
-        std::string message;
-        const char* place;
-        const char* text;
-    } cases[] = {
+    const std::tuple<std::string, const char*, const char*> cases[] = {
         {make(EIntervalMinute, 60, m_types), "AggrMinuteWindow::AggrMinuteWindow",
          "Zbyt duża krotność interwału minutowego."_cp1250},
         {make(EIntervalMinute, 0, m_types), "AggrBase::AggrBase",
@@ -153,9 +149,9 @@ TEST_F(AggregatorTest, RefusalsSayWhereAndWhy)
         {sum({&row.open, &row.high, &row.low, &row.close}), "Aggregator::SumWithWindow",
          "Liczba pól niezgodna z inicjacją."_cp1250},
     };
-    for (const auto& one : cases) {
-        EXPECT_THAT(one.message, ::testing::StartsWith(std::string(one.place) + "\t"));
-        EXPECT_THAT(one.message, ::testing::EndsWith(std::string("! ") + one.text));
+    for (const auto& [message, place, text] : cases) {
+        EXPECT_THAT(message, ::testing::StartsWith(std::string(place) + "\t"));
+        EXPECT_THAT(message, ::testing::EndsWith(std::string("! ") + text));
     }
 }
 

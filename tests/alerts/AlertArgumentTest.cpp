@@ -133,21 +133,17 @@ TEST(AlertArgumentSourceChartTest, KeysStandWhereOtherProgramsLookForThem)
 
 TEST(AlertArgumentSourceChartTest, ReadingChecksWhatWritingLetsThrough)
 {
-    struct Case {
-        const char* message;
-        Chart::ChartParameters parameters;
-    };
     // The first failing test names the message.
-    const Case cases[] = {
+    const std::tuple<const char*, Chart::ChartParameters> cases[] = {
         {"Isin symbolu dla wykresu jest pusty"_cp1250, Parameters(EIntervalEmpty, "", 0)},
         {"Isin symbolu dla wykresu jest pusty"_cp1250, Parameters(EIntervalMinute, " \t\r\n\v\f", 5)},
         {"Interwał wykresu jest niepoprawny"_cp1250, Parameters(EIntervalEmpty, "x", 0)},
         {"Krotność interwału wykresu jest niepoprawna"_cp1250, Parameters(EIntervalMinute, "x", 0)},
     };
-    for (const Case& testCase : cases) {
-        SCOPED_TRACE(testCase.message);
+    for (const auto& [message, parameters] : cases) {
+        SCOPED_TRACE(message);
         Chart chart = MakeChart();
-        chart.parameters = testCase.parameters;
+        chart.parameters = parameters;
         Settings tree;
         chart.SerializeState(tree);
         try {
@@ -156,7 +152,7 @@ TEST(AlertArgumentSourceChartTest, ReadingChecksWhatWritingLetsThrough)
         } catch (const KalventoException& failure) {
             const std::string text = failure.what();
             EXPECT_TRUE(text.starts_with("AlertArgumentSourceChart::ChartParameters::ChartParameters\t"));
-            EXPECT_TRUE(text.ends_with(testCase.message));
+            EXPECT_TRUE(text.ends_with(message));
         }
     }
 }

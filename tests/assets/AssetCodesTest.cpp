@@ -108,12 +108,7 @@ TEST(AssetSegmentTest, SeveralCodesFallOnOneSegment)
 
 TEST(AssetToolsTest, OrdersAreForInstrumentsAndDerivatives)
 {
-    struct Case {
-        const char* shortName;
-        AssetSegment::Value segment;
-        bool transaction, cash, contract;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, AssetSegment::Value, bool, bool, bool> cases[] = {
         {"KGHM", AssetSegment::SegmentInstruments, true, true, false},
         {"FW20", AssetSegment::SegmentInstruments, true, true, false},
         {"WIG20", AssetSegment::SegmentIndices, false, true, false},
@@ -122,14 +117,14 @@ TEST(AssetToolsTest, OrdersAreForInstrumentsAndDerivatives)
         {"KGHM", AssetSegment::SegmentUnknown, false, false, false},
         {"KGHM", static_cast<AssetSegment::Value>(4), false, false, false},
     };
-    for (const Case& entry : cases) {
-        SCOPED_TRACE(std::string(entry.shortName) + " " + std::to_string(entry.segment));
+    for (const auto& [shortName, segment, transaction, cash, contract] : cases) {
+        SCOPED_TRACE(std::string(shortName) + " " + std::to_string(segment));
         const AssetAdditProp properties(L"", L"", L"", L"", 0.0, EPrecisionNone, EPrecisionNone,
-                                        AssetCategory::CategoryUnknown, entry.segment, std::nullopt);
-        const Asset asset(nullptr, entry.shortName, "FW20", "GPW", "PL1");
-        EXPECT_EQ(AssetTools::IsTransactionAsset(asset, properties), entry.transaction);
-        EXPECT_EQ(properties.IsFromCashMarket(), entry.cash);
-        EXPECT_EQ(properties.IsFromContractMarket(), entry.contract);
+                                        AssetCategory::CategoryUnknown, segment, std::nullopt);
+        const Asset asset(nullptr, shortName, "FW20", "GPW", "PL1");
+        EXPECT_EQ(AssetTools::IsTransactionAsset(asset, properties), transaction);
+        EXPECT_EQ(properties.IsFromCashMarket(), cash);
+        EXPECT_EQ(properties.IsFromContractMarket(), contract);
     }
 }
 

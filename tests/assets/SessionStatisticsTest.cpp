@@ -1,6 +1,5 @@
 #include "assets/SessionStatistics.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 namespace {
 

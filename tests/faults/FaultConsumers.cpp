@@ -12,16 +12,9 @@
 #include "platform/CodePage.h"
 #include "settings/Settings.h"
 #include "support/IdleConsumer.h"
+#include "support/Testing.h"
 #include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
-
-#include <functional>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <sstream>
-#include <string>
-#include <utility>
 
 namespace {
 
@@ -126,9 +119,7 @@ private:
         const std::lock_guard reporting(m_report.mutex);
         for (const auto& [number, subscription] : m_consumer.subscriptions) {
             FaultReport::Seen& seen = m_report.seen[{subscription.provider, subscription.asset.GetIsin()}];
-            seen.callbacks = m_consumer.Events(number).size();
-            seen.candles = subscription.model.GetCount();
-            seen.sum = FaultReport::SumOf(subscription.model.GetLastCandles(seen.candles));
+            seen.sum = FaultReport::SumOf(subscription.model.GetLastCandles(subscription.model.GetCount()));
             seen.breaches.clear();
             for (const std::string& breach : breaches)
                 if (breach.starts_with(std::to_string(number) + ':'))

@@ -8,8 +8,6 @@
 /// consumers.
 struct FaultReport {
     struct Seen {
-        std::uint64_t callbacks = 0;
-        std::uint64_t candles = 0;
         std::uint64_t sum = 0; // SumOf the candles
         std::vector<std::string> breaches;
     };

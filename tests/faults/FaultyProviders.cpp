@@ -11,18 +11,7 @@
 #include "series/Offers.h"
 #include "series/Record.h"
 #include "series/Synchronization.h"
-
-#include <atomic>
-#include <chrono>
-#include <limits>
-#include <memory>
-#include <mutex>
-#include <random>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 
@@ -154,17 +143,14 @@ private:
     {
         const EInterval interval = a_random() % 2 == 0 ? EIntervalTick : EIntervalDay;
         const auto multiplicity = static_cast<unsigned int>(a_random() % 3);
+        auto [times, columns] = AnyBlock(a_random);
         switch (a_random() % 12) {
-        case 0: {
-            auto [times, columns] = AnyBlock(a_random);
+        case 0:
             return a_consumer.ProcessHistory(a_number,
                                              {interval, multiplicity, std::move(times), std::move(columns)});
-        }
-        case 1: {
-            auto [times, columns] = AnyBlock(a_random);
+        case 1:
             return a_consumer.ProcessSynchronization(
                 a_number, {interval, multiplicity, std::move(times), std::move(columns)});
-        }
         case 2:
             return a_consumer.ProcessHistoryEnd(a_number);
         case 3:

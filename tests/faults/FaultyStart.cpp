@@ -5,13 +5,7 @@
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
 #include "support/IdleConsumer.h"
-
-#include <atomic>
-#include <chrono>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <thread>
+#include "support/Testing.h"
 
 namespace {
 

@@ -4,14 +4,7 @@
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
 #include "settings/Settings.h"
-
-#include <atomic>
-#include <chrono>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 
@@ -29,7 +22,7 @@ const char* const S_isins[] = {"PLTEST000001", "PLTEST000002"};
 
 class RudeStore : public MemoryStore {
 public:
-    RudeStore(EFault a_fault, unsigned int a_seconds) : m_fault(a_fault), m_seconds(a_seconds)
+    explicit RudeStore(EFault a_fault) : m_fault(a_fault)
     {
         for (const char* isin : S_isins) {
             AddInstrument(TickMaker::Instrument(isin));
@@ -71,14 +64,12 @@ public:
         add([](StoreInstrument&) {}); // a second time
         add([](StoreInstrument& a_spoilt) { a_spoilt.isin.clear(); });
         add([](StoreInstrument& a_spoilt) { a_spoilt.isin = "../../outside"; });
+        add([](StoreInstrument& a_spoilt) { a_spoilt.isin = "NOPRICE", a_spoilt.series = {DSProp(Volume)}; });
         add([](StoreInstrument& a_spoilt) {
-            (a_spoilt.isin = "NOPRICE"), a_spoilt.series = {DSProp(Volume)};
+            a_spoilt.isin = "LIVEDAYS", a_spoilt.interval = {EIntervalDay, 1};
         });
         add([](StoreInstrument& a_spoilt) {
-            (a_spoilt.isin = "LIVEDAYS"), a_spoilt.interval = {EIntervalDay, 1};
-        });
-        add([](StoreInstrument& a_spoilt) {
-            (a_spoilt.isin = "NEVER"), a_spoilt.interval = {EIntervalMinute, 0};
+            a_spoilt.isin = "NEVER", a_spoilt.interval = {EIntervalMinute, 0};
         });
         return list;
     }
@@ -97,8 +88,7 @@ private:
     }
     void MakeRows()
     {
-        const auto pause =
-            std::chrono::microseconds(std::chrono::seconds(m_seconds)) / (FaultReport::S_rows / 2);
+        constexpr auto pause = std::chrono::microseconds(std::chrono::seconds(1)) / (FaultReport::S_rows / 2);
         for (std::size_t row = FaultReport::S_rows / 2; row < FaultReport::S_rows && !m_quit; ++row) {
             for (const char* isin : S_isins)
                 AddNext(isin, row);
@@ -153,19 +143,17 @@ private:
     }
 
     const EFault m_fault;
-    const unsigned int m_seconds;
     IMarketStoreListener* m_told = nullptr;
     std::atomic<bool> m_quit = false;
     std::atomic<unsigned int> m_readings = 0;
     std::vector<std::thread> m_threads;
 };
 
-void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
+void CreateModules(IModuleRegistry& a_registry, const Settings& /*a_options*/)
 {
-    const unsigned int seconds = a_options["Seconds"];
     const auto add = [&](const wchar_t* a_name, EFault a_fault) {
-        a_registry.AddProvider(std::make_unique<StoreProvider>(
-            EGenericModuleNone, a_name, std::make_unique<RudeStore>(a_fault, seconds)));
+        a_registry.AddProvider(std::make_unique<StoreProvider>(EGenericModuleNone, a_name,
+                                                               std::make_unique<RudeStore>(a_fault)));
     };
     if (FAULT_HONEST)
         return add(L"Honest", EFaultNone);

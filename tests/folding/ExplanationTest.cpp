@@ -3,13 +3,8 @@
 #include "folding/CandleDifference.h"
 #include "folding/RandomTicks.h"
 #include "series/History.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <numeric>
-#include <stdexcept>
 
 using namespace kalvento::tests;
 

@@ -1,14 +1,8 @@
 #include "folding/PieceFolder.h"
 
 #include "series/SeriesTestTools.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
-
-#include <algorithm>
-#include <gtest/gtest.h>
-#include <random>
-#include <stdexcept>
-#include <utility>
-#include <vector>
 
 using namespace kalvento::tests;
 
@@ -176,18 +170,15 @@ TEST(PieceFolderTest, PiecesGiveTheCandlesOfTheWhole)
 TEST(PieceFolderTest, RefusesWhatCannotBeFolded)
 {
     const IntervalAndMultiplicity fiveMinutes(EIntervalMinute, 5);
-    const struct {
-        IntervalAndMultiplicity candles;
-        EAggrTimeResult stamp;
-        bool reaches;
-    } table[] = {{{EIntervalMinute, 1}, EWindowBegin, false},
-                 {{EIntervalTick, 9}, ELastRecordTime, false},
-                 {{EIntervalWeek, 0}, ELastRecordTime, false},
-                 {{EIntervalYear, 70000}, EWindowBegin, false},
-                 {{EIntervalDay, 1}, EMetaStockWindowEnd, true}};
-    for (const auto& each : table) {
-        EXPECT_EQ(PieceFolder::Reaches(fiveMinutes, each.candles), each.reaches);
-        EXPECT_THROW(PieceFolder(CandleSeries(), fiveMinutes, each.candles, each.stamp), KalventoException);
+    const std::tuple<IntervalAndMultiplicity, EAggrTimeResult, bool> table[] = {
+        {{EIntervalMinute, 1}, EWindowBegin, false},
+        {{EIntervalTick, 9}, ELastRecordTime, false},
+        {{EIntervalWeek, 0}, ELastRecordTime, false},
+        {{EIntervalYear, 70000}, EWindowBegin, false},
+        {{EIntervalDay, 1}, EMetaStockWindowEnd, true}};
+    for (const auto& [candles, stamp, reaches] : table) {
+        EXPECT_EQ(PieceFolder::Reaches(fiveMinutes, candles), reaches);
+        EXPECT_THROW(PieceFolder(CandleSeries(), fiveMinutes, candles, stamp), KalventoException);
     }
     EXPECT_THROW(PieceFolder(TickSeries(), {EIntervalTick, 1}, {EIntervalTick, 5}, EWindowBegin),
                  KalventoException);

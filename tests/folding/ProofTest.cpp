@@ -1,12 +1,7 @@
 #include "folding/Proof.h"
 
 #include "folding/RandomTicks.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <stdexcept>
+#include "support/Testing.h"
 
 using namespace kalvento::tests;
 

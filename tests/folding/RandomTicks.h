@@ -3,11 +3,7 @@
 #include "series/DSProp.h"
 #include "series/DataSeriesSet.h"
 #include "series/SeriesTestTools.h"
-
-#include <random>
-#include <set>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 namespace kalvento::tests {
 

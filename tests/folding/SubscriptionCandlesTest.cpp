@@ -3,14 +3,7 @@
 #include "series/SeriesTestTools.h"
 #include "series/Synchronization.h"
 #include "support/MarketData.h"
-
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <random>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 using namespace kalvento::tests;
 

@@ -4,9 +4,7 @@
 #include "host/PluginReport.h"
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
-
-#include <filesystem>
-#include <string>
+#include "support/Testing.h"
 
 // The program that KillTest kills: saving_host FOLDER DESCRIPTOR NUMBER. Saves in the folder, beginning with the
 // number, and writes to the descriptor what it has saved. Doesn't end by itself.

@@ -6,14 +6,9 @@
 #include "modules/PluginDescription.h"
 #include "platform/FileTools.h"
 #include "support/IdleConsumer.h"
+#include "support/Testing.h"
 
-#include <array>
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <thread>
 #include <unistd.h>
-#include <utility>
 
 namespace {
 

@@ -9,18 +9,10 @@
 #include "modules/ProviderBase.h"
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
+#include "support/Testing.h"
 
-#include <algorithm>
-#include <chrono>
-#include <cstdint>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <iostream>
-#include <string>
 #include <unistd.h>
-#include <utility>
 
 // A whole market through a provider's plug-in to three consumers, all of them loaded as the terminal loads them: how
 // long a row takes from the store to the consumer's candle, whether each came once, and whether memory stays where it

@@ -12,17 +12,7 @@
 #include "series/Synchronization.h"
 #include "settings/Settings.h"
 #include "support/IdleConsumer.h"
-
-#include <algorithm>
-#include <array>
-#include <bit>
-#include <cstdint>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

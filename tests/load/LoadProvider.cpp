@@ -3,17 +3,7 @@
 #include "modules/PluginDescription.h"
 #include "provider_kit/StoreProvider.h"
 #include "settings/Settings.h"
-
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

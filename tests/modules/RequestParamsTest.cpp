@@ -17,12 +17,7 @@ RequestParams HistoryOf(unsigned int a_interval, unsigned int a_multiplicity)
 
 TEST(RequestParamsTest, OnlyHistoryIsHeldAgainstRangeAndInterval)
 {
-    struct Case {
-        const char* what;
-        RequestParams params;
-        bool valid;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::tuple<const char*, RequestParams, bool>> cases = {
         {"nothing asked for", RequestParams(), false},
         {"history with all defaults", RequestParams(8), true},
         {"wrong order", RequestParams(8, EIntervalTick, 1, S_to, S_from, false), false},
@@ -36,9 +31,9 @@ TEST(RequestParamsTest, OnlyHistoryIsHeldAgainstRangeAndInterval)
         {"many ticks", HistoryOf(1, 4294967295U), true},
         {"an unknown interval", HistoryOf(9, 2), false},
     };
-    for (const auto& tried : cases) {
-        SCOPED_TRACE(tried.what);
-        EXPECT_EQ(tried.params.IsValid(), tried.valid);
+    for (const auto& [what, params, valid] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(params.IsValid(), valid);
     }
 }
 

@@ -111,28 +111,23 @@ TEST(OrdersHelperTest, AClickOnAnyCellOfALevelMeansTheLevel)
 
 TEST(OrdersHelperTest, CodesInPlaceOfAPrice)
 {
-    struct Case {
-        double price;
-        std::optional<OrderData::EOrderType> type; // none for no order
-        std::optional<double> value;
-        std::size_t logLines;
-    };
-    const Case cases[] = {
-        {-100.0, OrderData::EOrderTypeCode100, std::nullopt, 0},
-        {-20.0, OrderData::EOrderTypeCode20, std::nullopt, 0},
-        {-10.0, std::nullopt, std::nullopt, 1},
-        {-20.5, OrderData::EOrderTypeLimit, -20.5, 0},
-    };
-    for (const Case& testCase : cases) {
-        SCOPED_TRACE(testCase.price);
+    // Type: none for no order
+    const std::tuple<double, std::optional<OrderData::EOrderType>, std::optional<double>, std::size_t>
+        cases[] = {
+            {-100.0, OrderData::EOrderTypeCode100, std::nullopt, 0},
+            {-20.0, OrderData::EOrderTypeCode20, std::nullopt, 0},
+            {-10.0, std::nullopt, std::nullopt, 1},
+            {-20.5, OrderData::EOrderTypeLimit, -20.5, 0},
+        };
+    for (const auto& [price, type, value, logLines] : cases) {
+        SCOPED_TRACE(price);
         const LogWatch log;
-        const auto order = OrdersHelper::PrepareOrder(MakeAsset(), MakeOffers(testCase.price), Bid1);
-        EXPECT_EQ(log.lines,
-                  std::vector<std::string>(testCase.logLines, "OrdersHelper::PrepareOrder: Brak ceny"));
-        ASSERT_EQ(order.has_value(), testCase.type.has_value());
+        const auto order = OrdersHelper::PrepareOrder(MakeAsset(), MakeOffers(price), Bid1);
+        EXPECT_EQ(log.lines, std::vector<std::string>(logLines, "OrdersHelper::PrepareOrder: Brak ceny"));
+        ASSERT_EQ(order.has_value(), type.has_value());
         if (order) {
-            EXPECT_EQ(order->GetOrderType(), *testCase.type);
-            EXPECT_EQ(order->GetValue(), testCase.value);
+            EXPECT_EQ(order->GetOrderType(), *type);
+            EXPECT_EQ(order->GetValue(), value);
             EXPECT_EQ(order->GetAmount(), 100);
         }
     }
