@@ -1,14 +1,7 @@
 #pragma once
 
-#include "provider_kit/IMarketStore.h"
-
-#include <chrono>
-#include <condition_variable>
-#include <cstddef>
-#include <cstdint>
-#include <mutex>
-#include <string>
-#include <vector>
+#include "support/CandlesConsumer.h"
+#include "support/NotingListener.h"
 
 /// An instrument of single ticks with price and volume.
 inline StoreInstrument TickInstrument(const std::string& a_isin)
@@ -45,64 +38,3 @@ inline History RowsOf(std::uint64_t a_first, std::uint64_t a_last)
     }
     return {EIntervalTick, 1, std::move(times), std::move(columns)};
 }
-
-/// Notes down what a store tells, and waits for it.
-class NotingListener : public IMarketStoreListener {
-public:
-    void RowsAdded(const std::string& a_isin) override
-    {
-        Note([&] {
-            ++rowsAdded;
-            lastIsin = a_isin;
-        });
-    }
-    void Broken(const std::wstring& a_reason) override
-    {
-        Note([&] {
-            ++broken;
-            reason = a_reason;
-        });
-    }
-    void Restored() override
-    {
-        Note([&] { ++restored; });
-    }
-    void InstrumentsChanged() override
-    {
-        Note([&] { ++instrumentsChanged; });
-    }
-
-    /// False where that doesn't become true in time.
-    template<class Condition>
-    bool WaitUntil(Condition a_condition)
-    {
-        std::unique_lock lock(m_mutex);
-        return m_changed.wait_for(lock, std::chrono::seconds(60), a_condition);
-    }
-    bool WaitForRestored(int a_count)
-    {
-        return WaitUntil([&] { return restored >= a_count; });
-    }
-
-    // To be read inside of a condition, or when the store is closed.
-    int rowsAdded = 0;
-    int broken = 0;
-    int restored = 0;
-    int instrumentsChanged = 0;
-    std::string lastIsin;
-    std::wstring reason;
-
-private:
-    template<class Change>
-    void Note(Change a_change)
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            a_change();
-        }
-        m_changed.notify_all();
-    }
-
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-};

@@ -3,142 +3,69 @@
 #include "StoreTestTools.h"
 #include "assets/AssetParams.h"
 #include "assets/AssetsGroup.h"
-#include "contract_kit/CheckingConsumer.h"
 #include "contract_kit/TestMediator.h"
 #include "folding/AggregatorWrapper.h"
 #include "modules/RequestParams.h"
 #include "modules/Subscribe.h"
 #include "provider_kit/DamagedData.h"
+#include "support/CandlesConsumer.h"
 #include "support/Testing.h"
 
 namespace {
 
 constexpr const char* S_isin = "PLTEST000001";
-constexpr unsigned int S_candleKinds =
-    ParamsBase::S_kindDataHistory | ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord;
 
-/// A candle as numbers that tell every bit.
-struct Candle {
-    NDateTime time;
-    std::vector<std::pair<ESeriesId, std::uint64_t>> values;
-    bool operator==(const Candle& a_other) const
-    {
-        return time == a_other.time && time.ToDouble() == a_other.time.ToDouble() && values == a_other.values;
-    }
-};
-
-Candle CandleOf(const Record& a_record)
+/// All rows folded at once.
+std::string FoldOfAll(IntervalAndMultiplicity a_interval, std::size_t a_rows)
 {
-    Candle candle{a_record.GetTime(), {}};
-    for (const auto& [series, value] : a_record)
-        candle.values.emplace_back(series, std::bit_cast<std::uint64_t>(value));
-    return candle;
+    History all = TickMaker::Rows(0, a_rows);
+    AggregatorWrapper wrapper(TickMaker::Instrument(S_isin).series, ELastRecordTime, a_interval.GetInterval(),
+                              static_cast<unsigned short>(a_interval.GetMultiplicity()));
+    EXPECT_TRUE(wrapper.AgregateHistory(all));
+    return BytesOf(all);
 }
 
-std::vector<Record> RowsOf(const DataSeriesSet& a_set)
+RequestParams RequestOf(unsigned int a_kinds, IntervalAndMultiplicity a_interval = {EIntervalTick, 1},
+                        bool a_operations = false)
 {
-    std::vector<Record> rows;
-    for (std::size_t place = 0; place < a_set.GetRecordsCount(); ++place) {
-        Record& row = rows.emplace_back(a_set.GetEmptyRecord());
-        for (const auto& [series, column] : a_set)
-            row.SetData(series, column.at(place));
-        row.SetTime(a_set.TimeSeries()[place]);
-    }
-    return rows;
+    return {a_kinds,
+            a_interval.GetInterval(),
+            a_interval.GetMultiplicity(),
+            NDateTime(1990, 1, 1),
+            NDateTime(2099, 12, 31),
+            a_operations};
 }
 
-std::vector<Candle> CandlesOf(const DataSeriesSet& a_set)
-{
-    std::vector<Candle> candles;
-    for (const Record& row : RowsOf(a_set))
-        candles.push_back(CandleOf(row));
-    return candles;
-}
-
-AggregatorWrapper WrapperOf(IntervalAndMultiplicity a_interval)
-{
-    return {TickMaker::Instrument(S_isin).series, ELastRecordTime, a_interval.GetInterval(),
-            static_cast<unsigned short>(a_interval.GetMultiplicity())};
-}
-
-/// Builds candles as the documentation of IConsumer tells, and checks the order on the way.
-class BuildingConsumer : public CheckingConsumer {
-public:
-    explicit BuildingConsumer(IntervalAndMultiplicity a_interval)
-        : m_interval(a_interval), m_wrapper(WrapperOf(a_interval))
-    {}
-
-    void ProcessHistory(unsigned int a_requestId, History&& a_history) override
+/// A subscription of everything that makes candles, over rows that begin with a_there ones.
+struct Subscribed {
+    Subscribed(IntervalAndMultiplicity a_interval, std::size_t a_there)
+        : consumer(TickMaker::Instrument(S_isin).series, a_interval),
+          m_request(RequestOf(ParamsBase::S_kindDataHistory | ParamsBase::S_kindDataSynchro |
+                                  ParamsBase::S_kindDataRecord | ParamsBase::S_kindDataCS,
+                              a_interval))
     {
-        {
-            History part = a_history;
-            if (m_interval.IsSingleTick())
-                WrapperOf(m_interval).AgregateHistory(part);
-            const std::lock_guard lock(m_mutex);
-            for (Candle& candle : CandlesOf(part))
-                m_candles.push_back(std::move(candle));
-        }
-        CheckingConsumer::ProcessHistory(a_requestId, std::move(a_history));
+        quotes.AddTicks(S_isin, a_there);
+        quotes.Connect();
+        consumer.Open(1, m_request);
     }
-    void ProcessSynchronization(unsigned int a_requestId, Synchronization&& a_synchronization) override
+    void Start()
     {
-        {
-            Synchronization block = a_synchronization;
-            const std::lock_guard lock(m_mutex);
-            const NDateTime first = block.TimeSeries().front();
-            std::erase_if(m_candles, [&](const Candle& a_candle) { return !(a_candle.time < first); });
-            m_wrapper = WrapperOf(m_interval);
-            // A window of ticks is counted on by its rows alone; the others are gone on with by their candle.
-            if (m_interval.IsTick()) {
-                for (const Record& row : RowsOf(block))
-                    Fold(row);
-            } else {
-                EXPECT_TRUE(m_wrapper->AgregateSynchro(block));
-                for (const Record& candle : RowsOf(block))
-                    m_candles.push_back(CandleOf(candle));
-            }
-        }
-        CheckingConsumer::ProcessSynchronization(a_requestId, std::move(a_synchronization));
-        m_changed.notify_all();
+        EXPECT_TRUE(quotes.provider.StartSubscription(
+            {&consumer, 1, *quotes.provider.GetAssetByIsin(S_isin), m_request}));
     }
-    void ProcessRecord(unsigned int a_requestId, const Record& a_record) override
+    void ExpectFoldOf(const std::string& a_expected, std::size_t a_rows)
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            Fold(a_record);
-        }
-        CheckingConsumer::ProcessRecord(a_requestId, a_record);
-        m_changed.notify_all();
+        EXPECT_TRUE(consumer.WaitForTime(TickMaker::TimeOf(a_rows - 1)));
+        quotes.provider.StopWork();
+        EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
+        EXPECT_TRUE(BytesOf(consumer.Candles()) == a_expected);
     }
 
-    bool WaitForTime(const NDateTime& a_time)
-    {
-        std::unique_lock lock(m_mutex);
-        return m_changed.wait_for(lock, S_patience,
-                                  [&] { return !m_candles.empty() && m_candles.back().time == a_time; });
-    }
-    std::vector<Candle> Candles()
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_candles;
-    }
+    CandlesConsumer consumer; // before the provider
+    StoreQuotes quotes;
 
 private:
-    void Fold(Record a_row)
-    {
-        bool sameWindow = false;
-        EXPECT_TRUE(m_wrapper->AggregateRecord(a_row, sameWindow));
-        if (sameWindow && !m_candles.empty())
-            m_candles.back() = CandleOf(a_row);
-        else
-            m_candles.push_back(CandleOf(a_row));
-    }
-
-    const IntervalAndMultiplicity m_interval;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::vector<Candle> m_candles;
-    std::optional<AggregatorWrapper> m_wrapper;
+    const RequestParams m_request;
 };
 
 class StoreProviderTest : public testing::Test {
@@ -155,17 +82,6 @@ protected:
     StoreQuotes m_quotes;
 };
 
-RequestParams RequestOf(unsigned int a_kinds, IntervalAndMultiplicity a_interval = {EIntervalTick, 1},
-                        bool a_operations = false)
-{
-    return {a_kinds,
-            a_interval.GetInterval(),
-            a_interval.GetMultiplicity(),
-            NDateTime(1990, 1, 1),
-            NDateTime(2099, 12, 31),
-            a_operations};
-}
-
 } // namespace
 
 // Whatever is there at the start, whatever comes when, whatever breaks: the candles are those of all rows folded at
@@ -179,21 +95,14 @@ TEST(StoreProviderLawTest, WhatAConsumerBuildsIsOneFoldOfAllRows)
          {IntervalAndMultiplicity(EIntervalTick, 1), IntervalAndMultiplicity(EIntervalTick, 3),
           IntervalAndMultiplicity(EIntervalMinute, 1), IntervalAndMultiplicity(EIntervalHour, 1),
           IntervalAndMultiplicity(EIntervalDay, 1), IntervalAndMultiplicity(EIntervalWeek, 1)}) {
-        History all = TickMaker::Rows(0, rows);
-        ASSERT_TRUE(WrapperOf(interval).AgregateHistory(all));
-        const std::vector<Candle> expected = CandlesOf(all);
+        const std::string expected = FoldOfAll(interval, rows);
         for (unsigned int round = 0; round < 25; ++round) {
             SCOPED_TRACE(testing::Message() << interval.GetInterval() << ' ' << interval.GetMultiplicity()
                                             << " round " << round);
-            BuildingConsumer consumer(interval);
-            StoreQuotes quotes;
             std::size_t there = round == 0 ? 0 : random() % rows;
-            quotes.AddTicks(S_isin, there);
-            quotes.Connect();
-            const RequestParams request = RequestOf(S_candleKinds, interval);
-            consumer.Open(1, request);
-            ASSERT_TRUE(quotes.provider.StartSubscription(
-                {&consumer, 1, *quotes.provider.GetAssetByIsin(S_isin), request}));
+            Subscribed subscribed(interval, there);
+            StoreQuotes& quotes = subscribed.quotes;
+            subscribed.Start();
             while (there < rows) {
                 const std::size_t count = std::min<std::size_t>(rows - there, 1 + random() % 60);
                 quotes.AddTicks(S_isin, count);
@@ -214,10 +123,7 @@ TEST(StoreProviderLawTest, WhatAConsumerBuildsIsOneFoldOfAllRows)
                 }
             }
             quotes.store.Restore();
-            ASSERT_TRUE(consumer.WaitForTime(TickMaker::TimeOf(rows - 1)));
-            quotes.provider.StopWork();
-            EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
-            EXPECT_TRUE(consumer.Candles() == expected);
+            subscribed.ExpectFoldOf(expected, rows);
         }
     }
 }
@@ -254,29 +160,19 @@ TEST(StoreProviderLawTest, AStoreThatStumblesIsAskedAgain)
          }}};
     constexpr std::size_t rows = 3 * TickMaker::S_rowsPerDay;
     constexpr IntervalAndMultiplicity interval(EIntervalHour, 1);
-    History all = TickMaker::Rows(0, rows);
-    ASSERT_TRUE(WrapperOf(interval).AgregateHistory(all));
+    const std::string expected = FoldOfAll(interval, rows);
     for (const auto& [name, fault] : faults) {
         SCOPED_TRACE(name);
-        BuildingConsumer consumer(interval);
-        StoreQuotes quotes;
-        quotes.AddTicks(S_isin, rows / 2);
-        quotes.Connect();
+        Subscribed subscribed(interval, rows / 2);
         int reading = 0;
-        quotes.store.SetSpoiler([&, fault = fault](History& a_rows) {
+        subscribed.quotes.store.SetSpoiler([&, fault = fault](History& a_rows) {
             if (++reading % 5 == 1) // a step reads less often than that, so each comes to its end
                 fault(a_rows);
         });
-        const RequestParams request = RequestOf(S_candleKinds | ParamsBase::S_kindDataCS, interval);
-        consumer.Open(1, request);
-        ASSERT_TRUE(quotes.provider.StartSubscription(
-            {&consumer, 1, *quotes.provider.GetAssetByIsin(S_isin), request}));
-        ASSERT_TRUE(consumer.WaitFor(1, CheckingConsumer::ESynchronization));
-        quotes.AddTicks(S_isin, rows - rows / 2);
-        EXPECT_TRUE(consumer.WaitForTime(TickMaker::TimeOf(rows - 1)));
-        quotes.provider.StopWork();
-        EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
-        EXPECT_TRUE(consumer.Candles() == CandlesOf(all));
+        subscribed.Start();
+        ASSERT_TRUE(subscribed.consumer.WaitFor(1, CheckingConsumer::ESynchronization));
+        subscribed.quotes.AddTicks(S_isin, rows - rows / 2);
+        subscribed.ExpectFoldOf(expected, rows);
     }
 }
 
@@ -364,16 +260,21 @@ TEST_F(StoreProviderTest, DamagedDataEndWhoeverComesUponThem)
     EXPECT_EQ(m_consumer.HistoryRows(2), 5U);
 }
 
-TEST_F(StoreProviderTest, DaysOfARequestAreWhole)
+// Days of a request are whole, and none is too late.
+TEST_F(StoreProviderTest, DaysOfARequest)
 {
-    m_quotes.AddTicks(S_isin, 5 * TickMaker::S_rowsPerDay);
+    constexpr std::size_t day = TickMaker::S_rowsPerDay;
+    m_quotes.AddTicks(S_isin, 5 * day);
     m_quotes.Connect();
-    RequestParams request = RequestOf(ParamsBase::S_kindDataHistory);
-    ASSERT_TRUE(request.SetDates(TickMaker::TimeOf(TickMaker::S_rowsPerDay),
-                                 TickMaker::TimeOf(2 * TickMaker::S_rowsPerDay)));
-    ASSERT_TRUE(Start(m_consumer, 1, request));
-    ASSERT_TRUE(m_consumer.WaitForEnd(1));
-    EXPECT_EQ(m_consumer.HistoryRows(1), 2 * TickMaker::S_rowsPerDay);
+    unsigned int number = 0;
+    for (const auto& [first, last, rows] :
+         {std::tuple(TickMaker::TimeOf(day), TickMaker::TimeOf(2 * day), 2 * day),
+          std::tuple(NDateTime(1990, 1, 1), NDateTime(9999, 12, 31), 5 * day)}) {
+        ASSERT_TRUE(Start(m_consumer, ++number,
+                          {ParamsBase::S_kindDataHistory, EIntervalTick, 1, first, last, false}));
+        ASSERT_TRUE(m_consumer.WaitForEnd(number));
+        EXPECT_EQ(m_consumer.HistoryRows(number), rows);
+    }
 }
 
 TEST_F(StoreProviderTest, WhatCannotBeServedIsRefused)
@@ -469,18 +370,6 @@ TEST_F(StoreProviderTest, RowsThatBecameOthersLeaveNothingOfTheOldOnes)
     ASSERT_TRUE(consumer.WaitFor(2, CheckingConsumer::ECurrentState));
     EXPECT_EQ(consumer.lastMax, 5.0);
     m_quotes.provider.StopWork();
-}
-
-// A request until the end of the calendar is one for all that there is.
-TEST_F(StoreProviderTest, NoDayIsTooLate)
-{
-    m_quotes.AddTicks(S_isin, 10);
-    m_quotes.Connect();
-    ASSERT_TRUE(Start(m_consumer, 1,
-                      {ParamsBase::S_kindDataHistory, EIntervalTick, 1, NDateTime(1990, 1, 1),
-                       NDateTime(9999, 12, 31), false}));
-    ASSERT_TRUE(m_consumer.WaitForEnd(1));
-    EXPECT_EQ(m_consumer.HistoryRows(1), 10U);
 }
 
 TEST_F(StoreProviderTest, ChangedOperationsComeAgainAndEqualOnesDont)

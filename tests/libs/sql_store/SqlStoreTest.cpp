@@ -12,19 +12,6 @@
 
 namespace {
 
-// Every byte of a time and every bit of a value; NaNs are alike here, as they are in the database.
-std::string BytesOf(const History& a_rows)
-{
-    std::string bytes;
-    for (const NDateTime& time : a_rows.TimeSeries())
-        bytes.append(reinterpret_cast<const char*>(&time), sizeof time);
-    for (const auto& [id, column] : a_rows) {
-        bytes += std::to_string(id);
-        bytes.append(reinterpret_cast<const char*>(column.data()), column.size() * sizeof(double));
-    }
-    return bytes;
-}
-
 class SqlStoreTest : public testing::Test {
 protected:
     void SetUp() override
@@ -40,7 +27,7 @@ protected:
     {
         auto store = std::make_unique<SqlStore>(SqlAddress(m_connection), S_quick);
         store->Open(a_listener);
-        EXPECT_TRUE(a_listener.WaitForRestored(1));
+        EXPECT_TRUE(a_listener.WaitFor("restored"));
         return store;
     }
 
@@ -232,13 +219,10 @@ TEST_F(SqlStoreTest, RowsOfManyAppendersAreSeenInOrderAndOnce)
     }
     std::uint64_t seen = 0;
     std::vector<double> volumes;
-    int told = 0;
+    std::size_t told = 0;
     while (seen < count) {
-        ASSERT_TRUE(listener.WaitUntil([&] { return listener.rowsAdded > told; })) << seen;
-        listener.WaitUntil([&] {
-            told = listener.rowsAdded;
-            return true;
-        });
+        ASSERT_TRUE(listener.WaitFor("rows A", told + 1)) << seen;
+        told = listener.Count("rows A");
         const std::uint64_t there = store->GetRowCount("A");
         const History rows = store->ReadRows("A", seen, there);
         ASSERT_EQ(rows.GetRecordsCount(), there - seen);
@@ -257,15 +241,15 @@ TEST_F(SqlStoreTest, EveryStoreHearsOfAChange)
     const auto second = OpenStore(listeners[1]);
     m_writer->CreateInstrument(TickInstrument("A"));
     for (NotingListener& listener : listeners) {
-        EXPECT_TRUE(listener.WaitUntil([&] { return listener.instrumentsChanged == 1; }));
+        EXPECT_TRUE(listener.WaitFor("changed"));
     }
     m_writer->AppendRows("A", 0, RowsOf(0, 1));
     for (NotingListener& listener : listeners) {
-        EXPECT_TRUE(listener.WaitUntil([&] { return listener.rowsAdded == 1 && listener.lastIsin == "A"; }));
+        EXPECT_TRUE(listener.WaitFor("rows A"));
     }
     m_writer->SetOffers("A", Offers());
     for (NotingListener& listener : listeners) {
-        EXPECT_TRUE(listener.WaitUntil([&] { return listener.rowsAdded == 2; }));
+        EXPECT_TRUE(listener.WaitFor("rows A", 2));
     }
 }
 
@@ -278,11 +262,11 @@ TEST_F(SqlStoreTest, TerminalsThatStartAtOnceMakeTheTablesOnce)
         stores.back()->Open(listener);
     }
     for (NotingListener& listener : listeners) {
-        EXPECT_TRUE(listener.WaitForRestored(1));
+        EXPECT_TRUE(listener.WaitFor("restored"));
     }
     stores.clear();
     for (const NotingListener& listener : listeners) {
-        EXPECT_EQ(listener.broken, 0);
+        EXPECT_EQ(listener.Count("broken"), 0U);
     }
 }
 
@@ -296,11 +280,11 @@ TEST_F(SqlStoreTest, TablesOfAnotherVersionAreLeftAlone)
     NotingListener listener;
     SqlStore store(SqlAddress(m_connection), S_quick);
     store.Open(listener);
-    EXPECT_TRUE(listener.WaitUntil([&] { return listener.broken == 1; }));
+    EXPECT_TRUE(listener.WaitFor("broken"));
     EXPECT_THROW(store.GetRowCount("A"), std::runtime_error);
     store.Close();
-    EXPECT_EQ(listener.restored, 0);
-    EXPECT_NE(listener.reason.find(L"77"), std::wstring::npos);
+    EXPECT_EQ(listener.Count("restored"), 0U);
+    EXPECT_NE(listener.Reason().find(L"77"), std::wstring::npos);
 }
 
 TEST_F(SqlStoreTest, WhatChangedDuringABreakIsToldAfterIt)
@@ -309,19 +293,19 @@ TEST_F(SqlStoreTest, WhatChangedDuringABreakIsToldAfterIt)
     NotingListener listener;
     const auto store = OpenStore(listener);
     m_cluster->StopAtOnce();
-    EXPECT_TRUE(listener.WaitUntil([&] { return listener.broken == 1; }));
+    EXPECT_TRUE(listener.WaitFor("broken"));
     EXPECT_THROW(store->GetRowCount("A"), std::runtime_error);
     m_cluster->Start();
-    ASSERT_TRUE(listener.WaitForRestored(2));
+    ASSERT_TRUE(listener.WaitFor("restored", 2));
     EXPECT_EQ(store->GetRowCount("A"), 0U);
 
     // A read that fails for any reason is followed by Restored, so that whoever waits for it asks again.
     pqxx::connection connection(m_connection);
     pqxx::nontransaction(connection).exec("ALTER TABLE kalvento.instruments RENAME COLUMN row_count TO gone");
     EXPECT_THROW(store->GetRowCount("A"), std::runtime_error);
-    ASSERT_TRUE(listener.WaitForRestored(3));
+    ASSERT_TRUE(listener.WaitFor("restored", 3));
     pqxx::nontransaction(connection).exec("ALTER TABLE kalvento.instruments RENAME COLUMN gone TO row_count");
-    EXPECT_TRUE(listener.WaitUntil([&] { return listener.broken == listener.restored - 1; }));
+    EXPECT_TRUE(listener.WaitFor("broken", listener.Count("restored") - 1));
 }
 
 // A frozen server answers neither a statement nor a request to cancel it; only the end of the test's patience would
@@ -344,7 +328,7 @@ TEST_F(SqlStoreTest, ClosingDoesNotWaitForAServerThatHangs)
     reader.join();
     m_cluster->Thaw();
     store->Open(listener);
-    EXPECT_TRUE(listener.WaitForRestored(2));
+    EXPECT_TRUE(listener.WaitFor("restored", 2));
 }
 
 TEST_F(SqlStoreTest, ClosingDoesNotWaitForAConnection)
@@ -364,7 +348,7 @@ TEST_F(SqlStoreTest, ClosingDoesNotWaitForAConnection)
     store.Open(listener);
     const int accepted = ::accept(silent, nullptr, nullptr); // so it is on its way
     store.Close();
-    EXPECT_EQ(listener.broken + listener.restored, 0);
+    EXPECT_TRUE(listener.Told().empty());
     ::close(accepted);
     ::close(silent);
 }
@@ -374,6 +358,7 @@ TEST(SqlStoreWithoutADatabaseTest, SaysSoAndHasNothing)
     NotingListener listener;
     SqlStore store{SqlAddress("")};
     store.Open(listener);
-    EXPECT_TRUE(listener.WaitUntil([&] { return listener.reason == L"nie wskazano bazy"; }));
+    EXPECT_TRUE(listener.WaitFor("broken"));
+    EXPECT_EQ(listener.Reason(), L"nie wskazano bazy");
     EXPECT_TRUE(store.ReadInstruments().empty());
 }

@@ -304,8 +304,7 @@ TEST_F(FileStoreTest, ChangedFilesAreServedAnew)
     ASSERT_TRUE(m_listener->WaitFor("rows A", 2));
     EXPECT_EQ(store.GetRowCount("A"), 3U);
     EXPECT_EQ(store.ReadInstruments().size(), 2U);
-    auto told = m_listener->Told();
-    EXPECT_EQ(std::count(told.begin(), told.end(), "broken"), 0);
+    EXPECT_EQ(m_listener->Count("broken"), 0U);
     EXPECT_EQ(generation(), served);
 
     // Rows that were seen and are others now make a break of the connection, and end whoever was served from them.
@@ -315,7 +314,7 @@ TEST_F(FileStoreTest, ChangedFilesAreServedAnew)
     Move(2s);
     ASSERT_TRUE(m_listener->WaitFor("changed", 2));
     EXPECT_EQ(store.GetRowCount("A"), 1U);
-    told = m_listener->Told();
+    const auto told = m_listener->Told();
     EXPECT_EQ(std::vector<std::string>(told.end() - 3, told.end()),
               (std::vector<std::string>{"broken", "restored", "changed"}));
     EXPECT_NE(generation(), served);

@@ -2,7 +2,9 @@
 
 #include "file_provider/FileStore.h"
 #include "platform/WidePath.h"
+#include "support/CandlesConsumer.h"
 #include "support/MarketData.h"
+#include "support/NotingListener.h"
 #include "support/TemporaryFolder.h"
 #include "support/Testing.h"
 
@@ -20,44 +22,6 @@ public:
 
 private:
     std::atomic<std::int64_t> m_now = 1'000'000'000;
-};
-
-/// Notes down what a store tells, and waits for it.
-class NotingListener : public IMarketStoreListener {
-public:
-    NotingListener() = default;
-    void RowsAdded(const std::string& a_isin) override { Note("rows " + a_isin); }
-    void Broken(const std::wstring& /*a_reason*/) override { Note("broken"); }
-    void Restored() override { Note("restored"); }
-    void InstrumentsChanged() override { Note("changed"); }
-
-    std::vector<std::string> Told() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_told;
-    }
-    /// Until that was told so often. False after a minute.
-    bool WaitFor(const std::string& a_what, std::size_t a_times = 1)
-    {
-        std::unique_lock lock(m_mutex);
-        return m_wake.wait_for(lock, std::chrono::minutes(1), [&] {
-            return static_cast<std::size_t>(std::count(m_told.begin(), m_told.end(), a_what)) >= a_times;
-        });
-    }
-
-private:
-    void Note(std::string a_what)
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_told.push_back(std::move(a_what));
-        }
-        m_wake.notify_all();
-    }
-
-    mutable std::mutex m_mutex;
-    std::condition_variable m_wake;
-    std::vector<std::string> m_told;
 };
 
 /// A folder with sources, one with histories, and stores over them.
@@ -102,21 +66,14 @@ protected:
         if (!wait)
             return false;
         const std::string what = "rows " + a_isin;
-        const auto told = m_listener->Told();
+        const std::size_t told = m_listener->Count(what);
         Move(*wait);
-        return m_listener->WaitFor(what,
-                                   static_cast<std::size_t>(std::count(told.begin(), told.end(), what)) + 1);
+        return m_listener->WaitFor(what, told + 1);
     }
     void Move(std::chrono::steady_clock::duration a_by)
     {
         m_clock.Advance(a_by);
         m_store->ClockMoved();
-    }
-    static std::string BytesOf(const History& a_rows)
-    {
-        std::ostringstream bytes;
-        a_rows.Write(bytes);
-        return std::move(bytes).str();
     }
     std::string AllBytes(const std::string& a_isin)
     {

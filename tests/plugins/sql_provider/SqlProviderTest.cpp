@@ -1,7 +1,6 @@
 #include "sql_provider/SqlProvider.h"
 
 #include "contract_kit/ProviderContract.h"
-#include "series/Synchronization.h"
 #include "sql_store/SqlWriter.h"
 #include "support/LogWatch.h"
 #include "support/PostgresCluster.h"
@@ -43,65 +42,6 @@ private:
     std::string m_connection;
     SqlWriter m_writer;
     SqlProvider m_provider;
-};
-
-/// Holds the rows of one subscription by the rules of IConsumer: a synchronization takes the place of what is there
-/// from its first row on, and a record goes behind the last.
-class RowKeeper : public IConsumer {
-public:
-    void ProcessOperations(unsigned int, const HistoryOperations&) override {}
-    void ProcessHistory(unsigned int, History&& a_history) override { Add(a_history); }
-    void ProcessHistoryEnd(unsigned int) override {}
-    void ProcessSynchronization(unsigned int, Synchronization&& a_synchronization) override
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            const NDateTime first = a_synchronization.TimeSeries().front();
-            std::erase_if(m_rows, [&](const Row& a_row) { return !(a_row.first < first); });
-        }
-        Add(a_synchronization);
-    }
-    void ProcessRecord(unsigned int, const Record& a_record) override
-    {
-        const std::lock_guard lock(m_mutex);
-        m_rows.emplace_back(a_record.GetTime(), a_record.find(Volume)->second);
-        m_changed.notify_all();
-    }
-    void ProcessCurrentState(unsigned int, const CurrentState&) override {}
-    void ProcessOffers(unsigned int, const Offers&) override {}
-    void ProcessLatestRecords(unsigned int, const LatestRecords&) override {}
-    void RequestRefused(unsigned int, std::wstring_view) override { ADD_FAILURE() << "refused"; }
-    void RequestEnded(unsigned int) override { ADD_FAILURE() << "ended"; }
-
-    bool WaitForRows(std::size_t a_count)
-    {
-        std::unique_lock lock(m_mutex);
-        return m_changed.wait_for(lock, std::chrono::seconds(90), [&] { return m_rows.size() >= a_count; });
-    }
-    std::vector<double> Volumes()
-    {
-        const std::lock_guard lock(m_mutex);
-        std::vector<double> volumes;
-        for (const Row& row : m_rows)
-            volumes.push_back(row.second);
-        return volumes;
-    }
-
-private:
-    using Row = std::pair<NDateTime, double>;
-
-    void Add(const DataSeriesSet& a_rows)
-    {
-        const std::lock_guard lock(m_mutex);
-        const std::vector<double>& volumes = a_rows.find(Volume)->second;
-        for (std::size_t row = 0; row < volumes.size(); ++row)
-            m_rows.emplace_back(a_rows.TimeSeries()[row], volumes[row]);
-        m_changed.notify_all();
-    }
-
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::vector<Row> m_rows;
 };
 
 std::vector<ProviderContractCase> Cases()
@@ -147,7 +87,7 @@ TEST(SqlProviderTest, AServerThatIsKilledLosesNoRowAndDoublesNone)
     first.AppendRows("A", 0, RowsOf(0, past));
 
     const TestMediator mediator;
-    RowKeeper keeper;
+    CandlesConsumer keeper(TickInstrument("A").series, {EIntervalTick, 1});
     SqlProvider provider(connection, {std::chrono::milliseconds(5), std::chrono::milliseconds(50)});
     provider.SwitchConnection(true);
     while (provider.GetAssets().empty())
@@ -156,6 +96,7 @@ TEST(SqlProviderTest, AServerThatIsKilledLosesNoRowAndDoublesNone)
     RequestParams params(15);
     params.SetIntervalAndMultiplicity(EIntervalTick, 1);
     params.SetDates(asset->GetParams().begin()->second.GetDates());
+    keeper.Open(1, params);
     ASSERT_TRUE(provider.StartSubscription({&keeper, 1, *asset, params}));
 
     constexpr std::uint64_t all = past + between * (kills + 1);
@@ -179,9 +120,10 @@ TEST(SqlProviderTest, AServerThatIsKilledLosesNoRowAndDoublesNone)
         cluster->Start();
     }
     writing.join();
-    EXPECT_TRUE(keeper.WaitForRows(all));
+    EXPECT_TRUE(keeper.WaitForTime(TimeOfRow(all - 1), std::chrono::seconds(90)));
     provider.StopSubscription({&keeper, 1, *asset, std::nullopt});
-    EXPECT_EQ(keeper.Volumes(), RowsOf(0, all).find(Volume)->second);
+    EXPECT_EQ(keeper.Candles().find(Volume)->second, RowsOf(0, all).find(Volume)->second);
+    EXPECT_EQ(keeper.Violations(), std::vector<std::string>());
     provider.StopWork();
 }
 
