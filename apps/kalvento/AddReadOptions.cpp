@@ -2,7 +2,6 @@
 
 #include "text_rows/ReadOptions.h"
 
-
 namespace kalvento::tool {
 
 namespace {

@@ -9,7 +9,6 @@
 #include "kalvento/ReportCounts.h"
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowWriter.h"
-#include "kalvento/Tool.h"
 #include "text_rows/RowReader.h"
 
 #include <memory>
@@ -18,8 +17,6 @@
 namespace kalvento::tool {
 
 namespace {
-
-constexpr std::size_t S_blockRows = 8192;
 
 struct AdjustOptions {
     std::string history;

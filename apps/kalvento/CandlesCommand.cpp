@@ -10,10 +10,11 @@
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowFolding.h"
 #include "kalvento/RowWriter.h"
-#include "kalvento/Tool.h"
 #include "kalvento/WordFault.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <atomic>
@@ -32,9 +33,6 @@
 namespace kalvento::tool {
 
 namespace {
-
-// A block of rows lies in the second cache of a core from reading to folding.
-constexpr std::size_t S_blockRows = 8192;
 
 struct CandlesOptions {
     std::vector<std::string> files;
@@ -59,22 +57,20 @@ struct SymbolFold {
 /// A symbol as a file's name: what a path or a shell could take for something else is written as %XX.
 std::string FileNameOf(std::string_view a_symbol)
 {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     std::string name;
     for (const char sign : a_symbol) {
         const auto byte = static_cast<unsigned char>(sign);
         const bool plain = (sign >= '0' && sign <= '9') || (sign >= 'A' && sign <= 'Z') ||
                            (sign >= 'a' && sign <= 'z') || sign == '-' || sign == '_' ||
                            (sign == '.' && !name.empty()) || byte >= 0x80;
-        if (plain) {
-            name += sign;
-            continue;
-        }
-        name += '%';
-        name += digits[byte >> 4U];
-        name += digits[byte & 0xFU];
+        name += plain ? std::string(1, sign) : fmt::format("%{:02X}", byte);
     }
     return name;
+}
+
+std::string OutputPath(const std::string& a_folder, const std::string& a_name, EOutputFormat a_format)
+{
+    return (std::filesystem::path(a_folder) / (a_name + std::string(OutputExtension(a_format)))).string();
 }
 
 void MakeFolder(const std::string& a_path)
@@ -262,9 +258,7 @@ void CandlesRun::FinishSymbols(const std::vector<std::string>& a_symbols)
         if (!fold.folder)
             continue;
         if (split)
-            Open(layout, (std::filesystem::path(m_options.splitFolder) /
-                          (FileNameOf(a_symbols[symbol]) + std::string(OutputExtension(m_options.format))))
-                             .string());
+            Open(layout, OutputPath(m_options.splitFolder, FileNameOf(a_symbols[symbol]), m_options.format));
         fold.folder->Fold(fold.rows, true, m_candles);
         m_writer->Write(fold.candles, a_symbols[symbol]);
         m_writer->Write(m_candles, a_symbols[symbol]);
@@ -309,10 +303,8 @@ int RunEachFile(const CandlesOptions& a_options, ToolContext& a_context)
         jobs[place].file = a_options.files[place];
         if (jobs[place].file == "-")
             throw ToolError(EExitUsage, "--out-dir takes files, not standard input");
-        jobs[place].output = (std::filesystem::path(a_options.outFolder) /
-                              (std::filesystem::path(jobs[place].file).stem().string() +
-                               std::string(OutputExtension(a_options.format))))
-                                 .string();
+        jobs[place].output = OutputPath(
+            a_options.outFolder, std::filesystem::path(jobs[place].file).stem().string(), a_options.format);
         if (!outputs.insert(jobs[place].output).second)
             throw ToolError(EExitUsage, "--out-dir: two files would become " + jobs[place].output);
     }

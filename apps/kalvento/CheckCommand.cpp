@@ -7,7 +7,6 @@
 #include "kalvento/OutputTarget.h"
 #include "kalvento/ReadNotes.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/Tool.h"
 #include "series/VectorTimeTester.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
@@ -30,7 +29,6 @@ struct CheckOptions {
     std::optional<NDateTime> day;
 };
 
-constexpr std::size_t S_rowsAtOnce = 8192;
 constexpr std::int64_t S_daySeconds = 86400;
 
 /// The answers of a check, printed as they come.
@@ -39,6 +37,11 @@ public:
     explicit Report(ToolContext& a_context) : m_target("", a_context) {}
 
     void Title(const std::string& a_text) { m_target.Write(a_text + "\n"); }
+    /// a_fault: empty where there is none.
+    void Answer(std::string_view a_question, const std::optional<std::string>& a_fault)
+    {
+        Answer(a_question, !a_fault, a_fault.value_or(""));
+    }
     void Answer(std::string_view a_question, bool a_good, const std::string& a_text)
     {
         std::string line = a_good ? "  ok   " : "  BAD  ";
@@ -126,8 +129,7 @@ int CheckBlock(const CheckOptions& a_options, ToolContext& a_context)
     // What was missing reads as zero, about which there is nothing to say.
     if (block.endsEarly)
         return report.Finish();
-    const auto badColumn = FindBadColumn(set);
-    report.Answer("order of columns", !badColumn, badColumn.value_or(""));
+    report.Answer("order of columns", FindBadColumn(set));
     {
         const LogCollector log;
         const bool good = set.IsValid();
@@ -139,10 +141,8 @@ int CheckBlock(const CheckOptions& a_options, ToolContext& a_context)
             VectorTimeTester::CheckIntegrity(set.TimeSeries(), a_options.day ? &*a_options.day : nullptr);
         const auto place = FindBadTime(block);
         report.Answer("CheckIntegrity", good && !place, Reason(log.GetText(), place.value_or("")));
-        if (good && !place) {
-            const auto equal = FindEqualTime(block);
-            report.Answer("times strictly rising", !equal, equal.value_or(""));
-        }
+        if (good && !place)
+            report.Answer("times strictly rising", FindEqualTime(block));
     }
     return report.Finish();
 }
@@ -154,7 +154,7 @@ int CheckText(const CheckOptions& a_options, ToolContext& a_context)
     RowBlock block;
     std::optional<NDateTime> first;
     NDateTime last;
-    while (reader.Read(block, S_rowsAtOnce)) {
+    while (reader.Read(block, S_blockRows)) {
         if (!first)
             first = block.times.front();
         last = block.times[block.rows - 1];
@@ -186,6 +186,18 @@ int CheckText(const CheckOptions& a_options, ToolContext& a_context)
     return report.Finish();
 }
 
+constexpr const char* S_help =
+    R"(Tells whether a series block or a text file of rows is sound, and where the first fault lies. A block is judged as
+the library judges it (DataSeriesSet::IsValid, VectorTimeTester::CheckIntegrity), its length and the order of
+its columns beside that; of a text every line must be readable and no time may fall.
+Ends with 0 for a sound file and with 3 for any other.
+
+Examples:
+  kalvento check trades.block --day 2024-01-02
+  kalvento check trades.csv && kalvento candles trades.csv --interval 1min
+
+)";
+
 } // namespace
 
 void AddCheckCommand(Command a_app, ToolContext& a_context)
@@ -203,17 +215,7 @@ void AddCheckCommand(Command a_app, ToolContext& a_context)
             "The rows must begin and end on this day")
         .TypeName("DAY");
     AddReadOptions(command, options->read);
-    command.SetFooter(
-        "Tells whether a series block or a text file of rows is sound, and where the first fault lies. A "
-        "block is judged as\n"
-        "the library judges it (DataSeriesSet::IsValid, VectorTimeTester::CheckIntegrity), its length and "
-        "the order of\n"
-        "its columns beside that; of a text every line must be readable and no time may fall.\n"
-        "Ends with 0 for a sound file and with 3 for any other.\n\n"
-        "Examples:\n"
-        "  kalvento check trades.block --day 2024-01-02\n"
-        "  kalvento check trades.csv && kalvento candles trades.csv --interval 1min\n\n" +
-        ExitCodesHelp());
+    command.SetFooter(S_help + ExitCodesHelp());
     command.OnRun([options, &a_context] {
         a_context.exitCode =
             IsBlockFile(options->input) ? CheckBlock(*options, a_context) : CheckText(*options, a_context);

@@ -3,10 +3,15 @@
 #include "kalvento/CommandLine.h"
 #include "kalvento/ToolContext.h"
 
+#include <string>
+
 /// One function a command. Each adds its subcommand to the program with options, help and examples; the context must
 /// outlive the parse, for the command runs from within it. A command raises ToolError to fail, or sets
 /// ToolContext::exitCode.
 namespace kalvento::tool {
+
+/// Two lines of the exit codes, for the end of every help page.
+std::string ExitCodesHelp();
 
 /// `kalvento adjust`: corrects a history by the instrument's corporate operations.
 void AddAdjustCommand(Command a_app, ToolContext& a_context);

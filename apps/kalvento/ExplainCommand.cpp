@@ -7,7 +7,6 @@
 #include "kalvento/ReadNotes.h"
 #include "kalvento/RowFolding.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/Tool.h"
 #include "kalvento/WordFault.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
@@ -54,13 +53,8 @@ struct Rows {
 
 NDateTime AtClock(const NDateTime& a_day, const NDateTime& a_clock)
 {
-    return {a_day.GetYear(),
-            a_day.GetMonth(),
-            a_day.GetDay(),
-            a_clock.GetHour(),
-            a_clock.GetMinute(),
-            a_clock.GetSecond(),
-            0};
+    return NDateTime(a_day.GetYear(), a_day.GetMonth(), a_day.GetDay(), a_clock.GetHour(),
+                     a_clock.GetMinute(), a_clock.GetSecond(), 0);
 }
 
 /// The place of the symbol asked for among those of the input.
@@ -326,14 +320,13 @@ std::string ExplainRun::RowTable(const Explanation::Span& a_span) const
     const std::size_t count = a_span.end - a_span.begin;
     const std::size_t head = count <= m_options.rows ? count : (m_options.rows + 1) / 2;
     const std::size_t tail = count <= m_options.rows ? 0 : m_options.rows / 2;
-    for (std::size_t place = 0; place < count; ++place) {
-        if (place == head && count > head + tail) {
+    for (std::size_t row = a_span.begin; row < a_span.end; ++row) {
+        if (row == a_span.begin + head) {
             table.Add({"...", ShownCount(count - head - tail) + " more"});
-            place = count - tail;
+            row = a_span.end - tail;
         }
-        if (place >= count)
+        if (row == a_span.end)
             break;
-        const std::size_t row = a_span.begin + place;
         std::vector<std::string> cells{std::to_string(m_rows.sources[row].origin),
                                        ShownTimeWithCounter(TimeOfRow(row))};
         for (const auto& [series, values] : m_rows.series)
@@ -415,6 +408,17 @@ std::string ExplainRun::Json(const Told& a_told) const
     return boost::json::serialize(object) + '\n';
 }
 
+constexpr const char* S_help =
+    R"(Shows the rows of one candle, the row that each value comes from, the window, and the rows that were refused and why.
+Lines that can't be read are set aside unless --bad-lines stop is given. Ends with 5 where no candle is.
+
+Examples:
+  kalvento explain trades.csv --interval 5min --at 10:05
+  kalvento explain trades.csv -i 1h --at "2024-01-02 10:00" --rows 100
+  kalvento explain stocks.csv -i 1min --at 16:00 --symbol-column symbol --symbol TSLA -f json
+
+)";
+
 } // namespace
 
 void AddExplainCommand(Command a_app, ToolContext& a_context)
@@ -449,17 +453,7 @@ void AddExplainCommand(Command a_app, ToolContext& a_context)
     // Lines that can't be read are part of the answer, not its end.
     options->read.badLines = EBadLinesReject;
     AddReadOptions(command, options->read);
-    command.SetFooter(
-        "Shows the rows of one candle, the row that each value comes from, the window, and the rows "
-        "that were refused and why.\n"
-        "Lines that can't be read are set aside unless --bad-lines stop is given. Ends with 5 where "
-        "no candle is.\n\n"
-        "Examples:\n"
-        "  kalvento explain trades.csv --interval 5min --at 10:05\n"
-        "  kalvento explain trades.csv -i 1h --at \"2024-01-02 10:00\" --rows 100\n"
-        "  kalvento explain stocks.csv -i 1min --at 16:00 --symbol-column symbol --symbol TSLA -f "
-        "json\n\n" +
-        ExitCodesHelp());
+    command.SetFooter(S_help + ExitCodesHelp());
     command.OnRun([options, &a_context] { ExplainRun(*options, a_context).Run(); });
 }
 

@@ -2,7 +2,6 @@
 #include "kalvento/Commands.h"
 #include "kalvento/OptionValues.h"
 #include "kalvento/SessionGenerator.h"
-#include "kalvento/Tool.h"
 #include "time/DateTimeTools.h"
 
 #include <fmt/compile.h>

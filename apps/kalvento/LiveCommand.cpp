@@ -7,7 +7,6 @@
 #include "kalvento/OutputTarget.h"
 #include "kalvento/ReadNotes.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/Tool.h"
 #include "platform/Interruption.h"
 #include "series/Series.h"
 #include "text_rows/IntervalNotation.h"
@@ -30,8 +29,6 @@
 namespace kalvento::tool {
 
 namespace {
-
-constexpr std::size_t S_rowsAtOnce = 8192;
 
 enum ELiveFormat : std::uint8_t { ELiveText, ELiveCsv, ELiveJsonl };
 
@@ -285,7 +282,7 @@ void LiveRun::TakeRows(bool a_isLast)
             return;
         OpenReader();
     }
-    while (m_reader->Read(m_block, S_rowsAtOnce)) {
+    while (m_reader->Read(m_block, S_blockRows)) {
         if (!m_caughtUp)
             FoldPiece();
         for (std::size_t row = 0; m_caughtUp && row < m_block.rows; ++row)
@@ -413,6 +410,19 @@ void LiveRun::Print(bool a_isNew, Instrument& a_instrument, Record& a_candle)
     m_writer->Print(a_isNew, a_instrument.symbol, a_candle);
 }
 
+constexpr const char* S_help =
+    R"(Folds the ticks that a file holds, keeps its last candle open, and goes on with what is appended to the file (or
+comes through standard input): one line for each change. `changed` replaces the last candle, `new` begins one.
+A half-written last line waits for its end; a file that is cut or replaced is read from its start again.
+Ctrl-C ends.
+
+Examples:
+  kalvento live trades.csv --interval 1min
+  kalvento live trades.csv -i 5min --history 10 --format jsonl
+  feed | kalvento live - --interval 10s --format csv --idle-exit 60
+
+)";
+
 } // namespace
 
 void AddLiveCommand(Command a_app, ToolContext& a_context)
@@ -451,18 +461,7 @@ void AddLiveCommand(Command a_app, ToolContext& a_context)
         .Between(0, 100000000)
         .TypeName("SECONDS");
     AddReadOptions(command, options->read);
-    command.SetFooter("Folds the ticks that a file holds, keeps its last candle open, and goes on with "
-                      "what is appended to the file (or\n"
-                      "comes through standard input): one line for each change. `changed` replaces the "
-                      "last candle, `new` begins one.\n"
-                      "A half-written last line waits for its end; a file that is cut or replaced is read "
-                      "from its start again.\n"
-                      "Ctrl-C ends.\n\n"
-                      "Examples:\n"
-                      "  kalvento live trades.csv --interval 1min\n"
-                      "  kalvento live trades.csv -i 5min --history 10 --format jsonl\n"
-                      "  feed | kalvento live - --interval 10s --format csv --idle-exit 60\n\n" +
-                      ExitCodesHelp());
+    command.SetFooter(S_help + ExitCodesHelp());
     options->read.growing = true;
     command.OnRun([options, &a_context] { LiveRun(*options, a_context).Run(); });
 }

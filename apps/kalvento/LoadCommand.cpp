@@ -6,7 +6,6 @@
 #include "kalvento/ReadNotes.h"
 #include "kalvento/ReportCounts.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/Tool.h"
 #include "kalvento/WordFault.h"
 #include "platform/CodePage.h"
 #include "provider_kit/StoreProvider.h"
@@ -20,6 +19,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -33,7 +33,6 @@ namespace kalvento::tool {
 
 namespace {
 
-constexpr std::size_t S_blockRows = 8192;
 // Rows of one transaction: enough to spread its cost, and few enough that readers see a long load grow, about once a
 // second.
 constexpr std::size_t S_rowsAtOnce = 200'000;
@@ -88,12 +87,12 @@ public:
         }
     }
 
-    /// a_action(SqlWriter&); SqlConflict comes through.
-    template<class Action>
-    auto Ask(Action a_action)
+    /// What that operation of the writer answers; SqlConflict comes through.
+    template<class Operation, class... Arguments>
+    auto Ask(Operation a_operation, const Arguments&... a_arguments)
     {
         try {
-            return a_action(*m_writer);
+            return std::invoke(a_operation, *m_writer, a_arguments...);
         } catch (const SqlConflict&) {
             throw;
         } catch (const std::exception& failure) {
@@ -143,11 +142,9 @@ public:
         try {
             if (!m_position) {
                 CreateOrCompare(history);
-                m_position =
-                    m_database.Ask([&](SqlWriter& a_writer) { return a_writer.FindRow(m_isin, first); });
+                m_position = m_database.Ask(&SqlWriter::FindRow, m_isin, first);
             }
-            const auto appended = m_database.Ask(
-                [&](SqlWriter& a_writer) { return a_writer.AppendRows(m_isin, *m_position, history); });
+            const auto appended = m_database.Ask(&SqlWriter::AppendRows, m_isin, *m_position, history);
             *m_position += rows;
             a_tally.added += appended.added;
             a_tally.there += rows - appended.added;
@@ -177,9 +174,7 @@ private:
     // What somebody has said about an instrument that is there, its names and groups, stays as it is.
     void CreateOrCompare(const History& a_rows)
     {
-        const auto there =
-            m_database.Ask([&](SqlWriter& a_writer) { return a_writer.FindInstrument(m_isin); });
-        if (there)
+        if (const auto there = m_database.Ask(&SqlWriter::FindInstrument, m_isin))
             return Compare(*there);
         StoreInstrument instrument;
         instrument.isin = m_isin;
@@ -196,7 +191,7 @@ private:
                 for (const double price : column)
                     decimals = std::max(decimals, DecimalsOf(price));
         SetDecimals(instrument.series, decimals);
-        m_database.Ask([&](SqlWriter& a_writer) { a_writer.CreateInstrument(instrument); });
+        m_database.Ask(&SqlWriter::CreateInstrument, instrument);
     }
 
     void Compare(const StoreInstrument& a_there) const

@@ -4,12 +4,16 @@
 #include "text_rows/ByteSource.h"
 #include "text_rows/GrowingSource.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace kalvento::tool {
+
+/// Rows that are read at once: they lie in the second cache of a core until they are worked on.
+inline constexpr std::size_t S_blockRows = 8192;
 
 // A path, or "-" for the context's input, which then outlives the source. They raise RowsFault.
 

@@ -3,7 +3,6 @@
 #include "kalvento/OutputOptions.h"
 #include "kalvento/OutputTarget.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/Tool.h"
 
 #include "history_operations/OperationsText.h"
 

@@ -7,7 +7,6 @@
 #include "kalvento/Progress.h"
 #include "kalvento/ReadNotes.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/Tool.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
@@ -315,6 +314,18 @@ void RunProve(const ProveOptions& a_options, ToolContext& a_context)
     writer.Finish();
 }
 
+constexpr const char* S_help =
+    R"(Folds the ticks in one go, row by row as live rows come, and with live rows taking over from a history and from a
+synchronization at chosen rows, and compares the candles bit for bit: times with their counters, and every column.
+Prints `identical` with what was compared, or the first difference with the rule behind it, and ends with 5 then.
+
+Examples:
+  kalvento prove trades.csv --interval 5min
+  kalvento prove trades.csv -i 1min -i 1h -i 1d --samples 5000
+  kalvento prove stocks.csv -i 1min --symbol-column symbol --format jsonl
+
+)";
+
 } // namespace
 
 void AddProveCommand(Command a_app, ToolContext& a_context)
@@ -344,18 +355,7 @@ void AddProveCommand(Command a_app, ToolContext& a_context)
                          "text, or jsonl: one JSON object for each instrument and interval (default: text)")
         .TypeName("FORMAT");
     AddReadOptions(command, options->read);
-    command.SetFooter(
-        "Folds the ticks in one go, row by row as live rows come, and with live rows taking over "
-        "from a history and from a\n"
-        "synchronization at chosen rows, and compares the candles bit for bit: times with their "
-        "counters, and every column.\n"
-        "Prints `identical` with what was compared, or the first difference with the rule behind "
-        "it, and ends with 5 then.\n\n"
-        "Examples:\n"
-        "  kalvento prove trades.csv --interval 5min\n"
-        "  kalvento prove trades.csv -i 1min -i 1h -i 1d --samples 5000\n"
-        "  kalvento prove stocks.csv -i 1min --symbol-column symbol --format jsonl\n\n" +
-        ExitCodesHelp());
+    command.SetFooter(S_help + ExitCodesHelp());
     command.OnRun([options, &a_context] { RunProve(*options, a_context); });
 }
 

@@ -1,7 +1,6 @@
 #include "kalvento/Commands.h"
 #include "kalvento/OutputTarget.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/Tool.h"
 #include "platform/CodePage.h"
 #include "series/Series.h"
 #include "series/SeriesTable.h"
@@ -108,6 +107,17 @@ std::string JsonlText()
     return text;
 }
 
+constexpr const char* S_help =
+    R"(Lists the series that rows may hold: the number that stands in stored blocks, the key by which other programs
+name a series, the English name that heads a column, the Polish label that a user sees, the group, the way in
+which the series folds into a candle unless told otherwise, and the decimal places with which it is shown.
+
+Examples:
+  kalvento series
+  kalvento series --format csv | grep ',volume,'
+
+)";
+
 } // namespace
 
 void AddSeriesCommand(Command a_app, ToolContext& a_context)
@@ -117,16 +127,7 @@ void AddSeriesCommand(Command a_app, ToolContext& a_context)
     command.AddOption("-f,--format", *format, "table, csv, or jsonl: one JSON object a line")
         .OneOf({"table", "csv", "jsonl"})
         .ShowDefault();
-    command.SetFooter("Lists the series that rows may hold: the number that stands in stored blocks, the "
-                      "key by which other programs\n"
-                      "name a series, the English name that heads a column, the Polish label that a user "
-                      "sees, the group, the way in\n"
-                      "which the series folds into a candle unless told otherwise, and the decimal places "
-                      "with which it is shown.\n\n"
-                      "Examples:\n"
-                      "  kalvento series\n"
-                      "  kalvento series --format csv | grep ',volume,'\n\n" +
-                      ExitCodesHelp());
+    command.SetFooter(S_help + ExitCodesHelp());
     command.OnRun([format, &a_context] {
         OutputTarget target("", a_context);
         target.Write(*format == "csv" ? CsvText() : *format == "jsonl" ? JsonlText() : TableText());

@@ -2,7 +2,6 @@
 #include "kalvento/Commands.h"
 #include "kalvento/OutputTarget.h"
 #include "kalvento/TextForms.h"
-#include "kalvento/Tool.h"
 #include "platform/CodePage.h"
 #include "series/Series.h"
 #include "text_rows/IntervalNotation.h"
@@ -156,6 +155,17 @@ void RunShow(const ShowOptions& a_options, ToolContext& a_context)
         throw ToolError(EExitBadData, block.name + ": the block is not valid" + advice);
 }
 
+constexpr const char* S_help =
+    R"(Shows what a binary series block holds: its interval, its columns, its first and last rows. `#7` behind
+a time is the ordering counter, which tells rows of one second apart.
+
+Examples:
+  kalvento show trades.block
+  kalvento show trades.block --all | less
+  kalvento show candles.block --format csv > candles.csv
+
+)";
+
 } // namespace
 
 void AddShowCommand(Command a_app, ToolContext& a_context)
@@ -168,14 +178,7 @@ void AddShowCommand(Command a_app, ToolContext& a_context)
     command.AddOption("-f,--format", options->format, "text, or csv: all rows and nothing else")
         .OneOf({"text", "csv"})
         .ShowDefault();
-    command.SetFooter("Shows what a binary series block holds: its interval, its columns, its first and "
-                      "last rows. `#7` behind\n"
-                      "a time is the ordering counter, which tells rows of one second apart.\n\n"
-                      "Examples:\n"
-                      "  kalvento show trades.block\n"
-                      "  kalvento show trades.block --all | less\n"
-                      "  kalvento show candles.block --format csv > candles.csv\n\n" +
-                      ExitCodesHelp());
+    command.SetFooter(S_help + ExitCodesHelp());
     command.OnRun([options, &a_context] { RunShow(*options, a_context); });
 }
 

@@ -11,7 +11,4 @@ namespace kalvento::tool {
 /// those behind the program's name. Nothing is thrown: every failure becomes a line on a_context.err and an exit code.
 int RunTool(const std::vector<std::string>& a_arguments, ToolContext& a_context);
 
-/// Two lines of the exit codes, for the end of every help page.
-std::string ExitCodesHelp();
-
 } // namespace kalvento::tool

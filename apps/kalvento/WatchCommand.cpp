@@ -19,6 +19,8 @@
 #include "text_rows/TimeText.h"
 #include "velo/Log.h"
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -26,6 +28,7 @@
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -194,8 +197,7 @@ std::shared_ptr<Asset> FindAsset(const std::vector<ProviderBase*>& a_providers, 
 std::size_t Distance(const std::string& a_left, const std::string& a_right)
 {
     std::vector<std::size_t> costs(a_right.size() + 1);
-    for (std::size_t column = 0; column < costs.size(); ++column)
-        costs[column] = column;
+    std::iota(costs.begin(), costs.end(), std::size_t{0});
     for (std::size_t row = 1; row <= a_left.size(); ++row) {
         std::size_t diagonal = std::exchange(costs[0], row);
         for (std::size_t column = 1; column < costs.size(); ++column) {
@@ -210,9 +212,8 @@ std::size_t Distance(const std::string& a_left, const std::string& a_right)
 /// What the provider's status field tells, in one line.
 std::string StatusText(const ProviderBase& a_provider)
 {
-    std::string text;
-    for (const char letter : CodePage::WideToUtf8(a_provider.GetStatusToolTip()))
-        text += letter == '\n' ? std::string("; ") : std::string(1, letter);
+    const std::string text =
+        boost::replace_all_copy(CodePage::WideToUtf8(a_provider.GetStatusToolTip()), "\n", "; ");
     return text.empty() ? CodePage::WideToUtf8(a_provider.GetName() + L": " + a_provider.GetStatusLabel())
                         : text;
 }
