@@ -9,6 +9,7 @@
 #include "series/Synchronization.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <utility>
 
@@ -43,24 +44,13 @@ SubscriptionSteps::EStep SubscriptionSteps::Step(Served& a_served)
 {
     if (a_served.IsOver())
         return EStepDone;
-    switch (a_served.stage) {
-    case Served::EBegin:
-        return Begin(a_served);
-    case Served::ESession:
-        return MakeSession(a_served);
-    case Served::EOperations:
-        return TellOperations(a_served);
-    case Served::EPlaces:
-        return FindPlaces(a_served);
-    case Served::EHistory:
-        return TellHistory(a_served);
-    case Served::ESynchronize:
-        return Synchronize(a_served);
-    case Served::ECatchUp:
-        return CatchUp(a_served);
-    case Served::ELive:
-        break;
-    }
+    // In the order of Served::EStage.
+    static constexpr std::array<EStep (SubscriptionSteps::*)(Served&), Served::ELive> S_steps = {
+        &SubscriptionSteps::Begin,      &SubscriptionSteps::MakeSession, &SubscriptionSteps::TellOperations,
+        &SubscriptionSteps::FindPlaces, &SubscriptionSteps::TellHistory, &SubscriptionSteps::Synchronize,
+        &SubscriptionSteps::CatchUp};
+    if (a_served.stage < Served::ELive)
+        return (this->*S_steps[a_served.stage])(a_served);
     return EStepDone;
 }
 
