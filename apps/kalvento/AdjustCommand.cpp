@@ -6,7 +6,6 @@
 #include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
 #include "kalvento/ReadNotes.h"
-#include "kalvento/ReportCounts.h"
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowWriter.h"
 #include "text_rows/RowReader.h"
@@ -50,8 +49,7 @@ void RunAdjust(const AdjustOptions& a_options, ToolContext& a_context)
     }
     writer->Finish();
     target.Commit();
-    notes.Commit();
-    ReportCounts(reader.GetCounts(), a_context);
+    notes.Finish(reader.GetCounts());
 }
 
 constexpr const char* S_help =

@@ -6,7 +6,6 @@
 #include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
 #include "kalvento/ReadNotes.h"
-#include "kalvento/ReportCounts.h"
 #include "kalvento/RowAdjuster.h"
 #include "kalvento/RowFolding.h"
 #include "kalvento/RowWriter.h"
@@ -155,8 +154,7 @@ void CandlesRun::Run()
         m_writer->Write(m_candles, {});
         Close();
     }
-    notes.Commit();
-    ReportCounts(m_counts, m_context);
+    notes.Finish(m_counts);
 }
 
 void CandlesRun::Start(const RowReader& a_reader, const std::string& a_file)

@@ -4,7 +4,6 @@
 #include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
 #include "kalvento/ReadNotes.h"
-#include "kalvento/ReportCounts.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/WordFault.h"
 #include "platform/CodePage.h"
@@ -258,8 +257,7 @@ void LoadRun::Run()
         throw;
     }
     m_progress.reset();
-    m_notes->Commit();
-    ReportCounts(m_counts, m_context);
+    m_notes->Finish(m_counts);
     PrintTallies();
 }
 

@@ -26,10 +26,22 @@ ReadHooks ReadNotes::HooksFor(const ByteSource& a_input) const
     return hooks;
 }
 
-void ReadNotes::Commit()
+void ReadNotes::Finish(const RowCounts& a_counts)
 {
     if (m_rejects)
         m_rejects->Commit();
+    if (m_context.quiet)
+        return;
+    const auto note = [this](std::uint64_t a_count, const char* a_text) {
+        if (a_count > 0)
+            m_context.err << "kalvento: " << a_count << ' ' << a_text << '\n';
+    };
+    note(a_counts.bad, "lines set aside that could not be read");
+    note(a_counts.dropped, "rows left out, their times not later than the ones before");
+    note(a_counts.raised, "rows with falling times moved up behind the ones before");
+    if (a_counts.rows == 0)
+        m_context.err << "kalvento: no rows" << (a_counts.outside > 0 ? " between --from and --to" : "")
+                      << '\n';
 }
 
 } // namespace kalvento::tool

@@ -2,6 +2,7 @@
 
 #include "kalvento/OutputTarget.h"
 #include "text_rows/ReadHooks.h"
+#include "text_rows/RowCounts.h"
 
 #include <memory>
 #include <string>
@@ -20,8 +21,9 @@ public:
 
     /// For a reader of that input. The context outlives them; so do these notes where there is a file.
     ReadHooks HooksFor(const ByteSource& a_input) const;
-    /// Puts the file in its place, if there is one.
-    void Commit();
+    /// Puts the file in its place, if there is one, and notes rows that were set aside, left out or moved, and that there
+    /// were none.
+    void Finish(const RowCounts& a_counts);
 
 private:
     ToolContext& m_context;

@@ -162,7 +162,7 @@ void SessionGenerator::OpenSession()
     m_busy = static_cast<std::uint32_t>(4 * rows / S_continuousSeconds + 2);
     m_second = 0;
     m_leftInSecond = m_perSecond[0];
-    m_phase = EOpeningAuction;
+    m_sinceClose = 0;
     m_auctionPrice = Fair();
 }
 
@@ -216,61 +216,44 @@ std::int64_t SessionGenerator::TradeVolume()
 
 bool SessionGenerator::Next(GeneratedTrade& a_trade)
 {
-    for (;;) {
-        switch (m_phase) {
-        case EOpeningAuction:
-            if (m_opening == 0) {
-                m_phase = EContinuous;
-                continue;
-            }
-            --m_opening;
-            a_trade = {m_day, S_open, m_auctionPrice, TradeVolume() * 4};
-            return true;
-        case EContinuous:
-            while (m_leftInSecond == 0) {
-                if (++m_second == S_continuousSeconds) {
-                    m_phase = EClosingAuction;
-                    m_auctionPrice = Fair();
-                    break;
-                }
-                m_leftInSecond = m_perSecond[m_second];
-                // A second that is busy for its session moves the price more than a quiet one.
-                MovePrice(m_leftInSecond > m_busy ? 2 : 1);
-            }
-            if (m_phase != EContinuous)
-                continue;
-            --m_leftInSecond;
-            a_trade = {m_day, S_open + m_second, TradePrice(), TradeVolume()};
-            return true;
-        case EClosingAuction:
-            if (m_closing == 0) {
-                m_phase = EAfterClose;
-                m_second = 0;
-                continue;
-            }
-            --m_closing;
-            a_trade = {m_day, S_close, m_auctionPrice, TradeVolume() * 8};
-            return true;
-        case EAfterClose:
-            if (m_afterClose > 0) {
-                // A uniform step within the time left for each of the trades left keeps the order.
-                const auto room = (S_afterCloseSeconds - 1 - m_second) / m_afterClose;
-                m_second += static_cast<std::uint32_t>(Below(room + 1));
-                --m_afterClose;
-                a_trade = {m_day, S_close + m_second, m_auctionPrice, TradeVolume()};
-                return true;
-            }
-            if (++m_session == m_rowsOf.size()) {
-                m_phase = EFinished;
-                continue;
-            }
-            m_day = SkipWeekend(m_day + std::chrono::days(1));
-            OpenSession();
-            continue;
-        case EFinished:
-            return false;
-        }
+    if (m_opening > 0) {
+        --m_opening;
+        a_trade = {m_day, S_open, m_auctionPrice, TradeVolume() * 4};
+        return true;
     }
+    while (m_leftInSecond == 0 && m_second < S_continuousSeconds) {
+        if (++m_second == S_continuousSeconds) {
+            m_auctionPrice = Fair();
+            break;
+        }
+        m_leftInSecond = m_perSecond[m_second];
+        // A second that is busy for its session moves the price more than a quiet one.
+        MovePrice(m_leftInSecond > m_busy ? 2 : 1);
+    }
+    if (m_leftInSecond > 0) {
+        --m_leftInSecond;
+        a_trade = {m_day, S_open + m_second, TradePrice(), TradeVolume()};
+        return true;
+    }
+    if (m_closing > 0) {
+        --m_closing;
+        a_trade = {m_day, S_close, m_auctionPrice, TradeVolume() * 8};
+        return true;
+    }
+    if (m_afterClose > 0) {
+        // A uniform step within the time left for each of the trades left keeps the order.
+        const auto room = (S_afterCloseSeconds - 1 - m_sinceClose) / m_afterClose;
+        m_sinceClose += static_cast<std::uint32_t>(Below(room + 1));
+        --m_afterClose;
+        a_trade = {m_day, S_close + m_sinceClose, m_auctionPrice, TradeVolume()};
+        return true;
+    }
+    if (m_session + 1 == m_rowsOf.size())
+        return false;
+    ++m_session;
+    m_day = SkipWeekend(m_day + std::chrono::days(1));
+    OpenSession(); // with one trade in its opening at least
+    return Next(a_trade);
 }
 
 } // namespace kalvento::tool

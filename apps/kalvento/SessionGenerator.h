@@ -59,8 +59,6 @@ public:
     bool Next(GeneratedTrade& a_trade);
 
 private:
-    enum EPhase : std::uint8_t { EOpeningAuction, EContinuous, EClosingAuction, EAfterClose, EFinished };
-
     std::uint64_t Random();
     std::uint64_t Below(std::uint64_t a_limit) { return (Random() >> 32U) * a_limit >> 32U; }
     std::int64_t Bell();
@@ -79,14 +77,14 @@ private:
     std::vector<std::uint64_t> m_rowsOf; // by session
     std::size_t m_session = 0;
     std::chrono::sys_days m_day;
-    EPhase m_phase = EFinished;
-    std::uint64_t m_opening = 0; // rows left of each phase
+    std::uint64_t m_opening = 0; // rows left of each phase, but for continuous trading
     std::uint64_t m_closing = 0;
     std::uint64_t m_afterClose = 0;
     std::vector<std::uint32_t> m_perSecond; // trades of each second of continuous trading
     std::uint32_t m_second = 0;             // of continuous trading, from its begin
     std::uint32_t m_busy = 0;               // more trades than this make a busy second
     std::uint32_t m_leftInSecond = 0;
+    std::uint32_t m_sinceClose = 0; // second of the last trade after the close
     std::int64_t m_greatestFair = 0;
     std::int64_t m_fair = 0; // price in ticks, with S_fairShift binary places
     std::int64_t m_auctionPrice = 0;

@@ -5,11 +5,13 @@
 #include <boost/json/serialize.hpp>
 #include <boost/json/string.hpp>
 #include <boost/json/value.hpp>
+#include <fmt/compile.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace kalvento::tool {
@@ -32,33 +34,16 @@ std::size_t Decimals(std::string_view a_number)
     return point == std::string_view::npos ? 0 : a_number.size() - point - 1;
 }
 
-void AppendDigits(std::string& a_text, unsigned long a_number, int a_width)
-{
-    std::array<char, 8> digits{};
-    for (int place = a_width - 1; place >= 0; --place) {
-        digits[static_cast<std::size_t>(place)] = static_cast<char>('0' + a_number % 10);
-        a_number /= 10;
-    }
-    a_text.append(digits.data(), static_cast<std::size_t>(a_width));
-}
-
 } // namespace
 
 void AppendTime(std::string& a_text, const NDateTime& a_time, bool a_dateOnly, char a_between)
 {
-    AppendDigits(a_text, a_time.GetYear(), 4);
-    a_text += '-';
-    AppendDigits(a_text, a_time.GetMonth(), 2);
-    a_text += '-';
-    AppendDigits(a_text, a_time.GetDay(), 2);
-    if (a_dateOnly)
-        return;
-    a_text += a_between;
-    AppendDigits(a_text, a_time.GetHour(), 2);
-    a_text += ':';
-    AppendDigits(a_text, a_time.GetMinute(), 2);
-    a_text += ':';
-    AppendDigits(a_text, a_time.GetSecond(), 2);
+    const auto out = std::back_inserter(a_text);
+    fmt::format_to(out, FMT_COMPILE("{:04}-{:02}-{:02}"), a_time.GetYear(), a_time.GetMonth(),
+                   a_time.GetDay());
+    if (!a_dateOnly)
+        fmt::format_to(out, FMT_COMPILE("{}{:02}:{:02}:{:02}"), a_between, a_time.GetHour(),
+                       a_time.GetMinute(), a_time.GetSecond());
 }
 
 void AppendNumber(std::string& a_text, double a_value)

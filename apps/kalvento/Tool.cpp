@@ -27,18 +27,10 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
     Command app = line.GetProgram();
     app.AddFlag("--quiet,-q", a_context.quiet, "No notes and no progress on standard error; errors remain");
     app.SetFooter(ExitCodesHelp());
-    AddCandlesCommand(app, a_context);
-    AddAdjustCommand(app, a_context);
-    AddOperationsCommand(app, a_context);
-    AddCheckCommand(app, a_context);
-    AddExplainCommand(app, a_context);
-    AddGenerateCommand(app, a_context);
-    AddLiveCommand(app, a_context);
-    AddLoadCommand(app, a_context);
-    AddProveCommand(app, a_context);
-    AddSeriesCommand(app, a_context);
-    AddShowCommand(app, a_context);
-    AddWatchCommand(app, a_context);
+    for (const auto& add : {AddCandlesCommand, AddAdjustCommand, AddOperationsCommand, AddCheckCommand,
+                            AddExplainCommand, AddGenerateCommand, AddLiveCommand, AddLoadCommand,
+                            AddProveCommand, AddSeriesCommand, AddShowCommand, AddWatchCommand})
+        add(app, a_context);
 
     switch (line.Parse(std::move(a_arguments), a_context.out, a_context.err)) {
     case CommandLine::EParsed:
