@@ -19,8 +19,6 @@
 #include "text_rows/TimeText.h"
 #include "velo/Log.h"
 
-#include <boost/algorithm/string/replace.hpp>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -212,8 +210,9 @@ std::size_t Distance(const std::string& a_left, const std::string& a_right)
 /// What the provider's status field tells, in one line.
 std::string StatusText(const ProviderBase& a_provider)
 {
-    const std::string text =
-        boost::replace_all_copy(CodePage::WideToUtf8(a_provider.GetStatusToolTip()), "\n", "; ");
+    std::string text;
+    for (const char letter : CodePage::WideToUtf8(a_provider.GetStatusToolTip()))
+        text += letter == '\n' ? std::string("; ") : std::string(1, letter);
     return text.empty() ? CodePage::WideToUtf8(a_provider.GetName() + L": " + a_provider.GetStatusLabel())
                         : text;
 }
