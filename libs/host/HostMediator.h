@@ -46,7 +46,6 @@ public:
     std::optional<int> GetExitCode() const;
 
 protected:
-    IHostView& GetView() const { return m_view; }
     MainThreadExecutor& GetExecutor() const { return *m_executor; }
 
 private:

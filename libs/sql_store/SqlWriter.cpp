@@ -212,9 +212,9 @@ public:
             throw std::invalid_argument("Nie wskazano bazy"_cp1250);
     }
 
-    /// Runs a_change(transaction) and commits.
+    /// Runs a_change(transaction), commits and gives what it answered.
     template<class Change>
-    void Transact(Change a_change)
+    auto Transact(Change a_change)
     {
         try {
             if (!m_connection) {
@@ -222,8 +222,14 @@ public:
                 SqlSchema::Ensure(*m_connection);
             }
             pqxx::work transaction(*m_connection);
-            a_change(transaction);
-            transaction.commit();
+            if constexpr (std::is_void_v<std::invoke_result_t<Change, pqxx::work&>>) {
+                a_change(transaction);
+                transaction.commit();
+            } else {
+                auto answer = a_change(transaction);
+                transaction.commit();
+                return answer;
+            }
         } catch (const SqlConflict&) {
             throw;
         } catch (const pqxx::pqxx_exception& failure) {
@@ -276,25 +282,22 @@ void SqlWriter::CreateInstrument(const StoreInstrument& a_instrument)
 
 bool SqlWriter::RemoveInstrument(const std::string& a_isin)
 {
-    bool removed = false;
-    m_session->Transact([&](pqxx::work& a_transaction) {
+    return m_session->Transact([&](pqxx::work& a_transaction) {
         // The instrument first: it locks out those who append.
         const pqxx::result gone = a_transaction.exec_params(
             "DELETE FROM instruments WHERE isin = $1 RETURNING number", SqlRowForm::WriteBytes(a_isin));
-        removed = !gone.empty();
-        if (!removed)
-            return;
+        if (gone.empty())
+            return false;
         a_transaction.exec_params("DELETE FROM rows WHERE instrument = $1", gone[0][0].as<int>());
         TellInstrumentsChanged(a_transaction);
+        return true;
     });
-    return removed;
 }
 
 SqlWriter::Appended SqlWriter::AppendRows(const std::string& a_isin, std::uint64_t a_expectedPosition,
                                           const History& a_rows)
 {
-    Appended result{};
-    m_session->Transact([&](pqxx::work& a_transaction) {
+    return m_session->Transact([&](pqxx::work& a_transaction) {
         // Numbers come from the count of rows under the instrument's lock, not from a sequence. A sequence is given out
         // before the commit: the writer of number 7 may commit before that of number 6, a reader would go on behind 7,
         // and 6 would never be read; and a writer that fails would leave a hole for ever. Under the lock each
@@ -305,44 +308,36 @@ SqlWriter::Appended SqlWriter::AppendRows(const std::string& a_isin, std::uint64
         CheckRows(a_isin, a_rows, ReadSeriesIds(a_transaction, target.number), target);
         const std::size_t first = CheckRowsThere(a_transaction, target, a_expectedPosition, a_rows);
         const std::size_t added = a_rows.GetRecordsCount() - first;
-        result = {added, target.rowCount + added};
+        const Appended result{added, target.rowCount + added};
         if (added == 0)
-            return;
+            return result;
         CheckOrder(a_transaction, target, a_rows, first);
         CopyRows(a_transaction, target, a_rows, first);
         a_transaction.exec_params("UPDATE instruments SET row_count = $2 WHERE number = $1", target.number,
                                   result.count);
         TellRowsAdded(a_transaction, target.number);
+        return result;
     });
-    return result;
 }
 
 std::optional<StoreInstrument> SqlWriter::FindInstrument(const std::string& a_isin)
 {
-    std::optional<StoreInstrument> instrument;
-    m_session->Transact([&](pqxx::work& a_transaction) {
-        for (StoreInstrument& found : SqlQueries::ReadInstruments(a_transaction, a_isin))
-            instrument = std::move(found);
-    });
-    return instrument;
+    auto found = m_session->Transact(
+        [&](pqxx::work& a_transaction) { return SqlQueries::ReadInstruments(a_transaction, a_isin); });
+    return found.empty() ? std::nullopt : std::optional(std::move(found.back()));
 }
 
 std::uint64_t SqlWriter::FindRow(const std::string& a_isin, const NDateTime& a_time)
 {
-    std::uint64_t row = 0;
-    m_session->Transact(
-        [&](pqxx::work& a_transaction) { row = SqlQueries::FindRow(a_transaction, a_isin, a_time); });
-    return row;
+    return m_session->Transact(
+        [&](pqxx::work& a_transaction) { return SqlQueries::FindRow(a_transaction, a_isin, a_time); });
 }
 
 std::uint64_t SqlWriter::GetRowCount(const std::string& a_isin)
 {
-    std::uint64_t count = 0;
-    m_session->Transact([&](pqxx::work& a_transaction) {
-        if (const auto shape = SqlQueries::FindShape(a_transaction, a_isin))
-            count = shape->rowCount;
-    });
-    return count;
+    const auto shape = m_session->Transact(
+        [&](pqxx::work& a_transaction) { return SqlQueries::FindShape(a_transaction, a_isin); });
+    return shape ? shape->rowCount : 0;
 }
 
 void SqlWriter::SetOperations(const std::string& a_isin, const HistoryOperations& a_operations)
