@@ -87,21 +87,14 @@ void AppendUtf8(std::string& a_text, char32_t a_codePoint)
     const auto append = [&a_text](char32_t a_byte) {
         a_text += static_cast<char>(static_cast<unsigned char>(a_byte));
     };
-    if (a_codePoint < 0x80) {
-        append(a_codePoint);
-    } else if (a_codePoint < 0x800) {
-        append(0xC0U | (a_codePoint >> 6U));
-        append(0x80U | (a_codePoint & 0x3FU));
-    } else if (a_codePoint < 0x10000) {
-        append(0xE0U | (a_codePoint >> 12U));
-        append(0x80U | ((a_codePoint >> 6U) & 0x3FU));
-        append(0x80U | (a_codePoint & 0x3FU));
-    } else {
-        append(0xF0U | (a_codePoint >> 18U));
-        append(0x80U | ((a_codePoint >> 12U) & 0x3FU));
-        append(0x80U | ((a_codePoint >> 6U) & 0x3FU));
-        append(0x80U | (a_codePoint & 0x3FU));
-    }
+    // The lead byte says how many follow, each of which holds six bits.
+    constexpr std::array<char32_t, 4> leads = {0x00, 0xC0, 0xE0, 0xF0};
+    unsigned int following = 0;
+    for (const char32_t limit : {0x80U, 0x800U, 0x10000U})
+        following += a_codePoint >= limit ? 1 : 0;
+    append(leads[following] | (a_codePoint >> (6 * following)));
+    while (following-- > 0)
+        append(0x80U | ((a_codePoint >> (6 * following)) & 0x3FU));
 }
 
 char32_t WideOf(char a_byte)

@@ -59,19 +59,12 @@ std::optional<std::string> ReadFile(const std::filesystem::path& a_path, std::si
     std::string bytes;
     const auto hint = static_cast<std::size_t>(state.size);
     std::size_t filled = 0;
-    while (true) {
-        if (filled == bytes.size()) {
-            if (filled > a_mostBytes)
-                break;
+    for (std::size_t count = 1; count > 0 && filled <= a_mostBytes; filled += count) {
+        if (filled == bytes.size())
             bytes.resize(std::min(std::max({hint + 1, 2 * filled, std::size_t{4096}}), a_mostBytes + 1));
-        }
-        std::size_t count = 0;
         a_error = file.Read(bytes.data() + filled, bytes.size() - filled, count);
         if (a_error)
             return std::nullopt;
-        if (count == 0)
-            break;
-        filled += count;
     }
     if (filled > a_mostBytes) {
         a_error = std::make_error_code(std::errc::file_too_large);
