@@ -1,7 +1,5 @@
 #include "kalvento/AddReadOptions.h"
 
-#include "text_rows/ReadOptions.h"
-
 namespace kalvento::tool {
 
 namespace {

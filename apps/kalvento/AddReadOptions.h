@@ -1,9 +1,17 @@
 #pragma once
 
 #include "kalvento/CommandLine.h"
-#include "kalvento/InputOptions.h"
+#include "kalvento/ToolContext.h"
+#include "text_rows/ReadOptions.h"
+
+#include <string>
 
 namespace kalvento::tool {
+
+/// What the command line says about an input of rows.
+struct InputOptions : ReadOptions {
+    std::string rejectFile; ///< Where lines go that were set aside; empty: nowhere.
+};
 
 /// Adds the options that fill an InputOptions, which must outlive the parse.
 void AddReadOptions(const Command& a_command, InputOptions& a_options);

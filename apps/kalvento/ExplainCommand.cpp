@@ -271,12 +271,9 @@ void ExplainRun::ListRows(Told& a_told) const
 std::string ExplainRun::WhyNoCandle(const NDateTime& a_at) const
 {
     const std::vector<Explanation::Span>& candles = m_explanation->GetCandles();
+    const auto isBefore = [&](const Explanation::Span& a_span) { return TimeOfRow(a_span.begin) < a_at; };
     const auto behind =
-        static_cast<std::size_t>(std::partition_point(candles.begin(), candles.end(),
-                                                      [&](const Explanation::Span& a_span) {
-                                                          return TimeOfRow(a_span.begin) < a_at;
-                                                      }) -
-                                 candles.begin());
+        static_cast<std::size_t>(std::ranges::partition_point(candles, isBefore) - candles.begin());
     const std::string before = behind > 0 ? CandleText(behind - 1) : "";
     const std::string after = behind < candles.size() ? CandleText(behind) : "";
     const bool isClock = ParseClockText(m_options.at).has_value() && !m_options.day;

@@ -7,6 +7,7 @@
 #include <fmt/compile.h>
 
 #include <chrono>
+#include <cmath>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -84,9 +85,7 @@ void WriteBlock(SessionGenerator& a_generator, const GenerateOptions& a_options,
     times.reserve(a_options.market.rows);
     prices.reserve(a_options.market.rows);
     volumes.reserve(a_options.market.rows);
-    double unit = 1.0;
-    for (unsigned int place = 0; place < a_options.market.tickSize.scale; ++place)
-        unit *= 10.0;
+    const double unit = std::pow(10.0, a_options.market.tickSize.scale);
 
     GeneratedTrade trade;
     while (a_generator.Next(trade)) {

@@ -128,11 +128,9 @@ public:
             m_columns[column].second.push_back(a_block.columns[column][a_row]);
     }
 
-    /// Puts what waits into the database.
+    /// Puts what waits into the database; something does.
     void Flush(Tally& a_tally)
     {
-        if (m_times.empty())
-            return;
         const std::size_t rows = m_times.size();
         const NDateTime first = m_times.front();
         History history(m_layout.interval.GetInterval(), m_layout.interval.GetMultiplicity(),
@@ -311,16 +309,13 @@ void LoadRun::LoadFile(ByteSource& a_source, const std::string& a_path, std::uin
 
 void LoadRun::Flush(InstrumentLoad& a_load)
 {
-    Tally tally;
-    a_load.Flush(tally);
-    if (tally.added + tally.there == 0)
+    if (a_load.GetWaiting() == 0)
         return;
-    const auto [place, isNew] = m_tallies.try_emplace(a_load.GetIsin());
-    if (isNew)
+    Tally& tally = m_tallies[a_load.GetIsin()];
+    const bool isFirst = tally.added + tally.there == 0;
+    a_load.Flush(tally);
+    if (isFirst)
         m_isins.push_back(a_load.GetIsin());
-    place->second.added += tally.added;
-    place->second.there += tally.there;
-    place->second.count = tally.count;
 }
 
 void LoadRun::PrintTallies()

@@ -16,6 +16,8 @@
 #include <boost/json.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <chrono>
 #include <cstdint>
@@ -53,50 +55,32 @@ struct Proved {
     double seconds = 0.0;
 };
 
-std::string RoadText(Proof::ERoad a_road)
-{
-    switch (a_road) {
-    case Proof::ERoadHistory:
-        return "in one go";
-    case Proof::ERoadLive:
-        return "row by row";
-    case Proof::ERoadHandOver:
-        return "history handed over";
-    case Proof::ERoadSynchronization:
-        return "synchronization handed over";
-    }
-    return {};
-}
+// In the order of Proof::ERoad.
+constexpr std::array<const char*, 4> S_roads = {"in one go", "row by row", "history handed over",
+                                                "synchronization handed over"};
+
+// In the order of EAggrType, the first one for the close.
+constexpr std::array<const char*, 5> S_foldRules = {
+    "close is the price of the candle's last row",
+    "ohlcsum: each of open, high, low and close is the sum of the candle's rows, added in their order",
+    "ohlclast: each of open, high, low and close is the price of the candle's last row",
+    "sum: the values of the candle's rows, added in their order", "last: the value of the candle's last row"};
+
+constexpr std::array<std::pair<ESeriesId, const char*>, 3> S_candleRules = {
+    {{IntervalOpen, "open is the price of the candle's first row"},
+     {IntervalMax, "high is the greatest price of the candle's rows"},
+     {IntervalMin, "low is the least price of the candle's rows"}}};
 
 std::string FoldRule(ESeriesId a_series, const RowLayout& a_layout)
 {
-    const bool ofCandle = a_series == IntervalOpen || a_series == IntervalMax || a_series == IntervalMin;
+    const auto* const ofCandle =
+        std::ranges::find(S_candleRules, a_series, &std::pair<ESeriesId, const char*>::first);
+    const bool isOfCandle = ofCandle != S_candleRules.end();
     EAggrType type = EAggrTypeLast;
     for (std::size_t place = 0; place < a_layout.series.size(); ++place)
-        if (a_layout.series[place] == (ofCandle ? Price : a_series))
+        if (a_layout.series[place] == (isOfCandle ? Price : a_series))
             type = a_layout.folds[place];
-    switch (type) {
-    case EAggrTypeOhlc:
-        switch (a_series) {
-        case IntervalOpen:
-            return "open is the price of the candle's first row";
-        case IntervalMax:
-            return "high is the greatest price of the candle's rows";
-        case IntervalMin:
-            return "low is the least price of the candle's rows";
-        default:
-            return "close is the price of the candle's last row";
-        }
-    case EAggrTypeOhlcSum:
-        return "ohlcsum: each of open, high, low and close is the sum of the candle's rows, added in their order";
-    case EAggrTypeOhlcLast:
-        return "ohlclast: each of open, high, low and close is the price of the candle's last row";
-    case EAggrTypeSum:
-        return "sum: the values of the candle's rows, added in their order";
-    case EAggrTypeLast:
-        return "last: the value of the candle's last row";
-    }
-    return {};
+    return isOfCandle && type == EAggrTypeOhlc ? ofCandle->second : S_foldRules[type];
 }
 
 std::string RuleBehind(const Proof::Finding& a_finding, IntervalAndMultiplicity a_interval,
@@ -187,7 +171,8 @@ private:
             text += "other series";
             break;
         }
-        text += "\n  " + RoadText(Proof::ERoadHistory) + ": " + expected + "\n  " + RoadText(finding.road);
+        text += std::string("\n  ") + S_roads[Proof::ERoadHistory] + ": " + expected + "\n  " +
+                S_roads[finding.road];
         if (finding.road >= Proof::ERoadHandOver)
             text += " after row " + std::to_string(finding.row + 1) + ", " +
                     ShownTimeWithCounter(a_proved.ticks.rows.TimeSeries()[finding.row]);
@@ -214,7 +199,7 @@ private:
     boost::json::object JsonOf(const Proof::Finding& a_finding, IntervalAndMultiplicity a_interval) const
     {
         const CandleDifference& difference = a_finding.difference;
-        boost::json::object object{{"road", RoadText(a_finding.road)},
+        boost::json::object object{{"road", S_roads[a_finding.road]},
                                    {"candle", difference.candle + 1},
                                    {"time", ShownTimeWithCounter(difference.expectedTime)},
                                    {"found_time", ShownTimeWithCounter(difference.foundTime)},

@@ -10,7 +10,6 @@
 #include <array>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -20,29 +19,15 @@ namespace {
 
 using internal::SeriesInfo;
 
-std::string_view GroupText(ESeriesId a_series)
+const char* GroupText(ESeriesId a_series)
 {
-    return VeloTools::Series::IsValueSeries(a_series)    ? "value"
-           : VeloTools::Series::IsVolumeSeries(a_series) ? "volume"
-                                                         : "";
+    if (VeloTools::Series::IsValueSeries(a_series))
+        return "value";
+    return VeloTools::Series::IsVolumeSeries(a_series) ? "volume" : "";
 }
 
-std::string_view FoldText(EAggrType a_type)
-{
-    switch (a_type) {
-    case EAggrTypeOhlc:
-        return "ohlc";
-    case EAggrTypeOhlcSum:
-        return "ohlcsum";
-    case EAggrTypeOhlcLast:
-        return "ohlclast";
-    case EAggrTypeSum:
-        return "sum";
-    case EAggrTypeLast:
-        return "last";
-    }
-    return "";
-}
+// In the order of EAggrType.
+constexpr std::array<const char*, 5> S_folds = {"ohlc", "ohlcsum", "ohlclast", "sum", "last"};
 
 std::string PrecisionText(const SeriesInfo& a_series)
 {
@@ -62,12 +47,9 @@ bool IsNumber(std::size_t a_column)
 
 Cells CellsOf(const SeriesInfo& a_series)
 {
-    return {std::to_string(a_series.id),
-            std::string(a_series.key),
-            std::string(a_series.name),
-            CodePage::WideToUtf8(a_series.label),
-            std::string(GroupText(a_series.id)),
-            std::string(FoldText(a_series.aggrType)),
+    return {std::to_string(a_series.id), std::string(a_series.key),
+            std::string(a_series.name),  CodePage::WideToUtf8(a_series.label),
+            GroupText(a_series.id),      S_folds[a_series.aggrType],
             PrecisionText(a_series)};
 }
 

@@ -45,14 +45,12 @@ std::chrono::sys_days SkipWeekend(std::chrono::sys_days a_day)
 /// a_price in whole ticks, to the nearest; 0 where it can't be held.
 std::int64_t InTicks(Decimal a_price, Decimal a_tick)
 {
-    while (a_price.scale < a_tick.scale && a_price.digits < 1'000'000'000'000'000) {
-        a_price.digits *= 10;
-        ++a_price.scale;
-    }
-    while (a_tick.scale < a_price.scale && a_tick.digits < 1'000'000'000'000'000) {
-        a_tick.digits *= 10;
-        ++a_tick.scale;
-    }
+    const auto widen = [](Decimal& a_number, unsigned int a_scale) {
+        for (; a_number.scale < a_scale && a_number.digits < 1'000'000'000'000'000; ++a_number.scale)
+            a_number.digits *= 10;
+    };
+    widen(a_price, a_tick.scale);
+    widen(a_tick, a_price.scale);
     if (a_price.scale != a_tick.scale)
         return 0;
     return (a_price.digits + a_tick.digits / 2) / a_tick.digits;

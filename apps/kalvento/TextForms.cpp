@@ -76,10 +76,7 @@ std::string ShownNumber(double a_value)
     const std::string exact = FormatNumber(a_value);
     if (Decimals(exact) <= S_mostDecimals || std::fabs(a_value) < 1.0)
         return exact;
-    std::array<char, 48> digits{};
-    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), a_value,
-                                            std::chars_format::fixed, S_mostDecimals);
-    std::string text(digits.data(), end);
+    std::string text = fmt::format("{:.{}f}", a_value, S_mostDecimals);
     text.erase(text.find_last_not_of('0') + 1);
     if (text.back() == '.')
         text.pop_back();
