@@ -8,7 +8,9 @@
 /// A consumer for tests that asks for nothing and lets pass what comes.
 class IdleConsumer : public ConsumerBase {
 public:
-    explicit IdleConsumer(std::wstring a_name) : ConsumerBase(EGenericModuleNone, std::move(a_name), {}) {}
+    explicit IdleConsumer(std::wstring a_name, EGenericModule a_kind = EGenericModuleNone)
+        : ConsumerBase(a_kind, std::move(a_name), {})
+    {}
 
     void OnStopWork() override {}
     HICON GetTitleBarIconHandle() override { return nullptr; }

@@ -123,10 +123,6 @@ TEST_F(AggregatorTest, RefusalsSayWhereAndWhy)
     const std::vector<double*> columns = row.Fields();
     const std::vector<double*> withNull = {nullptr, &row.high, &row.low, &row.close, &row.volume};
     const std::tuple<std::string, const char*, const char*> cases[] = {
-        {make(EIntervalMinute, 60, m_types), "AggrMinuteWindow::AggrMinuteWindow",
-         "Zbyt duża krotność interwału minutowego."_cp1250},
-        {make(EIntervalMinute, 0, m_types), "AggrBase::AggrBase",
-         "Krotność interwału musi być większa od 0."_cp1250},
         {make(EIntervalMinute, 1, {}), "Aggregator::InitAggrTypeForSeries",
          "Wymagane jest minimum jedno pole oprócz czasu."_cp1250},
         {make(EIntervalMinute, 1, {EAggrTypeLast}), "Aggregator::InitAggrTypeForSeries",

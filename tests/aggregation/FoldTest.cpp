@@ -22,7 +22,6 @@ struct Rows {
             pointers.push_back(column.data() + a_row);
         return pointers;
     }
-    std::uint32_t Count() const { return static_cast<std::uint32_t>(times.size()); }
 };
 
 std::uint64_t Below(Random& a_random, std::uint64_t a_limit)
@@ -189,6 +188,27 @@ std::string Describe(const Shape& a_shape, unsigned int a_seed)
            " ohl " + std::to_string(a_shape.useOhl) + " main type " + std::to_string(a_shape.types.front());
 }
 
+/// One trial a seed, each with a shape of its own.
+template<class Trial>
+void ForSeeds(unsigned int a_first, unsigned int a_count, Trial a_trial)
+{
+    for (unsigned int seed = a_first; seed < a_first + a_count && !::testing::Test::HasFatalFailure();
+         ++seed) {
+        Random random(seed);
+        const Shape shape = RandomShape(random);
+        SCOPED_TRACE(Describe(shape, seed));
+        a_trial(random, shape, Aggregator(shape.interval, shape.multiplicity, shape.timeResult, shape.types));
+    }
+}
+
+/// Folds the rows up to that number at once; ticks are the input of a tick window of any size, and one of candles needs a
+/// multiplicity above 1.
+unsigned int Fold(Aggregator& a_aggregator, const Shape& a_shape, Rows& a_rows, std::size_t a_count)
+{
+    return a_aggregator.Aggregate(EIntervalTick, a_shape.useOhl ? 2 : 1, static_cast<unsigned int>(a_count),
+                                  a_rows.times.data(), a_rows.Pointers());
+}
+
 /// One row as it comes live.
 bool Push(Aggregator& a_aggregator, Rows& a_rows, std::size_t a_row, bool a_useOhl)
 {
@@ -200,104 +220,68 @@ bool Push(Aggregator& a_aggregator, Rows& a_rows, std::size_t a_row, bool a_useO
 
 TEST(FoldTest, WholeHistoriesHaveTheBitsOfThePlainForm)
 {
-    for (unsigned int seed = 0; seed < 4000; ++seed) {
-        Random random(seed);
-        const Shape shape = RandomShape(random);
-        SCOPED_TRACE(Describe(shape, seed));
-        const std::size_t count = 1 + Below(random, OneIn(random, 20) ? 6000 : 300);
-        Rows fast = RandomRows(random, count, shape.types.size());
+    ForSeeds(0, 4000, [](Random& a_random, const Shape& a_shape, Aggregator a_aggregator) {
+        Rows fast =
+            RandomRows(a_random, 1 + Below(a_random, OneIn(a_random, 20) ? 6000 : 300), a_shape.types.size());
         Rows slow = fast;
-
-        Aggregator aggregator(shape.interval, shape.multiplicity, shape.timeResult, shape.types);
-        plain::Aggregator plainOne(shape.interval, shape.multiplicity, shape.timeResult, shape.types);
-        // Ticks are the input of a tick window of any size; one of candles needs a multiplicity above 1.
-        const EInterval input = EIntervalTick;
-        const unsigned short inputMultiplicity = shape.useOhl ? 2 : 1;
-        const unsigned int rows = static_cast<unsigned int>(count);
-        const unsigned int candles =
-            aggregator.Aggregate(input, inputMultiplicity, rows, fast.times.data(), fast.Pointers());
-        ASSERT_EQ(candles, plainOne.Aggregate(shape.useOhl, rows, slow.times.data(), slow.Pointers()));
+        plain::Aggregator plainOne(a_shape.interval, a_shape.multiplicity, a_shape.timeResult, a_shape.types);
+        const unsigned int candles = Fold(a_aggregator, a_shape, fast, fast.times.size());
+        ASSERT_EQ(candles, plainOne.Aggregate(a_shape.useOhl, static_cast<unsigned int>(slow.times.size()),
+                                              slow.times.data(), slow.Pointers()));
         ExpectSameRows(fast, slow, candles);
-        if (HasFatalFailure())
-            return;
-    }
+    });
 }
 
 TEST(FoldTest, LiveRowsHaveTheBitsOfThePlainForm)
 {
-    for (unsigned int seed = 0; seed < 600; ++seed) {
-        Random random(seed + 1000000);
-        const Shape shape = RandomShape(random);
-        SCOPED_TRACE(Describe(shape, seed));
-        Rows rows = RandomRows(random, 1 + Below(random, 200), shape.types.size());
+    ForSeeds(1000000, 600, [](Random& a_random, const Shape& a_shape, Aggregator a_aggregator) {
+        Rows rows = RandomRows(a_random, 1 + Below(a_random, 200), a_shape.types.size());
         Rows plainRows = rows;
-        Aggregator aggregator(shape.interval, shape.multiplicity, shape.timeResult, shape.types);
-        plain::Aggregator plainOne(shape.interval, shape.multiplicity, shape.timeResult, shape.types);
-        for (std::size_t row = 0; row < rows.times.size(); ++row) {
-            ASSERT_EQ(Push(aggregator, rows, row, shape.useOhl),
-                      plainOne.SumWithWindow(plainRows.times[row], plainRows.Pointers(row), shape.useOhl));
-        }
+        plain::Aggregator plainOne(a_shape.interval, a_shape.multiplicity, a_shape.timeResult, a_shape.types);
+        for (std::size_t row = 0; row < rows.times.size(); ++row)
+            ASSERT_EQ(Push(a_aggregator, rows, row, a_shape.useOhl),
+                      plainOne.SumWithWindow(plainRows.times[row], plainRows.Pointers(row), a_shape.useOhl));
         ExpectSameRows(rows, plainRows, rows.times.size());
-        if (HasFatalFailure())
-            return;
-    }
+    });
 }
 
+// After a fold and ClearLastValue the window is still open: the next row must meet just the window that row-by-row folding
+// would have left.
 TEST(FoldTest, WhatAFoldLeavesBehindContinuesLikeLiveRows)
 {
-    // After a fold and ClearLastValue the window is still open: the next row must meet just the window that row-by-row
-    // folding would have left.
-    for (unsigned int seed = 0; seed < 600; ++seed) {
-        Random random(seed + 2000000);
-        const Shape shape = RandomShape(random);
-        SCOPED_TRACE(Describe(shape, seed));
-        Rows rows = RandomRows(random, 2 + Below(random, 200), shape.types.size());
-        const std::size_t folded = 1 + Below(random, rows.times.size() - 1);
+    ForSeeds(2000000, 600, [](Random& a_random, const Shape& a_shape, Aggregator a_whole) {
+        Rows rows = RandomRows(a_random, 2 + Below(a_random, 200), a_shape.types.size());
+        const std::size_t folded = 1 + Below(a_random, rows.times.size() - 1);
         Rows live = rows;
-
-        Aggregator whole(shape.interval, shape.multiplicity, shape.timeResult, shape.types);
-        Aggregator single = whole;
-        whole.Aggregate(EIntervalTick, shape.useOhl ? 2 : 1, static_cast<unsigned int>(folded),
-                        rows.times.data(), rows.Pointers());
+        Aggregator single = a_whole;
+        Fold(a_whole, a_shape, rows, folded);
         for (std::size_t row = 0; row < folded; ++row)
-            Push(single, live, row, shape.useOhl);
-        whole.ClearLastValue();
+            Push(single, live, row, a_shape.useOhl);
+        a_whole.ClearLastValue();
         single.ClearLastValue();
-        for (std::size_t row = folded; row < rows.times.size(); ++row)
-            ASSERT_EQ(Push(whole, rows, row, shape.useOhl), Push(single, live, row, shape.useOhl))
-                << "row " << row;
         for (std::size_t row = folded; row < rows.times.size(); ++row) {
+            ASSERT_EQ(Push(a_whole, rows, row, a_shape.useOhl), Push(single, live, row, a_shape.useOhl))
+                << row;
             // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): as above
             ASSERT_EQ(std::memcmp(&rows.times[row], &live.times[row], sizeof(NDateTime)), 0);
             for (std::size_t field = 0; field < rows.columns.size(); ++field)
                 ASSERT_TRUE(SameBits(rows.columns[field][row], live.columns[field][row]));
         }
-    }
+    });
 }
 
+// A week window keeps the tables of its last year, which nothing in a result may show.
 TEST(FoldTest, OneHistoryAfterAnotherForgetsTheFirst)
 {
-    for (unsigned int seed = 0; seed < 300; ++seed) {
-        Random random(seed + 3000000);
-        const Shape shape = RandomShape(random);
-        SCOPED_TRACE(Describe(shape, seed));
-        Rows first = RandomRows(random, 1 + Below(random, 100), shape.types.size());
-        Rows second = RandomRows(random, 1 + Below(random, 100), shape.types.size());
+    ForSeeds(3000000, 300, [](Random& a_random, const Shape& a_shape, Aggregator a_used) {
+        Rows first = RandomRows(a_random, 1 + Below(a_random, 100), a_shape.types.size());
+        Rows second = RandomRows(a_random, 1 + Below(a_random, 100), a_shape.types.size());
         Rows fresh = second;
-        Aggregator used(shape.interval, shape.multiplicity, shape.timeResult, shape.types);
-        Aggregator unused = used;
-        const unsigned short input = shape.useOhl ? 2 : 1;
-        used.Aggregate(EIntervalTick, input, static_cast<unsigned int>(first.times.size()),
-                       first.times.data(), first.Pointers());
-        used.SetCurrentRecord(nullptr, nullptr);
-        const auto count = static_cast<unsigned int>(second.times.size());
-        const unsigned int candles =
-            used.Aggregate(EIntervalTick, input, count, second.times.data(), second.Pointers());
-        ASSERT_EQ(candles,
-                  unused.Aggregate(EIntervalTick, input, count, fresh.times.data(), fresh.Pointers()));
-        // A week window keeps the tables of its last year, which nothing in a result may show.
+        Aggregator unused = a_used;
+        Fold(a_used, a_shape, first, first.times.size());
+        a_used.SetCurrentRecord(nullptr, nullptr);
+        const unsigned int candles = Fold(a_used, a_shape, second, second.times.size());
+        ASSERT_EQ(candles, Fold(unused, a_shape, fresh, fresh.times.size()));
         ExpectSameRows(second, fresh, candles);
-        if (HasFatalFailure())
-            return;
-    }
+    });
 }

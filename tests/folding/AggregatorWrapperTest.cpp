@@ -1,12 +1,10 @@
 #include "folding/AggregatorWrapper.h"
 
 #include "folding/AggregatorTools.h"
+#include "folding/RandomTicks.h"
 #include "platform/CodePage.h"
-#include "series/History.h"
-#include "series/SeriesTestTools.h"
 #include "series/Synchronization.h"
 #include "settings/Settings.h"
-#include "support/Testing.h"
 #include "time/KalventoException.h"
 
 #include <new>
@@ -49,40 +47,9 @@ std::set<DSProp> Properties()
     return {DSProp(Price), DSProp(Volume), DSProp(Lop), DSProp(Bid1)};
 }
 
-/// Ticks of several days in random steps, now and then two in one second.
-std::vector<Record> MakeRows(std::size_t a_count, unsigned int a_seed)
+History MakeHistory(std::size_t a_count)
 {
-    std::mt19937 random(a_seed);
-    std::vector<Record> rows;
-    NDateTime time = At(9, 0);
-    for (std::size_t row = 0; row < a_count; ++row) {
-        Record record(Properties());
-        record.SetTime(time);
-        record.SetData(Price, 100.0 + static_cast<double>(random() % 1000) / 100.0);
-        record.SetData(Volume, static_cast<double>(1 + random() % 50));
-        record.SetData(Lop, static_cast<double>(random() % 10000));
-        record.SetData(Bid1, static_cast<double>(random() % 100));
-        rows.push_back(record);
-        if (random() % 4 == 0)
-            time.ShiftMilliSec();
-        else
-            time.ShiftSec(1 + static_cast<int>(random() % (random() % 20 == 0 ? 40000 : 40)));
-    }
-    return rows;
-}
-
-template<class Set>
-void Append(Set& a_set, const std::vector<Record>& a_rows, std::size_t a_first, std::size_t a_last)
-{
-    for (std::size_t row = a_first; row < a_last; ++row)
-        ASSERT_TRUE(a_set.AddData(a_rows[row]));
-}
-
-History MakeHistory(const std::vector<Record>& a_rows, std::size_t a_first, std::size_t a_last)
-{
-    History history(Properties(), EIntervalTick, 1);
-    Append(history, a_rows, a_first, a_last);
-    return history;
+    return HistoryOf(RandomTicks(a_count, 8, {Lop, Bid1}));
 }
 
 AggregatorWrapper MakeWrapper(EInterval a_interval, unsigned short a_multiplicity)
@@ -113,21 +80,20 @@ TEST(AggregatorToolsTest, TypesStandMainFirst)
 
 TEST(AggregatorWrapperTest, FailedFoldLeavesFullCandleColumns)
 {
-    const std::vector<Record> rows = MakeRows(20, 8);
     AggregatorWrapper wrapper = MakeWrapper(EIntervalMinute, 1);
-    History first = MakeHistory(rows, 0, 20);
+    History first = MakeHistory(20);
     ASSERT_TRUE(wrapper.AgregateHistory(first));
-    History second = MakeHistory(rows, 0, 20);
+    History second = MakeHistory(20);
     EXPECT_FALSE(wrapper.AgregateHistory(second)) << "no SetCurrentRecord since the first";
     EXPECT_EQ(20U, second.GetRecordsCount());
     EXPECT_TRUE(second.GetIntervalData().IsSingleTick());
     EXPECT_EQ(std::vector<double>(20), second.find(IntervalOpen)->second);
     EXPECT_EQ(std::vector<double>(20), second.find(IntervalMin)->second);
-    Record live = rows[0];
+    Record live = MakeHistory(1).GetLastRecord();
     bool sameWindow = false;
     EXPECT_FALSE(wrapper.AggregateRecord(live, sameWindow));
     wrapper.ClearLastValue();
-    History third = MakeHistory(rows, 0, 20);
+    History third = MakeHistory(20);
     EXPECT_TRUE(wrapper.AgregateHistory(third));
 
     History empty(Properties(), EIntervalTick, 1);
@@ -137,7 +103,9 @@ TEST(AggregatorWrapperTest, FailedFoldLeavesFullCandleColumns)
 
 TEST(AggregatorWrapperTest, LivePathAllocatesNothing)
 {
-    std::vector<Record> rows = MakeRows(300, 2);
+    std::vector<Record> rows;
+    for (std::size_t count = 1; count <= 300; ++count)
+        rows.push_back(MakeHistory(count).GetLastRecord());
     AggregatorWrapper wrapper = MakeWrapper(EIntervalMinute, 1);
     Record working(Properties());
     bool sameWindow = false;
@@ -216,7 +184,7 @@ TEST(AggregatorWrapperTest, CopiesAndMoves)
     AggregatorWrapper source = MakeWrapper(EIntervalDay, 1);
     const auto continues = [](AggregatorWrapper& a_wrapper) {
         bool sameWindow = false;
-        Record row = MakeRows(1, 1)[0];
+        Record row = MakeHistory(1).GetLastRecord();
         EXPECT_TRUE(a_wrapper.AggregateRecord(row, sameWindow));
         return sameWindow;
     };
@@ -232,10 +200,10 @@ TEST(AggregatorWrapperTest, CopiesAndMoves)
     EXPECT_EQ(EIntervalEmpty,
               source.GetOutputInterval()); // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
     bool sameWindow = false;
-    Record row = MakeRows(1, 1)[0];
+    Record row = MakeHistory(1).GetLastRecord();
     EXPECT_FALSE(source.AggregateRecord(row, sameWindow)); // NOLINT(clang-analyzer-cplusplus.Move)
     EXPECT_FALSE(source.SetCurrentRecord(row));
-    History history = MakeHistory(MakeRows(1, 1), 0, 1);
+    History history = MakeHistory(1);
     EXPECT_FALSE(source.AgregateHistory(history));
     EXPECT_EQ(EIntervalEmpty, AggregatorWrapper(source).GetOutputInterval());
 }

@@ -2,8 +2,6 @@
 
 #include "folding/CandleDifference.h"
 #include "folding/RandomTicks.h"
-#include "series/History.h"
-#include "support/Testing.h"
 #include "time/KalventoException.h"
 
 using namespace kalvento::tests;
@@ -18,38 +16,19 @@ std::vector<Explanation::Source> Sources(const DataSeriesSet& a_rows)
     return sources;
 }
 
-History Folded(const DataSeriesSet& a_rows, const std::set<DSProp>& a_properties, EInterval a_interval,
-               unsigned int a_multiplicity)
-{
-    History history(EIntervalTick, 1);
-    history.SetNewTimes(a_rows.TimeSeries());
-    for (const auto& [series, values] : a_rows)
-        history.AddNewSeries(series, values);
-    AggregatorWrapper wrapper(a_properties, ELastRecordTime, a_interval,
-                              static_cast<unsigned short>(a_multiplicity));
-    EXPECT_TRUE(wrapper.AgregateHistory(history));
-    return history;
-}
-
 } // namespace
 
 TEST(ExplanationTest, EveryCandleIsExplainedAsItIsFolded)
 {
     const DataSeriesSet ticks = RandomTicks(120, 17);
     for (const EAggrType fold : {EAggrTypeOhlc, EAggrTypeOhlcSum, EAggrTypeOhlcLast})
-        for (const auto& [interval, multiplicity] : {std::pair(EIntervalTick, 4U),
-                                                     {EIntervalSecond, 9},
-                                                     {EIntervalMinute, 7},
-                                                     {EIntervalHour, 5},
-                                                     {EIntervalDay, 1},
-                                                     {EIntervalWeek, 2},
-                                                     {EIntervalMonth, 1},
-                                                     {EIntervalYear, 3}}) {
-            SCOPED_TRACE(std::to_string(fold) + ", " + std::to_string(interval) + " x " +
-                         std::to_string(multiplicity));
+        for (const IntervalAndMultiplicity interval : S_candleIntervals) {
+            if (interval.IsSingleTick())
+                continue; // a tick is no candle
+            SCOPED_TRACE(std::to_string(fold) + ", " + Shown(interval));
             const std::set<DSProp> properties = PriceAndVolume(fold);
-            const History folded = Folded(ticks, properties, interval, multiplicity);
-            const Explanation explanation(ticks, Sources(ticks), {}, properties, {interval, multiplicity});
+            const History folded = Folded(HistoryOf(ticks), properties, interval);
+            const Explanation explanation(ticks, Sources(ticks), {}, properties, interval);
             ASSERT_EQ(explanation.GetCandles().size(), folded.GetRecordsCount());
             std::size_t behind = 0;
             for (std::size_t place = 0; place < folded.GetRecordsCount(); ++place) {
@@ -59,7 +38,7 @@ TEST(ExplanationTest, EveryCandleIsExplainedAsItIsFolded)
                 const auto candle = explanation.Explain(ticks.TimeSeries()[rows.begin]);
                 ASSERT_TRUE(candle);
                 // Candles of ticks may meet in a second; the first of them is told of.
-                if (interval == EIntervalTick && candle->place != place)
+                if (interval.IsTick() && candle->place != place)
                     continue;
                 ASSERT_EQ(candle->place, place);
                 ASSERT_EQ(candle->values.size(), folded.SeriesCount());

@@ -1,11 +1,10 @@
-// A provider that saves a history and operations, and a consumer that saves settings, each file on a thread of its own,
-// round after round and for ever. What is saved is reported once the save has returned.
+// A provider that saves a history, operations and settings, each on a thread of its own, round after round and for ever.
+// What is saved is reported once the save has returned.
 #include "contract_kit/TestProvider.h"
 #include "kills/SavedContents.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
 #include "platform/FileTools.h"
-#include "support/IdleConsumer.h"
 #include "support/Testing.h"
 
 #include <unistd.h>
@@ -61,27 +60,13 @@ public:
     {
         m_threads[0] = std::thread([this] { m_task.SaveForEver(EHistory, &SaveHistory); });
         m_threads[1] = std::thread([this] { m_task.SaveForEver(EOperations, &SaveOperations); });
+        m_threads[2] = std::thread([this] { m_task.SaveForEver(ESettings, &SaveSettings); });
         return true;
     }
 
 private:
     const Task m_task;
-    std::array<std::thread, 2> m_threads;
-};
-
-class SavingConsumer : public IdleConsumer {
-public:
-    explicit SavingConsumer(Task a_task) : IdleConsumer(L"Saving too"), m_task(std::move(a_task)) {}
-    ~SavingConsumer() override { m_thread.join(); }
-    bool Init() override
-    {
-        m_thread = std::thread([this] { m_task.SaveForEver(ESettings, &SaveSettings); });
-        return true;
-    }
-
-private:
-    const Task m_task;
-    std::thread m_thread;
+    std::array<std::thread, 3> m_threads;
 };
 
 void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
@@ -89,7 +74,6 @@ void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
     const Task task{static_cast<std::wstring>(a_options["Folder"]), static_cast<int>(a_options["Reports"]),
                     static_cast<std::uint32_t>(a_options["First"])};
     a_registry.AddProvider(std::make_unique<SavingProvider>(task));
-    a_registry.AddConsumer(std::make_unique<SavingConsumer>(task));
 }
 
 } // namespace

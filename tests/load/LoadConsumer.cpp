@@ -96,12 +96,9 @@ public:
     }
     void ProcessRecord(unsigned int a_requestId, const Record& a_record) override
     {
-        if (!m_mainThread) {
-            const std::lock_guard lock(m_mutex);
-            Fold(a_requestId, a_record);
-            return;
-        }
         const std::lock_guard lock(m_mutex);
+        if (!m_mainThread)
+            return Fold(a_requestId, a_record);
         m_queue.emplace_back(a_requestId, a_record);
         if (m_queue.size() == 1)
             GetAppMediator()->PostToMainThread([this] { TakeQueue(); });

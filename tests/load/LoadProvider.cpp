@@ -34,19 +34,12 @@ public:
     void Open(IMarketStoreListener& a_listener) override
     {
         m_open = true;
-        m_opener = std::thread([&a_listener] { a_listener.Restored(); });
-        for (std::size_t maker = 0; maker < S_makers; ++maker)
-            m_makers.emplace_back([this, &a_listener, maker] { MakeRows(a_listener, maker); });
+        m_listener = &a_listener;
+        a_listener.Restored();
     }
     void Close() override
     {
-        {
-            const std::lock_guard lock(m_waiting);
-            m_open = false;
-        }
-        m_wake.notify_all();
-        if (m_opener.joinable())
-            m_opener.join();
+        m_open = false;
         for (std::thread& maker : m_makers)
             maker.join();
         m_makers.clear();
@@ -54,11 +47,8 @@ public:
     /// From now on rows come.
     void Begin()
     {
-        {
-            const std::lock_guard lock(m_waiting);
-            m_begun = true;
-        }
-        m_wake.notify_all();
+        for (std::size_t maker = 0; maker < S_makers; ++maker)
+            m_makers.emplace_back([this, maker] { MakeRows(maker); });
     }
 
     std::vector<StoreInstrument> ReadInstruments() override
@@ -123,15 +113,12 @@ private:
         return place < m_instruments.size() ? m_instruments[place].get() : nullptr;
     }
     // One of the threads: every millisecond the rows that are due, spread over its instruments.
-    void MakeRows(IMarketStoreListener& a_listener, std::size_t a_maker)
+    void MakeRows(std::size_t a_maker)
     {
-        std::unique_lock lock(m_waiting);
-        m_wake.wait(lock, [this] { return m_begun || !m_open; });
         const auto begin = std::chrono::steady_clock::now();
         const std::uint64_t total = std::uint64_t(m_rate) / S_makers * m_seconds;
         std::size_t place = a_maker;
         for (std::uint64_t made = 0; m_open && made < total;) {
-            lock.unlock();
             const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
             const auto due = std::min(
                 total, static_cast<std::uint64_t>(passed.count() * m_rate / static_cast<double>(S_makers)));
@@ -140,12 +127,11 @@ private:
                 if (const std::uint64_t row = instrument.visible; row < instrument.stamps.size()) {
                     instrument.stamps[row] = NowNanoseconds();
                     instrument.visible = row + 1;
-                    a_listener.RowsAdded(instrument.isin);
+                    m_listener->RowsAdded(instrument.isin);
                 }
                 place = place + S_makers < m_instruments.size() ? place + S_makers : a_maker;
             }
-            lock.lock();
-            m_wake.wait_for(lock, std::chrono::milliseconds(1), [this] { return !m_open; });
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
 
@@ -153,11 +139,8 @@ private:
     const unsigned int m_seconds;
     std::vector<std::unique_ptr<Instrument>> m_instruments;
     std::vector<NDateTime> m_times; // of the rows, the same for all instruments
-    std::mutex m_waiting;           // of the two below
-    bool m_open = false;
-    bool m_begun = false;
-    std::condition_variable m_wake;
-    std::thread m_opener;
+    IMarketStoreListener* m_listener = nullptr;
+    std::atomic<bool> m_open = false;
     std::vector<std::thread> m_makers;
 };
 

@@ -4,26 +4,17 @@
 #include "modules/IAppMediator.h"
 #include "platform/CodePage.h"
 #include "platform/ThreadId.h"
+#include "support/IdleConsumer.h"
 #include "support/Testing.h"
 #include "time/KalventoException.h"
 
 namespace {
 
-class PlainModule : public PluginBase {
+class PlainModule : public IdleConsumer {
 public:
     explicit PlainModule(unsigned int a_kind = 1)
-        : PluginBase(static_cast<EGenericModule>(a_kind), L"Moduł", L"")
+        : IdleConsumer(L"Moduł", static_cast<EGenericModule>(a_kind))
     {}
-    bool SaveObjectAvailable() const override { return false; }
-    bool SaveWindowToFile(HWND /*a_window*/, const wchar_t* /*a_path*/, int /*a_mode*/) override
-    {
-        return false;
-    }
-    void SerialiseState(Settings& /*a_settings*/) const override {}
-    void UnserialiseState(const Settings& /*a_settings*/) override {}
-    void PostUnserialisePanelState(const Settings& /*a_settings*/, CWnd* /*a_panel*/) override {}
-    void EmptySessionNotification(CWnd* /*a_panel*/) override {}
-    HICON GetTitleBarIconHandle() override { return nullptr; }
     void OnStopWork() override
     {
         ++stops;
@@ -45,23 +36,13 @@ TEST(GenericModuleTest, KindsOneToThirteenHaveTheirFamily)
     EXPECT_EQ(PlainModule(0xFFFFFFFFU).GetBookmarkFamilyType(), -1);
 }
 
-TEST(GenericModuleTest, WindowsAreNumberedFromTheSecondOn)
-{
-    PlainModule module;
-    EXPECT_EQ(module.RegisterConsumerName(L"%s %n"), L"%s %n"); // no format
-    EXPECT_EQ(module.RegisterConsumerName(L"%s %n"), L"%s %n (2)");
-    for (int call = 0; call < 2; ++call)
-        EXPECT_EQ(module.RegisterConsumerName(L""), L"");
-    module.UnregisterConsumerName(L"");
-}
-
 // Windows come and go: living ones never share a name, and a freed number is the next one given.
 TEST(GenericModuleTest, LivingWindowsNeverShareAName)
 {
     std::mt19937 random(7);
     PlainModule module;
     std::vector<std::wstring> living;
-    const std::vector<std::wstring> templates = {L"A", L"B", L"A (2)"};
+    const std::vector<std::wstring> templates = {L"A", L"%s %n", L"A (2)"};
     for (int step = 0; step < 400; ++step) {
         if (!living.empty() && random() % 8 < 3) {
             const auto gone = living.begin() + static_cast<std::ptrdiff_t>(random() % living.size());
@@ -76,6 +57,8 @@ TEST(GenericModuleTest, LivingWindowsNeverShareAName)
         const std::wstring name = module.RegisterConsumerName(nameTemplate);
         ASSERT_EQ(name, expected) << step;
         living.push_back(name);
+        ASSERT_EQ(module.RegisterConsumerName(L""), L"") << "no name is no name";
+        module.UnregisterConsumerName(L"");
     }
 }
 

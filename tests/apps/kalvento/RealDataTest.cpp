@@ -141,6 +141,31 @@ TEST_F(RealDataTest, InstrumentsInOneFileAndApart)
     EXPECT_EQ(lines, static_cast<std::size_t>(std::count(together.begin(), together.end(), '\n')));
 }
 
+// Histories of real shares with splits, a reverse split and dividends, and what their source made of them by itself.
+TEST_F(RealDataTest, HistoriesComeOutAsTheirSourceAdjustedThem)
+{
+    for (const auto& [history, operations] : {std::pair("orcl_2000", "orcl"),
+                                              {"aig_2008_2009", "aig"},
+                                              {"ibm_2008_2009", "ibm"},
+                                              {"aapl_2014", "aapl"},
+                                              {"msft_2014", "msft"}}) {
+        const std::string file = MarketData::Path(std::string("daily/") + history + ".csv");
+        const std::string list = MarketData::Path(std::string("daily/operations_") + operations + ".txt");
+        const Rows found = RowsOf(RunToolHere({"adjust", file, "--operations", list, "-q"}).out);
+        EXPECT_GE(found.size(), 252U);
+        for (const auto& [time, values] : RowsOf(TemporaryFolder::ReadFile(file))) {
+            SCOPED_TRACE(history + (" " + time));
+            for (std::size_t column = 0; column < 5; ++column) {
+                const double expected = values.at(column + 7);
+                // For the arithmetic, and for what is lost where the reference stands rounded to ten digits.
+                const double lastDigit = std::pow(10.0, std::floor(std::log10(expected)) - 9.0);
+                ASSERT_NEAR(found.at(time).at(column), expected, 1e-12 * expected + 0.5 * lastDigit)
+                    << column;
+            }
+        }
+    }
+}
+
 TEST_F(RealDataTest, EveryTickFileIsTaken)
 {
     for (const auto& entry : std::filesystem::directory_iterator(MarketData::Path("ticks"))) {
