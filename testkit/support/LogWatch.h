@@ -1,10 +1,7 @@
 #pragma once
 
+#include "support/Testing.h"
 #include "velo/Log.h"
-
-#include <string>
-#include <string_view>
-#include <vector>
 
 /// Keeps the lines that the log gets while it lives, each as "source: message". One thread.
 class LogWatch {

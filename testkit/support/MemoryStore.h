@@ -1,17 +1,7 @@
 #pragma once
 
 #include "provider_kit/IMarketStore.h"
-
-#include <algorithm>
-#include <cstdint>
-#include <functional>
-#include <map>
-#include <mutex>
-#include <optional>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 /// A store in memory, which a test fills, breaks and restores. Tells its listener on the thread that calls it.
 class MemoryStore : public IMarketStore {
@@ -21,28 +11,16 @@ public:
     /// The day fields follow the rows. With the ISIN of one that is there it takes its place, rows included.
     void AddInstrument(StoreInstrument a_instrument)
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            const std::string isin = a_instrument.isin;
-            std::vector<ESeriesId> series;
-            for (const DSProp& property : a_instrument.series)
-                series.push_back(property.GetSeriesID());
-            m_items.insert_or_assign(isin, Item{std::move(a_instrument),
-                                                {},
-                                                std::vector<std::vector<double>>(series.size()),
-                                                std::move(series),
-                                                {},
-                                                std::nullopt});
-        }
-        Tell([](IMarketStoreListener& a_listener) { a_listener.InstrumentsChanged(); });
+        Item item;
+        for (const DSProp& property : a_instrument.series)
+            item.series.push_back(property.GetSeriesID());
+        item.columns.resize(item.series.size());
+        item.instrument = std::move(a_instrument);
+        Change([&] { m_items.insert_or_assign(item.instrument.isin, item); });
     }
     void RemoveInstrument(const std::string& a_isin)
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_items.erase(a_isin);
-        }
-        Tell([](IMarketStoreListener& a_listener) { a_listener.InstrumentsChanged(); });
+        Change([&] { m_items.erase(a_isin); });
     }
     /// a_values: by series, ascending.
     void AddRow(const std::string& a_isin, const NDateTime& a_time, const std::vector<double>& a_values)
@@ -60,11 +38,7 @@ public:
     }
     void SetOperations(const std::string& a_isin, const HistoryOperations& a_operations)
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_items.at(a_isin).operations = a_operations;
-        }
-        Tell([](IMarketStoreListener& a_listener) { a_listener.InstrumentsChanged(); });
+        Change([&] { m_items.at(a_isin).operations = a_operations; });
     }
     void SetOffers(const std::string& a_isin, const std::optional<Offers>& a_offers)
     {
@@ -193,6 +167,15 @@ private:
     static NDateTime DayOf(const NDateTime& a_time)
     {
         return {a_time.GetYear(), a_time.GetMonth(), a_time.GetDay()};
+    }
+    template<class Call>
+    void Change(const Call& a_change)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            a_change();
+        }
+        Tell([](IMarketStoreListener& a_listener) { a_listener.InstrumentsChanged(); });
     }
     template<class Call>
     void Tell(const Call& a_call)

@@ -1,11 +1,6 @@
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-#include <string>
+#include "support/Testing.h"
 
 /// A fresh folder that goes away with the object.
 class TemporaryFolder {

@@ -75,6 +75,37 @@ private:
     bool m_told = false;
 };
 
+/// A live run on a thread of its own that has written something, until it is interrupted.
+class Follower {
+public:
+    Follower(const std::string& a_file, const std::string& a_interval)
+        : m_thread([=, this] {
+              RunTool({"live", a_file, "-i", a_interval, "-f", "csv"}, m_context);
+          })
+    {
+        m_started.wait();
+    }
+    /// Returns what it has written.
+    std::string Interrupt()
+    {
+        kill(getpid(), SIGINT);
+        m_thread.join();
+        EXPECT_EQ(m_context.exitCode, EExitOk) << errors.str();
+        return m_outBuffer.str();
+    }
+
+    NoticingBuffer errors;
+
+private:
+    NoticingBuffer m_outBuffer;
+    std::future<void> m_started = m_outBuffer.FirstByte();
+    std::ostream m_out{&m_outBuffer};
+    std::ostream m_err{&errors};
+    std::istringstream m_in;
+    ToolContext m_context{m_in, m_out, m_err};
+    std::thread m_thread;
+};
+
 } // namespace
 
 TEST(LiveCommandTest, ReplayedChangesAreTheCandlesOfTheFile)
@@ -105,22 +136,11 @@ TEST(LiveCommandTest, FollowsWhatIsAppendedInPiecesUntilInterrupted)
     const std::size_t start = ticks.size() / 3;
     const std::string grown = folder.Write("grown.csv", ticks.substr(0, start));
 
-    NoticingBuffer buffer;
-    std::future<void> started = buffer.FirstByte();
-    std::ostream out(&buffer);
-    std::istringstream in;
-    std::ostringstream err;
-    ToolContext context{in, out, err};
-    std::thread follower([&] { RunTool({"live", grown, "-i", "5min", "-f", "csv"}, context); });
-    started.wait();
+    Follower follower(grown, "5min");
     // Pieces end anywhere, also inside of a line.
     for (std::size_t place = start; place < ticks.size(); place += 997)
         folder.Append("grown.csv", ticks.substr(place, 997));
-    kill(getpid(), SIGINT);
-    follower.join();
-
-    EXPECT_EQ(context.exitCode, EExitOk) << err.str();
-    EXPECT_EQ(Replay(buffer.str()), CandlesOf(whole, "5min"));
+    EXPECT_EQ(Replay(follower.Interrupt()), CandlesOf(whole, "5min"));
 }
 
 TEST(LiveCommandTest, ARotationContinuesTheCandle)
@@ -131,27 +151,15 @@ TEST(LiveCommandTest, ARotationContinuesTheCandle)
     const std::string second = "2024-01-02 09:00:40,9,4\n2024-01-02 09:01:00,11,8\n";
     const std::string file = folder.Write("ticks.csv", header + first);
 
-    NoticingBuffer outBuffer;
-    NoticingBuffer errBuffer;
-    std::future<void> started = outBuffer.FirstByte();
-    std::future<void> noticed = errBuffer.FirstByte();
-    std::ostream out(&outBuffer);
-    std::ostream err(&errBuffer);
-    std::istringstream in;
-    ToolContext context{in, out, err};
-    std::thread follower([&] { RunTool({"live", file, "-i", "1min", "-f", "csv"}, context); });
-    started.wait();
+    Follower follower(file, "1min");
+    std::future<void> noticed = follower.errors.FirstByte();
     // The new file repeats a row of an earlier second.
     folder.Write("next.csv", header + "2024-01-02 09:00:01,99,100\n" + second);
     std::filesystem::rename(folder.Path("next.csv"), file);
     noticed.wait();
-    kill(getpid(), SIGINT);
-    follower.join();
-
-    EXPECT_EQ(context.exitCode, EExitOk);
-    EXPECT_NE(errBuffer.str().find("another file"), std::string::npos) << errBuffer.str();
-    EXPECT_NE(errBuffer.str().find("1 rows were earlier"), std::string::npos) << errBuffer.str();
-    EXPECT_EQ(Replay(outBuffer.str()), "time,open,high,low,close,volume\n"
-                                       "2024-01-02 09:00:00,10,12,9,9,7\n"
-                                       "2024-01-02 09:01:00,11,11,11,11,8\n");
+    EXPECT_EQ(Replay(follower.Interrupt()), "time,open,high,low,close,volume\n"
+                                            "2024-01-02 09:00:00,10,12,9,9,7\n"
+                                            "2024-01-02 09:01:00,11,11,11,11,8\n");
+    for (const char* told : {"another file", "1 rows were earlier"})
+        EXPECT_NE(follower.errors.str().find(told), std::string::npos) << follower.errors.str();
 }

@@ -2,10 +2,7 @@
 
 #include "kalvento/Tool.h"
 #include "support/TemporaryFolder.h"
-
-#include <sstream>
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 /// What a run of the tool left behind.
 struct ToolRun {

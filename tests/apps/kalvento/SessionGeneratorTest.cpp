@@ -1,15 +1,9 @@
 #include "kalvento/SessionGenerator.h"
 
 #include "apps/kalvento/RunToolHere.h"
-#include "kalvento/BlockFile.h"
-#include "series/Series.h"
 #include "support/Testing.h"
-#include "text_rows/ByteSource.h"
-#include "text_rows/ReadOptions.h"
-#include "text_rows/RowReader.h"
 
 using namespace kalvento::tool;
-using namespace kalvento::rows;
 
 namespace {
 
@@ -94,23 +88,34 @@ TEST(SessionGeneratorTest, EverySessionLooksLikeADayOfAnExchange)
 
 TEST(SessionGeneratorTest, OptionsThatMakeNoMarketAreRefused)
 {
-    const auto refuses = [](auto a_change) {
-        GeneratorOptions options;
-        a_change(options);
-        EXPECT_THROW(SessionGenerator{options}, std::invalid_argument);
-    };
-    refuses([](auto& a_options) { a_options.rows = 0; });
-    refuses([](auto& a_options) { a_options.sessions = 0; });
-    refuses([](auto& a_options) { a_options.rows = 4, a_options.sessions = 5; });
-    refuses([](auto& a_options) { a_options.rows = SessionGenerator::S_maxRows + 1; });
-    refuses([](auto& a_options) { a_options.rows = SessionGenerator::S_maxRowsPerSession + 1; });
-    refuses([](auto& a_options) { a_options.tickSize = Decimal{0, 2}; });
-    refuses([](auto& a_options) { a_options.startPrice = Decimal{4, 3}; });
-    refuses([](auto& a_options) { a_options.startPrice = Decimal{999'999'999'999'999, 0}; });
-    for (const int year : {9999, 1899})
-        refuses([&](auto& a_options) {
-            a_options.from = std::chrono::sys_days(std::chrono::year(year) / 12 / 29);
-        });
+    using Options = GeneratorOptions;
+    const std::vector<void (*)(Options&)> changes = {
+        [](Options& a_options) { a_options.rows = 0; },
+        [](Options& a_options) { a_options.sessions = 0; },
+        [](Options& a_options) {
+            a_options.rows = 4;
+            a_options.sessions = 5;
+        },
+        [](Options& a_options) { a_options.rows = SessionGenerator::S_maxRows + 1; },
+        [](Options& a_options) { a_options.rows = SessionGenerator::S_maxRowsPerSession + 1; },
+        [](Options& a_options) {
+            a_options.tickSize = Decimal{0, 2};
+        },
+        [](Options& a_options) {
+            a_options.startPrice = Decimal{4, 3};
+        },
+        [](Options& a_options) {
+            a_options.startPrice = Decimal{999'999'999'999'999, 0};
+        },
+        [](Options& a_options) { a_options.from = std::chrono::sys_days(std::chrono::year(9999) / 12 / 29); },
+        [](Options& a_options) {
+            a_options.from = std::chrono::sys_days(std::chrono::year(1899) / 12 / 29);
+        }};
+    for (const auto& change : changes) {
+        Options options;
+        change(options);
+        EXPECT_THROW(SessionGenerator{options}, std::invalid_argument) << &change - changes.data();
+    }
 }
 
 TEST(SessionGeneratorTest, DecimalsKeepTheirPlaces)
@@ -133,33 +138,10 @@ TEST(SessionGeneratorTest, DecimalsKeepTheirPlaces)
 
 TEST(GenerateCommandTest, BlockHoldsWhatTheTextHolds)
 {
-    const std::vector<std::string> market{"generate", "--rows",      "3000", "--sessions",
-                                          "2",        "--tick-size", "0.05"};
-    auto asBlock = market;
-    asBlock.insert(asBlock.end(), {"--format", "block"});
-    const ToolRun text = RunToolHere(market);
-    const ToolRun block = RunToolHere(asBlock);
-    ASSERT_EQ(block.exitCode, EExitOk) << block.err;
-
-    std::istringstream blockIn(block.out);
-    std::istringstream textIn(text.out);
-    std::ostringstream ignored;
-    ToolContext blockContext{blockIn, ignored, ignored};
-    const BlockFile file = ReadBlockFile("-", blockContext);
-    ASSERT_TRUE(file.set.IsValid());
-    ASSERT_FALSE(file.endsEarly);
-    ASSERT_EQ(file.surplus, 0U);
-
-    const auto source = ByteSource::FromStream(textIn, "text");
-    const ReadOptions options;
-    RowReader reader(*source, options);
-    RowBlock rows;
-    ASSERT_TRUE(reader.Read(rows, 10000));
-    ASSERT_EQ(rows.rows, file.set.GetRecordsCount());
-    ASSERT_EQ(rows.rows, 3000U);
-    for (std::size_t row = 0; row < rows.rows; ++row) {
-        ASSERT_TRUE(rows.times[row] == file.set.TimeSeries()[row]) << row;
-        ASSERT_EQ(rows.columns[0][row], file.set.find(Price)->second[row]) << row;
-        ASSERT_EQ(rows.columns[1][row], file.set.find(Volume)->second[row]) << row;
-    }
+    std::vector<std::string> market{"generate", "--rows", "3000", "--sessions", "2", "--tick-size", "0.05"};
+    const std::string text = RunToolHere(market).out;
+    market.insert(market.end(), {"--format", "block"});
+    const std::string block = RunToolHere(market).out;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3001);
+    EXPECT_TRUE(RunToolHere({"candles", "-", "-i", "tick", "--format", "block"}, text).out == block);
 }

@@ -66,6 +66,20 @@ protected:
         told["behaviour"] = a_behaviour;
         told["name"] = a_module;
     }
+    /// Both, for one of the two plug-ins of the tests that have modules.
+    std::filesystem::path Add(const std::string& a_plugin, const wchar_t* a_module,
+                              const std::string& a_behaviour = {})
+    {
+        Tell(a_plugin, a_module, a_behaviour);
+        return a_plugin == "Modules" ? Put("test_modules", "a.so") : Put("test_neighbours", "b.so");
+    }
+    Host& Start()
+    {
+        host.reset();
+        host.emplace(view, options);
+        host->Start();
+        return *host;
+    }
     static bool IsLoaded(const std::filesystem::path& a_file)
     {
         void* const library = ::dlopen(a_file.c_str(), RTLD_NOW | RTLD_NOLOAD);
@@ -77,6 +91,7 @@ protected:
     TemporaryFolder folder;
     HostOptions options;
     View view;
+    std::optional<Host> host;
     // Never destroyed: a thread that hung may be on its last steps there when its test is over.
     Recorder* const recorder = KeptRecorder();
 
@@ -90,22 +105,18 @@ private:
 
 TEST_F(HostTest, ModulesStartProvidersFirstAndEndInReverse)
 {
-    const auto first = Put("test_modules", "a.so");
-    const auto second = Put("test_neighbours", "b.so");
-    Tell("Modules", L"A");
-    Tell("Neighbours", L"B", "throw in stop");
-    {
-        Host host(view, options);
-        host.Start();
-        EXPECT_EQ(host.GetProviders().size(), 2U);
-        EXPECT_EQ(host.GetMediator().GetProviderByName(L"BP"), host.GetProviders()[1]);
-        EXPECT_EQ(host.GetMediator().GetModuleByName(L"AC"), host.GetConsumers()[0]);
-        EXPECT_EQ(host.GetMediator().GetProviderByName(L"AC"), nullptr) << "a consumer";
-        EXPECT_EQ(host.GetReports()[1].name, L"Neighbours");
-        EXPECT_EQ(host.GetReports()[1].version, L"1.5");
-        EXPECT_TRUE(IsLoaded(first));
-        recorder->Note("end");
-    }
+    const auto first = Add("Modules", L"A");
+    const auto second = Add("Neighbours", L"B", "throw in stop");
+    Start();
+    EXPECT_EQ(host->GetProviders().size(), 2U);
+    EXPECT_EQ(host->GetMediator().GetProviderByName(L"BP"), host->GetProviders()[1]);
+    EXPECT_EQ(host->GetMediator().GetModuleByName(L"AC"), host->GetConsumers()[0]);
+    EXPECT_EQ(host->GetMediator().GetProviderByName(L"AC"), nullptr) << "a consumer";
+    EXPECT_EQ(host->GetReports()[1].name, L"Neighbours");
+    EXPECT_EQ(host->GetReports()[1].version, L"1.5");
+    EXPECT_TRUE(IsLoaded(first));
+    recorder->Note("end");
+    host.reset();
     EXPECT_THAT(recorder->GetCalls(),
                 ElementsAre("init provider AP", "init provider BP", "init consumer AC", "init consumer BC",
                             "end", "stop consumer BC", "stop consumer AC", "stop provider BP",
@@ -141,23 +152,21 @@ TEST_P(PluginFaultTest, IsReportedAndTheOthersRun)
     const bool hangs = fault.state == EPluginStateAbandoned;
     if (hangs)
         options.initDeadline = std::chrono::seconds(2); // long enough for the neighbour
-    {
-        Host host(view, options);
-        host.Start();
-        ASSERT_EQ(host.GetReports().size(), 2U);
-        const PluginReport& report = host.GetReports()[0];
-        EXPECT_EQ(report.path, folder / "b.so");
-        EXPECT_EQ(Narrow(report.name), plugin == "test_modules" ? "Modules" : "b");
-        EXPECT_EQ(report.state, fault.state);
-        EXPECT_EQ(Narrow(report.phase), fault.phase);
-        EXPECT_THAT(Narrow(report.reason), HasSubstr(fault.reason));
+    Start();
+    ASSERT_EQ(host->GetReports().size(), 2U);
+    const PluginReport& report = host->GetReports()[0];
+    EXPECT_EQ(report.path, folder / "b.so");
+    EXPECT_EQ(Narrow(report.name), plugin == "test_modules" ? "Modules" : "b");
+    EXPECT_EQ(report.state, fault.state);
+    EXPECT_EQ(Narrow(report.phase), fault.phase);
+    EXPECT_THAT(Narrow(report.reason), HasSubstr(fault.reason));
 
-        EXPECT_EQ(host.GetReports()[1].state, EPluginStateRunning);
-        ASSERT_EQ(host.GetProviders().size(), 1U);
-        EXPECT_EQ(host.GetProviders()[0]->GetName(), L"CP");
-        EXPECT_EQ(host.GetMediator().GetModuleByName(L"BP"), nullptr);
-        ASSERT_EQ(host.GetConsumers().size(), 1U);
-    }
+    EXPECT_EQ(host->GetReports()[1].state, EPluginStateRunning);
+    ASSERT_EQ(host->GetProviders().size(), 1U);
+    EXPECT_EQ(host->GetProviders()[0]->GetName(), L"CP");
+    EXPECT_EQ(host->GetMediator().GetModuleByName(L"BP"), nullptr);
+    ASSERT_EQ(host->GetConsumers().size(), 1U);
+    host.reset();
     EXPECT_EQ(IsLoaded(folder / "b.so"), hangs) << "code that a thread is in can't go away";
     EXPECT_EQ(PluginBase::IsAppMediatorValid(), hangs);
     if (!hangs)
@@ -193,34 +202,27 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(HostTest, ADroppedPluginsRunningModulesAreStopped)
 {
-    Put("test_modules", "a.so");
-    Tell("Modules", L"A", "refuse in consumer");
-    Host host(view, options);
-    host.Start();
+    Add("Modules", L"A", "refuse in consumer");
+    Start();
     EXPECT_THAT(recorder->GetCalls(),
                 ElementsAre("init provider AP", "init consumer AC", "stop provider AP"));
 }
 
 TEST_F(HostTest, ANameIsGivenOnce)
 {
-    Put("test_modules", "a.so");
-    Put("test_neighbours", "b.so");
-    Tell("Modules", L"A");
-    Tell("Neighbours", L"A");
-    Host host(view, options);
-    host.Start();
-    EXPECT_EQ(host.GetReports()[0].state, EPluginStateRunning);
-    EXPECT_EQ(host.GetReports()[1].state, EPluginStateFailed);
-    EXPECT_THAT(Narrow(host.GetReports()[1].reason), HasSubstr("Jest już moduł o nazwie \"AP\""));
+    Add("Modules", L"A");
+    Add("Neighbours", L"A");
+    Start();
+    EXPECT_EQ(host->GetReports()[0].state, EPluginStateRunning);
+    EXPECT_EQ(host->GetReports()[1].state, EPluginStateFailed);
+    EXPECT_THAT(Narrow(host->GetReports()[1].reason), HasSubstr("Jest już moduł o nazwie \"AP\""));
 }
 
 TEST_F(HostTest, OnlyWhatIsAskedForStarts)
 {
-    Put("test_modules", "a.so");
-    Put("test_neighbours", "b.so");
     std::ofstream(folder / "c.so") << "not a library";
-    Tell("Modules", L"A");
-    Tell("Neighbours", L"B");
+    Add("Modules", L"A");
+    Add("Neighbours", L"B");
     struct Choice {
         std::vector<std::string> only;
         std::vector<std::pair<std::string, EPluginState>> reports;
@@ -236,10 +238,9 @@ TEST_F(HostTest, OnlyWhatIsAskedForStarts)
     for (const Choice& choice : choices) {
         SCOPED_TRACE(choice.only.front());
         options.only = choice.only;
-        Host host(view, options);
-        host.Start();
+        Start();
         std::vector<std::pair<std::string, EPluginState>> reports;
-        for (const PluginReport& report : host.GetReports())
+        for (const PluginReport& report : host->GetReports())
             reports.emplace_back(Narrow(report.name), report.state);
         EXPECT_EQ(reports, choice.reports);
     }
@@ -248,57 +249,50 @@ TEST_F(HostTest, OnlyWhatIsAskedForStarts)
 TEST_F(HostTest, AFolderThatIsNotThereIsReported)
 {
     options.pluginFolder = WidePath::ToWide(folder / "none");
-    Host host(view, options);
-    host.Start();
-    ASSERT_EQ(host.GetReports().size(), 1U);
-    EXPECT_EQ(host.GetReports()[0].state, EPluginStateMissing);
-    EXPECT_EQ(host.GetReports()[0].path, folder / "none");
+    Start();
+    ASSERT_EQ(host->GetReports().size(), 1U);
+    EXPECT_EQ(host->GetReports()[0].state, EPluginStateMissing);
+    EXPECT_EQ(host->GetReports()[0].path, folder / "none");
 }
 
 TEST_F(HostTest, InitMayWaitForTheMainThread)
 {
-    Put("test_modules", "a.so");
-    Tell("Modules", L"A", "ask main thread");
-    Host host(view, options);
-    host.Start();
+    Add("Modules", L"A", "ask main thread");
+    Start();
     EXPECT_THAT(recorder->GetCalls(), ElementsAre("answer 6", "init provider AP", "init consumer AC"));
 }
 
 // The consumer joins a thread that waits for an answer which nobody will give.
 TEST_F(HostTest, AQuestionDoesNotHoldTheEndUp)
 {
-    Put("test_modules", "a.so");
-    Tell("Modules", L"A", "ask at the end");
-    Host host(view, options);
-    host.Start();
-    host.Stop();
+    Add("Modules", L"A", "ask at the end");
+    Start();
+    host->Stop();
     EXPECT_THAT(recorder->GetCalls(), testing::Contains(testing::AnyOf("answer -1", "answer 6")));
 }
 
 TEST_F(HostTest, WhatProvidersTellReachesTheViewOnceItIsServed)
 {
-    Put("test_modules", "a.so");
-    Tell("Modules", L"A");
-    Host host(view, options);
-    host.Start();
-    ProviderBase* const provider = host.GetProviders().at(0);
+    Add("Modules", L"A");
+    Start();
+    ProviderBase* const provider = host->GetProviders().at(0);
     provider->NotifyChangeConnectionStatus();
     provider->NotifyChangeConnectionStatus();
     provider->AssetsChanged();
-    host.GetMediator().AssetsChanged(nullptr);
+    host->GetMediator().AssetsChanged(nullptr);
     provider->AddOperationsToDoToProgress(3);
     provider->AddOperationsToDoToProgress(2);
     provider->SetOperationsDidToProgress(4);
     EXPECT_EQ(view.statusChanges, 0);
-    host.GetMediator().RequestExit(3);
-    host.GetMediator().RequestExit(4);
-    EXPECT_EQ(host.Run(), 3);
+    host->GetMediator().RequestExit(3);
+    host->GetMediator().RequestExit(4);
+    EXPECT_EQ(host->Run(), 3);
     EXPECT_EQ(view.statusChanges, 1);
     EXPECT_THAT(view.changed, ElementsAre("AP"));
     EXPECT_EQ(view.progress, std::pair(4U, 5U));
 
     provider->NotifyChangeConnectionStatus();
-    host.GetExecutor().RunPending();
+    host->GetExecutor().RunPending();
     EXPECT_EQ(view.statusChanges, 2) << "told anew after it was asked";
 }
 

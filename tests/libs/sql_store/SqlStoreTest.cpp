@@ -234,26 +234,7 @@ TEST_F(SqlStoreTest, RowsOfManyAppendersAreSeenInOrderAndOnce)
     EXPECT_EQ(volumes, RowsOf(0, count).find(Volume)->second);
 }
 
-TEST_F(SqlStoreTest, EveryStoreHearsOfAChange)
-{
-    NotingListener listeners[2];
-    const auto first = OpenStore(listeners[0]);
-    const auto second = OpenStore(listeners[1]);
-    m_writer->CreateInstrument(TickInstrument("A"));
-    for (NotingListener& listener : listeners) {
-        EXPECT_TRUE(listener.WaitFor("changed"));
-    }
-    m_writer->AppendRows("A", 0, RowsOf(0, 1));
-    for (NotingListener& listener : listeners) {
-        EXPECT_TRUE(listener.WaitFor("rows A"));
-    }
-    m_writer->SetOffers("A", Offers());
-    for (NotingListener& listener : listeners) {
-        EXPECT_TRUE(listener.WaitFor("rows A", 2));
-    }
-}
-
-TEST_F(SqlStoreTest, TerminalsThatStartAtOnceMakeTheTablesOnce)
+TEST_F(SqlStoreTest, TerminalsThatStartAtOnceMakeTheTablesOnceAndAllHearOfAChange)
 {
     NotingListener listeners[6];
     std::vector<std::unique_ptr<SqlStore>> stores;
@@ -261,13 +242,20 @@ TEST_F(SqlStoreTest, TerminalsThatStartAtOnceMakeTheTablesOnce)
         stores.push_back(std::make_unique<SqlStore>(SqlAddress(m_connection), S_quick));
         stores.back()->Open(listener);
     }
-    for (NotingListener& listener : listeners) {
-        EXPECT_TRUE(listener.WaitFor("restored"));
-    }
+    const auto allAreTold = [&](const char* a_what, std::size_t a_times = 1) {
+        return std::ranges::all_of(
+            listeners, [&](NotingListener& a_listener) { return a_listener.WaitFor(a_what, a_times); });
+    };
+    EXPECT_TRUE(allAreTold("restored"));
+    m_writer->CreateInstrument(TickInstrument("A"));
+    EXPECT_TRUE(allAreTold("changed"));
+    m_writer->AppendRows("A", 0, RowsOf(0, 1));
+    EXPECT_TRUE(allAreTold("rows A"));
+    m_writer->SetOffers("A", Offers());
+    EXPECT_TRUE(allAreTold("rows A", 2));
     stores.clear();
-    for (const NotingListener& listener : listeners) {
+    for (const NotingListener& listener : listeners)
         EXPECT_EQ(listener.Count("broken"), 0U);
-    }
 }
 
 TEST_F(SqlStoreTest, TablesOfAnotherVersionAreLeftAlone)

@@ -1,31 +1,12 @@
 #include "text_rows/IntervalNotation.h"
 
-#include "platform/CodePage.h"
+#include "platform/WidePath.h"
 #include "support/Testing.h"
 #include "time/IntervalTranslator.h"
 #include "time/MaxMultiplicity.h"
 
 using kalvento::rows::FormatInterval;
 using kalvento::rows::ParseInterval;
-
-namespace {
-
-std::string Utf8(const std::wstring& a_text)
-{
-    std::string utf8;
-    for (const wchar_t sign : a_text) {
-        const auto code = static_cast<char32_t>(sign);
-        if (code < 0x80) {
-            utf8 += static_cast<char>(code);
-        } else {
-            utf8 += static_cast<char>(0xC0U | code >> 6U);
-            utf8 += static_cast<char>(0x80U | (code & 0x3FU));
-        }
-    }
-    return utf8;
-}
-
-} // namespace
 
 TEST(IntervalNotationTest, WhatIsPrintedIsReadBack)
 {
@@ -38,7 +19,8 @@ TEST(IntervalNotationTest, WhatIsPrintedIsReadBack)
             const auto notation = ParseInterval(FormatInterval(pair));
             ASSERT_TRUE(notation);
             EXPECT_TRUE(notation->Equals(pair));
-            const auto polish = ParseInterval(Utf8(IntervalTranslator::ToDescription(interval, count)));
+            const auto polish =
+                ParseInterval(WidePath::ToPath(IntervalTranslator::ToDescription(interval, count)).native());
             ASSERT_TRUE(polish);
             EXPECT_TRUE(polish->Equals(pair));
         }

@@ -1,4 +1,6 @@
 #include "console_consumer/RenderScreen.h"
+#include "platform/WidePath.h"
+#include "support/TemporaryFolder.h"
 #include "support/Testing.h"
 
 namespace {
@@ -45,44 +47,81 @@ ScreenModel MakeModel()
     return model;
 }
 
-std::wstring TextOf(const ScreenCells& a_cells)
+/// The text of a screen; below each row, how its cells look: a letter for ink, bold and reversed, nothing for the plain.
+std::string Drawn(const ScreenCells& a_cells)
 {
-    std::wstring text;
-    for (int row = 0; row < a_cells.GetHeight(); ++row)
-        text += a_cells.GetLine(row) + L'\n';
-    return text;
+    std::string drawn;
+    for (int row = 0; row < a_cells.GetHeight(); ++row) {
+        std::string looks;
+        for (int column = 0; column < a_cells.GetWidth(); ++column) {
+            const ScreenCell cell = a_cells.At(column, row);
+            const int look = cell.ink + (cell.bold ? 5 : 0) + (cell.reversed ? 10 : 0);
+            looks += look == 0 ? ' ' : static_cast<char>('a' + look);
+        }
+        looks.erase(looks.find_last_not_of(' ') + 1);
+        drawn +=
+            WidePath::ToPath(a_cells.GetLine(row)).native() + "|\n" + (looks.empty() ? "" : looks + '\n');
+    }
+    return drawn;
 }
 
-bool Has(const ScreenCells& a_cells, const wchar_t* a_text)
+void AddDay(ScreenModel& a_model)
 {
-    return TextOf(a_cells).find(a_text) != std::wstring::npos;
+    for (unsigned int minute = 0; minute < 9; ++minute)
+        EXPECT_TRUE(a_model.data.candles.AddData({NDateTime(2021, 3, 5, 9, minute, 30, 0),
+                                                  {{Price, 99.0},
+                                                   {Volume, 10.0},
+                                                   {IntervalOpen, 99.0},
+                                                   {IntervalMax, 99.0},
+                                                   {IntervalMin, 99.0}}}));
 }
 
 } // namespace
 
-TEST(RenderScreenTest, EverySizeShowsWhatItHasRoomFor)
+// The pictures of screens.txt, cell for cell; KALVENTO_WRITE_TRANSCRIPTS=1 writes what is drawn instead.
+TEST(RenderScreenTest, ScreensLookAsTheyStandThere)
 {
-    struct Case {
+    struct Screen {
+        const char* name;
         int width;
         int height;
-        std::vector<const wchar_t*> shown;
+        void (*change)(ScreenModel&);
     };
-    const std::vector<Case> cases = {
-        {200,
-         60,
-         {L"PKO", L"Bank próbny", L"99,53 ▲", L"+1,53 (+1,56%)", L"● połączony", L"kupno", L"sprzedaż",
-          L"99,48", L"99,58", L"transakcje", L"10:49:59", L"zamkn.", L"█", L"1/2", L"q koniec"}},
-        {80,
-         24,
-         {L"PKO", L"99,53 ▲", L"● połączony", L"kupno", L"99,48", L"99,58", L"transakcje", L"zamkn.", L"█"}},
-        {50, 30, {L"99,53 ▲", L"kupno", L"99,48", L"zamkn.", L"█"}},
-        {40, 12, {L"PKO", L"99,53 ▲", L"K 99,52 × 100", L"S 99,54 × 1500", L"█", L"q koniec"}}};
-    for (const Case& screen : cases) {
-        SCOPED_TRACE(testing::Message() << screen.width << " x " << screen.height);
-        const ScreenCells cells = RenderScreen(MakeModel(), screen.width, screen.height);
-        for (const wchar_t* text : screen.shown)
-            EXPECT_TRUE(Has(cells, text)) << testing::PrintToString(std::wstring(text));
+    const auto nothing = [](ScreenModel&) {};
+    const Screen screens[] = {
+        {"all there is room for", 200, 60, nothing},
+        {"a terminal of the usual size", 80, 24, nothing},
+        {"narrow", 50, 30, nothing},
+        {"small", 40, 12, nothing},
+        {"a name that would move the cursor or shift a line", 80, 24,
+         [](ScreenModel& a_model) { a_model.symbol = L"A\x1B[2J\n\x4E2D\x0301"; }},
+        {"volumes of any size, apart from prices", 80, 24,
+         [](ScreenModel& a_model) {
+             a_model.data.decimals = 5;
+             a_model.data.offers->SetQSellIfChanged({0.084135, 12345.6, 456.7891, 1234567.0, 3e9});
+         }},
+        {"candles that rise, without colour", 80, 24, [](ScreenModel& a_model) { a_model.inColour = false; }},
+        {"candles that fall, without colour", 80, 24,
+         [](ScreenModel& a_model) {
+             a_model.inColour = false;
+             for (double& close : a_model.data.candles.find(Price)->second)
+                 close -= 1.0;
+         }},
+        {"a new day, named below its first candle", 80, 24, AddDay},
+        {"a new day in the table", 80, 24, [](ScreenModel& a_model) {
+             AddDay(a_model);
+             a_model.asTable = true;
+         }}};
+    std::string drawn;
+    for (const Screen& screen : screens) {
+        ScreenModel model = MakeModel();
+        screen.change(model);
+        drawn += std::string("== ") + screen.name + '\n';
+        drawn += Drawn(RenderScreen(model, screen.width, screen.height));
     }
+    if (std::getenv("KALVENTO_WRITE_TRANSCRIPTS") != nullptr)
+        std::ofstream(KALVENTO_SCREENS) << drawn;
+    EXPECT_EQ(drawn, TemporaryFolder::ReadFile(KALVENTO_SCREENS));
 }
 
 TEST(RenderScreenTest, AnySizeAndAnyNumbersAreDrawn)
@@ -107,77 +146,4 @@ TEST(RenderScreenTest, AnySizeAndAnyNumbersAreDrawn)
                     ASSERT_EQ(cells.GetHeight(), height);
                 }
     }
-}
-
-// A name could else move the cursor or shift a line by a column.
-TEST(RenderScreenTest, NoTextFromOutsideReachesTheTerminalUnseen)
-{
-    ScreenModel model = MakeModel();
-    model.symbol = L"A\x1B[2J\n\x4E2D\x0301";
-    const ScreenCells cells = RenderScreen(model, 80, 24);
-    EXPECT_EQ(cells.GetLine(0).substr(0, 9), L" A?[2J???");
-}
-
-TEST(RenderScreenTest, BarsShowTheShareOfTheLargestVolume)
-{
-    const ScreenCells cells = RenderScreen(MakeModel(), 80, 24);
-    const auto barOf = [&](int a_row) {
-        int count = 0;
-        for (int column = 46; column < 80; ++column)
-            count += cells.At(column, a_row).reversed ? 1 : 0;
-        return count;
-    };
-    EXPECT_EQ(barOf(3), 15 + 1) << "1500 of 1500, and 100";
-    EXPECT_GT(barOf(7), barOf(4)) << "500 against 200";
-}
-
-TEST(RenderScreenTest, VolumesOfAnySizeStandApartFromPrices)
-{
-    ScreenModel model = MakeModel();
-    model.data.decimals = 5;
-    model.data.offers->SetQSellIfChanged({0.084135, 12345.6, 456.7891, 1234567.0, 3e9});
-    const ScreenCells cells = RenderScreen(model, 80, 24);
-    const std::vector<const wchar_t*> lines = {L"99,54000  0,0841", L"99,55000   12346", L"99,56000  456,79",
-                                               L"99,57000  1,235M", L"99,58000      3G"};
-    for (const wchar_t* line : lines)
-        EXPECT_TRUE(Has(cells, line)) << testing::PrintToString(std::wstring(line));
-}
-
-TEST(RenderScreenTest, EveryShapeOfACandleIsToldWithoutColour)
-{
-    ScreenModel model = MakeModel();
-    model.inColour = false;
-    // Rows 2 to 14 and columns up to the axis: the candles. All of the model's rise.
-    const auto has = [&](wchar_t a_sign) {
-        const ScreenCells cells = RenderScreen(model, 80, 24);
-        for (int row = 2; row < 13; ++row)
-            if (cells.GetLine(row).substr(0, 35).find(a_sign) != std::wstring::npos)
-                return true;
-        return false;
-    };
-    EXPECT_TRUE(has(L'┃'));
-    EXPECT_FALSE(has(L'█'));
-    for (auto& [seriesId, column] : model.data.candles)
-        if (seriesId == Price)
-            for (double& close : column)
-                close -= 1.0;
-    EXPECT_FALSE(has(L'┃'));
-    EXPECT_TRUE(has(L'█'));
-}
-
-TEST(RenderScreenTest, ANewDayIsNamedBelowItsFirstCandle)
-{
-    ScreenModel model = MakeModel();
-    EXPECT_TRUE(model.data.candles.AddData(
-        {NDateTime(2021, 3, 5, 9, 0, 30, 0),
-         {{Price, 99.0}, {Volume, 10.0}, {IntervalOpen, 99.0}, {IntervalMax, 99.0}, {IntervalMin, 99.0}}}));
-    for (unsigned int minute = 1; minute < 9; ++minute) {
-        Record candle = model.data.candles.GetLastRecord();
-        candle.SetTime(NDateTime(2021, 3, 5, 9, minute, 30, 0));
-        EXPECT_TRUE(model.data.candles.AddData(candle));
-    }
-    EXPECT_TRUE(Has(RenderScreen(model, 80, 24), L"05.03"));
-    model.asTable = true;
-    for (const wchar_t* time : {L"05.03 09:08", L"04.03 10:49"})
-        EXPECT_TRUE(Has(RenderScreen(model, 80, 24), time));
 }

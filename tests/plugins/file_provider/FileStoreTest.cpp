@@ -127,45 +127,27 @@ TEST_F(FileStoreTest, DamagedCachesAreMadeAgain)
     const std::string bytes = AllBytes("BTCUSD");
     const auto index = m_histories / "BTCUSD/Index.xml";
     const auto change = [](const std::filesystem::path& a_path, const auto& a_how) {
-        std::ostringstream text;
-        text << std::ifstream(a_path, std::ios::binary).rdbuf();
-        std::string changed = text.str();
-        a_how(changed);
-        std::ofstream(a_path, std::ios::binary) << changed;
+        std::string text = TemporaryFolder::ReadFile(a_path.string());
+        a_how(text);
+        std::ofstream(a_path, std::ios::binary) << text;
     };
-    struct Case {
-        const char* name;
-        std::function<void()> damage;
-    };
-    const auto flip = [&] {
-        change(Parts("BTCUSD").front(), [](std::string& a_text) { a_text[a_text.size() / 2] ^= 1; });
-    };
-    const std::vector<Case> cases = {
-        {"a flipped bit", flip},
-        {"half a part",
-         [&] {
-             change(Parts("BTCUSD").front(), [](std::string& a_text) { a_text.resize(a_text.size() / 2); });
-         }},
-        {"no part", [&] { std::filesystem::remove(Parts("BTCUSD").front()); }},
-        {"half an index",
-         [&] { change(index, [](std::string& a_text) { a_text.resize(a_text.size() / 2); }); }},
+    const auto halve = [](std::string& a_text) { a_text.resize(a_text.size() / 2); };
+    const auto flip = [](std::string& a_text) { a_text[a_text.size() / 2] ^= 1; };
+    const auto count = [](std::string& a_text) { a_text.replace(a_text.find("5882"), 4, "5883"); };
+    const auto part = [&] { return Parts("BTCUSD").front(); };
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"a flipped bit", [&] { change(part(), flip); }},
+        {"half a part", [&] { change(part(), halve); }},
+        {"no part", [&] { std::filesystem::remove(part()); }},
+        {"half an index", [&] { change(index, halve); }},
         {"no index", [&] { std::filesystem::remove(index); }},
-        {"an index of other rows",
-         [&] {
-             change(index, [](std::string& a_text) {
-                 const auto place = a_text.find("5882");
-                 ASSERT_NE(place, std::string::npos);
-                 a_text.replace(place, 4, "5883");
-             });
-         }},
+        {"an index of other rows", [&] { change(index, count); }},
         {"parts of a build that was killed",
-         [&] {
-             std::filesystem::copy_file(Parts("BTCUSD").front(), m_histories / "BTCUSD/Rows-999-0-0.block");
-         }},
+         [&] { std::filesystem::copy_file(part(), m_histories / "BTCUSD/Rows-999-0-0.block"); }},
     };
-    for (const Case& damage : cases) {
-        SCOPED_TRACE(damage.name);
-        damage.damage();
+    for (const auto& [name, damage] : cases) {
+        SCOPED_TRACE(name);
+        damage();
         OpenStore();
         EXPECT_EQ(AllBytes("BTCUSD"), bytes);
         EXPECT_EQ(Parts("BTCUSD").size(), 1U);

@@ -20,56 +20,33 @@ namespace {
 struct Task {
     Recorder* recorder = nullptr;
     std::string behaviour;
+};
 
-    bool Init(const std::string& a_module, const std::string& a_place) const
+/// A module that notes what is done with it. a_kind: provider or consumer.
+template<class Base>
+class Noting : public Base {
+public:
+    Noting(std::wstring a_name, std::string a_kind, Task a_task)
+        : Base(std::move(a_name)), m_kind(std::move(a_kind)), m_task(std::move(a_task))
+    {}
+    ~Noting() override { Note("destroy"); }
+    bool Init() override
     {
-        recorder->Note("init " + a_module);
-        if (behaviour == "throw in " + a_place)
+        const bool isProvider = m_kind == "provider";
+        if (isProvider && m_task.behaviour == "ask main thread")
+            Ask();
+        if (!isProvider && m_task.behaviour == "ask at the end")
+            m_asking = std::thread([this] { Ask(); });
+        Note("init");
+        if (m_task.behaviour == "throw in " + m_kind)
             throw std::runtime_error("no route");
-        if (behaviour == "hang in " + a_place)
-            recorder->Hang();
-        return behaviour != "refuse in " + a_place;
-    }
-};
-
-class Provider : public TestProvider {
-public:
-    Provider(std::wstring a_name, Task a_task) : TestProvider(std::move(a_name)), m_task(std::move(a_task)) {}
-    ~Provider() override { m_task.recorder->Note("destroy provider " + Name()); }
-    bool Init() override
-    {
-        if (m_task.behaviour == "ask main thread")
-            m_task.recorder->Note("answer " + std::to_string(ShowMessage(L"?", L"?", 4)));
-        return m_task.Init("provider " + Name(), "provider");
+        if (m_task.behaviour == "hang in " + m_kind)
+            m_task.recorder->Hang();
+        return m_task.behaviour != "refuse in " + m_kind;
     }
     void OnStopWork() override
     {
-        m_task.recorder->Note("stop provider " + Name());
-        if (m_task.behaviour == "throw in stop")
-            throw std::runtime_error("no way");
-    }
-
-private:
-    std::string Name() const { return {GetName().begin(), GetName().end()}; }
-    Task m_task;
-};
-
-class Consumer : public IdleConsumer {
-public:
-    Consumer(std::wstring a_name, Task a_task) : IdleConsumer(std::move(a_name)), m_task(std::move(a_task)) {}
-    ~Consumer() override { m_task.recorder->Note("destroy consumer " + Name()); }
-    bool Init() override
-    {
-        if (m_task.behaviour == "ask at the end")
-            m_asking = std::thread([this] {
-                const int answer = ShowMessage(L"?", L"?", 4);
-                m_task.recorder->Note("answer " + std::to_string(answer));
-            });
-        return m_task.Init("consumer " + Name(), "consumer");
-    }
-    void OnStopWork() override
-    {
-        m_task.recorder->Note("stop consumer " + Name());
+        Note("stop");
         if (m_asking.joinable())
             m_asking.join();
         if (m_task.behaviour == "throw in stop")
@@ -77,8 +54,15 @@ public:
     }
 
 private:
-    std::string Name() const { return {GetName().begin(), GetName().end()}; }
-    Task m_task;
+    void Note(const std::string& a_call) const
+    {
+        const std::wstring name = this->GetName();
+        m_task.recorder->Note(a_call + ' ' + m_kind + ' ' + std::string(name.begin(), name.end()));
+    }
+    void Ask() const { m_task.recorder->Note("answer " + std::to_string(this->ShowMessage(L"?", L"?", 4))); }
+
+    const std::string m_kind;
+    const Task m_task;
     std::thread m_asking;
 };
 
@@ -88,14 +72,14 @@ void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
     const std::wstring behaviour = a_options["behaviour"];
     const std::wstring name = a_options["name"];
     const Task task{std::bit_cast<Recorder*>(address), {behaviour.begin(), behaviour.end()}};
-    a_registry.AddProvider(std::make_unique<Provider>(name + L"P", task));
+    a_registry.AddProvider(std::make_unique<Noting<TestProvider>>(name + L"P", "provider", task));
     if (task.behaviour == "throw in create")
         throw std::runtime_error("no keys");
     if (task.behaviour == "hang in create")
         task.recorder->Hang();
     if (task.behaviour == "add nothing")
         a_registry.AddConsumer(nullptr);
-    a_registry.AddConsumer(std::make_unique<Consumer>(name + L"C", task));
+    a_registry.AddConsumer(std::make_unique<Noting<IdleConsumer>>(name + L"C", "consumer", task));
 }
 
 } // namespace
