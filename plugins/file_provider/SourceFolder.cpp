@@ -79,17 +79,6 @@ void TakeFile(const std::filesystem::path& a_path, const std::filesystem::path& 
     a_contents.sources.push_back(std::move(source));
 }
 
-std::vector<std::filesystem::directory_entry> EntriesOf(const std::filesystem::path& a_folder,
-                                                        std::error_code& a_error)
-{
-    std::vector<std::filesystem::directory_entry> entries;
-    for (std::filesystem::directory_iterator entry(a_folder, a_error);
-         !a_error && entry != std::filesystem::directory_iterator(); entry.increment(a_error))
-        entries.push_back(*entry);
-    std::sort(entries.begin(), entries.end());
-    return entries;
-}
-
 // Two files can be of one safe name, in two sub-folders or by their extensions: the later ones are numbered.
 void MakeNamesUnique(std::vector<SourceFile>& a_sources)
 {
@@ -102,18 +91,6 @@ void MakeNamesUnique(std::vector<SourceFile>& a_sources)
 }
 
 } // namespace
-
-bool FolderContents::Differs(const FolderContents& a_other) const
-{
-    const auto same = [](const auto& a_left, const auto& a_right) {
-        return a_left.path == a_right.path && a_left.stamp == a_right.stamp;
-    };
-    return exists != a_other.exists || unreadable != a_other.unreadable ||
-           !std::equal(sources.begin(), sources.end(), a_other.sources.begin(), a_other.sources.end(),
-                       same) ||
-           !std::equal(operations.begin(), operations.end(), a_other.operations.begin(),
-                       a_other.operations.end(), same);
-}
 
 FolderContents ScanFolder(const std::filesystem::path& a_folder, const FolderContents* a_before)
 {
@@ -147,6 +124,17 @@ FolderContents ScanFolder(const std::filesystem::path& a_folder, const FolderCon
     return contents;
 }
 
+std::vector<std::filesystem::directory_entry> EntriesOf(const std::filesystem::path& a_folder,
+                                                        std::error_code& a_error)
+{
+    std::vector<std::filesystem::directory_entry> entries;
+    for (std::filesystem::directory_iterator entry(a_folder, a_error);
+         !a_error && entry != std::filesystem::directory_iterator(); entry.increment(a_error))
+        entries.push_back(*entry);
+    std::sort(entries.begin(), entries.end());
+    return entries;
+}
+
 std::optional<FileStamp> StampOf(const std::filesystem::path& a_path)
 {
     std::error_code ignored;
@@ -169,13 +157,14 @@ std::string SafeName(std::string_view a_name)
 {
     static constexpr std::wstring_view S_polish = L"ĄĆĘŁŃÓŚŹŻąćęłńóśźż";
     static constexpr std::string_view S_latin = "ACELNOSZZacelnoszz";
-    static constexpr std::wstring_view S_marks = L"._-";
+    static constexpr std::wstring_view S_kept =
+        L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-";
     std::string safe;
     for (const wchar_t sign : CodePage::Utf8ToWide(a_name)) {
-        const std::size_t polish = S_polish.find(sign);
-        const bool isKept = (sign >= L'A' && sign <= L'Z') || (sign >= L'a' && sign <= L'z') ||
-                            (sign >= L'0' && sign <= L'9') || S_marks.find(sign) != std::wstring_view::npos;
-        safe += polish != std::wstring_view::npos ? S_latin[polish] : isKept ? static_cast<char>(sign) : '_';
+        if (const std::size_t polish = S_polish.find(sign); polish != std::wstring_view::npos)
+            safe += S_latin[polish];
+        else
+            safe += S_kept.find(sign) != std::wstring_view::npos ? static_cast<char>(sign) : '_';
     }
     return safe.empty() || safe.front() == '.' ? "_" + safe : safe;
 }

@@ -28,12 +28,16 @@ struct SourceFile {
     std::string market;  ///< The sub-folder's name, safe; "PLIKI" at the top.
     std::wstring group;  ///< The sub-folder's name as the user sees it; empty at the top.
     bool isBook = false; ///< Rows of an order book, of the instrument `name` without its ".book".
+
+    friend bool operator==(const SourceFile&, const SourceFile&) = default;
 };
 
 /// A file that is no rows but belongs to the instruments: a list of corporate operations.
 struct OperationsSource {
     std::filesystem::path path;
     FileStamp stamp;
+
+    friend bool operator==(const OperationsSource&, const OperationsSource&) = default;
 };
 
 /// All that a folder holds, each list in the order of the paths.
@@ -44,8 +48,8 @@ struct FolderContents {
     std::vector<std::filesystem::path>
         unreadable; ///< Files and sub-folders that are there, whatever is in them.
 
-    /// Whether files came, went, changed, or can be read otherwise than before.
-    bool Differs(const FolderContents& a_other) const;
+    /// False where files came, went, changed, or can be read otherwise than before.
+    friend bool operator==(const FolderContents&, const FolderContents&) = default;
 };
 
 /// Looks through a folder and its sub-folders, those of one level. Rows: *.csv, *.txt, *.tsv, *.block; a book:
@@ -53,6 +57,10 @@ struct FolderContents {
 /// read is taken from a_before (null: from nowhere), as for a file that somebody is writing: its instruments aren't
 /// gone. Never raises for what it finds.
 FolderContents ScanFolder(const std::filesystem::path& a_folder, const FolderContents* a_before);
+
+/// What a folder holds, in the order of the paths; less than that where a_error tells of a failure.
+std::vector<std::filesystem::directory_entry> EntriesOf(const std::filesystem::path& a_folder,
+                                                        std::error_code& a_error);
 
 /// The size and time of a regular file; empty where there is none, or it can't be told.
 std::optional<FileStamp> StampOf(const std::filesystem::path& a_path);
