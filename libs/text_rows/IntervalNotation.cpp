@@ -2,6 +2,7 @@
 
 #include "time/MaxMultiplicity.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <system_error>
@@ -11,58 +12,20 @@ namespace kalvento::rows {
 
 namespace {
 
-struct UnitName {
-    std::string_view name;
+struct Unit {
     EInterval interval;
+    std::array<std::string_view, 7> names; // FormatInterval writes the first; empty behind the last
 };
 
-// The first name of each unit is the one that FormatInterval writes.
 constexpr std::array S_units = {
-    UnitName{"tick", EIntervalTick},
-    UnitName{"ticks", EIntervalTick},
-    UnitName{"t", EIntervalTick},
-    UnitName{"tikowy", EIntervalTick},
-    UnitName{"s", EIntervalSecond},
-    UnitName{"sec", EIntervalSecond},
-    UnitName{"secs", EIntervalSecond},
-    UnitName{"second", EIntervalSecond},
-    UnitName{"seconds", EIntervalSecond},
-    UnitName{"sek", EIntervalSecond},
-    UnitName{"sekundowy", EIntervalSecond},
-    UnitName{"min", EIntervalMinute},
-    UnitName{"m", EIntervalMinute},
-    UnitName{"mins", EIntervalMinute},
-    UnitName{"minute", EIntervalMinute},
-    UnitName{"minutes", EIntervalMinute},
-    UnitName{"minutowy", EIntervalMinute},
-    UnitName{"h", EIntervalHour},
-    UnitName{"hour", EIntervalHour},
-    UnitName{"hours", EIntervalHour},
-    UnitName{"godz", EIntervalHour},
-    UnitName{"godzinowy", EIntervalHour},
-    UnitName{"d", EIntervalDay},
-    UnitName{"day", EIntervalDay},
-    UnitName{"days", EIntervalDay},
-    UnitName{"dni", EIntervalDay},
-    UnitName{"dzien", EIntervalDay},
-    UnitName{"dzienny", EIntervalDay},
-    UnitName{"w", EIntervalWeek},
-    UnitName{"week", EIntervalWeek},
-    UnitName{"weeks", EIntervalWeek},
-    UnitName{"tyg", EIntervalWeek},
-    UnitName{"tygodniowy", EIntervalWeek},
-    UnitName{"mo", EIntervalMonth},
-    UnitName{"month", EIntervalMonth},
-    UnitName{"months", EIntervalMonth},
-    UnitName{"mies", EIntervalMonth},
-    UnitName{"miesieczny", EIntervalMonth},
-    UnitName{"y", EIntervalYear},
-    UnitName{"year", EIntervalYear},
-    UnitName{"years", EIntervalYear},
-    UnitName{"lat", EIntervalYear},
-    UnitName{"lata", EIntervalYear},
-    UnitName{"rok", EIntervalYear},
-    UnitName{"roczny", EIntervalYear},
+    Unit{EIntervalTick, {"tick", "ticks", "t", "tikowy"}},
+    Unit{EIntervalSecond, {"s", "sec", "secs", "second", "seconds", "sek", "sekundowy"}},
+    Unit{EIntervalMinute, {"min", "m", "mins", "minute", "minutes", "minutowy"}},
+    Unit{EIntervalHour, {"h", "hour", "hours", "godz", "godzinowy"}},
+    Unit{EIntervalDay, {"d", "day", "days", "dni", "dzien", "dzienny"}},
+    Unit{EIntervalWeek, {"w", "week", "weeks", "tyg", "tygodniowy"}},
+    Unit{EIntervalMonth, {"mo", "month", "months", "mies", "miesieczny"}},
+    Unit{EIntervalYear, {"y", "year", "years", "lat", "lata", "rok", "roczny"}},
 };
 
 // Small letters without blanks, accents and the full stop of an abbreviation.
@@ -111,33 +74,28 @@ std::optional<IntervalAndMultiplicity> ParseInterval(std::string_view a_text, st
     // Exchanges write 1m for a minute and 1M for a month: a capital could mean either.
     if (unit == "m" && a_text.find('M') != std::string_view::npos)
         return Refuse(a_reason, found + ", which could be minutes or months: write min or mo");
-    for (const UnitName& entry : S_units) {
-        if (entry.name != unit)
-            continue;
-        const IntervalAndMultiplicity interval(entry.interval, multiplicity);
-        if (interval.IsValid())
-            return interval;
-        if (multiplicity == 0)
-            return Refuse(a_reason, found + ", the count must be 1 or more");
-        return Refuse(a_reason, found + ", this unit goes up to " +
-                                    std::to_string(kalvento::internal::GetMaxMultiplicity(entry.interval)) +
-                                    "; take the next longer unit");
-    }
-    return Refuse(a_reason, found + ", expected " + std::string(IntervalNotationHelp()));
+    const auto known = std::ranges::find_if(S_units, [unit](const Unit& a_unit) {
+        return std::ranges::find(a_unit.names, unit) != a_unit.names.end();
+    });
+    if (unit.empty() || known == S_units.end())
+        return Refuse(a_reason, found + ", expected " + std::string(IntervalNotationHelp()));
+    const IntervalAndMultiplicity interval(known->interval, multiplicity);
+    if (interval.IsValid())
+        return interval;
+    if (multiplicity == 0)
+        return Refuse(a_reason, found + ", the count must be 1 or more");
+    return Refuse(a_reason, found + ", this unit goes up to " +
+                                std::to_string(kalvento::internal::GetMaxMultiplicity(known->interval)) +
+                                "; take the next longer unit");
 }
 
 std::string FormatInterval(IntervalAndMultiplicity a_interval)
 {
     if (!a_interval.IsValid())
         return "none";
-    for (const UnitName& entry : S_units) {
-        if (entry.interval != a_interval.GetInterval())
-            continue;
-        if (a_interval.IsSingleTick())
-            return std::string(entry.name);
-        return std::to_string(a_interval.GetMultiplicity()) + std::string(entry.name);
-    }
-    return "none";
+    const auto unit = std::ranges::find(S_units, a_interval.GetInterval(), &Unit::interval);
+    const std::string count = a_interval.IsSingleTick() ? "" : std::to_string(a_interval.GetMultiplicity());
+    return count + std::string(unit->names.front());
 }
 
 std::string_view IntervalNotationHelp()

@@ -3,9 +3,9 @@
 #include "text_rows/NumberText.h"
 #include "text_rows/RowBlock.h"
 
+#include <array>
 #include <cstring>
 #include <limits>
-#include <optional>
 
 namespace kalvento::rows {
 
@@ -30,23 +30,11 @@ const char* ReadPlainUnix(const char* a_text, WallTime& a_time)
         digits = digits * 10 + digit;
         ++place;
     }
-    std::int64_t unit = 0;
-    switch (place - a_text) {
-    case 10:
-        unit = 1;
-        break;
-    case 13:
-        unit = 1'000;
-        break;
-    case 16:
-        unit = 1'000'000;
-        break;
-    case 19:
-        unit = 1'000'000'000;
-        break;
-    default:
+    constexpr std::array<std::int64_t, 4> units = {1, 1'000, 1'000'000, 1'000'000'000};
+    const std::ptrdiff_t behindSeconds = place - a_text - 10;
+    if (behindSeconds < 0 || behindSeconds % 3 != 0)
         return nullptr;
-    }
+    const std::int64_t unit = units[static_cast<std::size_t>(behindSeconds / 3)];
     if (digits > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
         return nullptr;
     const auto count = static_cast<std::int64_t>(digits);

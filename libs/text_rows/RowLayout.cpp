@@ -1,6 +1,5 @@
 #include "text_rows/RowLayout.h"
 
-#include "series/ESeriesId.h"
 #include "series/Series.h"
 #include "text_rows/RowsFault.h"
 #include "text_rows/SeriesNames.h"
@@ -46,18 +45,14 @@ void RowLayout::PlanFolds(const std::map<std::string, std::string>& a_folds, con
         const auto meant = SeriesFromName(name);
         const auto found = meant ? std::find(series.begin(), series.end(), *meant) : series.end();
         if (found == series.end())
-            throw RowsFault({.kind = EFaultOptions,
-                             .wrong = EOptionFolds,
-                             .found = "there is no column " + Quote(name) + " in " + a_input});
+            RefuseOption(EOptionFolds, "there is no column " + Quote(name) + " in " + a_input);
         const auto type = FoldFromName(fold);
         const bool fits = type && (*found == Price) == (*type < EAggrTypeSum);
         if (!fits || VeloTools::Series::IsAggregationSeries(*found))
-            throw RowsFault(
-                {.kind = EFaultOptions,
-                 .wrong = EOptionFolds,
-                 .found = "found " + Quote(std::string(name).append("=").append(fold)) +
-                          ", accepted are ohlc, ohlcsum, ohlclast for the price, sum and last for "
-                          "the others; open, high and low follow the price"});
+            RefuseOption(EOptionFolds,
+                         "found " + Quote(std::string(name).append("=").append(fold)) +
+                             ", accepted are ohlc, ohlcsum, ohlclast for the price, sum and last for "
+                             "the others; open, high and low follow the price");
         folds[static_cast<std::size_t>(found - series.begin())] = *type;
     }
 }

@@ -8,7 +8,6 @@
 #include "text_rows/TextFields.h"
 #include "text_rows/TextShape.h"
 
-#include <memory>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -20,11 +19,10 @@ namespace {
 RowOrder MakeOrder(const ReadOptions& a_options)
 {
     if (const auto why = CheckTimeFormat(a_options.timeFormat); !why.empty())
-        throw RowsFault({.kind = EFaultOptions,
-                         .wrong = EOptionTimeFormat,
-                         .found = Quote(a_options.timeFormat) + " " + std::string(why) +
-                                  "; accepted are %Y %y %m %d %H %M %S %f %z %%, or unix, unixms, unixus, "
-                                  "unixns"});
+        RefuseOption(EOptionTimeFormat,
+                     Quote(a_options.timeFormat) + " " + std::string(why) +
+                         "; accepted are %Y %y %m %d %H %M %S %f %z %%, or unix, unixms, unixus, "
+                         "unixns");
     return RowOrder(a_options);
 }
 

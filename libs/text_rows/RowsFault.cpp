@@ -24,4 +24,12 @@ RowsFault::RowsFault(Parts a_parts)
     : std::runtime_error(a_parts.GetPlace() + a_parts.GetText()), m_parts(std::move(a_parts))
 {}
 
+void RefuseOption(EReadOption a_option, std::string a_found, std::string a_expected)
+{
+    throw RowsFault({.kind = EFaultOptions,
+                     .wrong = a_option,
+                     .found = std::move(a_found),
+                     .expected = std::move(a_expected)});
+}
+
 } // namespace kalvento::rows

@@ -61,4 +61,7 @@ private:
     Parts m_parts;
 };
 
+/// Raises EFaultOptions for the value of an option.
+[[noreturn]] void RefuseOption(EReadOption a_option, std::string a_found, std::string a_expected = {});
+
 } // namespace kalvento::rows

@@ -2,7 +2,9 @@
 
 #include "series/ESeriesId.h"
 #include "series/SeriesTable.h"
+#include "text_rows/TextFields.h"
 
+#include <array>
 #include <charconv>
 #include <unordered_map>
 
@@ -12,58 +14,36 @@ namespace {
 
 constexpr std::string_view S_generatedPrefix = "series";
 
-struct Alias {
-    std::string_view name;
+struct Aliases {
     ESeriesId series;
+    std::array<std::string_view, 6> names; // already plain; empty behind the last
 };
 
-// What exchanges and charting tools call the same things; already plain.
-constexpr Alias S_aliases[] = {
-    {"datetime", Time},
-    {"timestamp", Time},
-    {"date", Time},
-    {"data", Time},
-    {"ts", Time},
-    {"opentime", Time},
-    {"close", Price},
-    {"last", Price},
-    {"lastprice", Price},
-    {"rate", Price},
-    {"vol", Volume},
-    {"qty", Volume},
-    {"quantity", Volume},
-    {"size", Volume},
-    {"o", IntervalOpen},
-    {"h", IntervalMax},
-    {"l", IntervalMin},
-    {"c", Price},
-    {"v", Volume},
-    {"oi", Lop},
-    {"openinterest", Lop},
-    {"dayvolume", VolumeTotal},
-    {"bid", Bid1},
-    {"ask", Ask1},
-    {"bidprice", Bid1},
-    {"askprice", Ask1},
-    {"bidsize", BidVolume1},
-    {"asksize", AskVolume1},
-    {"bidvolume", BidVolume1},
-    {"askvolume", AskVolume1},
-    {"tradescount", TradesCount},
-    {"najwyzszy", Max},
-    {"najnizszy", Min},
-    {"settle", Settlement},
+// What exchanges and charting tools call the same things.
+constexpr Aliases S_aliases[] = {
+    {Time, {"datetime", "timestamp", "date", "data", "ts", "opentime"}},
+    {Price, {"close", "last", "lastprice", "rate", "c"}},
+    {Volume, {"vol", "qty", "quantity", "size", "v"}},
+    {IntervalOpen, {"o"}},
+    {IntervalMax, {"h"}},
+    {IntervalMin, {"l"}},
+    {Lop, {"oi", "openinterest"}},
+    {VolumeTotal, {"dayvolume"}},
+    {Bid1, {"bid", "bidprice"}},
+    {Ask1, {"ask", "askprice"}},
+    {BidVolume1, {"bidsize", "bidvolume"}},
+    {AskVolume1, {"asksize", "askvolume"}},
+    {TradesCount, {"tradescount"}},
+    {Max, {"najwyzszy"}},
+    {Min, {"najnizszy"}},
+    {Settlement, {"settle"}},
 };
 
 std::string Plain(std::string_view a_name)
 {
-    std::string plain;
-    for (const char sign : a_name) {
-        if (sign >= 'A' && sign <= 'Z')
-            plain += static_cast<char>(sign - 'A' + 'a');
-        else if (sign != ' ' && sign != '_' && sign != '-' && sign != '\t')
-            plain += sign;
-    }
+    std::string plain = LowerCase(a_name);
+    std::erase_if(
+        plain, [](char a_sign) { return std::string_view(" _-\t").find(a_sign) != std::string_view::npos; });
     return plain;
 }
 
@@ -76,8 +56,11 @@ std::unordered_map<std::string, ESeriesId> MakeNames()
         if (!info.key.empty())
             names.emplace(Plain(info.key), info.id);
     }
-    for (const Alias& alias : S_aliases)
-        names.emplace(alias.name, alias.series);
+    for (const Aliases& aliases : S_aliases) {
+        for (const std::string_view name : aliases.names)
+            names.emplace(name, aliases.series);
+    }
+    names.erase(std::string()); // what stands behind the last alias
     return names;
 }
 

@@ -5,6 +5,14 @@
 
 namespace kalvento::rows {
 
+std::string LowerCase(std::string_view a_text)
+{
+    std::string lower(a_text);
+    for (char& sign : lower)
+        sign = sign >= 'A' && sign <= 'Z' ? static_cast<char>(sign - 'A' + 'a') : sign;
+    return lower;
+}
+
 std::string Quote(std::string_view a_text)
 {
     constexpr std::size_t limit = 60;

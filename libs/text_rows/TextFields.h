@@ -16,6 +16,9 @@ struct Field {
 /// Splits one line of a text, without its line feed. False where a quote is left open: in the last field then.
 bool SplitLine(std::string_view a_line, char a_delimiter, std::vector<Field>& a_fields);
 
+/// Small letters for the capitals of ASCII; other bytes stay.
+std::string LowerCase(std::string_view a_text);
+
 /// A text from outside as messages show it: in quotes, its first 60 bytes, control signs as \xNN.
 std::string Quote(std::string_view a_text);
 

@@ -43,31 +43,28 @@ std::string_view ExpectedOf(EColumnKind a_kind)
     }
 }
 
+constexpr std::array<std::pair<std::int64_t, EInterval>, 7> S_units = {{{365 * S_daySeconds, EIntervalYear},
+                                                                        {28 * S_daySeconds, EIntervalMonth},
+                                                                        {7 * S_daySeconds, EIntervalWeek},
+                                                                        {S_daySeconds, EIntervalDay},
+                                                                        {3600, EIntervalHour},
+                                                                        {60, EIntervalMinute},
+                                                                        {1, EIntervalSecond}}};
+
+/// Of a second, a minute or an hour; 0 for all else.
 std::int64_t UnitSeconds(EInterval a_interval)
 {
-    switch (a_interval) {
-    case EIntervalSecond:
-        return 1;
-    case EIntervalMinute:
-        return 60;
-    case EIntervalHour:
-        return 3600;
-    default:
-        return 0;
+    for (const auto& [seconds, interval] : S_units) {
+        if (interval == a_interval && seconds < S_daySeconds)
+            return seconds;
     }
+    return 0;
 }
 
 /// The interval that candles have whose times are that many seconds apart.
 IntervalAndMultiplicity IntervalOfStep(std::int64_t a_seconds)
 {
-    constexpr std::array<std::pair<std::int64_t, EInterval>, 7> units = {{{365 * S_daySeconds, EIntervalYear},
-                                                                          {28 * S_daySeconds, EIntervalMonth},
-                                                                          {7 * S_daySeconds, EIntervalWeek},
-                                                                          {S_daySeconds, EIntervalDay},
-                                                                          {3600, EIntervalHour},
-                                                                          {60, EIntervalMinute},
-                                                                          {1, EIntervalSecond}}};
-    for (const auto& [seconds, interval] : units) {
+    for (const auto& [seconds, interval] : S_units) {
         // Months and years differ in length; shorter units divide evenly or aren't the unit.
         const bool uneven = interval == EIntervalMonth || interval == EIntervalYear;
         if (a_seconds < seconds || (!uneven && a_seconds % seconds != 0))
@@ -85,45 +82,26 @@ struct Role {
     ESeriesId series = static_cast<ESeriesId>(0);
 };
 
-std::optional<Role> RoleFromName(std::string_view a_name)
-{
-    if (a_name == "date")
-        return Role{EDatePart};
-    if (a_name == "clock")
-        return Role{EClockPart};
-    if (a_name == "symbol")
-        return Role{ESymbol};
-    const auto series = SeriesFromName(a_name);
-    if (!series)
-        return std::nullopt;
-    return *series == Time ? Role{EWholeTime} : Role{ESeries, *series};
-}
-
-[[noreturn]] void Refuse(EReadOption a_option, std::string a_found, std::string a_expected = {})
-{
-    throw RowsFault({.kind = EFaultOptions,
-                     .wrong = a_option,
-                     .found = std::move(a_found),
-                     .expected = std::move(a_expected)});
-}
-
 Role RoleOf(const std::string& a_name)
 {
-    const auto role = RoleFromName(a_name);
-    if (!role)
-        Refuse(EOptionColumns,
-               Quote(a_name) +
-                   " is none of ours; accepted are time, date, clock, symbol, price, volume, open, "
-                   "high, low, close and the series keys (kurs, wolumen, lop, kupi, ...)");
-    return *role;
+    constexpr std::array<std::pair<std::string_view, EColumnKind>, 3> kinds = {
+        {{"date", EDatePart}, {"clock", EClockPart}, {"symbol", ESymbol}}};
+    for (const auto& [name, kind] : kinds) {
+        if (name == a_name)
+            return {kind};
+    }
+    const auto series = SeriesFromName(a_name);
+    if (!series)
+        RefuseOption(EOptionColumns,
+                     Quote(a_name) +
+                         " is none of ours; accepted are time, date, clock, symbol, price, volume, open, "
+                         "high, low, close and the series keys (kurs, wolumen, lop, kupi, ...)");
+    return *series == Time ? Role{EWholeTime} : Role{ESeries, *series};
 }
 
 bool IsNamed(const std::string& a_header, std::initializer_list<std::string_view> a_names)
 {
-    std::string small;
-    for (const char sign : a_header)
-        small += static_cast<char>(sign >= 'A' && sign <= 'Z' ? sign - 'A' + 'a' : sign);
-    return std::find(a_names.begin(), a_names.end(), small) != a_names.end();
+    return std::ranges::find(a_names, LowerCase(a_header)) != a_names.end();
 }
 
 bool IsDateColumn(const ColumnPlan& a_column)
@@ -330,18 +308,18 @@ void ShapeFinder::PlanByPlaces(std::size_t a_count)
     m_shape.columns.resize(a_count);
     bool timed = false;
     if (m_options.columns.empty())
-        Refuse(EOptionHeader, "without a header line",
-               "columns with places, such as time=1,price=2,volume=3");
+        RefuseOption(EOptionHeader, "without a header line",
+                     "columns with places, such as time=1,price=2,volume=3");
     for (const auto& [ours, theirs] : m_options.columns) {
         const Role role = RoleOf(ours);
         std::size_t place = 0;
         const auto [rest, error] = std::from_chars(theirs.data(), theirs.data() + theirs.size(), place);
         if (error != std::errc() || rest != theirs.data() + theirs.size() || place == 0 || place > a_count)
-            Refuse(EOptionColumns, "found " + Quote(std::string(ours).append("=").append(theirs)),
-                   "a place from 1 to " + std::to_string(a_count) + ", since the input has no header");
+            RefuseOption(EOptionColumns, "found " + Quote(std::string(ours).append("=").append(theirs)),
+                         "a place from 1 to " + std::to_string(a_count) + ", since the input has no header");
         ColumnPlan& column = m_shape.columns[place - 1];
         if (column.kind != ESkip)
-            Refuse(EOptionColumns, "the place " + theirs + " is given twice");
+            RefuseOption(EOptionColumns, "the place " + theirs + " is given twice");
         column.header = ours;
         column.kind = role.kind;
         timed = timed || role.kind == EWholeTime || role.kind == EDatePart;
@@ -349,7 +327,7 @@ void ShapeFinder::PlanByPlaces(std::size_t a_count)
             AddSeriesColumn(column, role.series);
     }
     if (!timed)
-        Refuse(EOptionColumns, "needs the place of the time, such as time=1");
+        RefuseOption(EOptionColumns, "needs the place of the time, such as time=1");
 }
 
 // A daily file names session values; where there is no other price they are the candle.
@@ -455,7 +433,7 @@ void ShapeFinder::PlanInterval(std::int64_t a_smallestStep)
         std::string reason;
         const auto given = ParseInterval(m_options.inputInterval, &reason);
         if (!given)
-            Refuse(EOptionInputInterval, reason);
+            RefuseOption(EOptionInputInterval, reason);
         if (candles == given->IsSingleTick())
             throw RowsFault(
                 {.kind = EFaultOptions,
@@ -476,8 +454,8 @@ void ShapeFinder::PlanInterval(std::int64_t a_smallestStep)
     m_shape.stampShift =
         UnitSeconds(m_shape.layout.interval.GetInterval()) * m_shape.layout.interval.GetMultiplicity();
     if (m_shape.stampShift == 0)
-        Refuse(EOptionStampedWithEnd, "needs candles of seconds, minutes or hours, found " +
-                                          FormatInterval(m_shape.layout.interval));
+        RefuseOption(EOptionStampedWithEnd, "needs candles of seconds, minutes or hours, found " +
+                                                FormatInterval(m_shape.layout.interval));
 }
 
 } // namespace

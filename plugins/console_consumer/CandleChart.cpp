@@ -18,11 +18,6 @@ constexpr int S_labelGap = 4;  // blanks between times
 // From this height on the volume has its bars.
 constexpr int S_rowsWithVolume = 12;
 
-int Length(std::wstring_view a_text)
-{
-    return static_cast<int>(a_text.size());
-}
-
 // What a half of a cell shows.
 enum EPart : std::uint8_t { EPartNothing, EPartLine, EPartBody };
 

@@ -13,8 +13,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <optional>
 #include <ostream>
 #include <utility>
 
@@ -160,19 +158,15 @@ void ConsoleConsumer::Stop(unsigned int a_requestId)
 
 void ConsoleConsumer::StopAll()
 {
-    std::vector<unsigned int> numbers;
-    std::vector<WatchPtr> watches;
+    std::map<unsigned int, WatchPtr> watches;
     {
         const std::lock_guard lock(m_mutex);
-        for (const auto& [number, watch] : m_watches) {
-            numbers.push_back(number);
-            watches.push_back(watch);
-        }
+        watches = m_watches;
     }
-    for (const unsigned int number : numbers)
+    for (const auto& [number, watch] : watches)
         Stop(number);
     if (m_options.plain) {
-        for (const WatchPtr& watch : watches)
+        for (const auto& [number, watch] : watches)
             m_out << watch->TakeLines();
         m_out.flush();
     }
@@ -319,14 +313,25 @@ void ConsoleConsumer::Wake()
 
 void ConsoleConsumer::PostRefresh()
 {
-    IAppMediator* const mediator = GetAppMediator();
-    if (mediator == nullptr || m_refreshPosted.exchange(true))
+    if (GetAppMediator() == nullptr || m_refreshPosted.exchange(true))
         return;
     m_dirty = false;
-    mediator->PostToMainThread([this, alive = std::weak_ptr(m_alive)] {
-        if (!alive.expired())
-            Refresh();
-    });
+    PostToMainThread(&ConsoleConsumer::Refresh);
+}
+
+void ConsoleConsumer::PostToMainThread(void (ConsoleConsumer::*a_call)())
+{
+    if (IAppMediator* const mediator = GetAppMediator())
+        mediator->PostToMainThread([this, a_call, alive = std::weak_ptr(m_alive)] {
+            if (!alive.expired())
+                (this->*a_call)();
+        });
+}
+
+void ConsoleConsumer::RequestExit()
+{
+    if (IAppMediator* const mediator = GetAppMediator())
+        mediator->RequestExit(0);
 }
 
 void ConsoleConsumer::Work()
@@ -346,8 +351,7 @@ void ConsoleConsumer::Work()
             delivered = m_delivered;
             lastData = now;
         } else if (m_options.idleExit > 0 && now - lastData >= std::chrono::seconds(m_options.idleExit)) {
-            if (IAppMediator* const mediator = GetAppMediator())
-                mediator->RequestExit(0);
+            RequestExit();
             lastData = now;
         }
         const bool isWaiting = m_dirty || m_hasScreen || m_options.idleExit > 0;
@@ -358,11 +362,7 @@ void ConsoleConsumer::Work()
         m_event.Lower();
         if (awaited[1].isReady && !m_quit) {
             m_keysPosted = true;
-            if (IAppMediator* const mediator = GetAppMediator())
-                mediator->PostToMainThread([this, alive = std::weak_ptr(m_alive)] {
-                    if (!alive.expired())
-                        ReadKeys();
-                });
+            PostToMainThread(&ConsoleConsumer::ReadKeys);
         }
     }
 }
@@ -416,8 +416,7 @@ void ConsoleConsumer::Obey(EScreenKey a_key)
         m_asTable = true;
         break;
     case EKeyQuit:
-        if (IAppMediator* const mediator = GetAppMediator())
-            mediator->RequestExit(0);
+        RequestExit();
         break;
     case EKeyOther:
         break;
@@ -439,8 +438,8 @@ void ConsoleConsumer::Refresh()
         const WatchPtr watch = Find(a_requestId);
         return !watch || watch->HasEnded();
     });
-    if (m_exitRequested && GetAppMediator() != nullptr)
-        GetAppMediator()->RequestExit(0);
+    if (m_exitRequested)
+        RequestExit();
 }
 
 void ConsoleConsumer::Print()
@@ -457,8 +456,8 @@ void ConsoleConsumer::Print()
     if (any)
         m_out.flush();
     // The reader has gone: there is nobody to print for.
-    if (!m_out && GetAppMediator() != nullptr)
-        GetAppMediator()->RequestExit(0);
+    if (!m_out)
+        RequestExit();
 }
 
 void ConsoleConsumer::Paint()

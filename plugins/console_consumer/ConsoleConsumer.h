@@ -69,6 +69,8 @@ private:
     void Work();
     void Wake();
     void PostRefresh();
+    void PostToMainThread(void (ConsoleConsumer::*a_call)());
+    void RequestExit();
     void ReadKeys();
     void Obey(EScreenKey a_key);
     void Print();

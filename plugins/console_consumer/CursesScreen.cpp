@@ -6,11 +6,13 @@
 #include "platform/CodePage.h"
 #include "platform/StandardStreams.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <iterator>
 #include <langinfo.h>
 #include <ncurses.h>
 #include <stdexcept>
@@ -20,6 +22,29 @@
 namespace StandardStreams = kalvento::internal::StandardStreams;
 
 namespace {
+
+struct Key {
+    wint_t key;
+    EScreenKey meaning;
+    bool isFunction = false; // one of the numbers of the library, not a character
+};
+
+constexpr Key S_keys[] = {
+    {L'n', EKeyNextInstrument},
+    {KEY_RIGHT, EKeyNextInstrument, true},
+    {L'p', EKeyPreviousInstrument},
+    {KEY_LEFT, EKeyPreviousInstrument, true},
+    {L'+', EKeyLongerInterval},
+    {L'=', EKeyLongerInterval},
+    {L'i', EKeyLongerInterval},
+    {L'-', EKeyShorterInterval},
+    {L'r', EKeyAgain},
+    {L' ', EKeyFreeze},
+    {L'c', EKeyChart},
+    {L't', EKeyTable},
+    {L'q', EKeyQuit},
+    {L'Q', EKeyQuit},
+};
 
 short PairOf(EScreenInk a_ink)
 {
@@ -133,39 +158,8 @@ std::optional<EScreenKey> CursesScreen::ReadKey()
     const int kind = get_wch(&key);
     if (kind == ERR)
         return {};
-    if (kind == KEY_CODE_YES) {
-        switch (key) {
-        case KEY_RIGHT:
-            return EKeyNextInstrument;
-        case KEY_LEFT:
-            return EKeyPreviousInstrument;
-        default:
-            return EKeyOther;
-        }
-    }
-    switch (key) {
-    case L'n':
-        return EKeyNextInstrument;
-    case L'p':
-        return EKeyPreviousInstrument;
-    case L'+':
-    case L'=':
-    case L'i':
-        return EKeyLongerInterval;
-    case L'-':
-        return EKeyShorterInterval;
-    case L'r':
-        return EKeyAgain;
-    case L' ':
-        return EKeyFreeze;
-    case L'c':
-        return EKeyChart;
-    case L't':
-        return EKeyTable;
-    case L'q':
-    case L'Q':
-        return EKeyQuit;
-    default:
-        return EKeyOther;
-    }
+    const bool isFunction = kind == KEY_CODE_YES;
+    const auto found = std::ranges::find_if(
+        S_keys, [&](const Key& a_key) { return a_key.isFunction == isFunction && a_key.key == key; });
+    return found == std::end(S_keys) ? EKeyOther : found->meaning;
 }

@@ -36,11 +36,6 @@ const wchar_t* ArrowOf(double a_change)
     return a_change < 0 ? L" ▼" : L"  ";
 }
 
-int Length(std::wstring_view a_text)
-{
-    return static_cast<int>(a_text.size());
-}
-
 void DrawHeader(const ScreenModel& a_model, ScreenCells& a_cells)
 {
     const int width = a_cells.GetWidth();

@@ -24,6 +24,12 @@ struct ScreenArea {
     int height;
 };
 
+/// How many columns a text takes.
+inline int Length(std::wstring_view a_text)
+{
+    return static_cast<int>(a_text.size());
+}
+
 /// A picture of a terminal, made without one.
 class ScreenCells {
 public:

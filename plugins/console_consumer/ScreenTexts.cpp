@@ -4,6 +4,7 @@
 #include <fmt/xchar.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 
@@ -93,33 +94,10 @@ std::vector<std::wstring> ScreenTexts::Volumes(const std::vector<double>& a_volu
 
 std::wstring ScreenTexts::Interval(IntervalAndMultiplicity a_interval)
 {
-    const wchar_t* unit = L"";
-    switch (a_interval.GetInterval()) {
-    case EIntervalTick:
-        unit = L"tick";
-        break;
-    case EIntervalSecond:
-        unit = L"s";
-        break;
-    case EIntervalMinute:
-        unit = L"min";
-        break;
-    case EIntervalHour:
-        unit = L"godz.";
-        break;
-    case EIntervalDay:
-        unit = L"d";
-        break;
-    case EIntervalWeek:
-        unit = L"tydz.";
-        break;
-    case EIntervalMonth:
-        unit = L"mies.";
-        break;
-    default:
-        unit = L"r.";
-        break;
-    }
+    static constexpr std::array<const wchar_t*, EIntervalYear> S_units = {
+        L"tick", L"s", L"min", L"godz.", L"d", L"tydz.", L"mies.", L"r."};
+    const std::size_t place = a_interval.GetInterval() - EIntervalTick;
+    const wchar_t* const unit = S_units[std::min(place, S_units.size() - 1)];
     return fmt::format(L"{} {}", a_interval.GetMultiplicity(), unit);
 }
 

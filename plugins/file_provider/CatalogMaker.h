@@ -3,7 +3,6 @@
 #include "file_provider/Catalog.h"
 #include "file_provider/FileStore.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <stop_token>

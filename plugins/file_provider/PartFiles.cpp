@@ -3,9 +3,9 @@
 #include "file_provider/Fingerprint.h"
 #include "platform/FileTools.h"
 
+#include <exception>
 #include <set>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 
 namespace kalvento::files {

@@ -2,11 +2,11 @@
 
 #include "platform/CodePage.h"
 #include "platform/WidePath.h"
+#include "text_rows/TextFields.h"
 
 #include <algorithm>
 #include <iterator>
 #include <set>
-#include <system_error>
 
 namespace kalvento::files {
 
@@ -16,13 +16,7 @@ constexpr std::string_view S_bookEnding = ".book";
 constexpr std::string_view S_operationsEnding = ".operations";
 constexpr std::string_view S_operationsStart = "operations_";
 
-std::string LowerCase(std::string_view a_text)
-{
-    std::string lower(a_text);
-    for (char& sign : lower)
-        sign = sign >= 'A' && sign <= 'Z' ? static_cast<char>(sign - 'A' + 'a') : sign;
-    return lower;
-}
+using rows::LowerCase;
 
 // What isn't there is gone; all other errors say that it can't be reached just now.
 bool IsUnreachable(const std::error_code& a_error)
