@@ -17,9 +17,9 @@ public:
         : m_options(a_options), m_host(a_host)
     {}
 
-    /// a_before: what was served so far, empty at first. Its files aren't read again unless they changed, and an instrument
-    /// keeps its generation as long as no row that was seen is another now. What can't be read is left out and logged. Raises
-    /// std::runtime_error once a_stop asks for the end.
+    /// a_before: what was served so far, empty at first. Its files aren't read again unless they changed, and an
+    /// instrument keeps its generation as long as no row that was seen is another now. What can't be read is left out
+    /// and logged. Raises std::runtime_error once a_stop asks for the end.
     std::shared_ptr<Catalog> Make(FolderContents a_folder, const Catalog& a_before,
                                   const std::stop_token& a_stop);
     /// How many files of rows were read through, and not taken from the disk, so far. Any thread.

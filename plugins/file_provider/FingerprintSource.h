@@ -13,12 +13,12 @@
 
 namespace kalvento::files {
 
-/// Passes the first a_size bytes of a source on, takes their fingerprint on the way, and that of its first a_mark bytes.
-/// Reading raises std::runtime_error once a_stop asks for the end.
+/// Passes the first a_size bytes of a source on, takes their fingerprint on the way, and that of its first a_mark
+/// bytes. Reading raises std::runtime_error once a_stop asks for the end.
 class FingerprintSource final : public rows::ByteSource {
 public:
-    /// a_size: that of the source's stamp. What has been appended since belongs to the next reading, otherwise what is known
-    /// of the size wouldn't be that of the fingerprint.
+    /// a_size: that of the source's stamp. What has been appended since belongs to the next reading, otherwise what is
+    /// known of the size wouldn't be that of the fingerprint.
     FingerprintSource(rows::ByteSource& a_source, std::uint64_t a_size, std::uint64_t a_mark,
                       const std::stop_token& a_stop)
         : ByteSource(a_source.GetName(), a_size),

@@ -12,8 +12,8 @@
 
 namespace kalvento::files {
 
-/// Collects the rows of one or many instruments into parts, writes those to the disk and notes them in the contents. Memory
-/// doesn't grow with the count of the rows, but for parts that can't be written. One thread.
+/// Collects the rows of one or many instruments into parts, writes those to the disk and notes them in the contents.
+/// Memory doesn't grow with the count of the rows, but for parts that can't be written. One thread.
 class PartWriter {
 public:
     /// a_contents: with generation, interval and series; one symbol without a name where the rows have none. All must

@@ -23,9 +23,10 @@ struct CacheHost {
 
 /// The rows of one file, kept as binary series blocks and an index, so that the text is read once only.
 ///
-/// On disk, in a folder of its own: the parts (PartFiles) and, written last, the index (RowIndex); a kill at any moment leaves the old index with the old parts, the new ones, or what makes the next start read the text
-/// again. Each part is checked by its checksum when it is read; a damaged one is kept aside and all are made again. Where
-/// nothing can be written the parts stay in memory.
+/// On disk, in a folder of its own: the parts (PartFiles) and, written last, the index (RowIndex); a kill at any moment
+/// leaves the old index with the old parts, the new ones, or what makes the next start read the text again. Each part
+/// is checked by its checksum when it is read; a damaged one is kept aside and all are made again. Where nothing can be
+/// written the parts stay in memory.
 class RowCache {
 public:
     /// a_folder: for the source alone; it is there.
@@ -33,8 +34,8 @@ public:
 
     /// Takes over what is on the disk. False where there is none, or not of this source as it is now.
     bool Load();
-    /// Reads the source through. Raises kalvento::rows::RowsFault with the place for what can't be read, std::runtime_error
-    /// where a_stop asked for the end. Memory doesn't grow with a text's length.
+    /// Reads the source through. Raises kalvento::rows::RowsFault with the place for what can't be read,
+    /// std::runtime_error where a_stop asked for the end. Memory doesn't grow with a text's length.
     void Build(const std::stop_token& a_stop);
     /// Removes the part files of other generations; once nobody reads those any more.
     void RemoveOldParts() const { m_files.RemoveOthers(GetContents()->generation); }
@@ -43,7 +44,8 @@ public:
     /// After Load or Build. What is handed out stays as it is.
     std::shared_ptr<const CacheContents> GetContents() const;
 
-    // a_symbol: place in CacheContents::symbols. Both may read files, and raise std::exception where that fails. Any thread.
+    // a_symbol: place in CacheContents::symbols. Both may read files, and raise std::exception where that fails. Any
+    // thread.
 
     /// Number of the first row not before a_time.
     std::uint64_t FindRow(std::size_t a_symbol, const NDateTime& a_time);
