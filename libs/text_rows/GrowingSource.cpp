@@ -1,6 +1,7 @@
 #include "text_rows/GrowingSource.h"
 
 #include "platform/Descriptors.h"
+#include "text_rows/BlockRows.h"
 #include "text_rows/RowsFault.h"
 
 #include <algorithm>
@@ -116,7 +117,7 @@ bool GrowingSource::StartsLikeBlock()
 {
     if (m_position == 0)
         Fill();
-    return m_taken == 0 && std::string_view(m_buffer).starts_with(std::string_view("\x01\0\0\0", 4));
+    return m_taken == 0 && BlockRows::Recognise(m_buffer);
 }
 
 // Adds what can be read without waiting. False when there is nothing.

@@ -22,10 +22,8 @@ std::optional<TimeZone> FindZone(const std::string& a_name, EReadOption a_option
         return std::nullopt;
     auto zone = TimeZone::Find(a_name);
     if (!zone)
-        throw RowsFault({.kind = EFaultOptions,
-                         .wrong = a_option,
-                         .found = "found " + Quote(a_name),
-                         .expected = "a zone of the time zone database such as Europe/Warsaw or UTC"});
+        RefuseOption(a_option, "found " + Quote(a_name),
+                     "a zone of the time zone database such as Europe/Warsaw or UTC");
     return zone;
 }
 
@@ -36,10 +34,7 @@ std::optional<std::int64_t> DayLimit(const std::string& a_text, EReadOption a_op
         return std::nullopt;
     const auto days = ParseDateText(a_text);
     if (!days)
-        throw RowsFault({.kind = EFaultOptions,
-                         .wrong = a_option,
-                         .found = "found " + Quote(a_text),
-                         .expected = "a day such as 2024-08-08"});
+        RefuseOption(a_option, "found " + Quote(a_text), "a day such as 2024-08-08");
     return *days * S_daySeconds;
 }
 

@@ -1,8 +1,10 @@
 #include "text_rows/TimeText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
+#include <utility>
 
 namespace kalvento::rows {
 
@@ -129,6 +131,14 @@ std::optional<std::int64_t> ReadDate(TextCursor& a_cursor)
     return std::nullopt;
 }
 
+// Seconds since midnight; empty where no clock shows that.
+std::optional<std::int64_t> SecondsOfDay(int a_hour, int a_minute, int a_second)
+{
+    if (a_hour > 23 || a_minute > 59 || a_second > 59)
+        return std::nullopt;
+    return (a_hour * 60 + a_minute) * 60 + a_second;
+}
+
 std::optional<WallTime> ReadClock(TextCursor& a_cursor)
 {
     const std::size_t lead = a_cursor.DigitsAhead();
@@ -149,10 +159,11 @@ std::optional<WallTime> ReadClock(TextCursor& a_cursor)
         if (lead >= 5)
             second = a_cursor.Number(2);
     }
-    if (!hour || !minute || !second || *hour > 23 || *minute > 59 || *second > 59)
+    const auto seconds = hour && minute && second ? SecondsOfDay(*hour, *minute, *second) : std::nullopt;
+    if (!seconds)
         return std::nullopt;
     WallTime clock;
-    clock.seconds = *hour * 3600 + *minute * 60 + *second;
+    clock.seconds = *seconds;
     if (a_cursor.Take('.') || a_cursor.Take(',')) {
         const auto fraction = a_cursor.Fraction();
         if (!fraction)
@@ -203,16 +214,94 @@ std::optional<WallTime> FromUnix(std::string_view a_text, std::int64_t a_unit)
     return time;
 }
 
+// Units in a second, of a format that counts since 1970; 0 for any other.
 std::int64_t UnixUnit(std::string_view a_format)
 {
-    if (a_format == "unix")
-        return 1;
-    if (a_format == "unixms")
-        return 1'000;
-    if (a_format == "unixus")
-        return 1'000'000;
-    return a_format == "unixns" ? 1'000'000'000 : 0;
+    constexpr std::array<std::pair<std::string_view, std::int64_t>, 4> units = {
+        {{"unix", 1}, {"unixms", 1'000}, {"unixus", 1'000'000}, {"unixns", 1'000'000'000}}};
+    const auto found = std::ranges::find(units, a_format, &std::pair<std::string_view, std::int64_t>::first);
+    return found == units.end() ? 0 : found->second;
 }
+
+/// Reads a time by a format, field by field.
+class FormattedTime {
+public:
+    explicit FormattedTime(std::string_view a_text) : m_cursor(a_text) {}
+
+    // One field, by its letter. False where the text has none such there.
+    bool Take(char a_letter)
+    {
+        if (a_letter == '%')
+            return m_cursor.Take('%');
+        if (a_letter == 'z')
+            return ReadOffset(m_cursor, m_time);
+        if (a_letter == 'f') {
+            const auto fraction = m_cursor.Fraction();
+            m_time.nanoseconds = fraction.value_or(0);
+            return fraction.has_value();
+        }
+        int* const field = FieldOf(a_letter);
+        // One digit is enough where a separator follows, as in 1/2/2024.
+        const bool isShort = a_letter != 'Y' && m_cursor.DigitsAhead() == 1;
+        const auto number = m_cursor.Number(a_letter == 'Y' ? 4 : 2 - std::size_t{isShort});
+        if (field == nullptr || !number)
+            return false;
+        *field = *number;
+        if (a_letter == 'y')
+            *field += *number < 50 ? 2000 : 1900;
+        return true;
+    }
+    // What stands between the fields.
+    bool TakeSign(char a_sign)
+    {
+        if (a_sign != ' ')
+            return m_cursor.Take(a_sign);
+        m_cursor.SkipBlanks();
+        return true;
+    }
+    // Empty where the text goes on, or the fields are no time.
+    std::optional<WallTime> Get() const
+    {
+        const auto days = DaysFromDate(m_year, m_month, m_day);
+        const auto seconds = SecondsOfDay(m_hour, m_minute, m_second);
+        if (!m_cursor.AtEnd() || !days || !seconds)
+            return std::nullopt;
+        WallTime time = m_time;
+        time.seconds += *days * S_daySeconds + *seconds;
+        return time;
+    }
+
+private:
+    int* FieldOf(char a_letter)
+    {
+        switch (a_letter) {
+        case 'Y':
+        case 'y':
+            return &m_year;
+        case 'm':
+            return &m_month;
+        case 'd':
+            return &m_day;
+        case 'H':
+            return &m_hour;
+        case 'M':
+            return &m_minute;
+        case 'S':
+            return &m_second;
+        default:
+            return nullptr;
+        }
+    }
+
+    TextCursor m_cursor;
+    int m_year = 1970;
+    int m_month = 1;
+    int m_day = 1;
+    int m_hour = 0;
+    int m_minute = 0;
+    int m_second = 0;
+    WallTime m_time; // the fraction, and by how much the offset moves the rest
+};
 
 } // namespace
 
@@ -285,78 +374,13 @@ std::optional<WallTime> ParseTimeByFormat(std::string_view a_text, std::string_v
     if (const std::int64_t unit = UnixUnit(a_format))
         return FromUnix(a_text, unit);
 
-    TextCursor cursor(a_text);
-    int year = 1970;
-    int month = 1;
-    int day = 1;
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
-    WallTime time;
-    std::int64_t offset = 0;
+    FormattedTime time(a_text);
     for (std::size_t place = 0; place < a_format.size(); ++place) {
-        if (a_format[place] == ' ') {
-            cursor.SkipBlanks();
-            continue;
-        }
-        if (a_format[place] != '%' || place + 1 == a_format.size()) {
-            if (!cursor.Take(a_format[place]))
-                return std::nullopt;
-            continue;
-        }
-        const char letter = a_format[++place];
-        // One digit is enough where a separator follows, as in 1/2/2024.
-        const std::size_t width = letter == 'Y' ? 4 : cursor.DigitsAhead() == 1 ? 1 : 2;
-        if (letter == '%') {
-            if (!cursor.Take('%'))
-                return std::nullopt;
-        } else if (letter == 'f') {
-            const auto fraction = cursor.Fraction();
-            if (!fraction)
-                return std::nullopt;
-            time.nanoseconds = *fraction;
-        } else if (letter == 'z') {
-            const auto found = cursor.Offset();
-            if (!found)
-                return std::nullopt;
-            offset = *found;
-            time.absolute = true;
-        } else {
-            const auto number = cursor.Number(width);
-            if (!number)
-                return std::nullopt;
-            switch (letter) {
-            case 'Y':
-                year = *number;
-                break;
-            case 'y':
-                year = *number < 50 ? 2000 + *number : 1900 + *number;
-                break;
-            case 'm':
-                month = *number;
-                break;
-            case 'd':
-                day = *number;
-                break;
-            case 'H':
-                hour = *number;
-                break;
-            case 'M':
-                minute = *number;
-                break;
-            case 'S':
-                second = *number;
-                break;
-            default:
-                return std::nullopt;
-            }
-        }
+        const bool isField = a_format[place] == '%' && place + 1 < a_format.size();
+        if (!(isField ? time.Take(a_format[++place]) : time.TakeSign(a_format[place])))
+            return std::nullopt;
     }
-    const auto days = DaysFromDate(year, month, day);
-    if (!cursor.AtEnd() || !days || hour > 23 || minute > 59 || second > 59)
-        return std::nullopt;
-    time.seconds = *days * S_daySeconds + ((std::int64_t{hour} * 60) + minute) * 60 + second - offset;
-    return time;
+    return time.Get();
 }
 
 std::string_view CheckTimeFormat(std::string_view a_format)
