@@ -1,7 +1,8 @@
 #pragma once
 
 #include "file_provider/Catalog.h"
-#include "file_provider/FileStore.h"
+#include "file_provider/FileStoreHost.h"
+#include "file_provider/FileStoreOptions.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "file_provider/FileStore.h"
+#include "file_provider/FileStoreOptions.h"
 #include "modules/ProviderSettings.h"
 
 /// What the user chose for the provider of files, in the file "Pliki.xml". An absent key leaves what was there.

@@ -1,36 +1,14 @@
 #pragma once
 
+#include "file_provider/FileStoreHost.h"
+#include "file_provider/FileStoreOptions.h"
 #include "provider_kit/IMarketStore.h"
 
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-
-/// How a folder is played back.
-struct FileStoreOptions {
-    std::filesystem::path folder; ///< Empty: none was chosen; the store is then open and empty.
-    std::string
-        day; ///< The day that is played, as 2024-08-08. Empty: the last on which any live instrument has rows.
-    double speed =
-        60.0;          ///< Times real time; 0: the whole day is there at once. Below zero or no number: as 0.
-    std::string start; ///< Time of day at which playing begins, as 09:00. Empty: at the first row of the day.
-};
-
-/// What a store asks of those around it. Absent functions are as if they did nothing; folderOf must be there.
-struct FileStoreHost {
-    /// Folder of the stored history for a name, created on the way. Any thread.
-    std::function<std::wstring(const std::string& a_name)> folderOf;
-    /// So many files are to be read through. On the store's thread.
-    std::function<void(unsigned int a_count)> addToDo;
-    /// So many of all announced ones are done. On the store's thread.
-    std::function<void(unsigned int a_count)> setDone;
-    /// The clock. Empty: the steady clock of the machine. A test's clock stands still until FileStore::ClockMoved.
-    std::function<std::chrono::steady_clock::time_point()> now;
-};
 
 /// A folder with files of rows as a store of market data that is played back; docs/file_provider.md tells the layout of
 /// the folder, what is kept on the disk, and how a recorded day goes.
