@@ -201,12 +201,7 @@ TEST(CArchiveTest, ARecordCutAtAnyByteIsRefused)
 
 TEST(CArchiveTest, RecordsThatNobodyKnowsAreRefused)
 {
-    struct Case {
-        const char* what;
-        const char* bytes;
-        CArchiveException::Cause cause;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, CArchiveException::Cause> cases[] = {
         {"another tag", "01 80 07 00 ", CArchiveException::badIndex},
         {"no name", "ff ff 07 00 00 00 ", CArchiveException::badClass},
         {"unknown class", "ff ff 07 00 01 00 58 ", CArchiveException::badClass},
@@ -216,9 +211,9 @@ TEST(CArchiveTest, RecordsThatNobodyKnowsAreRefused)
          CArchiveException::badSchema},
         {"name longer than the rest", "ff ff 07 00 ff ff 41 72 ", CArchiveException::endOfFile},
     };
-    for (const Case& testCase : cases) {
-        SCOPED_TRACE(testCase.what);
-        EXPECT_EQ(CauseOf(FromHex(testCase.bytes), ReadRow), testCase.cause);
+    for (const auto& [what, bytes, cause] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(CauseOf(FromHex(bytes), ReadRow), cause);
     }
     // Known, but not what the reader asked for.
     const Bytes bytes =
@@ -249,23 +244,20 @@ TEST(CArchiveTest, NestingEndsAtTheLimit)
 
 TEST(CArchiveTest, LengthOfATextHasTheseBytes)
 {
-    struct Case {
-        std::uint64_t length;
-        const char* narrow;
-    };
-    const Case cases[] = {
+    const std::tuple<std::uint64_t, const char*> cases[] = {
         {0, "00 "},
         {0xFF, "ff ff 00 "},
         {0xFFFE, "ff ff ff fe ff 00 00 "}, // not in 16 bits: there it says that the text is wide
         {0xFFFFFFFF, "ff ff ff ff ff ff ff ff ff ff ff 00 00 00 00 "},
     };
-    for (const Case& testCase : cases) {
-        SCOPED_TRACE(testCase.length);
+    for (const auto& [length, narrow] : cases) {
+        SCOPED_TRACE(length);
         EXPECT_EQ(
-            Store([&](CArchive& a_archive) { AfxWriteStringLength(a_archive, testCase.length, false); }),
-            FromHex(testCase.narrow));
-        EXPECT_EQ(Store([&](CArchive& a_archive) { AfxWriteStringLength(a_archive, testCase.length, true); }),
-                  FromHex(std::string("ff fe ff ") + testCase.narrow));
+            Store([length = length](CArchive& a_archive) { AfxWriteStringLength(a_archive, length, false); }),
+            FromHex(narrow));
+        EXPECT_EQ(
+            Store([length = length](CArchive& a_archive) { AfxWriteStringLength(a_archive, length, true); }),
+            FromHex(std::string("ff fe ff ") + narrow));
     }
 }
 

@@ -29,12 +29,7 @@ TEST(CodePageTest, WideTextLosesOnlyWhatTheCodePageLacks)
 
 TEST(CodePageTest, MalformedUtf8BecomesReplacements)
 {
-    struct Case {
-        std::string utf8;
-        std::wstring wide;
-        std::size_t malformed;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<std::string, std::wstring, std::size_t> cases[] = {
         {"", L"", 0},
         {"a\xC5\xBC", L"aż", 3},
         {"\xF0\x9F\x98\x80", {static_cast<wchar_t>(0x1F600)}, 4},
@@ -49,10 +44,10 @@ TEST(CodePageTest, MalformedUtf8BecomesReplacements)
         {"\xF0\x9F\x98", L"\xFFFD", 0},
         {"ok\xFF", L"ok\xFFFD", 2},
     };
-    for (const Case& oneCase : cases) {
-        SCOPED_TRACE(oneCase.utf8);
-        EXPECT_EQ(CodePage::Utf8ToWide(oneCase.utf8), oneCase.wide);
-        EXPECT_EQ(CodePage::FindMalformedUtf8(oneCase.utf8), oneCase.malformed);
+    for (const auto& [utf8, wide, malformed] : cases) {
+        SCOPED_TRACE(utf8);
+        EXPECT_EQ(CodePage::Utf8ToWide(utf8), wide);
+        EXPECT_EQ(CodePage::FindMalformedUtf8(utf8), malformed);
     }
 }
 

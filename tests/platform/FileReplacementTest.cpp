@@ -1,18 +1,12 @@
 #include "platform/FileReplacement.h"
 
 #include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <sched.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
 
 using kalvento::internal::FileReplacement;
 
@@ -20,22 +14,6 @@ namespace {
 
 using EPath = FileReplacement::EPath;
 constexpr EPath S_both[] = {FileReplacement::EPathOwn, FileReplacement::EPathTyped};
-
-void Put(const std::filesystem::path& a_path, const std::string& a_bytes)
-{
-    std::ofstream(a_path, std::ios::binary) << a_bytes;
-}
-
-std::string Get(const std::filesystem::path& a_path)
-{
-    std::ifstream file(a_path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-std::ptrdiff_t CountFiles(const std::filesystem::path& a_folder)
-{
-    return std::distance(std::filesystem::directory_iterator(a_folder), {});
-}
 
 std::error_code Replace(const std::filesystem::path& a_path, EPath a_whose, std::string_view a_bytes)
 {
@@ -58,7 +36,7 @@ protected:
 TEST_P(FileReplacementTest, AppearsWholeWithTheOldRightsOrNotAtAll)
 {
     const auto path = m_folder / "file";
-    Put(path, "old");
+    m_folder.Write("file", "old");
     ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
     std::filesystem::create_hard_link(path, m_folder / "other");
     {
@@ -67,26 +45,27 @@ TEST_P(FileReplacementTest, AppearsWholeWithTheOldRightsOrNotAtAll)
         EXPECT_FALSE(dropped.Write("lost"));
         EXPECT_FALSE(dropped.Flush());
     }
-    EXPECT_EQ(Get(path), "old");
-    EXPECT_EQ(CountFiles(m_folder.GetPath()), 2);
+    EXPECT_EQ(m_folder.Read("file"), "old");
+    EXPECT_EQ(m_folder.CountFiles(), 2U);
 
     FileReplacement file;
     EXPECT_FALSE(file.Open(path, GetParam()));
     EXPECT_FALSE(file.Write(std::string_view("a\0", 2)));
-    EXPECT_FALSE(file.Write("b"));
-    EXPECT_EQ(Get(path), "old");
+    const std::string large(3000000, 'b');
+    EXPECT_FALSE(file.Write(large));
+    EXPECT_EQ(m_folder.Read("file"), "old");
     EXPECT_FALSE(file.Flush());
     EXPECT_FALSE(file.TakePlace());
-    EXPECT_EQ(Get(path), std::string("a\0b", 3));
-    EXPECT_EQ(Get(m_folder / "other"), "old");
+    EXPECT_EQ(m_folder.Read("file"), std::string("a\0", 2) + large);
+    EXPECT_EQ(m_folder.Read("other"), "old");
     EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0640));
-    EXPECT_EQ(CountFiles(m_folder.GetPath()), 2);
+    EXPECT_EQ(m_folder.CountFiles(), 2U);
 }
 
 TEST_P(FileReplacementTest, WhereNothingCanBePutNothingIsLeft)
 {
     std::filesystem::create_directory(m_folder / "folder");
-    Put(m_folder / "file", "old");
+    m_folder.Write("file", "old");
     EXPECT_TRUE(Replace(m_folder / "folder", GetParam(), "x"));
     EXPECT_EQ(Replace(m_folder / "missing" / "file", GetParam(), "x"), std::errc::no_such_file_or_directory);
     EXPECT_EQ(Replace(m_folder / "file" / "file", GetParam(), "x"), std::errc::not_a_directory);
@@ -99,7 +78,7 @@ TEST_P(FileReplacementTest, WhereNothingCanBePutNothingIsLeft)
     std::filesystem::create_directory(m_folder / "late");
     EXPECT_FALSE(late.Flush());
     EXPECT_EQ(late.TakePlace(), std::errc::is_a_directory);
-    EXPECT_EQ(Get(m_folder / "file"), "old");
+    EXPECT_EQ(m_folder.Read("file"), "old");
 }
 
 TEST_P(FileReplacementTest, TheLastOfTwoStays)
@@ -113,8 +92,8 @@ TEST_P(FileReplacementTest, TheLastOfTwoStays)
     }
     EXPECT_FALSE(second.TakePlace());
     EXPECT_FALSE(first.TakePlace());
-    EXPECT_EQ(Get(m_folder / "file"), "first");
-    EXPECT_EQ(CountFiles(m_folder.GetPath()), 1);
+    EXPECT_EQ(m_folder.Read("file"), "first");
+    EXPECT_EQ(m_folder.CountFiles(), 1U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Paths, FileReplacementTest, testing::ValuesIn(S_both));
@@ -129,15 +108,15 @@ TEST_F(FileReplacementTest, OnlyATypedPathLeadsThroughLinks)
     EXPECT_FALSE(Replace(m_folder / "second", FileReplacement::EPathTyped, "typed"));
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "first"));
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "second"));
-    EXPECT_EQ(Get(m_folder / "inner" / "file"), "typed");
+    EXPECT_EQ(m_folder.Read("inner/file"), "typed");
     EXPECT_EQ(Replace(m_folder / "loop", FileReplacement::EPathTyped, "x"),
               std::errc::too_many_symbolic_link_levels);
 
     EXPECT_FALSE(Replace(m_folder / "second", FileReplacement::EPathOwn, "own"));
     EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(m_folder / "second")));
-    EXPECT_EQ(Get(m_folder / "second"), "own");
-    EXPECT_EQ(Get(m_folder / "inner" / "file"), "typed");
-    EXPECT_EQ(CountFiles(m_folder.GetPath()), 4);
+    EXPECT_EQ(m_folder.Read("second"), "own");
+    EXPECT_EQ(m_folder.Read("inner/file"), "typed");
+    EXPECT_EQ(m_folder.CountFiles(), 4U);
 }
 
 TEST_F(FileReplacementTest, OnlyATypedPathMayBeADevice)
@@ -148,23 +127,24 @@ TEST_F(FileReplacementTest, OnlyATypedPathMayBeADevice)
     EXPECT_EQ(Replace("/dev/null", FileReplacement::EPathOwn, "x"), std::errc::not_supported);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "full"));
-    EXPECT_EQ(CountFiles(m_folder.GetPath()), 1);
+    EXPECT_EQ(m_folder.CountFiles(), 1U);
 }
 
 // Without /proc a file can't get its name later: it has one of its own from the start.
 TEST_F(FileReplacementTest, WithoutNamesLaterItBearsOneOfItsOwn)
 {
-    Put(m_folder / "file", "old");
+    m_folder.Write("file", "old");
     const pid_t child = ::fork();
     if (child == 0) {
         if ((::geteuid() != 0 && ::unshare(CLONE_NEWUSER) != 0) || ::chroot(m_folder.GetPath().c_str()) != 0)
             ::_exit(77);
+        const auto countFiles = [] { return std::distance(std::filesystem::directory_iterator("/"), {}); };
         {
             FileReplacement dropped;
-            if (dropped.Open("/file", FileReplacement::EPathOwn) || CountFiles("/") != 2)
+            if (dropped.Open("/file", FileReplacement::EPathOwn) || countFiles() != 2)
                 ::_exit(1);
         }
-        if (CountFiles("/") != 1 || Get("/file") != "old")
+        if (countFiles() != 1 || TemporaryFolder::ReadFile("/file") != "old")
             ::_exit(2);
         ::_exit(Replace("/file", FileReplacement::EPathOwn, "new") ? 3 : 0);
     }
@@ -174,6 +154,6 @@ TEST_F(FileReplacementTest, WithoutNamesLaterItBearsOneOfItsOwn)
     if (WEXITSTATUS(status) == 77)
         GTEST_SKIP() << "another root folder is not for this user";
     EXPECT_EQ(WEXITSTATUS(status), 0);
-    EXPECT_EQ(Get(m_folder / "file"), "new");
-    EXPECT_EQ(CountFiles(m_folder.GetPath()), 1);
+    EXPECT_EQ(m_folder.Read("file"), "new");
+    EXPECT_EQ(m_folder.CountFiles(), 1U);
 }

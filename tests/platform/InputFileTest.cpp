@@ -3,24 +3,13 @@
 #include "platform/Descriptors.h"
 #include "platform/FileWatch.h"
 #include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <sys/stat.h>
-
-#include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <string>
 
 using namespace kalvento::internal;
 
 namespace {
-
-void Append(const std::filesystem::path& a_path, const std::string& a_bytes)
-{
-    std::ofstream(a_path, std::ios::binary | std::ios::app) << a_bytes;
-}
 
 std::string ReadOnce(const InputFile& a_file, std::size_t a_size)
 {
@@ -43,14 +32,14 @@ bool TakeNews(const FileWatch& a_watch)
 TEST(InputFileTest, ReadsOnAsTheFileGrows)
 {
     const TemporaryFolder folder;
-    Append(folder / "file", "abcde");
+    folder.Append("file", "abcde");
     InputFile file;
     ASSERT_FALSE(file.Open(folder / "file"));
     file.ExpectAllToBeRead();
     EXPECT_EQ(ReadOnce(file, 3), "abc");
     EXPECT_EQ(ReadOnce(file, 3), "de");
     EXPECT_EQ(ReadOnce(file, 3), "");
-    Append(folder / "file", "f");
+    folder.Append("file", "f");
     EXPECT_EQ(ReadOnce(file, 3), "f");
 
     InputFile::State state;
@@ -63,14 +52,14 @@ TEST(InputFileTest, ReadsOnAsTheFileGrows)
 TEST(InputFileTest, AFileStaysItselfUnderAnotherName)
 {
     const TemporaryFolder folder;
-    Append(folder / "file", "old");
+    folder.Append("file", "old");
     InputFile file;
     InputFile::State opened;
     ASSERT_FALSE(file.Open(folder / "file"));
     ASSERT_FALSE(file.GetState(opened));
     std::filesystem::rename(folder / "file", folder / "file.1");
     EXPECT_FALSE(InputFile::LookAt(folder / "file"));
-    Append(folder / "file", "new");
+    folder.Append("file", "new");
     EXPECT_FALSE(opened.IsSameFileAs(InputFile::LookAt(folder / "file").value()));
     EXPECT_TRUE(opened.IsSameFileAs(InputFile::LookAt(folder / "file.1").value()));
 }
@@ -102,17 +91,17 @@ TEST(InputFileTest, TellsWhatIsNoRegularFileAndWhatFails)
 TEST(FileWatchTest, GivesNoticeOfTheFileAndOfTheNextOneOfItsName)
 {
     const TemporaryFolder folder;
-    Append(folder / "file", "old");
+    folder.Append("file", "old");
     const FileWatch watch(folder / "file");
     if (watch.GetFd() < 0)
         GTEST_SKIP() << "this system gives no notices";
     EXPECT_FALSE(TakeNews(watch));
-    Append(folder / "file", "more");
+    folder.Append("file", "more");
     EXPECT_TRUE(TakeNews(watch));
     EXPECT_FALSE(TakeNews(watch));
     std::filesystem::rename(folder / "file", folder / "file.1");
     EXPECT_TRUE(TakeNews(watch));
-    Append(folder / "file", "new");
+    folder.Append("file", "new");
     EXPECT_TRUE(TakeNews(watch));
     EXPECT_FALSE(TakeNews(FileWatch()));
 }

@@ -115,12 +115,7 @@ TEST(OleDateTest, AcceptsExactlyWhatSurvivesTheRoundTrip)
 TEST(OleDateTest, RoundsToTheNearestSecondAndCarries)
 {
     const double half = 0.5 / 86400.0;
-    struct Case {
-        const char* name;
-        double number;
-        CalendarParts parts;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, double, CalendarParts> cases[] = {
         {"below the half", 1000.0 + half * 0.99, Parts(1902, 9, 26)},
         {"over midnight", 1000.0 - half * 0.99, Parts(1902, 9, 26)},
         {"before midnight", 1000.0 - half * 1.01, Parts(1902, 9, 25, 23, 59, 59)},

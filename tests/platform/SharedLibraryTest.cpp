@@ -1,10 +1,7 @@
 #include "platform/SharedLibrary.h"
 
 #include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
-
-#include <fstream>
+#include "support/Testing.h"
 
 using kalvento::internal::SharedLibrary;
 
@@ -23,7 +20,7 @@ TEST(SharedLibraryTest, FindsWhatTheLibraryHas)
 TEST(SharedLibraryTest, TellsWhichFileItCannotUse)
 {
     const TemporaryFolder folder;
-    std::ofstream(folder / "text.so") << "no library";
+    folder.Write("text.so", "no library");
     for (const auto& path : {folder / "text.so", folder / "missing.so"}) {
         SharedLibrary library;
         EXPECT_TRUE(library.Load(path).starts_with(path.native() + ": "));

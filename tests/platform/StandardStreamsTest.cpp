@@ -1,15 +1,11 @@
 #include "platform/StandardStreams.h"
 
 #include "platform/UniqueFd.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
-
-#include <array>
-#include <cstdlib>
 
 using namespace kalvento::internal;
 

@@ -6,11 +6,7 @@
 
 TEST(UserFoldersTest, DocumentsOfTheDesktopsFile)
 {
-    struct Case {
-        std::string text;
-        std::string folder;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<std::string, std::string> cases[] = {
         {"", ""},
         {"# XDG_DOCUMENTS_DIR=\"$HOME/No\"\nXDG_DESKTOP_DIR=\"$HOME/Pulpit\"\n", ""},
         {"XDG_DESKTOP_DIR=\"$HOME/Pulpit\"\n  XDG_DOCUMENTS_DIR=\"$HOME/Moje dokumenty\"\n",
@@ -20,9 +16,9 @@ TEST(UserFoldersTest, DocumentsOfTheDesktopsFile)
         {"XDG_DOCUMENTS_DIR=\"$HOME/\"", "/home/ala/"},
         {"XDG_DOCUMENTS_DIR=\"/unclosed", "/unclosed"},
     };
-    for (const Case& oneCase : cases) {
-        SCOPED_TRACE(oneCase.text);
-        EXPECT_EQ(UserFolders::ReadDocumentsFolder(oneCase.text, "/home/ala").native(), oneCase.folder);
+    for (const auto& [text, folder] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(UserFolders::ReadDocumentsFolder(text, "/home/ala").native(), folder);
     }
 }
 

@@ -1,16 +1,10 @@
 #include "platform/WakeUp.h"
 #include "platform/Descriptors.h"
 #include "platform/Interruption.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <signal.h>
 #include <sys/socket.h>
-
-#include <array>
-#include <chrono>
-#include <optional>
-#include <thread>
 
 using namespace kalvento::internal;
 

@@ -3,10 +3,10 @@
 #include "SeriesTestTools.h"
 #include "platform/CodePage.h"
 #include "series/DataSheetItem.h"
+#include "support/Testing.h"
 #include "time/KalventoException.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -27,20 +27,15 @@ TEST(LinksManagerTest, EveryLinkLeadsBackToItsSeries)
 
 TEST(LinksManagerTest, WhatALinkNames)
 {
-    struct Case {
-        const char* link;
-        std::pair<bool, int> exists;
-        unsigned int series;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::pair<bool, int>, unsigned int> cases[] = {
         {"KURS", {true, 2}, 2},       {"Wolumen", {true, 3}, 3},    {"czas", {true, 1}, 1},
         {"mnoznik", {true, 1023}, 0}, {"NOMINAL", {true, 1028}, 0}, {"kupi", {true, 20}, 20},
         {"kurs ", {false, -1}, 0},
     };
-    for (const Case& testCase : cases) {
-        SCOPED_TRACE(testCase.link);
-        EXPECT_EQ(LinksManager().LinkExist(testCase.link), testCase.exists);
-        EXPECT_EQ(LinksManager().FindSeriesIdByLink(testCase.link), testCase.series);
+    for (const auto& [link, exists, series] : cases) {
+        SCOPED_TRACE(link);
+        EXPECT_EQ(LinksManager().LinkExist(link), exists);
+        EXPECT_EQ(LinksManager().FindSeriesIdByLink(link), series);
     }
     const std::map<int, std::string> numbers = {{1016, "kurs"},    {1017, "wolumen"}, {1024, "czas"},
                                                 {1023, "mnoznik"}, {1028, "nominal"}, {7, ""},

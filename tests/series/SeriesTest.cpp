@@ -122,12 +122,7 @@ TEST(DSPropTest, SettingsGiveBackEverything)
         SCOPED_TRACE(property.GetSeriesID());
         Settings settings;
         property.SerializeState(settings);
-        const DSProp read(settings);
-        EXPECT_EQ(property.GetSeriesID(), read.GetSeriesID());
-        EXPECT_EQ(property.GetAggrType(), read.GetAggrType());
-        EXPECT_TRUE(property.EqualsLabels(read));
-        EXPECT_EQ(property.GetMinPrecision(), read.GetMinPrecision());
-        EXPECT_EQ(property.GetMaxPrecision(), read.GetMaxPrecision());
+        EXPECT_EQ(AllOf(property), AllOf(DSProp(settings)));
     }
 }
 

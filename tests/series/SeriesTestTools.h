@@ -1,5 +1,6 @@
 #pragma once
 
+#include "series/DSProp.h"
 #include "series/DataSeriesSet.h"
 #include "support/RaisedText.h"
 #include "support/Testing.h"
@@ -18,6 +19,13 @@ inline std::string Write(const DataSeriesSet& a_set)
 inline bool SameBits(const DataSeriesSet& a_left, const DataSeriesSet& a_right)
 {
     return Write(a_left) == Write(a_right);
+}
+
+/// Everything that a property says of its series.
+inline auto AllOf(const DSProp& a_property)
+{
+    return std::tuple(a_property.GetSeriesID(), a_property.GetAggrType(), a_property.GetLabel(),
+                      a_property.GetMinPrecision(), a_property.GetMaxPrecision());
 }
 
 /// A time of 2021-03-04.

@@ -10,6 +10,7 @@
 
 namespace {
 
+using kalvento::tests::AllOf;
 using kalvento::tests::At;
 using kalvento::tests::RaisedText;
 
@@ -85,39 +86,26 @@ TEST(SettableVariablesTest, AnyRunOfCallsFollowsThePlainRules)
         const std::size_t side = random() % 2;
         const ESeriesId id = ids[random() % 6];
         const double number = numbers[random() % 4];
-        switch (random() % 12) {
-        case 0:
-        case 1:
-        case 2:
+        const auto call = random() % 120;
+        if (call < 30) {
             variables[side].SetData(id, number);
             plain[side].Set(id, number);
-            break;
-        case 3:
-        case 4:
-        case 5:
-        case 6:
+        } else if (call < 70) {
             variables[side].SetDataIfChanged(id, number);
             plain[side].SetIfChanged(id, number);
-            break;
-        case 7:
-        case 8:
+        } else if (call < 90) {
             variables[side].ResetDataSeries(id);
             plain[side].Forget(id);
-            break;
-        case 9:
+        } else if (call < 100) {
             variables[side].ClearUsageChangedValue();
             plain[side].Seen();
-            break;
-        case 10:
+        } else if (call < 119) {
             variables[side].MergeChangesValues(variables[1 - side]);
             plain[side].Merge(plain[1 - side]);
-            break;
-        default:
-            if (random() % 10 == 0) {
-                variables[side].ResetAllSeries();
-                for (const ESeriesId held : shapes[side])
-                    plain[side].Forget(held);
-            }
+        } else {
+            variables[side].ResetAllSeries();
+            for (const ESeriesId held : shapes[side])
+                plain[side].Forget(held);
         }
         SCOPED_TRACE(step);
         ExpectSame(plain[side], variables[side]);
@@ -179,28 +167,23 @@ TEST(SettableVariablesTest, IndicatorsShareAnIdentifierAndTheFirstIsMeant)
 
 TEST(OffersTest, EachSetterFillsItsOwnLine)
 {
-    struct Case {
-        const char* name;
-        void (Offers::*set)(const std::vector<double>&);
-        unsigned int first;
-    };
-    const Case cases[] = {
-        {"buy", &Offers::SetBuyIfChanged, 20},          {"sell", &Offers::SetSellIfChanged, 25},
-        {"buy volumes", &Offers::SetQBuyIfChanged, 30}, {"sell volumes", &Offers::SetQSellIfChanged, 35},
-        {"buy orders", &Offers::SetNBuyIfChanged, 40},  {"sell orders", &Offers::SetNSellIfChanged, 45},
-    };
-    for (const Case& testCase : cases) {
-        SCOPED_TRACE(testCase.name);
+    void (Offers::*const setters[])(const std::vector<double>&) = {
+        &Offers::SetBuyIfChanged,   &Offers::SetSellIfChanged, &Offers::SetQBuyIfChanged,
+        &Offers::SetQSellIfChanged, &Offers::SetNBuyIfChanged, &Offers::SetNSellIfChanged};
+    for (unsigned int line = 0; line < 6; ++line) {
+        SCOPED_TRACE(line);
+        const auto set = setters[line];
+        const unsigned int firstId = 20 + 5 * line;
         Offers offers;
-        (offers.*testCase.set)({1, 2, 3, 4, 5, 6, 7});
+        (offers.*set)({1, 2, 3, 4, 5, 6, 7});
         for (const auto& [id, value] : offers) {
-            const bool isOfLine = id >= testCase.first && id < testCase.first + 5;
+            const bool isOfLine = id >= firstId && id < firstId + 5;
             EXPECT_EQ(value.state, isOfLine ? 1 : 0) << id;
-            EXPECT_EQ(value.value, isOfLine ? id - testCase.first + 1.0 : 0.0) << id;
+            EXPECT_EQ(value.value, isOfLine ? id - firstId + 1.0 : 0.0) << id;
         }
         offers.ClearUsageChangedValue();
-        (offers.*testCase.set)({1, 9});
-        const auto first = offers.find(static_cast<ESeriesId>(testCase.first));
+        (offers.*set)({1, 9});
+        const auto first = offers.find(static_cast<ESeriesId>(firstId));
         EXPECT_EQ(first->second.state, 2) << "an equal value is no change";
         EXPECT_EQ((first + 1)->second.value, 9.0);
         EXPECT_EQ((first + 2)->second.value, 3.0) << "deeper levels keep what they held";
@@ -215,11 +198,7 @@ TEST(OffersTest, SeriesAndTheirDefaultsCoverTheBook)
         SCOPED_TRACE(id);
         EXPECT_TRUE(VeloTools::Series::CheckIfCSorOffersContainsGivenSeries(std::set<ESeriesId>(), id));
         // The defaults of the book are those of the series one by one.
-        EXPECT_EQ(property->GetSeriesID(), id);
-        EXPECT_EQ(property->GetAggrType(), DSProp(id).GetAggrType());
-        EXPECT_EQ(property->GetLabel(), DSProp(id).GetLabel());
-        EXPECT_EQ(property->GetMinPrecision(), DSProp(id).GetMinPrecision());
-        EXPECT_EQ(property->GetMaxPrecision(), DSProp(id).GetMaxPrecision());
+        EXPECT_EQ(AllOf(*property), AllOf(DSProp(id)));
         ++property;
     }
 }

@@ -85,9 +85,7 @@ TEST_F(KalventoPathsTest, TheTreeFollowsTheProgramAndTheUser)
 
 TEST_F(KalventoPathsTest, FoldersThatCanNotBeMadeDoNotFail)
 {
-    std::FILE* const file = std::fopen((m_install / "Data").c_str(), "w");
-    ASSERT_NE(file, nullptr);
-    std::fclose(file);
+    std::ofstream(m_install / "Data") << "in the way";
     auto paths = Run("Kalvento");
     EXPECT_EQ(paths["Failure"], std::vector<std::string>());
     EXPECT_EQ(paths["Operations"],

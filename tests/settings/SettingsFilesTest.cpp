@@ -48,15 +48,6 @@ private:
 
 class SettingsFilesTest : public testing::Test {
 protected:
-    void Put(const std::string& a_name, const std::string& a_bytes) const
-    {
-        std::ofstream(m_folder / a_name, std::ios::binary) << a_bytes;
-    }
-    std::string Get(const std::filesystem::path& a_name) const
-    {
-        std::ifstream file(m_folder / a_name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
     /// Names of the files that were kept aside.
     std::vector<std::string> KeptAside() const
     {
@@ -68,11 +59,6 @@ protected:
         }
         return names;
     }
-    std::ptrdiff_t CountFiles() const
-    {
-        return std::distance(std::filesystem::directory_iterator(m_folder.GetPath()), {});
-    }
-
     TemporaryFolder m_folder;
     ModuleSettings m_settings{m_folder.GetPath()};
     const std::string m_factory = "<Module><Colour>red</Colour><Version>1</Version></Module>";
@@ -82,14 +68,14 @@ protected:
 
 TEST_F(SettingsFilesTest, AFirstStartCopiesTheFactoryFile)
 {
-    Put("factory.xml", m_factory);
+    m_folder.Write("factory.xml", m_factory);
     EXPECT_TRUE(m_settings.Prepare());
     EXPECT_EQ(m_settings.m_colour, "red");
-    EXPECT_NE(Get("user.xml").find("<Colour>red</Colour>"), std::string::npos);
-    EXPECT_EQ(Get("factory.xml"), m_factory);
-    EXPECT_EQ(CountFiles(), 2);
+    EXPECT_NE(m_folder.Read("user.xml").find("<Colour>red</Colour>"), std::string::npos);
+    EXPECT_EQ(m_folder.Read("factory.xml"), m_factory);
+    EXPECT_EQ(m_folder.CountFiles(), 2U);
 
-    Put("factory.xml", "<Module><Colour>unusable</Colour></Module>");
+    m_folder.Write("factory.xml", "<Module><Colour>unusable</Colour></Module>");
     std::filesystem::remove(m_folder / "user.xml");
     EXPECT_FALSE(m_settings.Prepare()); // what LoadSettings answers
 }
@@ -97,22 +83,22 @@ TEST_F(SettingsFilesTest, AFirstStartCopiesTheFactoryFile)
 TEST_F(SettingsFilesTest, TheUsersFileWinsAndIsWrittenOnlyByAnUpdate)
 {
     const std::string user = "<Module><Colour>blue</Colour><Version>1</Version></Module>";
-    Put("factory.xml", m_factory);
-    Put("user.xml", user);
+    m_folder.Write("factory.xml", m_factory);
+    m_folder.Write("user.xml", user);
     EXPECT_TRUE(m_settings.Prepare());
     EXPECT_EQ(m_settings.m_colour, "blue");
-    EXPECT_EQ(Get("user.xml"), user);
+    EXPECT_EQ(m_folder.Read("user.xml"), user);
 
-    Put("factory.xml", "<Module><Colour>red</Colour><Version>2</Version></Module>");
+    m_folder.Write("factory.xml", "<Module><Colour>red</Colour><Version>2</Version></Module>");
     EXPECT_TRUE(m_settings.Prepare());
     EXPECT_EQ(m_settings.m_colour, "blue");
-    EXPECT_NE(Get("user.xml").find("<Version>2</Version>"), std::string::npos);
-    EXPECT_EQ(CountFiles(), 2);
+    EXPECT_NE(m_folder.Read("user.xml").find("<Version>2</Version>"), std::string::npos);
+    EXPECT_EQ(m_folder.CountFiles(), 2U);
 }
 
 TEST_F(SettingsFilesTest, WithoutTheFactoryFileTheUsersIsNotTakenOver)
 {
-    Put("user.xml", "<Module><Colour>blue</Colour></Module>");
+    m_folder.Write("user.xml", "<Module><Colour>blue</Colour></Module>");
     EXPECT_FALSE(m_settings.Prepare());
     EXPECT_EQ(m_settings.m_colour, "none");
     EXPECT_NE(m_settings.LoadCurrentSettingsNode(), nullptr);
@@ -121,24 +107,24 @@ TEST_F(SettingsFilesTest, WithoutTheFactoryFileTheUsersIsNotTakenOver)
 
 TEST_F(SettingsFilesTest, ADamagedFileOfTheUserIsKeptAside)
 {
-    Put("factory.xml", m_factory);
+    m_folder.Write("factory.xml", m_factory);
     // Broken, of another root, empty.
     const std::vector<std::string> files = {S_damaged, "<Other/>", ""};
     for (std::size_t place = 0; place < files.size(); ++place) {
         SCOPED_TRACE(files[place]);
-        Put("user.xml", files[place]);
+        m_folder.Write("user.xml", files[place]);
         const auto node = m_settings.LoadCurrentSettingsNode();
         ASSERT_NE(node, nullptr);
         EXPECT_EQ(static_cast<const std::string&>((*node)["Colour"]), "red");
-        EXPECT_NE(Get("user.xml").find("<Colour>red</Colour>"), std::string::npos);
+        EXPECT_NE(m_folder.Read("user.xml").find("<Colour>red</Colour>"), std::string::npos);
         const std::vector<std::string> aside = KeptAside();
         ASSERT_EQ(aside.size(), 1U);
-        EXPECT_EQ(Get(aside[0]), files[place]);
+        EXPECT_EQ(m_folder.Read(aside[0]), files[place]);
         std::filesystem::remove(m_folder / aside[0]);
     }
     // A second damage within the second takes nothing from the first.
     for (int damage = 0; damage < 3; ++damage) {
-        Put("user.xml", S_damaged);
+        m_folder.Write("user.xml", S_damaged);
         m_settings.LoadCurrentSettingsNode();
     }
     EXPECT_EQ(KeptAside().size(), 3U);
@@ -146,25 +132,25 @@ TEST_F(SettingsFilesTest, ADamagedFileOfTheUserIsKeptAside)
 
 TEST_F(SettingsFilesTest, ADamagedFileStaysWhereNothingReplacesIt)
 {
-    Put("user.xml", S_damaged);
+    m_folder.Write("user.xml", S_damaged);
     EXPECT_EQ(m_settings.LoadCurrentSettingsNode(), nullptr);
-    EXPECT_EQ(Get("user.xml"), S_damaged);
-    EXPECT_EQ(CountFiles(), 1);
+    EXPECT_EQ(m_folder.Read("user.xml"), S_damaged);
+    EXPECT_EQ(m_folder.CountFiles(), 1U);
 }
 
 TEST_F(SettingsFilesTest, SavingOverADamagedFileKeepsItToo)
 {
     Settings node;
     node["Colour"] = "green";
-    Put("user.xml", S_damaged);
+    m_folder.Write("user.xml", S_damaged);
     EXPECT_TRUE(m_settings.SaveGivenSettingsAsCurrent(node));
     ASSERT_EQ(KeptAside().size(), 1U);
-    EXPECT_EQ(Get(KeptAside()[0]), S_damaged);
-    EXPECT_NE(Get("user.xml").find("green"), std::string::npos);
+    EXPECT_EQ(m_folder.Read(KeptAside()[0]), S_damaged);
+    EXPECT_NE(m_folder.Read("user.xml").find("green"), std::string::npos);
 
     node["Colour"] = "white";
     EXPECT_TRUE(m_settings.SaveGivenSettingsAsCurrent(node));
-    EXPECT_EQ(CountFiles(), 2);
+    EXPECT_EQ(m_folder.CountFiles(), 2U);
     EXPECT_FALSE(ModuleSettings(m_folder / "missing").SaveGivenSettingsAsCurrent(node));
 }
 
@@ -172,11 +158,11 @@ TEST_F(SettingsFilesTest, RestoringLeavesTheUsersFile)
 {
     m_settings.RestoreDefaultSettings();
     EXPECT_EQ(m_settings.m_colour, "none");
-    Put("factory.xml", m_factory);
-    Put("user.xml", S_damaged);
+    m_folder.Write("factory.xml", m_factory);
+    m_folder.Write("user.xml", S_damaged);
     m_settings.RestoreDefaultSettings();
     EXPECT_EQ(m_settings.m_colour, "restored red");
-    EXPECT_EQ(Get("user.xml"), S_damaged);
+    EXPECT_EQ(m_folder.Read("user.xml"), S_damaged);
 }
 
 TEST(PanelSettingsTest, PositionsAreStoredAt96Dpi)

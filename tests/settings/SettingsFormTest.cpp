@@ -6,27 +6,16 @@
 
 namespace {
 
+constexpr const char* S_name = "zażółć.xml";
+
 class SettingsFormTest : public testing::Test {
 protected:
-    std::wstring Path() const
-    {
-        return WidePath::ToWide(m_folder / "za\xC5\xBC\xC3\xB3\xC5\x82\xC4\x87.xml");
-    }
-
-    void WriteBytes(const std::string& a_bytes) const
-    {
-        std::ofstream(WidePath::ToPath(Path()), std::ios::binary) << a_bytes;
-    }
-
-    std::string ReadBytes() const
-    {
-        std::ifstream file(WidePath::ToPath(Path()), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::wstring Path() const { return WidePath::ToWide(m_folder / S_name); }
+    std::string ReadBytes() const { return m_folder.Read(S_name); }
 
     bool Load(const std::string& a_bytes)
     {
-        WriteBytes(a_bytes);
+        m_folder.Write(S_name, a_bytes);
         return m_tree.LoadFromFile(Path(), "R");
     }
 

@@ -27,20 +27,13 @@ Settings ThroughFile(const Settings& a_tree)
 
 void ForEachWay(const Settings& a_tree, const std::function<void(const Settings&)>& a_check)
 {
-    {
-        SCOPED_TRACE("in memory");
-        a_check(a_tree);
+    a_check(a_tree);
+    const std::pair<const char*, Settings> ways[] = {
+        {"copied", a_tree}, {"through text", ThroughText(a_tree)}, {"through a file", ThroughFile(a_tree)}};
+    for (const auto& [way, tree] : ways) {
+        SCOPED_TRACE(way);
+        a_check(tree);
     }
-    {
-        SCOPED_TRACE("copied");
-        a_check(Settings(a_tree));
-    }
-    {
-        SCOPED_TRACE("through text");
-        a_check(ThroughText(a_tree));
-    }
-    SCOPED_TRACE("through a file");
-    a_check(ThroughFile(a_tree));
 }
 
 std::uint64_t Bits(double a_value)

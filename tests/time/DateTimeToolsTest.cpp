@@ -35,11 +35,7 @@ NDateTime Shifted(NDateTime a_time, int a_days)
 
 TEST(DateTimeToolsTest, ParseDateYYYYMMDD)
 {
-    struct Case {
-        std::string_view text;
-        const char* expected;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string_view, const char*> cases[] = {
         {"20210301", "2021-03-01 00:00:00"},
         {"20210231", "invalid 2021-02-31 00:00:00"},
         {"202102301", "none"},
@@ -69,12 +65,8 @@ TEST(DateTimeToolsTest, ParseDateYYYYMMDD)
 TEST(DateTimeToolsTest, ParseDateTime)
 {
     const NDateTime day(2021, 3, 1, 22, 0, 0, 9);
-    struct Case {
-        std::optional<NDateTime> found;
-        const char* expected;
-    };
     using DateTimeTools::ParseDateTime;
-    const Case cases[] = {
+    const std::tuple<std::optional<NDateTime>, const char*> cases[] = {
         {ParseDateTime("20210301", "093015"), "2021-03-01 09:30:15"},
         {ParseDateTime("20210301", "abcdef"), "2021-03-01 00:00:00"},
         {ParseDateTime("20210301", "235960"), "invalid 2021-03-01 23:59:60"},

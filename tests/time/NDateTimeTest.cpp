@@ -63,14 +63,7 @@ TEST(NDateTimeTest, EmptyIsAllZeroAndValid)
 
 TEST(NDateTimeTest, FieldsStayAsGivenWhereTheCalendarIsBroken)
 {
-    struct Case {
-        NDateTime time;
-        bool isValid;
-        unsigned long year;
-        unsigned long day;
-        unsigned long dayOfYear;
-    };
-    const Case cases[] = {
+    const std::tuple<NDateTime, bool, unsigned long, unsigned long, unsigned long> cases[] = {
         {NDateTime(2021, 2, 30), false, 2021, 30, 0},
         {NDateTime(2020, 2, 29), true, 2020, 29, 60},
         {NDateTime(100, 1, 1), true, 100, 1, 1},
@@ -273,15 +266,7 @@ TEST(NDateTimeTest, OrderIsAsymmetricWithinHalfASecond)
         return kalvento::internal::NDateTimeWords::Make(44256.0 + a_seconds * S_second, COleDateTime::valid,
                                                         0, static_cast<std::uint32_t>(a_counter << 6U));
     };
-    struct Case {
-        const char* name;
-        NDateTime left;
-        NDateTime right;
-        bool isLess;
-        bool isGreater;
-        bool isEqual;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, NDateTime, NDateTime, bool, bool, bool> cases[] = {
         {"earlier within the tolerance: less and equal", at(0, 5), at(0.4, 5), true, false, true},
         {"earlier, greater counter: less and greater", at(0, 6), at(0.4, 5), true, true, false},
         {"later, smaller counter: less and greater", at(0.4, 5), at(0, 6), true, true, false},

@@ -24,14 +24,8 @@ std::wstring Shown(double a_value, int a_minimum, int a_maximum)
 
 TEST(NumberFormatterTest, PolishNumbers)
 {
-    struct Case {
-        double value;
-        int minimum;
-        int maximum;
-        std::wstring text;
-    };
     const double infinity = std::numeric_limits<double>::infinity();
-    const std::vector<Case> cases = {
+    const std::tuple<double, int, int, std::wstring> cases[] = {
         {0.0, -1, -1, L"0"},
         {-0.0, 2, 2, L"0,00"},
         {12.3, 2, 4, L"12,30"},
@@ -58,9 +52,9 @@ TEST(NumberFormatterTest, PolishNumbers)
         {infinity, 2, 2, L"\u221E"},
         {-infinity, 2, 2, L"-\u221E"},
     };
-    for (const Case& oneCase : cases) {
-        SCOPED_TRACE(testing::Message() << oneCase.value << " " << oneCase.minimum << " " << oneCase.maximum);
-        EXPECT_EQ(Shown(oneCase.value, oneCase.minimum, oneCase.maximum), oneCase.text);
+    for (const auto& [value, minimum, maximum, text] : cases) {
+        SCOPED_TRACE(testing::Message() << value << " " << minimum << " " << maximum);
+        EXPECT_EQ(Shown(value, minimum, maximum), text);
     }
 }
 

@@ -8,13 +8,7 @@ namespace Path = VeloTools::Path;
 
 TEST(PathTest, PartsOfAPath)
 {
-    struct Case {
-        std::wstring path;
-        std::wstring folder;
-        std::wstring name;
-        std::wstring stem;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<std::wstring, std::wstring, std::wstring, std::wstring> cases[] = {
         {L"", L"", L"", L""},
         {L"file.xml", L"", L"file.xml", L"file"},
         {L"/file", L"/", L"file", L"file"},
@@ -23,11 +17,11 @@ TEST(PathTest, PartsOfAPath)
         {L"a/.hidden", L"a", L".hidden", L".hidden"},
         {L"a/name.", L"a", L"name.", L"name"},
     };
-    for (const Case& oneCase : cases) {
-        SCOPED_TRACE(WidePath::ToPath(oneCase.path));
-        EXPECT_EQ(Path::GetFileFolder(oneCase.path), oneCase.folder);
-        EXPECT_EQ(Path::GetFileName(oneCase.path, true), oneCase.name);
-        EXPECT_EQ(Path::GetFileName(oneCase.path, false), oneCase.stem);
+    for (const auto& [path, folder, name, stem] : cases) {
+        SCOPED_TRACE(WidePath::ToPath(path));
+        EXPECT_EQ(Path::GetFileFolder(path), folder);
+        EXPECT_EQ(Path::GetFileName(path, true), name);
+        EXPECT_EQ(Path::GetFileName(path, false), stem);
     }
 }
 
