@@ -60,8 +60,6 @@ EXCEPTIONS = {
     ("src/aggregation/AggregatorWrapper.h", "src/folding/AggregatorWrapper.h"): "forwards the include of older plug-ins",
     ("src/aggregation/AggregatorTools.h", "src/folding/AggregatorTools.h"): "forwards the include of older plug-ins",
     ("src/settings/SettingsChildren.h", "src/settings/Settings.h"): "the inside of Settings, which its written form reads, too",
-    # Being untied; to go with the last of what needs them.
-    ("src/time/LocalTime.h", "src/time/NDateTime.h"): "a time is converted by the local rule",
 }
 
 STANDARD = set("""

@@ -11,7 +11,7 @@
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
 #include "text_rows/SeriesNames.h"
-#include "text_rows/TimeMaker.h"
+#include "time/TimeParts.h"
 
 #include <memory>
 #include <optional>
@@ -28,8 +28,6 @@ struct CheckOptions {
     std::string input;
     std::optional<NDateTime> day;
 };
-
-constexpr std::int64_t S_daySeconds = 86400;
 
 /// The answers of a check, printed as they come.
 class Report {
@@ -210,7 +208,7 @@ void AddCheckCommand(Command a_app, ToolContext& a_context)
         .AddOption(
             "--day",
             [options](const std::string& a_text) {
-                options->day = TimeMaker().Make(DayOption(a_text, "--day") * S_daySeconds);
+                options->day = TimeParts::TimeOf(DayOption(a_text, "--day") * TimeParts::S_secondsOfDay);
             },
             "The rows must begin and end on this day")
         .TypeName("DAY");

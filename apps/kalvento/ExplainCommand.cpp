@@ -12,8 +12,8 @@
 #include "text_rows/RowReader.h"
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
-#include "text_rows/TimeMaker.h"
 #include "text_rows/TimeText.h"
+#include "time/TimeParts.h"
 
 #include <boost/json.hpp>
 
@@ -30,7 +30,6 @@ namespace kalvento::tool {
 namespace {
 
 constexpr std::size_t S_rowsAtOnce = 65536;
-constexpr std::int64_t S_daySeconds = 86400;
 
 struct ExplainOptions {
     InputOptions read;
@@ -50,12 +49,6 @@ struct Rows {
     std::vector<LineFate> others;             // lines that gave no row
     bool fromBlock = false;
 };
-
-NDateTime AtClock(const NDateTime& a_day, const NDateTime& a_clock)
-{
-    return NDateTime(a_day.GetYear(), a_day.GetMonth(), a_day.GetDay(), a_clock.GetHour(),
-                     a_clock.GetMinute(), a_clock.GetSecond(), 0);
-}
 
 /// The place of the symbol asked for among those of the input.
 std::uint32_t PlaceOfSymbol(const std::vector<std::string>& a_symbols, const std::string& a_symbol)
@@ -173,13 +166,14 @@ std::string ExplainRun::CandleText(std::size_t a_candle) const
 std::vector<NDateTime> ExplainRun::Moments() const
 {
     if (const auto clock = ParseClockText(m_options.at)) {
-        const NDateTime time = TimeMaker().Make(clock->seconds);
+        const NDateTime time = TimeParts::TimeOf(clock->seconds);
         if (m_options.day)
-            return {TimeMaker().Make(*m_options.day * S_daySeconds + clock->seconds)};
+            return {TimeParts::TimeOf(*m_options.day * TimeParts::S_secondsOfDay + clock->seconds)};
         std::vector<NDateTime> moments;
         for (std::size_t row = 0; row < m_rows.sources.size(); ++row)
             if (row == 0 || !TimeOfRow(row).SameDay(TimeOfRow(row - 1)))
-                moments.push_back(AtClock(TimeOfRow(row), time));
+                moments.push_back(TimeParts::AtTimeOfDay(TimeOfRow(row), time.GetHour(), time.GetMinute(),
+                                                         time.GetSecond()));
         return moments;
     }
     const auto whole = ParseTimeText(m_options.at);
@@ -190,7 +184,7 @@ std::vector<NDateTime> ExplainRun::Moments() const
                             "in the zone in which candles are written");
     if (m_options.day)
         throw ToolError(EExitUsage, "--day goes with a time of day alone, and --at holds a day already");
-    return {TimeMaker().Make(whole->seconds)};
+    return {TimeParts::TimeOf(whole->seconds)};
 }
 
 void ExplainRun::Run()

@@ -3,6 +3,7 @@
 #include "kalvento/OptionValues.h"
 #include "kalvento/SessionGenerator.h"
 #include "time/DateTimeTools.h"
+#include "time/TimeParts.h"
 
 #include <fmt/compile.h>
 
@@ -48,8 +49,9 @@ public:
                             static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()));
         }
         const auto out = std::back_inserter(m_buffer);
-        fmt::format_to(out, FMT_COMPILE("{} {:02}:{:02}:{:02},{}"), m_date, a_trade.second / 3600,
-                       a_trade.second / 60 % 60, a_trade.second % 60, m_symbol);
+        const auto clock = TimeParts::ClockOf(a_trade.second);
+        fmt::format_to(out, FMT_COMPILE("{} {:02}:{:02}:{:02},{}"), m_date, clock.hour, clock.minute,
+                       clock.second, m_symbol);
         const std::int64_t price = a_trade.priceInTicks * m_tick.digits;
         fmt::format_to(out, FMT_COMPILE("{}"), price / m_unit);
         if (m_tick.scale > 0)
@@ -89,10 +91,7 @@ void WriteBlock(SessionGenerator& a_generator, const GenerateOptions& a_options,
 
     GeneratedTrade trade;
     while (a_generator.Next(trade)) {
-        const std::chrono::year_month_day date(trade.day);
-        NDateTime time(static_cast<unsigned long>(static_cast<int>(date.year())),
-                       static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()),
-                       trade.second / 3600, trade.second / 60 % 60, trade.second % 60, 0);
+        NDateTime time = TimeParts::TimeOf(trade.day, trade.second);
         // Times of a block run strictly upward: trades of one second are told apart by the ordering counter.
         if (!times.empty())
             DateTimeTools::ShiftTimeIfNeed(times.back(), time);

@@ -14,6 +14,7 @@
 #include "text_rows/RowSeries.h"
 #include "text_rows/SeriesNames.h"
 #include "time/DateTimeTools.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <chrono>
@@ -167,13 +168,6 @@ struct Instrument {
     ColumnBlock rows;
     ColumnBlock candles;
 };
-
-/// Whether a_left lies in an earlier whole second than a_right.
-bool IsSecondEarlier(const NDateTime& a_left, const NDateTime& a_right)
-{
-    return std::pair(a_left.GetAbsoluteDay(), a_left.GetAbsoluteTime()) <
-           std::pair(a_right.GetAbsoluteDay(), a_right.GetAbsoluteTime());
-}
 
 /// One run of the command.
 class LiveRun {
@@ -381,7 +375,7 @@ void LiveRun::FoldRow(std::size_t a_row)
     NDateTime time = m_block.times[a_row];
     if (m_restarted) {
         // A file that was cut and written anew, or copied back, repeats rows that are folded already.
-        if (IsSecondEarlier(time, instrument.last)) {
+        if (TimeParts::IsSecondEarlier(time, instrument.last)) {
             ++m_skipped;
             return;
         }

@@ -1,5 +1,7 @@
 #include "kalvento/SessionGenerator.h"
 
+#include "time/TimeParts.h"
+
 #include <algorithm>
 #include <bit>
 #include <numeric>
@@ -10,9 +12,9 @@ namespace kalvento::tool {
 
 namespace {
 
-constexpr std::uint32_t S_open = 9 * 3600;
-constexpr std::uint32_t S_continuousSeconds = 7 * 3600 + 50 * 60;
-constexpr std::uint32_t S_close = 17 * 3600;
+constexpr std::uint32_t S_open = TimeParts::SecondOfDay(9U, 0U, 0U);
+constexpr std::uint32_t S_continuousSeconds = TimeParts::SecondOfDay(7U, 50U, 0U);
+constexpr std::uint32_t S_close = TimeParts::SecondOfDay(17U, 0U, 0U);
 constexpr std::uint32_t S_afterCloseSeconds = 300;
 constexpr std::uint64_t S_maxAuctionTrades = 400;
 

@@ -1,6 +1,6 @@
 #include "provider_kit/KnownInstruments.h"
 
-#include "provider_kit/Midnight.h"
+#include "time/TimeParts.h"
 
 #include <utility>
 
@@ -31,7 +31,7 @@ std::shared_ptr<const InstrumentList> KnownInstruments::Replace(std::shared_ptr<
 
 void KnownInstruments::NoteLastDay(const std::string& a_isin, const NDateTime& a_time)
 {
-    const NDateTime day = MidnightOf(a_time);
+    const NDateTime day = TimeParts::MidnightOf(a_time);
     const std::lock_guard lock(m_mutex);
     if (const auto [known, isNew] = m_lastDays.try_emplace(a_isin, day); !isNew && known->second < day)
         known->second = day;

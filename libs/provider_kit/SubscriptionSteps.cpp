@@ -3,10 +3,10 @@
 #include "aggregation/AggrWindowsFactory.h"
 #include "aggregation/Aggregator.h"
 #include "modules/IConsumer.h"
-#include "provider_kit/Midnight.h"
 #include "provider_kit/SessionState.h"
 #include "provider_kit/StoreParts.h"
 #include "series/Synchronization.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <array>
@@ -149,7 +149,7 @@ SubscriptionSteps::EStep SubscriptionSteps::FindPlaces(Served& a_served)
     a_served.firstSynchronized = synchronizes ? FindWindow(a_served, count) : count;
     if (a_served.Wants(ParamsBase::S_kindDataHistory)) {
         const RangeData::Dates dates = a_served.GetParams().GetRequestParams().GetDates();
-        a_served.nextHistory = m_parts.store->FindRow(isin, MidnightOf(dates.from));
+        a_served.nextHistory = m_parts.store->FindRow(isin, TimeParts::MidnightOf(dates.from));
         a_served.endHistory = a_served.firstSynchronized;
         if (const auto afterLastDay = DayAfter(dates.to))
             a_served.endHistory = std::min(a_served.endHistory, m_parts.store->FindRow(isin, *afterLastDay));
@@ -260,7 +260,7 @@ std::uint64_t SubscriptionSteps::FindWindow(const Served& a_served, std::uint64_
         return a_count - 1;
     const NDateTime last = m_parts.rows.Read(isin, a_count - 1, a_count).TimeSeries().back();
     if (interval.IsTick()) {
-        const std::uint64_t firstOfDay = m_parts.store->FindRow(isin, MidnightOf(last));
+        const std::uint64_t firstOfDay = m_parts.store->FindRow(isin, TimeParts::MidnightOf(last));
         return a_count - 1 - (a_count - 1 - firstOfDay) % interval.GetMultiplicity();
     }
     NDateTime begin;
@@ -284,7 +284,7 @@ std::shared_ptr<SessionState> SubscriptionSteps::ReadSession(const StoreInstrume
     const std::uint64_t count = m_parts.store->GetRowCount(isin);
     if (count > 0) {
         const NDateTime last = m_parts.rows.Read(isin, count - 1, count).TimeSeries().back();
-        const std::uint64_t first = m_parts.store->FindRow(isin, MidnightOf(last));
+        const std::uint64_t first = m_parts.store->FindRow(isin, TimeParts::MidnightOf(last));
         std::optional<double> reference;
         if (first > 0) {
             const History before = m_parts.rows.Read(isin, first - 1, first);

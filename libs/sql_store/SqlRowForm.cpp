@@ -2,6 +2,7 @@
 
 #include "platform/CodePage.h"
 #include "provider_kit/DamagedData.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <array>
@@ -13,9 +14,8 @@
 
 namespace {
 
+using kalvento::internal::MidnightWords;
 using Words = kalvento::internal::NDateTimeWords;
-
-constexpr int S_secondsADay = 24 * 60 * 60;
 
 [[noreturn]] void RaiseUnreadable(std::string_view a_text)
 {
@@ -34,21 +34,6 @@ Number ReadWhole(const pqxx::field& a_field, Number a_lowest, Number a_highest)
     return number;
 }
 
-// A time with these calendar fields; the day number is given as stored.
-NDateTime MakeTime(std::chrono::year_month_day a_date, int a_second, int a_counter, double a_dayNumber)
-{
-    using namespace std::chrono;
-    const auto dayOfYear =
-        static_cast<std::uint32_t>((sys_days(a_date) - sys_days(a_date.year() / January / 1)).count() + 1);
-    const auto second = static_cast<std::uint32_t>(a_second);
-    const std::uint32_t calendar = static_cast<std::uint32_t>(static_cast<int>(a_date.year())) |
-                                   static_cast<unsigned>(a_date.month()) << 12U |
-                                   static_cast<unsigned>(a_date.day()) << 16U | second / 3600 << 21U |
-                                   second / 60 % 60 << 26U;
-    const std::uint32_t clock = second % 60 | static_cast<std::uint32_t>(a_counter) << 6U | dayOfYear << 22U;
-    return Words::Make(a_dayNumber, COleDateTime::valid, calendar, clock);
-}
-
 } // namespace
 
 std::optional<SqlRowForm::TimeColumns> SqlRowForm::WriteTime(const NDateTime& a_time)
@@ -59,13 +44,13 @@ std::optional<SqlRowForm::TimeColumns> SqlRowForm::WriteTime(const NDateTime& a_
                               std::chrono::day(static_cast<unsigned>(a_time.GetDay()))};
     if (!a_time.IsValid() || !date.ok() || a_time.GetYear() < 1)
         return std::nullopt;
-    const auto second = static_cast<int>(a_time.GetAbsoluteTime());
-    const auto counter = static_cast<int>(a_time.GetMilliSec());
-    if (second >= S_secondsADay)
+    const std::uint32_t second = a_time.GetAbsoluteTime();
+    if (second >= TimeParts::S_secondsOfDay)
         return std::nullopt;
-    // Fields of a time that was put together by hand may lie, and so does the year after 4095, of which some bits are
-    // cut off: what would not come back, or not be found by its day, is not taken.
-    const NDateTime back = MakeTime(date, second, counter, a_time.ToDouble());
+    // Fields of a time that was put together by hand may lie, and so does the year after 4095, of which some bits are cut
+    // off: what would not come back, or not be found by its day, is not taken.
+    const NDateTime back = MidnightWords(sys_days(date).time_since_epoch().count())
+                               .At(a_time.ToDouble(), second, a_time.GetMilliSec());
     if (Words::Calendar(back) != Words::Calendar(a_time) || Words::Clock(back) != Words::Clock(a_time) ||
         !a_time.SameDay(NDateTime(a_time.GetYear(), a_time.GetMonth(), a_time.GetDay())))
         return std::nullopt;
@@ -73,7 +58,7 @@ std::optional<SqlRowForm::TimeColumns> SqlRowForm::WriteTime(const NDateTime& a_
     std::array<char, 16> day{};
     std::snprintf(day.data(), day.size(), "%04d-%02u-%02u", static_cast<int>(date.year()),
                   static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
-    return TimeColumns{day.data(), std::to_string(second), std::to_string(counter),
+    return TimeColumns{day.data(), std::to_string(second), std::to_string(a_time.GetMilliSec()),
                        WriteNumber(a_time.ToDouble())};
 }
 
@@ -83,11 +68,10 @@ NDateTime SqlRowForm::ReadTime(const pqxx::row& a_row, int a_first)
     static const auto S_firstDay = sys_days(year(1) / January / 1).time_since_epoch().count();
     static const auto S_lastDay = sys_days(year(4095) / December / 31).time_since_epoch().count();
     const auto days = ReadWhole<std::int32_t>(a_row[a_first], S_firstDay, S_lastDay);
-    const int second = ReadWhole<int>(a_row[a_first + 1], 0, S_secondsADay - 1);
-    const int counter = ReadWhole<int>(a_row[a_first + 2], 0, static_cast<int>(NDateTime::MaxMilisecond));
+    const auto second = ReadWhole<std::uint32_t>(a_row[a_first + 1], 0, TimeParts::S_secondsOfDay - 1);
+    const auto counter = ReadWhole<std::uint32_t>(a_row[a_first + 2], 0, NDateTime::MaxMilisecond);
     const pqxx::field number = a_row[a_first + 3];
-    return MakeTime(year_month_day(sys_days(std::chrono::days(days))), second, counter,
-                    ReadNumber({number.c_str(), number.size()}));
+    return MidnightWords(days).At(ReadNumber({number.c_str(), number.size()}), second, counter);
 }
 
 std::string SqlRowForm::WriteNumber(double a_value)

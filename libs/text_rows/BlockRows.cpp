@@ -5,6 +5,7 @@
 #include "text_rows/RowBlock.h"
 #include "text_rows/RowCounts.h"
 #include "text_rows/RowsFault.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <istream>
@@ -19,9 +20,6 @@ namespace kalvento::rows {
 namespace {
 
 constexpr std::size_t S_readSize = std::size_t{1} << 18U;
-constexpr std::int64_t S_daySeconds = 86400;
-// Day number 0, 1899-12-30, counted from 1970-01-01.
-constexpr std::int64_t S_oleDayZero = -25569;
 
 [[noreturn]] void Fail(const ByteSource& a_source, const std::string& a_found)
 {
@@ -96,7 +94,7 @@ bool BlockRows::Read(RowBlock& a_block, std::size_t a_limit, std::size_t a_keep,
 {
     const std::vector<NDateTime>& rows = std::as_const(m_rows).TimeSeries();
     const auto before = [](const NDateTime& a_time, std::int64_t a_seconds) {
-        return a_time.GetAbsoluteDay() < a_seconds / S_daySeconds - S_oleDayZero;
+        return TimeParts::DayOf(a_time) < a_seconds / TimeParts::S_secondsOfDay;
     };
     while (a_from && m_next < rows.size() && before(rows[m_next], *a_from)) {
         ++a_counts.outside;

@@ -2,6 +2,7 @@
 
 #include "text_rows/NumberText.h"
 #include "text_rows/RowBlock.h"
+#include "time/TimeParts.h"
 
 #include <array>
 #include <cstring>
@@ -10,8 +11,6 @@
 namespace kalvento::rows {
 
 namespace {
-
-constexpr std::int64_t S_daySeconds = 86400;
 
 std::int64_t Load8(const char* a_bytes)
 {
@@ -117,7 +116,7 @@ const char* LineReader::ReadPlainTime(const char* a_text, WallTime& a_time)
             return nullptr;
         m_dateFront = front;
         m_dateBack = back;
-        m_day = *days * S_daySeconds;
+        m_day = *days * TimeParts::S_secondsOfDay;
     }
     const char sign = a_text[10];
     if (sign == m_shape.delimiter || sign == '\n' || sign == '\r') {
@@ -135,7 +134,7 @@ const char* LineReader::ReadPlainTime(const char* a_text, WallTime& a_time)
     const std::uint64_t second = ((clock >> 48U) & 0xFU) * 10 + ((clock >> 56U) & 0xFU);
     if (hour > 23 || minute > 59 || second > 59)
         return nullptr;
-    a_time.seconds = m_day + static_cast<std::int64_t>((hour * 60 + minute) * 60 + second);
+    a_time.seconds = m_day + static_cast<std::int64_t>(TimeParts::SecondOfDay(hour, minute, second));
     const char* place = a_text + 19;
     if (*place == '.') {
         std::uint32_t fraction = 0;
@@ -215,11 +214,12 @@ bool LineReader::ReadField(const ColumnPlan& a_column, const std::string& a_text
     case EDatePart: {
         if (m_timeFormat.empty()) {
             const auto days = ParseDateText(a_text);
-            a_time.seconds += days.value_or(0) * S_daySeconds;
+            a_time.seconds += days.value_or(0) * TimeParts::S_secondsOfDay;
             return days.has_value();
         }
         const auto time = ParseTimeByFormat(a_text, m_timeFormat);
-        a_time.seconds += time.value_or(WallTime()).seconds / S_daySeconds * S_daySeconds;
+        a_time.seconds +=
+            time.value_or(WallTime()).seconds / TimeParts::S_secondsOfDay * TimeParts::S_secondsOfDay;
         return time.has_value();
     }
     case EClockPart: {

@@ -1,6 +1,7 @@
 #include "text_rows/RowOrder.h"
 
 #include "text_rows/TextFields.h"
+#include "time/TimeParts.h"
 
 #include <string>
 
@@ -8,7 +9,6 @@ namespace kalvento::rows {
 
 namespace {
 
-constexpr std::int64_t S_daySeconds = 86400;
 // The years that a time of the library can hold and a calendar can show: 100 to 4095.
 constexpr std::int64_t S_firstSecond = -59'011'459'200;
 constexpr std::int64_t S_endSecond = 67'090'118'400;
@@ -35,7 +35,7 @@ std::optional<std::int64_t> DayLimit(const std::string& a_text, EReadOption a_op
     const auto days = ParseDateText(a_text);
     if (!days)
         RefuseOption(a_option, "found " + Quote(a_text), "a day such as 2024-08-08");
-    return *days * S_daySeconds;
+    return *days * TimeParts::S_secondsOfDay;
 }
 
 } // namespace
@@ -57,7 +57,7 @@ RowOrder::RowOrder(const ReadOptions& a_options) : m_options(a_options)
                          .expected = "a day not after " + m_options.to,
                          .value = m_options.to});
     if (m_to)
-        *m_to += S_daySeconds;
+        *m_to += TimeParts::S_secondsOfDay;
 }
 
 RowOrder::Verdict RowOrder::Take(const WallTime& a_time, std::uint32_t a_symbol, NDateTime& a_taken)
@@ -104,7 +104,7 @@ RowOrder::Verdict RowOrder::Take(const WallTime& a_time, std::uint32_t a_symbol,
     } else if (before.time.GetMilliSec() < S_greatestCounter && before.time.ToDouble() >= 0.0) {
         // Below day number zero a step would move the time back, and the engine would leave the row out as a late one:
         // rows of one second share their time there.
-        before.time = TimeMaker::NextStep(before.time);
+        before.time = kalvento::internal::TimeMaker::NextStep(before.time);
     }
     a_taken = before.time;
     return {falls ? LineFate::EFateRaised : LineFate::EFateTaken, seconds};

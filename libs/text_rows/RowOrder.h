@@ -4,9 +4,9 @@
 #include "text_rows/LineFate.h"
 #include "text_rows/ReadOptions.h"
 #include "text_rows/RowsFault.h"
-#include "text_rows/TimeMaker.h"
 #include "text_rows/TimeText.h"
 #include "time/NDateTime.h"
+#include "time/TimeMaker.h"
 
 #include <cstdint>
 #include <limits>
@@ -58,7 +58,7 @@ private:
     std::optional<std::int64_t> m_from;
     std::optional<std::int64_t> m_to;
     RowsFault::Parts m_fault;
-    TimeMaker m_maker;
+    kalvento::internal::TimeMaker m_maker;
     std::vector<LastRow> m_last;
 };
 

@@ -9,6 +9,7 @@
 #include "text_rows/SeriesNames.h"
 #include "text_rows/TextFields.h"
 #include "text_rows/TimeText.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <array>
@@ -24,7 +25,6 @@ namespace kalvento::rows {
 namespace {
 
 constexpr std::size_t S_peekedRows = 2000;
-constexpr std::int64_t S_daySeconds = 86400;
 
 std::string_view ExpectedOf(EColumnKind a_kind)
 {
@@ -43,28 +43,18 @@ std::string_view ExpectedOf(EColumnKind a_kind)
     }
 }
 
-constexpr std::array<std::pair<std::int64_t, EInterval>, 7> S_units = {{{365 * S_daySeconds, EIntervalYear},
-                                                                        {28 * S_daySeconds, EIntervalMonth},
-                                                                        {7 * S_daySeconds, EIntervalWeek},
-                                                                        {S_daySeconds, EIntervalDay},
-                                                                        {3600, EIntervalHour},
-                                                                        {60, EIntervalMinute},
-                                                                        {1, EIntervalSecond}}};
-
-/// Of a second, a minute or an hour; 0 for all else.
-std::int64_t UnitSeconds(EInterval a_interval)
-{
-    for (const auto& [seconds, interval] : S_units) {
-        if (interval == a_interval && seconds < S_daySeconds)
-            return seconds;
-    }
-    return 0;
-}
-
 /// The interval that candles have whose times are that many seconds apart.
 IntervalAndMultiplicity IntervalOfStep(std::int64_t a_seconds)
 {
-    for (const auto& [seconds, interval] : S_units) {
+    constexpr std::array<std::pair<std::int64_t, EInterval>, 7> units = {
+        {{365 * TimeParts::S_secondsOfDay, EIntervalYear},
+         {28 * TimeParts::S_secondsOfDay, EIntervalMonth},
+         {7 * TimeParts::S_secondsOfDay, EIntervalWeek},
+         {TimeParts::S_secondsOfDay, EIntervalDay},
+         {TimeParts::S_secondsOfHour, EIntervalHour},
+         {60, EIntervalMinute},
+         {1, EIntervalSecond}}};
+    for (const auto& [seconds, interval] : units) {
         // Months and years differ in length; shorter units divide evenly or aren't the unit.
         const bool uneven = interval == EIntervalMonth || interval == EIntervalYear;
         if (a_seconds < seconds || (!uneven && a_seconds % seconds != 0))
@@ -397,7 +387,7 @@ void ShapeFinder::Peek()
             if (m_shape.columns[column].kind == EDatePart) {
                 const auto days = ParseDateText(field);
                 timed = timed && days;
-                time.seconds += days.value_or(0) * S_daySeconds;
+                time.seconds += days.value_or(0) * TimeParts::S_secondsOfDay;
             } else if (m_shape.columns[column].kind == EClockPart) {
                 const auto clock = ParseClockText(field);
                 timed = timed && clock;
@@ -451,8 +441,8 @@ void ShapeFinder::PlanInterval(std::int64_t a_smallestStep)
     }
     if (!m_options.stampedWithEnd)
         return;
-    m_shape.stampShift =
-        UnitSeconds(m_shape.layout.interval.GetInterval()) * m_shape.layout.interval.GetMultiplicity();
+    m_shape.stampShift = TimeParts::SecondsOfUnit(m_shape.layout.interval.GetInterval()) *
+                         m_shape.layout.interval.GetMultiplicity();
     if (m_shape.stampShift == 0)
         RefuseOption(EOptionStampedWithEnd, "needs candles of seconds, minutes or hours, found " +
                                                 FormatInterval(m_shape.layout.interval));

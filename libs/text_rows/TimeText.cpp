@@ -1,5 +1,7 @@
 #include "text_rows/TimeText.h"
 
+#include "time/TimeParts.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -10,7 +12,6 @@ namespace kalvento::rows {
 
 namespace {
 
-constexpr std::int64_t S_daySeconds = 86400;
 // Further from 1970 than this no time of the library lies; it keeps the sums below away from overflow.
 constexpr std::int64_t S_secondsLimit = 70'000'000'000;
 
@@ -88,7 +89,7 @@ public:
             return std::nullopt;
         if (*hours > 18 || minutes.value_or(0) > 59)
             return std::nullopt;
-        const std::int64_t seconds = *hours * 3600 + minutes.value_or(0) * 60;
+        const std::int64_t seconds = TimeParts::SecondOfDay(*hours, minutes.value_or(0), 0);
         return negative ? -seconds : seconds;
     }
     std::string_view Rest() const { return m_rest; }
@@ -136,7 +137,7 @@ std::optional<std::int64_t> SecondsOfDay(int a_hour, int a_minute, int a_second)
 {
     if (a_hour > 23 || a_minute > 59 || a_second > 59)
         return std::nullopt;
-    return (a_hour * 60 + a_minute) * 60 + a_second;
+    return TimeParts::SecondOfDay(a_hour, a_minute, a_second);
 }
 
 std::optional<WallTime> ReadClock(TextCursor& a_cursor)
@@ -267,7 +268,7 @@ public:
         if (!m_cursor.AtEnd() || !days || !seconds)
             return std::nullopt;
         WallTime time = m_time;
-        time.seconds += *days * S_daySeconds + *seconds;
+        time.seconds += *days * TimeParts::S_secondsOfDay + *seconds;
         return time;
     }
 
@@ -362,7 +363,7 @@ std::optional<WallTime> ParseTimeText(std::string_view a_text)
             return std::nullopt;
         time = *clock;
     }
-    time.seconds += *days * S_daySeconds;
+    time.seconds += *days * TimeParts::S_secondsOfDay;
     cursor.SkipBlanks();
     if (!cursor.AtEnd() && !ReadOffset(cursor, time))
         return std::nullopt;

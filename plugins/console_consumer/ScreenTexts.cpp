@@ -1,5 +1,7 @@
 #include "console_consumer/ScreenTexts.h"
 
+#include "time/TimeParts.h"
+
 #include <fmt/format.h>
 #include <fmt/xchar.h>
 
@@ -107,14 +109,13 @@ std::wstring ScreenTexts::CandleTime(const NDateTime& a_time, IntervalAndMultipl
         return fmt::format(L"{:02}.{:02}", a_time.GetMonth(), a_time.GetYear() % 100);
     if (a_interval.GetInterval() >= EIntervalDay)
         return fmt::format(L"{:02}.{:02}", a_time.GetDay(), a_time.GetMonth());
-    const unsigned int unit = a_interval.GetInterval() == EIntervalHour     ? 3600
-                              : a_interval.GetInterval() == EIntervalMinute ? 60
-                                                                            : 1;
-    const unsigned int window = a_interval.IsTick() ? 1 : unit * std::max(a_interval.GetMultiplicity(), 1U);
-    const unsigned int begin = a_time.GetAbsoluteTime() / window * window;
+    const std::int64_t unit = std::max<std::int64_t>(TimeParts::SecondsOfUnit(a_interval.GetInterval()), 1);
+    const std::int64_t window = a_interval.IsTick() ? 1 : unit * std::max(a_interval.GetMultiplicity(), 1U);
+    const auto begin =
+        TimeParts::ClockOf(static_cast<std::uint32_t>(a_time.GetAbsoluteTime() / window * window));
     if (unit > 1)
-        return fmt::format(L"{:02}:{:02}", begin / 3600, begin / 60 % 60);
-    return fmt::format(L"{:02}:{:02}:{:02}", begin / 3600, begin / 60 % 60, begin % 60);
+        return fmt::format(L"{:02}:{:02}", begin.hour, begin.minute);
+    return fmt::format(L"{:02}:{:02}:{:02}", begin.hour, begin.minute, begin.second);
 }
 
 std::wstring ScreenTexts::LongCandleTime(const NDateTime& a_time, IntervalAndMultiplicity a_interval)

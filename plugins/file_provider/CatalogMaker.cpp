@@ -7,6 +7,7 @@
 #include "text_rows/RowSeries.h"
 #include "text_rows/TimeText.h"
 #include "time/DateTimeTools.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <exception>
@@ -124,7 +125,7 @@ void PrepareDay(Catalog::Instrument& a_instrument, std::int64_t a_day, std::set<
     if (place.book)
         a_instrument.bookDay = DayRows(*place.book, 0, a_day);
     // Later days never come: they aren't among those on which there are rows.
-    const std::uint64_t rows = a_instrument.day.RowsAt((a_day + 1) * S_daySeconds);
+    const std::uint64_t rows = a_instrument.day.RowsAt((a_day + 1) * TimeParts::S_secondsOfDay);
     if (rows == 0)
         SetNoDays(a_instrument.info);
     else
@@ -217,7 +218,7 @@ void CatalogMaker::ChooseDay(Catalog& a_catalog) const
         return;
     for (const auto& [isin, instrument] : a_catalog.instruments) {
         if (instrument.info.live) // an empty day comes before all others
-            a_catalog.day = std::max(a_catalog.day, std::optional(DayOf(instrument.info.lastDay)));
+            a_catalog.day = std::max(a_catalog.day, std::optional(TimeParts::DayOf(instrument.info.lastDay)));
     }
 }
 

@@ -1,5 +1,7 @@
 #include "file_provider/DayRows.h"
 
+#include "time/TimeParts.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -7,20 +9,14 @@ namespace kalvento::files {
 
 namespace {
 
-constexpr std::int64_t S_oleDayZero = -25569; // 1899-12-30, counted from 1970-01-01
 constexpr std::uint64_t S_stepChunk = 65536;
 
 NDateTime DateOfDay(std::int64_t a_day)
 {
-    return NDateTime::FromDouble(static_cast<double>(a_day - S_oleDayZero));
+    return NDateTime::FromDouble(static_cast<double>(a_day + OleDate::S_unixEpoch));
 }
 
 } // namespace
-
-std::int64_t DayOf(const NDateTime& a_time)
-{
-    return a_time.GetAbsoluteDay() + S_oleDayZero;
-}
 
 DayRows::DayRows(RowCache& a_cache, std::size_t a_symbol, std::int64_t a_day)
     : m_before(a_cache.FindRow(a_symbol, DateOfDay(a_day)))
@@ -30,7 +26,7 @@ DayRows::DayRows(RowCache& a_cache, std::size_t a_symbol, std::int64_t a_day)
         const History rows = a_cache.ReadRows(a_symbol, row, std::min(row + S_stepChunk, end));
         std::uint64_t number = row;
         for (const NDateTime& time : rows.TimeSeries()) {
-            const std::int64_t second = DayOf(time) * S_daySeconds + time.GetAbsoluteTime();
+            const std::int64_t second = TimeParts::SecondOf(time);
             if (m_steps.empty() || m_steps.back().second != second)
                 m_steps.push_back({second, 0});
             m_steps.back().rowsThen = ++number;

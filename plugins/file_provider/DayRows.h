@@ -11,10 +11,6 @@
 
 namespace kalvento::files {
 
-// Days are counted from 1970-01-01, seconds from its midnight, both on the clock that the times of the rows show.
-constexpr std::int64_t S_daySeconds = 86400;
-std::int64_t DayOf(const NDateTime& a_time);
-
 /// Rows of one instrument (or of its book) on the day that is played: up to which row they are there after each second.
 class DayRows {
 public:

@@ -8,6 +8,9 @@
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
 #include "text_rows/TimeText.h"
+#include "time/DateTimeTools.h"
+#include "time/TimeParts.h"
+#include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
 
 #include <algorithm>
@@ -128,10 +131,10 @@ void FileStore::Impl::StartClock(const Catalog& a_catalog)
         return;
     MarketClock made;
     made.day = *a_catalog.day;
-    made.begin = a_catalog.seconds.empty() ? made.day * S_daySeconds : a_catalog.seconds.front();
+    made.begin = a_catalog.seconds.empty() ? made.day * TimeParts::S_secondsOfDay : a_catalog.seconds.front();
     const auto start = kalvento::rows::ParseClockText(options.start);
     if (start)
-        made.begin = made.day * S_daySeconds + start->seconds;
+        made.begin = made.day * TimeParts::S_secondsOfDay + start->seconds;
     else if (!options.start.empty())
         WriteLog(__LINE__,
                  "Opcja Start: \"" + options.start + "\" nie jest porą dnia, oczekiwano na przykład 09:00");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "file_provider/DayRows.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <chrono>
@@ -20,7 +20,7 @@ struct MarketClock {
     /// Never later than the last second of the day.
     std::int64_t SecondAt(SteadyClock::time_point a_now) const
     {
-        const std::int64_t last = (day + 1) * S_daySeconds - 1;
+        const std::int64_t last = (day + 1) * TimeParts::S_secondsOfDay - 1;
         if (speed <= 0.0)
             return last;
         const double gone = std::chrono::duration<double>(a_now - started).count() * speed;

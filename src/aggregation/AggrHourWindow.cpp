@@ -2,6 +2,7 @@
 
 #include "platform/CodePage.h"
 #include "time/KalventoException.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 
@@ -28,12 +29,12 @@ AggrHourWindow::AggrHourWindow(unsigned short a_multiplicity, EAggrTimeResult a_
 
 NDateTime AggrHourWindow::AtSlot(const NDateTime& a_time, std::size_t a_slot) const
 {
-    return AtTimeOfDay(a_time, m_hourBySlot[a_slot], 0, 0);
+    return TimeParts::AtTimeOfDay(a_time, m_hourBySlot[a_slot], 0, 0);
 }
 
 NDateTime AggrHourWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const
 {
     const auto slot =
         static_cast<std::size_t>(std::min<std::int64_t>(FirstSlot(a_window, m_multiplicity), 23));
-    return AtTimeOfDay(a_time, std::min(23U, m_hourBySlot[slot] + m_multiplicity - 1U), 59, 59);
+    return TimeParts::AtTimeOfDay(a_time, std::min(23U, m_hourBySlot[slot] + m_multiplicity - 1U), 59, 59);
 }

@@ -2,11 +2,12 @@
 
 #include "platform/CodePage.h"
 #include "time/KalventoException.h"
+#include "time/TimeParts.h"
 
 using namespace kalvento::internal;
 
 namespace {
-constexpr int S_slots = 24 * 60;
+constexpr int S_slots = TimeParts::S_minutesOfDay;
 }
 
 AggrMinuteWindow::AggrMinuteWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
@@ -28,11 +29,11 @@ AggrMinuteWindow::AggrMinuteWindow(unsigned short a_multiplicity, EAggrTimeResul
 
 NDateTime AggrMinuteWindow::AtSlot(const NDateTime& a_time, std::size_t a_slot) const
 {
-    return AtTimeOfDay(a_time, m_hourBySlot[a_slot], m_minuteBySlot[a_slot], 0);
+    return TimeParts::AtTimeOfDay(a_time, m_hourBySlot[a_slot], m_minuteBySlot[a_slot], 0);
 }
 
 NDateTime AggrMinuteWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const
 {
     const auto slot = static_cast<std::size_t>(LastSlot(a_window, m_multiplicity, S_slots));
-    return AtTimeOfDay(a_time, m_hourBySlot[slot], m_minuteBySlot[slot], 59);
+    return TimeParts::AtTimeOfDay(a_time, m_hourBySlot[slot], m_minuteBySlot[slot], 59);
 }

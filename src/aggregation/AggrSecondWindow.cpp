@@ -2,11 +2,12 @@
 
 #include "platform/CodePage.h"
 #include "time/KalventoException.h"
+#include "time/TimeParts.h"
 
 using namespace kalvento::internal;
 
 namespace {
-constexpr int S_slots = 24 * 60 * 60;
+constexpr int S_slots = static_cast<int>(TimeParts::S_secondsOfDay);
 }
 
 AggrSecondWindow::AggrSecondWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
@@ -21,16 +22,18 @@ AggrSecondWindow::AggrSecondWindow(unsigned short a_multiplicity, EAggrTimeResul
     m_secondBySlot.reserve(S_slots);
     m_slotByPlace.reserve(S_slots);
     for (int slot = 0; slot < S_slots; ++slot) {
-        m_hourBySlot.push_back(static_cast<unsigned short>(slot / 3600));
-        m_minuteBySlot.push_back(static_cast<unsigned short>(slot / 60 % 60));
-        m_secondBySlot.push_back(static_cast<unsigned short>(slot % 60));
+        const auto clock = TimeParts::ClockOf(static_cast<std::uint32_t>(slot));
+        m_hourBySlot.push_back(static_cast<unsigned short>(clock.hour));
+        m_minuteBySlot.push_back(static_cast<unsigned short>(clock.minute));
+        m_secondBySlot.push_back(static_cast<unsigned short>(clock.second));
         m_slotByPlace.push_back(slot);
     }
 }
 
 NDateTime AggrSecondWindow::AtSlot(const NDateTime& a_time, std::size_t a_slot) const
 {
-    return AtTimeOfDay(a_time, m_hourBySlot[a_slot], m_minuteBySlot[a_slot], m_secondBySlot[a_slot]);
+    return TimeParts::AtTimeOfDay(a_time, m_hourBySlot[a_slot], m_minuteBySlot[a_slot],
+                                  m_secondBySlot[a_slot]);
 }
 
 NDateTime AggrSecondWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const

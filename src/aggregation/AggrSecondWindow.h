@@ -1,18 +1,21 @@
 #pragma once
 
 #include "aggregation/SlotWindow.h"
+#include "time/TimeParts.h"
 
 #include <vector>
 
 /// Windows of 1 to 59 seconds, counted from midnight.
 /// Made by AggrWindowsFactory only.
-class KALVENTO_API AggrSecondWindow : public kalvento::internal::SlotWindow<AggrSecondWindow, 24 * 60 * 60> {
+class KALVENTO_API AggrSecondWindow
+    : public kalvento::internal::SlotWindow<AggrSecondWindow, static_cast<int>(TimeParts::S_secondsOfDay)> {
 public:
     NDateTime GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const override;
 
 private:
     friend class AggrWindowsFactory;
-    friend class kalvento::internal::SlotWindow<AggrSecondWindow, 24 * 60 * 60>;
+    friend class kalvento::internal::SlotWindow<AggrSecondWindow,
+                                                static_cast<int>(TimeParts::S_secondsOfDay)>;
     AggrSecondWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult);
 
     static std::size_t PlaceOf(const NDateTime& a_time) { return a_time.GetAbsoluteTime(); }

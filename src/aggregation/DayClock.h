@@ -1,7 +1,5 @@
 #pragma once
 
-#include "time/NDateTime.h"
-
 #include <algorithm>
 #include <cstdint>
 
@@ -28,22 +26,7 @@ inline int LastSlot(std::int64_t a_window, unsigned short a_multiplicity, int a_
     return static_cast<int>(behind - 1);
 }
 
-/// The date of a_time at a time of day, counter 0.
-inline NDateTime AtTimeOfDay(const NDateTime& a_time, unsigned long a_hour, unsigned long a_minute,
-                             unsigned long a_second)
-{
-    return {a_time.GetYear(), a_time.GetMonth(), a_time.GetDay(), a_hour, a_minute, a_second, 0};
-}
-
-/// Midnight after the date of a_time.
-inline NDateTime NextMidnight(const NDateTime& a_time)
-{
-    NDateTime date(a_time.GetYear(), a_time.GetMonth(), a_time.GetDay());
-    date.ShiftDays(1);
-    return AtTimeOfDay(date, 0, 0, 0);
-}
-
-/// A table's entry; a place outside (from a time that no calendar has) gives the first one.
+/// A table's entry; a place outside (parts of a time that no calendar has) is taken at the first one.
 template<typename Table>
 auto EntryOrFirst(const Table& a_table, std::size_t a_place)
 {

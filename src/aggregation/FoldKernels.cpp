@@ -22,7 +22,7 @@ std::size_t FindChangeOf(const NDateTime* a_times, std::size_t a_first, std::siz
     std::size_t row = a_first + 1;
 #if defined(__SSE2__)
     const std::uint64_t slotBits = a_calendarMask | (std::uint64_t{a_clockMask} << 32U);
-    const std::uint64_t counterBits = std::uint64_t{Words::S_counterMask} << 32U;
+    const std::uint64_t counterBits = std::uint64_t{CounterField::S_mask} << 32U;
     const __m128i slotMask = _mm_set1_epi64x(static_cast<long long>(slotBits));
     const __m128i counterMask = _mm_set1_epi64x(static_cast<long long>(counterBits));
     const __m128i statusMask = _mm_set1_epi64x(0xFFFFFFFFLL);

@@ -2,6 +2,7 @@
 
 #include "time/EInterval.h"
 #include "time/NDateTime.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -15,22 +16,22 @@ namespace kalvento::internal {
 template<EInterval Interval>
 std::uint32_t SlotOf(std::uint32_t a_calendar, std::uint32_t a_clock)
 {
-    const std::uint32_t hour = (a_calendar >> 21U) & 0x1FU;
-    const std::uint32_t minute = a_calendar >> 26U;
+    const std::uint32_t hour = HourField::Of(a_calendar);
+    const std::uint32_t minute = MinuteField::Of(a_calendar);
     switch (Interval) {
     case EIntervalSecond:
-        return (hour * 60 + minute) * 60 + (a_clock & 0x3FU);
+        return TimeParts::SecondOfDay(hour, minute, SecondField::Of(a_clock));
     case EIntervalMinute:
         return hour * 60 + minute;
     case EIntervalHour:
         return hour;
     case EIntervalDay:
     case EIntervalWeek:
-        return ((a_clock >> 22U) & 0x1FFU) - 1;
+        return DayOfYearField::Of(a_clock) - 1;
     case EIntervalMonth:
-        return ((a_calendar >> 12U) & 0xFU) - 1;
+        return MonthField::Of(a_calendar) - 1;
     case EIntervalYear:
-        return a_calendar & 0xFFFU;
+        return YearField::Of(a_calendar);
     default:
         return 0;
     }
@@ -39,7 +40,7 @@ std::uint32_t SlotOf(std::uint32_t a_calendar, std::uint32_t a_clock)
 /// What decides the order of a row and the next one.
 struct OrderOfRow {
     explicit OrderOfRow(const NDateTime& a_time)
-        : dayNumber(a_time.ToDouble()), counter(NDateTimeWords::Clock(a_time) & NDateTimeWords::S_counterMask)
+        : dayNumber(a_time.ToDouble()), counter(NDateTimeWords::Clock(a_time) & CounterField::S_mask)
     {}
 
     double dayNumber;
@@ -78,12 +79,12 @@ class WindowScope {
 public:
     // Fields whose equality in two rows means one slot of one day or year, and so one window.
     static constexpr std::uint32_t S_slotCalendar =
-        (S_belowDay && Interval != EIntervalTick ? Words::S_hourMask : 0) |
-        (Interval == EIntervalSecond || Interval == EIntervalMinute ? Words::S_minuteMask : 0) |
-        (S_belowDay ? 0 : Words::S_yearMask) | (Interval == EIntervalMonth ? Words::S_monthMask : 0);
+        (S_belowDay && Interval != EIntervalTick ? HourField::S_mask : 0) |
+        (Interval == EIntervalSecond || Interval == EIntervalMinute ? MinuteField::S_mask : 0) |
+        (S_belowDay ? 0 : YearField::S_mask) | (Interval == EIntervalMonth ? MonthField::S_mask : 0);
     static constexpr std::uint32_t S_slotClock =
-        (S_belowDay || Interval == EIntervalDay || Interval == EIntervalWeek ? Words::S_dayOfYearMask : 0) |
-        (Interval == EIntervalSecond ? Words::S_secondMask : 0);
+        (S_belowDay || Interval == EIntervalDay || Interval == EIntervalWeek ? DayOfYearField::S_mask : 0) |
+        (Interval == EIntervalSecond ? SecondField::S_mask : 0);
 
     /// a_time lies in the window a_window of a_multiplicity slots.
     void Open(const NDateTime& a_time, int a_window, unsigned short a_multiplicity)
@@ -165,13 +166,14 @@ private:
     // After so many rows in one slot the lanes take over; fewer are placed faster one by one.
     static constexpr std::size_t S_streakForLanes = 8;
     // Fields that every row of the window shares with the row that opened it: the year, or the day of the year.
-    static constexpr std::uint32_t S_sharedCalendar = S_ofYear ? Words::S_yearMask : 0;
-    static constexpr std::uint32_t S_sharedClock = S_belowDay ? Words::S_dayOfYearMask : 0;
-    // Slots that a time of day can have; the window itself places rows with an hour or minute that no day has.
-    static constexpr std::uint64_t S_slots = Interval == EIntervalSecond   ? std::uint64_t{24} * 60 * 60
-                                             : Interval == EIntervalMinute ? std::uint64_t{24} * 60
-                                             : Interval == EIntervalHour   ? 24U
-                                                                           : std::uint64_t{1} << 32U;
+    static constexpr std::uint32_t S_sharedCalendar = S_ofYear ? YearField::S_mask : 0;
+    static constexpr std::uint32_t S_sharedClock = S_belowDay ? DayOfYearField::S_mask : 0;
+    // Slots that a time of day can have; rows with an hour or minute that no day has are placed by the window itself.
+    static constexpr std::uint64_t S_slots =
+        Interval == EIntervalSecond   ? std::uint64_t{TimeParts::S_secondsOfDay}
+        : Interval == EIntervalMinute ? std::uint64_t{TimeParts::S_minutesOfDay}
+        : Interval == EIntervalHour   ? 24U
+                                      : std::uint64_t{1} << 32U;
 
     // The open window.
     std::uint32_t m_calendar = 0;

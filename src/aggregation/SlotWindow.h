@@ -2,6 +2,7 @@
 
 #include "aggregation/AggrBase.h"
 #include "aggregation/DayClock.h"
+#include "time/TimeParts.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -57,7 +58,7 @@ private:
     {
         const std::int64_t first = FirstSlot(a_window, m_multiplicity);
         if (first >= Slots)
-            return NextMidnight(a_time);
+            return TimeParts::NextMidnight(a_time);
         return static_cast<const Window&>(*this).AtSlot(a_time, static_cast<std::size_t>(first));
     }
 };

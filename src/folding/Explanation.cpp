@@ -23,13 +23,6 @@ AggregatorWrapper MakeWrapper(std::set<DSProp> a_properties, IntervalAndMultipli
             static_cast<unsigned short>(a_interval.GetMultiplicity())};
 }
 
-// Without the counter, which a row has from its place and not from its own time.
-bool IsSecondBefore(const NDateTime& a_left, const NDateTime& a_right)
-{
-    return std::pair(a_left.GetAbsoluteDay(), a_left.GetAbsoluteTime()) <
-           std::pair(a_right.GetAbsoluteDay(), a_right.GetAbsoluteTime());
-}
-
 } // namespace
 
 Explanation::Explanation(const DataSeriesSet& a_rows, std::vector<Source> a_sources,
@@ -74,8 +67,8 @@ std::optional<std::size_t> Explanation::Find(const NDateTime& a_at) const
     const std::vector<NDateTime>& times = m_rows.TimeSeries();
     if (m_ticks) {
         const auto found = std::ranges::find_if(m_candles, [&](const Span& a_candle) {
-            return !IsSecondBefore(a_at, times[a_candle.begin]) &&
-                   !IsSecondBefore(times[a_candle.end - 1], a_at);
+            return !TimeParts::IsSecondEarlier(a_at, times[a_candle.begin]) &&
+                   !TimeParts::IsSecondEarlier(times[a_candle.end - 1], a_at);
         });
         return found == m_candles.end() ? std::nullopt
                                         : std::optional(static_cast<std::size_t>(found - m_candles.begin()));
@@ -180,7 +173,7 @@ void Explanation::ListRows(Candle& a_candle) const
             a_candle.refused.push_back(place);
     }
     for (std::size_t row = 0; row < m_sources.size(); ++row) {
-        if (!IsSecondBefore(m_sources[row].written, m_rows.TimeSeries()[row]))
+        if (!TimeParts::IsSecondEarlier(m_sources[row].written, m_rows.TimeSeries()[row]))
             continue;
         if (row >= begin && row < end)
             a_candle.raised.push_back(row);

@@ -1,5 +1,7 @@
 #include "platform/LocalZone.h"
 
+#include "platform/OleDate.h"
+
 #include <date/tz.h>
 
 #include <chrono>
@@ -9,7 +11,6 @@ namespace kalvento::internal {
 
 namespace {
 
-constexpr std::int64_t S_secondsOfDay = 86400;
 constexpr std::int64_t S_lastOfMakeTime = 32535215999; // 3000-12-31 23:59:59
 
 std::chrono::sys_days DayOf(std::int64_t a_seconds)
@@ -24,7 +25,7 @@ std::chrono::year YearOf(std::int64_t a_seconds)
 
 std::int64_t SecondsOf(std::chrono::sys_days a_day)
 {
-    return a_day.time_since_epoch().count() * S_secondsOfDay;
+    return a_day.time_since_epoch().count() * OleDate::S_secondsOfDay;
 }
 
 YearlyMoment MomentOf(std::int64_t a_localSeconds)

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr std::int64_t S_secondsOfDay = 86400;
-constexpr std::int32_t S_epochDay = 25569;  // 1970-01-01
 constexpr std::int32_t S_lastDay = 2958465; // 9999-12-31
 
 // A moment of the calendar as a whole day and a second in it, both counting upward on either side of day 0.
@@ -31,9 +29,9 @@ std::optional<Moment> ToMoment(double a_dayNumber)
 
     const auto day = static_cast<std::int32_t>(a_dayNumber);
     const double fraction = std::abs(a_dayNumber - day);
-    const auto halfSeconds = static_cast<std::int32_t>(fraction * 2 * S_secondsOfDay);
+    const auto halfSeconds = static_cast<std::int32_t>(fraction * 2 * OleDate::S_secondsOfDay);
     const Moment moment{day, (halfSeconds + 1) / 2};
-    if (moment.secondOfDay < S_secondsOfDay)
+    if (moment.secondOfDay < OleDate::S_secondsOfDay)
         return moment;
     if (day == S_lastDay)
         return std::nullopt;
@@ -62,7 +60,7 @@ std::optional<DayNumber> FromCalendar(unsigned long a_year, unsigned long a_mont
         return std::nullopt;
 
     const auto number =
-        static_cast<double>(std::chrono::sys_days(date).time_since_epoch().count() + S_epochDay);
+        static_cast<double>(std::chrono::sys_days(date).time_since_epoch().count() + S_unixEpoch);
     const auto seconds = static_cast<double>((a_hour * 60 + a_minute) * 60 + a_second);
     const double fraction = seconds / static_cast<double>(S_secondsOfDay);
     return DayNumber{number >= 0.0 ? number + fraction : number - fraction, DayOfYear(year, month, day)};
@@ -74,7 +72,7 @@ std::optional<CalendarParts> ToCalendar(double a_dayNumber)
     if (!moment)
         return std::nullopt;
 
-    const std::chrono::sys_days day{std::chrono::days(moment->day - S_epochDay)};
+    const std::chrono::sys_days day{std::chrono::days(moment->day - S_unixEpoch)};
     const std::chrono::year_month_day date(day);
     const auto second = static_cast<std::uint32_t>(moment->secondOfDay);
     CalendarParts parts;
@@ -94,7 +92,7 @@ std::optional<std::int64_t> ToSeconds(double a_dayNumber)
     const auto moment = ToMoment(a_dayNumber);
     if (!moment)
         return std::nullopt;
-    return (moment->day - S_epochDay) * S_secondsOfDay + moment->secondOfDay;
+    return (moment->day - S_unixEpoch) * S_secondsOfDay + moment->secondOfDay;
 }
 
 } // namespace OleDate

@@ -29,12 +29,13 @@ struct DayNumber {
     std::uint32_t dayOfYear = 0;
 };
 
-inline constexpr double S_unixEpoch = 25569.0;    ///< 1970-01-01
-inline constexpr double S_belowFirst = -657435.0; ///< day numbers of the calendar lie above this,
-inline constexpr double S_aboveLast = 2958466.0;  ///< and below this
+inline constexpr std::int32_t S_unixEpoch = 25569; ///< 1970-01-01
+inline constexpr double S_belowFirst = -657435.0;  ///< day numbers of the calendar lie above this,
+inline constexpr double S_aboveLast = 2958466.0;   ///< and below this
 
-/// Half a second, in days.
-inline constexpr double S_halfSecond = 1.0 / 172800.0;
+inline constexpr std::int64_t S_secondsOfDay = 86400;
+/// Half a second in days.
+inline constexpr double S_halfSecond = 0.5 / static_cast<double>(S_secondsOfDay);
 
 /// Below zero day numbers are not continuous: -1.25 is six hours after -1. Arithmetic and order go through this pair.
 /// Values within half a second of zero stay as they are.

@@ -15,7 +15,7 @@ using kalvento::internal::UtcToLocal;
 
 namespace {
 
-constexpr double S_secondsOfDay = 86400.0;
+constexpr auto S_secondsOfDay = static_cast<double>(OleDate::S_secondsOfDay);
 
 COleDateTime FromUnixSeconds(long a_seconds)
 {

@@ -3,8 +3,8 @@
 #include "platform/CodePage.h"
 #include "platform/HResultCategory.h"
 #include "platform/OleDate.h"
+#include "time/TimeParts.h"
 
-#include <chrono>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
@@ -13,26 +13,8 @@ namespace kalvento::internal {
 
 namespace {
 
-constexpr std::int64_t S_secondsOfDay = 86400;
 // 1601-01-01 00:00, the platform's first moment of a conversion between zones.
 constexpr std::int64_t S_firstConverted = -11644473600;
-
-// Seconds of the local or the UTC clock, counter 0. A conversion can leave the calendar by some hours; an NDateTime has
-// no year 10000, which gives status invalid.
-NDateTime FromSeconds(std::int64_t a_seconds, unsigned long a_millisecond)
-{
-    const std::chrono::sys_seconds moment{std::chrono::seconds(a_seconds)};
-    const auto day = std::chrono::floor<std::chrono::days>(moment);
-    const std::chrono::year_month_day date(day);
-    const auto second = static_cast<unsigned long>((moment - day).count());
-    return {static_cast<unsigned long>(static_cast<int>(date.year())),
-            static_cast<unsigned>(date.month()),
-            static_cast<unsigned>(date.day()),
-            second / 3600,
-            second / 60 % 60,
-            second % 60,
-            a_millisecond};
-}
 
 void CheckZone(const LocalZoneRule& a_rule)
 {
@@ -50,7 +32,7 @@ NDateTime Converted(const LocalZoneRule& a_rule, const COleDateTime& a_value, un
         if (from && *from >= S_firstConverted) {
             const std::int64_t to = a_convert(a_rule, *from);
             if (to >= S_firstConverted)
-                return FromSeconds(to, a_millisecond);
+                return TimeParts::TimeOf(to, a_millisecond);
         }
     }
     throw std::runtime_error("Błąd konwersji czasów"_cp1250);
@@ -60,7 +42,7 @@ NDateTime Converted(const LocalZoneRule& a_rule, const COleDateTime& a_value, un
 
 NDateTime LocalTimeAt(const LocalZoneRule& a_rule, std::int64_t a_unixSeconds)
 {
-    return FromSeconds(ToLocalSeconds(a_rule, a_unixSeconds), 0);
+    return TimeParts::TimeOf(ToLocalSeconds(a_rule, a_unixSeconds));
 }
 
 NDateTime UtcToLocal(const LocalZoneRule& a_rule, const COleDateTime& a_utc, unsigned long a_millisecond)
@@ -76,7 +58,7 @@ NDateTime LocalToUtc(const LocalZoneRule& a_rule, const COleDateTime& a_local, u
 CTime ToCTime(const LocalZoneRule& a_rule, const NDateTime& a_local)
 {
     const auto local = a_local.IsValid() ? OleDate::ToSeconds(a_local.ToDouble()) : std::nullopt;
-    constexpr std::int64_t firstOf1900 = -25567 * S_secondsOfDay;
+    constexpr std::int64_t firstOf1900 = -25567 * OleDate::S_secondsOfDay;
     if (!local || *local < firstOf1900)
         return CTime(0);
     if (*local < 0)
@@ -88,3 +70,9 @@ CTime ToCTime(const LocalZoneRule& a_rule, const NDateTime& a_local)
 }
 
 } // namespace kalvento::internal
+
+// Of the class NDateTime, but apart from its source, on which all of this stands.
+CTime NDateTime::ToCTime() const
+{
+    return kalvento::internal::ToCTime(kalvento::internal::ReadLocalZoneRule(), *this);
+}

@@ -1,49 +1,20 @@
 #include "time/NDateTime.h"
 
-#include "platform/CTime.h"
 #include "platform/OleDate.h"
 #include "settings/Settings.h"
-#include "time/LocalTime.h"
 
 #include <cmath>
 #include <limits>
 #include <optional>
 
+using namespace kalvento::internal;
+
 namespace {
 
-constexpr double S_secondsOfDay = 86400.0;
 // What a failed platform read leaves behind: all bits of a field.
 constexpr std::uint32_t S_unread = 0xFFFFFFFFU;
 
-constexpr std::uint32_t S_dateMask = 0x1FFFFFU; // year, month, day
-constexpr std::uint32_t S_secondMask = 0x3FU;
-constexpr std::uint32_t S_counterMask = 0x3FFFC0U;
-constexpr std::uint32_t S_dayOfYearMask = 0x7FC00000U;
-
-std::uint32_t PackDate(unsigned long a_year, unsigned long a_month, unsigned long a_day)
-{
-    return static_cast<std::uint32_t>((a_year & 0xFFFU) | (a_month & 0xFU) << 12U | (a_day & 0x1FU) << 16U);
-}
-
-std::uint32_t PackHourMinute(unsigned long a_hour, unsigned long a_minute)
-{
-    return static_cast<std::uint32_t>((a_hour & 0x1FU) << 21U | (a_minute & 0x3FU) << 26U);
-}
-
-std::uint32_t PackSecond(unsigned long a_second)
-{
-    return static_cast<std::uint32_t>(a_second & 0x3FU);
-}
-
-std::uint32_t PackCounter(unsigned long a_counter)
-{
-    return static_cast<std::uint32_t>((a_counter & 0xFFFFU) << 6U);
-}
-
-std::uint32_t PackDayOfYear(std::uint32_t a_dayOfYear)
-{
-    return (a_dayOfYear & 0x1FFU) << 22U;
-}
+constexpr std::uint32_t S_dateMask = YearField::S_mask | MonthField::S_mask | DayField::S_mask;
 
 std::optional<OleDate::CalendarParts> Read(const COleDateTime& a_value)
 {
@@ -64,11 +35,11 @@ NDateTime::NDateTime(unsigned long a_year, unsigned long a_month, unsigned long 
 NDateTime::NDateTime(unsigned long a_year, unsigned long a_month, unsigned long a_day, unsigned long a_hour,
                      unsigned long a_minute, unsigned long a_second, unsigned long a_millisecond)
     : m_calendar(PackDate(a_year, a_month, a_day) | PackHourMinute(a_hour, a_minute)),
-      m_clock(PackSecond(a_second) | PackCounter(a_millisecond))
+      m_clock(SecondField::Pack(a_second) | CounterField::Pack(a_millisecond))
 {
     if (const auto number = OleDate::FromCalendar(a_year, a_month, a_day, a_hour, a_minute, a_second)) {
         m_value.m_dt = number->value;
-        m_clock |= PackDayOfYear(number->dayOfYear);
+        m_clock |= DayOfYearField::Pack(number->dayOfYear);
     } else {
         m_value.SetStatus(COleDateTime::invalid);
     }
@@ -92,7 +63,7 @@ NDateTime NDateTime::FromDouble(double a_dayNumber)
 {
     const auto parts = OleDate::ToCalendar(a_dayNumber).value_or(OleDate::CalendarParts{});
     NDateTime time(parts.year, parts.month, parts.day, parts.hour, parts.minute, parts.second, 0);
-    time.m_clock |= PackCounter(GetMilesecond(a_dayNumber));
+    time.m_clock |= CounterField::Pack(GetMilesecond(a_dayNumber));
     return time;
 }
 
@@ -100,11 +71,6 @@ NDateTime NDateTime::FromCOle(const COleDateTime& a_value)
 {
     const auto parts = Read(a_value).value_or(OleDate::CalendarParts{});
     return {parts.year, parts.month, parts.day, parts.hour, parts.minute, parts.second, 0};
-}
-
-CTime NDateTime::ToCTime() const
-{
-    return kalvento::internal::ToCTime(kalvento::internal::ReadLocalZoneRule(), *this);
 }
 
 int NDateTime::GetDayOfWeek() const
@@ -130,22 +96,24 @@ const NDateTime& NDateTime::ShiftDays(int a_days)
     m_value.m_dt = OleDate::FromContinuous(OleDate::ToContinuous(m_value.m_dt) + a_days);
     const auto parts = Read(m_value).value_or(S_unreadParts);
     m_calendar = (m_calendar & ~S_dateMask) | PackDate(parts.year, parts.month, parts.day);
-    m_clock = (m_clock & ~S_dayOfYearMask) | PackDayOfYear(parts.dayOfYear);
+    m_clock = (m_clock & ~DayOfYearField::S_mask) | DayOfYearField::Pack(parts.dayOfYear);
     return *this;
 }
 
 void NDateTime::ShiftSec(int a_seconds)
 {
-    m_value.m_dt = OleDate::FromContinuous(OleDate::ToContinuous(m_value.m_dt) + a_seconds / S_secondsOfDay);
+    m_value.m_dt = OleDate::FromContinuous(OleDate::ToContinuous(m_value.m_dt) +
+                                           a_seconds / static_cast<double>(OleDate::S_secondsOfDay));
     const auto parts = Read(m_value).value_or(S_unreadParts);
     m_calendar = PackDate(parts.year, parts.month, parts.day) | PackHourMinute(parts.hour, parts.minute);
-    m_clock = PackSecond(parts.second) | (m_clock & S_counterMask) | PackDayOfYear(parts.dayOfYear);
+    m_clock = SecondField::Pack(parts.second) | (m_clock & CounterField::S_mask) |
+              DayOfYearField::Pack(parts.dayOfYear);
 }
 
 void NDateTime::ShiftMilliSec()
 {
     m_value.m_dt += 1.0 / Denominator;
-    m_clock = (m_clock & ~S_counterMask) | PackCounter(GetMilliSec() + 1);
+    m_clock = (m_clock & ~CounterField::S_mask) | CounterField::Pack(GetMilliSec() + 1);
 }
 
 void NDateTime::SetTime(unsigned int a_hour, unsigned int a_minute, unsigned int a_second)
@@ -154,7 +122,7 @@ void NDateTime::SetTime(unsigned int a_hour, unsigned int a_minute, unsigned int
         return;
 
     m_calendar = (m_calendar & S_dateMask) | PackHourMinute(a_hour, a_minute);
-    m_clock = (m_clock & ~S_secondMask) | PackSecond(a_second);
+    m_clock = (m_clock & ~SecondField::S_mask) | SecondField::Pack(a_second);
     if (GetYear() == 0 || GetMonth() == 0 || GetDay() == 0) {
         m_value = COleDateTime(1899, 12, 30, static_cast<int>(a_hour), static_cast<int>(a_minute),
                                static_cast<int>(a_second));
@@ -164,7 +132,7 @@ void NDateTime::SetTime(unsigned int a_hour, unsigned int a_minute, unsigned int
     const auto number = OleDate::FromCalendar(GetYear(), GetMonth(), GetDay(), a_hour, a_minute, a_second);
     m_value =
         number ? COleDateTime(number->value, COleDateTime::valid) : COleDateTime(0.0, COleDateTime::invalid);
-    m_clock = (m_clock & ~S_dayOfYearMask) | PackDayOfYear(number ? number->dayOfYear : 0);
+    m_clock = (m_clock & ~DayOfYearField::S_mask) | DayOfYearField::Pack(number ? number->dayOfYear : 0);
 }
 
 void NDateTime::SerializeState(Settings& a_settings) const
@@ -178,7 +146,7 @@ void NDateTime::UnSerializeState(const Settings& a_settings)
     *this = FromDouble(static_cast<double>(a_settings[XML_DATETIME]));
     // The digits of the fraction are usually time and not counter; the key holds the counter itself.
     const auto counter = static_cast<unsigned int>(a_settings[XML_MILISECOND]);
-    m_clock = (m_clock & ~S_counterMask) | PackCounter(counter);
+    m_clock = (m_clock & ~CounterField::S_mask) | CounterField::Pack(counter);
 }
 
 unsigned long NDateTime::GetMilesecond(double a_value)

@@ -3,6 +3,7 @@
 #include "platform/COleDateTime.h"
 #include "platform/Export.h"
 #include "platform/OleDate.h"
+#include "time/TimeFields.h"
 
 #include <cstdint>
 #include <string_view>
@@ -53,16 +54,16 @@ public:
     /// The calendar parts of a valid date with counter 0; any other status gives zero parts and status invalid.
     static NDateTime FromCOle(const COleDateTime& a_value);
 
-    unsigned long GetYear() const { return m_calendar & 0xFFFU; }
-    unsigned long GetMonth() const { return (m_calendar >> 12U) & 0xFU; }
-    unsigned long GetDay() const { return (m_calendar >> 16U) & 0x1FU; }
-    unsigned long GetHour() const { return (m_calendar >> 21U) & 0x1FU; }
-    unsigned long GetMinute() const { return (m_calendar >> 26U) & 0x3FU; }
-    unsigned long GetSecond() const { return m_clock & 0x3FU; }
+    unsigned long GetYear() const { return kalvento::internal::YearField::Of(m_calendar); }
+    unsigned long GetMonth() const { return kalvento::internal::MonthField::Of(m_calendar); }
+    unsigned long GetDay() const { return kalvento::internal::DayField::Of(m_calendar); }
+    unsigned long GetHour() const { return kalvento::internal::HourField::Of(m_calendar); }
+    unsigned long GetMinute() const { return kalvento::internal::MinuteField::Of(m_calendar); }
+    unsigned long GetSecond() const { return kalvento::internal::SecondField::Of(m_clock); }
     /// The ordering counter, 0 to 65535.
-    unsigned long GetMilliSec() const { return (m_clock >> 6U) & 0xFFFFU; }
+    unsigned long GetMilliSec() const { return kalvento::internal::CounterField::Of(m_clock); }
     /// 1 to 366; 0 where the status is not valid.
-    unsigned long GetDayOfYear() const { return (m_clock >> 22U) & 0x1FFU; }
+    unsigned long GetDayOfYear() const { return kalvento::internal::DayOfYearField::Of(m_clock); }
 
     /// The raw day number, the counter's share included.
     double ToDouble() const { return m_value.m_dt; }
@@ -141,7 +142,7 @@ private:
 
     static unsigned long GetMilesecond(double a_value);
 
-    std::uint32_t CounterBits() const { return m_clock & 0x3FFFC0U; }
+    std::uint32_t CounterBits() const { return m_clock & kalvento::internal::CounterField::S_mask; }
     bool IsNear(const NDateTime& a_other) const
     {
         const auto status = m_value.GetStatus();
@@ -154,9 +155,7 @@ private:
     }
 
     COleDateTime m_value;
-    // From the lowest bit: year 12, month 4, day 5, hour 5, minute 6.
-    std::uint32_t m_calendar = 0;
-    // From the lowest bit: second 6, counter 16, day of the year 9; the top bit stays clear.
+    std::uint32_t m_calendar = 0; // TimeFields.h says what lies where in these two
     std::uint32_t m_clock = 0;
 };
 
@@ -164,13 +163,6 @@ static_assert(sizeof(NDateTime) == 24 && alignof(NDateTime) == 8 && std::is_triv
 
 /// Gives the engine the packed words of a time, for tests of many rows at once.
 struct kalvento::internal::NDateTimeWords {
-    static constexpr std::uint32_t S_yearMask = 0xFFFU;
-    static constexpr std::uint32_t S_monthMask = 0xFU << 12U;
-    static constexpr std::uint32_t S_hourMask = 0x1FU << 21U;
-    static constexpr std::uint32_t S_minuteMask = 0x3FU << 26U;
-    static constexpr std::uint32_t S_secondMask = 0x3FU;
-    static constexpr std::uint32_t S_counterMask = 0xFFFFU << 6U;
-    static constexpr std::uint32_t S_dayOfYearMask = 0x1FFU << 22U;
     static constexpr double S_halfSecond = NDateTime::S_halfSecond;
 
     static std::uint32_t Calendar(const NDateTime& a_time) { return a_time.m_calendar; }
