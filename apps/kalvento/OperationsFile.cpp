@@ -1,20 +1,17 @@
 #include "kalvento/OperationsFile.h"
 
-#include "kalvento/LogCollector.h"
 #include "kalvento/OpenInput.h"
 #include "kalvento/TextForms.h"
-#include "platform/FileTools.h"
-#include "platform/WidePath.h"
+#include "kalvento/ToolContext.h"
+#include "platform/CodePage.h"
+#include "settings/Settings.h"
 
 #include <algorithm>
-#include <charconv>
+#include <array>
 #include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
+#include <fmt/format.h>
 #include <ostream>
 #include <set>
-#include <system_error>
 
 namespace kalvento::tool {
 
@@ -23,31 +20,6 @@ namespace {
 // Far more than any instrument goes through; what is longer is another kind of file.
 constexpr std::size_t S_mostBytes = std::size_t{64} << 20U;
 constexpr std::string_view S_whiteSpace = " \t\n\v\f\r";
-
-/// The library knows the XML form as a file only: a folder that is gone with the object holds it meanwhile.
-class PassingFile {
-public:
-    PassingFile()
-    {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kalvento-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr)
-            throw ToolError(EExitFailure,
-                            "no folder can be made in " + std::filesystem::temp_directory_path().string());
-        m_folder = pattern;
-    }
-    ~PassingFile()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
-    PassingFile(const PassingFile&) = delete;
-    PassingFile& operator=(const PassingFile&) = delete;
-
-    std::filesystem::path GetPath() const { return m_folder / "DataOperation.xml"; }
-
-private:
-    std::filesystem::path m_folder;
-};
 
 std::string ReadAll(ByteSource& a_source)
 {
@@ -67,104 +39,48 @@ std::string ReadAll(ByteSource& a_source)
     return bytes;
 }
 
-/// One line of a text, as the library sees it: without white space.
-struct Line {
-    std::size_t number; // from 1
-    std::string text;
-};
+/// What the fields are called that EOperationsPart counts, and what belongs into them.
+constexpr std::string_view S_whole = "a whole number of 32 bits";
+constexpr std::array<std::pair<std::string_view, std::string_view>, 7> S_parts = {
+    {{},
+     {"version", S_whole},
+     {},
+     {"identifier", S_whole},
+     {"date", "six digits, YYMMDD"},
+     {"type", S_whole},
+     {"factor", "a number with a decimal point"}}};
 
-std::vector<Line> LinesOf(std::string_view a_text)
-{
-    std::vector<Line> lines;
-    for (std::size_t number = 1; !a_text.empty(); ++number) {
-        const std::size_t length = std::min(a_text.find('\n'), a_text.size());
-        std::string text(a_text.substr(0, length));
-        a_text.remove_prefix(std::min(length + 1, a_text.size()));
-        const bool isVersion = lines.empty() && length > 0;
-        std::erase_if(text, [](char a_sign) { return S_whiteSpace.find(a_sign) != std::string_view::npos; });
-        if (!text.empty() || isVersion)
-            lines.push_back({number, std::move(text)});
-    }
-    return lines;
-}
-
-std::string PlaceOf(const Line& a_line)
-{
-    return "line " + std::to_string(a_line.number);
-}
-
-template<class Number>
-bool IsNumber(std::string_view a_text)
-{
-    Number number{};
-    const auto [end, error] = std::from_chars(a_text.data(), a_text.data() + a_text.size(), number);
-    return error == std::errc() && end == a_text.data() + a_text.size();
-}
-
-void FindUnreadable(const Line& a_line, std::vector<std::string>& a_oddities)
-{
-    std::vector<std::string> fields;
-    std::string_view rest = a_line.text;
-    rest.remove_prefix(std::min(rest.find_first_not_of(','), rest.size())); // as the library does
-    while (fields.size() < 4) {
-        const std::size_t length = std::min(rest.find(','), rest.size());
-        fields.emplace_back(rest.substr(0, length));
-        rest.remove_prefix(std::min(length + 1, rest.size()));
-    }
-    const auto add = [&](const char* a_name, const std::string& a_field, const char* a_expected) {
-        a_oddities.push_back(PlaceOf(a_line) + ": " + a_name + " \"" + a_field + "\", expected " +
-                             a_expected);
-    };
-    if (!IsNumber<std::int32_t>(fields[0]))
-        add("identifier", fields[0], "a whole number of 32 bits");
-    if (!IsNumber<std::uint32_t>(fields[1]))
-        add("date", fields[1], "six digits, YYMMDD");
-    if (!IsNumber<std::int32_t>(fields[2]))
-        add("type", fields[2], "a whole number of 32 bits");
-    if (!IsNumber<double>(fields[3]))
-        add("factor", fields[3], "a number with a decimal point");
-}
-
-// The first line that alone would be refused says where a whole text is.
 void ParseText(std::string_view a_text, OperationsFile& a_file)
 {
-    const std::vector<Line> lines = LinesOf(a_text);
-    if (lines.empty())
+    if (a_text.find_first_not_of('\n') == std::string_view::npos)
         throw ToolError(EExitBadData, a_file.name +
                                           ": holds no line; expected the version of the list, and behind it "
                                           "lines id,date,type,factor");
-    if (!IsNumber<std::int32_t>(lines[0].text))
-        a_file.oddities.push_back(PlaceOf(lines[0]) + ": version \"" + lines[0].text +
-                                  "\", expected a whole number of 32 bits");
-    for (std::size_t place = 1; place < lines.size(); ++place) {
-        HistoryOperations alone;
-        if (!alone.Parse("0\n" + lines[place].text))
-            throw ToolError(EExitBadData,
-                            a_file.name + ":" + std::to_string(lines[place].number) + ":1: found \"" +
-                                lines[place].text +
-                                "\", expected id,date,type,factor with a date of six digits, YYMMDD");
-        FindUnreadable(lines[place], a_file.oddities);
+    std::vector<OperationsFault> faults;
+    if (!a_file.list.Parse(a_text, faults)) {
+        const OperationsFault& fault = faults.back();
+        throw ToolError(EExitBadData,
+                        fmt::format("{}:{}:{}: found \"{}\", expected id,date,type,factor with a "
+                                    "date of six digits, YYMMDD",
+                                    a_file.name, fault.line, fault.column, fault.found));
     }
-    if (!a_file.list.Parse(a_text))
-        throw ToolError(EExitBadData, a_file.name + ": is no list of corporate operations");
+    for (const OperationsFault& fault : faults) {
+        const auto& [name, expected] = S_parts.at(fault.expected);
+        a_file.oddities.push_back(
+            fmt::format("line {}: {} \"{}\", expected {}", fault.line, name, fault.found, expected));
+    }
 }
 
 void LoadXml(const std::string& a_text, OperationsFile& a_file)
 {
-    const PassingFile passing;
-    std::error_code error;
-    if (!FileTools::ReplaceFile(passing.GetPath(), a_text, error))
-        throw ToolError(EExitFailure, passing.GetPath().string() + ": can't be written: " + error.message());
-    const LogCollector log;
-    if (a_file.list.Load(WidePath::ToWide(passing.GetPath())))
-        return;
-    // The library names the file that it read, which is none of the user's: what stands behind its name is the reason.
-    const std::string name = passing.GetPath().string() + ": ";
-    const std::size_t found = log.GetText().find(name);
-    throw ToolError(
-        EExitBadData,
-        a_file.name + ": expected an XML file with the root \"DataOperation\"; " +
-            (found == std::string::npos ? log.GetText() : log.GetText().substr(found + name.size())));
+    Settings tree;
+    const std::string problem = tree.LoadFromBytes(
+        a_text, CodePage::WideToCp1250(CodePage::Utf8ToWide(a_file.name)), HistoryOperations::XML_ROOT);
+    if (!problem.empty())
+        throw ToolError(EExitBadData, a_file.name +
+                                          ": expected an XML file with the root \"DataOperation\"; " +
+                                          CodePage::Cp1250ToUtf8(problem));
+    a_file.list = HistoryOperations(tree);
 }
 
 void FindOddities(OperationsFile& a_file)
@@ -222,13 +138,12 @@ HistoryOperations ReadOperationsForRows(const std::string& a_path, std::string_v
 
 std::string OperationsXml(const HistoryOperations& a_operations)
 {
-    const PassingFile passing;
-    a_operations.Save(WidePath::ToWide(passing.GetPath()));
-    std::error_code error;
-    auto bytes = FileTools::ReadFile(passing.GetPath(), S_mostBytes, error);
-    if (!bytes)
-        throw ToolError(EExitFailure, passing.GetPath().string() + ": can't be written");
-    return *std::move(bytes);
+    Settings tree;
+    a_operations.SerializeState(tree);
+    std::string bytes = tree.SaveToBytes(HistoryOperations::XML_ROOT);
+    if (bytes.empty())
+        throw ToolError(EExitFailure, "the list is too long for its XML form");
+    return bytes;
 }
 
 } // namespace kalvento::tool

@@ -6,7 +6,9 @@
 #include "velo/Log.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <system_error>
@@ -40,12 +42,14 @@ private:
     char m_separator;
 };
 
-// Zero where there is no number in front, or one out of range.
+// Zero where there is no number in front, or one out of range. a_isWhole: the text is that number and nothing else.
 template<class Number>
-Number ReadNumber(std::string_view a_text)
+Number ReadNumber(std::string_view a_text, bool& a_isWhole)
 {
     Number number{};
-    const auto result = std::from_chars(a_text.data(), a_text.data() + a_text.size(), number);
+    const char* const end = a_text.data() + a_text.size();
+    const auto result = std::from_chars(a_text.data(), end, number);
+    a_isWhole = result.ec == std::errc() && result.ptr == end;
     return result.ec == std::errc() ? number : Number{};
 }
 
@@ -55,6 +59,28 @@ int ReadVersion(const std::string& a_text)
     const long long number = std::strtoll(a_text.c_str(), nullptr, 10);
     return static_cast<int>(
         std::clamp<long long>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
+bool IsWhiteSpace(char a_sign)
+{
+    // The classic white space by its characters: isspace would ask the locale.
+    return S_whiteSpace.find(a_sign) != std::string_view::npos;
+}
+
+std::string WithoutWhiteSpace(std::string_view a_line)
+{
+    std::string text(a_line);
+    std::erase_if(text, IsWhiteSpace);
+    return text;
+}
+
+// Where the sign stands in a line that is the a_place-th of those that aren't white space.
+std::size_t ColumnOf(std::string_view a_line, std::size_t a_place)
+{
+    std::size_t column = 0;
+    while (column < a_line.size() && (IsWhiteSpace(a_line[column]) || a_place-- > 0))
+        ++column;
+    return column + 1;
 }
 
 void WriteLog(std::string_view a_source, int a_line, std::string a_message, std::string_view a_text)
@@ -71,21 +97,32 @@ HistoryOperations::HistoryOperations(const Settings& a_settings)
 
 bool HistoryOperations::Parse(std::string_view a_text)
 {
+    std::vector<OperationsFault> faults;
+    return Parse(a_text, faults);
+}
+
+bool HistoryOperations::Parse(std::string_view a_text, std::vector<OperationsFault>& a_faults)
+{
     *this = HistoryOperations();
     Pieces lines(a_text, '\n');
     std::string_view line;
     if (!lines.Next(line)) {
         WriteLog("HistoryOperations::Parse", __LINE__,
                  "Odebrany plik historii operacji nie zawiera minimalnej liczby wierszy"_cp1250, {});
+        a_faults.emplace_back();
         return false;
     }
-    std::string text(line);
-    RemoveWhiteSpace(text);
+    // Only line ends may stand before the first line.
+    auto number = static_cast<std::size_t>(line.data() - a_text.data()) + 1;
+    const std::string text = WithoutWhiteSpace(line);
     m_version = ReadVersion(text);
+    bool isWhole = false;
+    ReadNumber<int>(text, isWhole);
+    if (!isWhole)
+        a_faults.push_back({EOperationsVersion, number, ColumnOf(line, 0), text});
 
     while (lines.Next(line)) {
-        text = line;
-        if (!ParseLine(text)) {
+        if (!ParseLine(line, ++number, a_faults)) {
             *this = HistoryOperations();
             return false;
         }
@@ -93,26 +130,21 @@ bool HistoryOperations::Parse(std::string_view a_text)
     return true;
 }
 
-void HistoryOperations::RemoveWhiteSpace(std::string& a_line)
+bool HistoryOperations::ParseLine(std::string_view a_line, std::size_t a_number,
+                                  std::vector<OperationsFault>& a_faults)
 {
-    // The classic white space by its characters: isspace would ask the locale.
-    std::erase_if(a_line, [](char a_sign) { return S_whiteSpace.find(a_sign) != std::string_view::npos; });
-}
+    constexpr std::array parts = {EOperationsIdentifier, EOperationsDate, EOperationsType, EOperationsFactor};
 
-bool HistoryOperations::ParseLine(std::string& a_line)
-{
-    constexpr std::size_t fieldsCount = 4;
-
-    RemoveWhiteSpace(a_line);
-    if (a_line.empty())
+    const std::string line = WithoutWhiteSpace(a_line);
+    if (line.empty())
         return true;
 
-    Pieces pieces(a_line, ',');
-    std::string_view fields[fieldsCount];
+    Pieces pieces(line, ',');
+    std::array<std::string_view, parts.size()> fields;
     for (std::string_view& field : fields) {
         if (!pieces.Next(field)) {
-            WriteLog("HistoryOperations::ParseLine", __LINE__, "Nie można sparsować operacji: "_cp1250,
-                     a_line);
+            WriteLog("HistoryOperations::ParseLine", __LINE__, "Nie można sparsować operacji: "_cp1250, line);
+            a_faults.push_back({EOperationsOperation, a_number, 1, line});
             return false;
         }
     }
@@ -120,11 +152,20 @@ bool HistoryOperations::ParseLine(std::string& a_line)
     if (!date) {
         WriteLog("HistoryOperations::ParseLine", __LINE__, "Nie można sparsować daty operacji: "_cp1250,
                  fields[1]);
+        a_faults.push_back({EOperationsOperation, a_number, 1, line});
         return false;
     }
-    m_operations.emplace_back(ReadNumber<int>(fields[0]), *date,
-                              static_cast<SingleHistoryOperation::Type>(ReadNumber<int>(fields[2])),
-                              ReadNumber<double>(fields[3]));
+    std::array<bool, parts.size()> areWhole{};
+    ReadNumber<std::uint32_t>(fields[1], areWhole[1]);
+    m_operations.emplace_back(
+        ReadNumber<int>(fields[0], areWhole[0]), *date,
+        static_cast<SingleHistoryOperation::Type>(ReadNumber<int>(fields[2], areWhole[2])),
+        ReadNumber<double>(fields[3], areWhole[3]));
+    for (std::size_t place = 0; place < fields.size(); ++place) {
+        const auto begin = static_cast<std::size_t>(fields[place].data() - line.data());
+        if (!areWhole[place])
+            a_faults.push_back({parts[place], a_number, ColumnOf(a_line, begin), std::string(fields[place])});
+    }
     return true;
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "history_operations/OperationsFault.h"
 #include "history_operations/SingleHistoryOperation.h"
 #include "platform/Export.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +41,9 @@ public:
     /// line, a line of fewer than four fields, or a date that can't be read: a file is taken whole or not at all. An
     /// identifier, type or factor that can't be read is 0 and no failure: the data source must get those right.
     bool Parse(std::string_view a_text);
+    /// The same, telling in a_faults what was refused (then it is the last one) and what was taken as 0, in whole or from
+    /// the first sign that is no digit of it on.
+    bool Parse(std::string_view a_text, std::vector<OperationsFault>& a_faults);
 
     /// Takes the list of an XML file. False, with this object unchanged, where there is no such file or it can't be
     /// read.
@@ -58,8 +63,7 @@ public:
 
 private:
     void Unserialize(const Settings& a_settings);
-    static void RemoveWhiteSpace(std::string& a_line);
-    bool ParseLine(std::string& a_line);
+    bool ParseLine(std::string_view a_line, std::size_t a_number, std::vector<OperationsFault>& a_faults);
 
     int m_version = 0;
     std::vector<SingleHistoryOperation> m_operations;

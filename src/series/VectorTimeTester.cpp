@@ -1,6 +1,7 @@
 #include "series/VectorTimeTester.h"
 
 #include "platform/CodePage.h"
+#include "time/DateTimeTools.h"
 #include "velo/Log.h"
 
 #include <algorithm>
@@ -13,11 +14,6 @@ bool Refuse(int a_line, const char* a_message)
 {
     VeloTools::Log::Instance().Write("VectorTimeTester::CheckIntegrity", a_line, a_message);
     return false;
-}
-
-NDateTime DateOf(const NDateTime& a_time)
-{
-    return NDateTime(a_time.GetYear(), a_time.GetMonth(), a_time.GetDay());
 }
 
 } // namespace
@@ -35,10 +31,10 @@ bool VectorTimeTester::CheckIntegrity(const std::vector<NDateTime>& a_times, con
 
     if (!a_day)
         return true;
-    const NDateTime day = DateOf(*a_day);
-    if (DateOf(a_times.front()) != day)
+    const NDateTime day = DateTimeTools::GetDate(*a_day);
+    if (DateTimeTools::GetDate(a_times.front()) != day)
         return Refuse(__LINE__, "Dane nie są integralne - pierwsza data nie pokrywa się"_cp1250);
-    if (DateOf(a_times.back()) != day)
+    if (DateTimeTools::GetDate(a_times.back()) != day)
         return Refuse(__LINE__, "Dane nie są integralne - ostatnia data nie pokrywa się"_cp1250);
     return true;
 }

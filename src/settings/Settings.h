@@ -145,10 +145,15 @@ public:
     /// cannot be read, or its document element has another name; except for a missing file the log says why, with line
     /// and column.
     bool LoadFromFile(std::wstring_view a_path, std::string_view a_rootName);
+    /// The same from the bytes of such a file, which the log calls a_name. Gives what is wrong (CP1250, with line and
+    /// column), which the log tells as well; empty where the tree was taken.
+    std::string LoadFromBytes(std::string_view a_bytes, std::string_view a_name, std::string_view a_rootName);
     /// Writes the tree into an XML file. Whatever happens, the file is the old one or the new one, whole; true means
     /// that the new one is on the disk. False, with a line in the log, where it cannot be written or passes a limit
     /// (those of ConvertToString).
     bool SaveToFile(std::wstring_view a_path, std::string_view a_rootName) const;
+    /// The bytes that SaveToFile writes; empty, with a line in the log, where the tree passes a limit.
+    std::string SaveToBytes(std::string_view a_rootName) const;
 
     /// The version of the node's contents; travels with the node through copies, files and text.
     std::int32_t m_version = 0;

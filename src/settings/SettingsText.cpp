@@ -19,6 +19,13 @@ namespace {
 
 constexpr std::string_view S_textRootName = "settings";
 
+void LogUnread(std::string_view a_name, const std::string& a_problem)
+{
+    VeloTools::Log::Instance().Write(
+        "Settings::LoadFromFile", __LINE__,
+        fmt::format(fmt::runtime("Nie można wczytać pliku {}: {}"_cp1250), a_name, a_problem));
+}
+
 } // namespace
 
 std::string Settings::ConvertToString() const
@@ -61,19 +68,34 @@ bool Settings::LoadFromFile(std::wstring_view a_path, std::string_view a_rootNam
         // A file that isn't there yet is the usual first start, not news.
         if (error == std::errc::no_such_file_or_directory)
             return false;
-        Settings tree;
-        const std::string problem = text ? SettingsForm::Read(*text, a_rootName, tree) : error.message();
-        if (problem.empty()) {
-            swap(tree);
-            return true;
-        }
-        VeloTools::Log::Instance().Write("Settings::LoadFromFile", __LINE__,
-                                         fmt::format(fmt::runtime("Nie można wczytać pliku {}: {}"_cp1250),
-                                                     CodePage::WideToCp1250(a_path), problem));
+        const std::string name = CodePage::WideToCp1250(a_path);
+        if (text)
+            return LoadFromBytes(*text, name, a_rootName).empty();
+        LogUnread(name, error.message());
     } catch (...) {
         LogAllExceptions("Settings::LoadFromFile", __LINE__);
     }
     return false;
+}
+
+std::string Settings::LoadFromBytes(std::string_view a_bytes, std::string_view a_name,
+                                    std::string_view a_rootName)
+{
+    Settings tree;
+    std::string problem = SettingsForm::Read(a_bytes, a_rootName, tree);
+    if (problem.empty())
+        swap(tree);
+    else
+        LogUnread(a_name, problem);
+    return problem;
+}
+
+std::string Settings::SaveToBytes(std::string_view a_rootName) const
+{
+    SettingsForm::Written written = SettingsForm::Write(*this, a_rootName, SettingsForm::ELayoutFile);
+    if (!written.problem.empty())
+        VeloTools::Log::Instance().Write("Settings::SaveToBytes", __LINE__, written.problem);
+    return std::move(written.text);
 }
 
 bool Settings::SaveToFile(std::wstring_view a_path, std::string_view a_rootName) const

@@ -109,6 +109,33 @@ TEST(HistoryOperationsTest, UnreadableNumbersAreZero)
     EXPECT_TRUE(std::isnan(Parsed("1\n1,210315,2,nan").begin()->GetStoredFactor()));
 }
 
+TEST(HistoryOperationsTest, FaultsSayWhereTheyAre)
+{
+    const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
+        {"7\n1,210315,2,0.5\n", {}},
+        {"\n", {"0 at 0:0 "}},
+        {"\n\n x\n1,210315,2,0.5", {"1 at 3:2 x"}},
+        {"7\n,,1,210315,,0.5", {"5 at 2:12 "}},
+        {"7\n\n 1 , 21 03 15, a b ,0.5x\n2,2103,2,0.5\n3,x",
+         {"5 at 3:16 ab", "6 at 3:21 0.5x", "2 at 4:1 2,2103,2,0.5"}},
+        {"7\r\nx,2103 1 x,2,0.5\r\n1,2", {"3 at 2:1 x", "4 at 2:3 21031x", "2 at 3:1 1,2"}},
+    };
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
+        std::vector<OperationsFault> faults;
+        HistoryOperations operations;
+        const bool isTaken = operations.Parse(text, faults);
+        std::vector<std::string> shown;
+        for (const OperationsFault& fault : faults)
+            shown.push_back(std::to_string(fault.expected) + " at " + std::to_string(fault.line) + ':' +
+                            std::to_string(fault.column) + ' ' + fault.found);
+        EXPECT_EQ(shown, expected);
+        const bool isRefused = !faults.empty() && (faults.back().expected == EOperationsLine ||
+                                                   faults.back().expected == EOperationsOperation);
+        EXPECT_NE(isTaken, isRefused);
+    }
+}
+
 TEST(HistoryOperationsTest, TheStoredFile)
 {
     const TemporaryFolder folder;
