@@ -6,6 +6,7 @@
 #include "series/History.h"
 #include "series/Series.h"
 #include "time/KalventoException.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <limits>
