@@ -16,7 +16,7 @@
 
 namespace {
 
-// A whole market with its derivatives. A group of it is sorted when a provider has told its assets, and merged when
+// A whole market with its derivatives. A group of it is sorted when a provider has given its assets, and merged when
 // the list of instruments changes: the user waits for the window that shows them.
 constexpr std::size_t S_market = 50000;
 constexpr std::size_t S_change = 5000; // instruments that a merge brings, half of them new

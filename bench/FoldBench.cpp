@@ -101,7 +101,7 @@ Rows& RowsOf(const Market& a_market)
     return *kept;
 }
 
-/// Puts the front of a folded history back; what lies behind was never written.
+/// Puts the front of a folded history back; the rest was never written.
 void Restore(Rows& a_rows, const Rows& a_source, std::size_t a_written)
 {
     const auto count = static_cast<std::ptrdiff_t>(a_written);
@@ -142,7 +142,7 @@ struct Folder {
         Prepare();
     }
 
-    /// A fast wrong answer isn't one.
+    /// A fast wrong answer is no answer.
     bool Agree()
     {
         Fold();
@@ -181,7 +181,7 @@ void BM_AgainstReference(benchmark::State& a_state, const Market& a_market, EInt
     a_state.SetItemsProcessed(a_state.iterations() * folder.count);
 }
 
-/// The road that a store of series takes: DataSeriesSet::AgregateData on a set that has its candle columns.
+/// The way that a store of series goes: DataSeriesSet::AgregateData on a set that has its candle columns.
 void BM_SetAgainstCopy(benchmark::State& a_state, const Market& a_market, unsigned short a_minutes,
                        double a_bar)
 {

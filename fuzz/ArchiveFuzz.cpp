@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// An object with all that objects have: numbers, a text behind a length, and objects inside.
+/// An object with all that objects have: numbers, a text after a length, and objects inside.
 class FuzzedObject : public CObject {
     DECLARE_SERIAL(FuzzedObject)
 

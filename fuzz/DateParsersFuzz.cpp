@@ -61,7 +61,7 @@ void CheckDayNumber(double a_number)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_size)
 {
-    // An own block of exactly that size, so that reading behind the text is seen.
+    // An own block of exactly that size, so that reading past the text is seen.
     const std::string bytes(reinterpret_cast<const char*>(a_data), a_size);
     const std::string_view text(bytes.data(), bytes.size());
 

@@ -15,10 +15,10 @@ struct BlockFile {
     std::string name;
     DataSeriesSet set{EIntervalEmpty, 0};
     std::uint64_t size = 0;    ///< Bytes of the input.
-    std::uint64_t surplus = 0; ///< Bytes behind the block's end.
-    bool endsEarly = false;    ///< The input ended inside of the block; what was missing reads as zero.
+    std::uint64_t surplus = 0; ///< Bytes after the block's end.
+    bool endsEarly = false;    ///< The input ended inside the block; what was missing reads as zero.
 
-    /// Where the time of a row (from 0) lies in the file, in bytes from its begin.
+    /// Where the time of a row (from 0) lies in the file, in bytes from its start.
     std::uint64_t TimePlace(std::size_t a_row) const;
 };
 
@@ -26,14 +26,14 @@ struct BlockFile {
 bool IsBlockFile(const std::string& a_path);
 
 /// Reads a block from a file or, for "-", from the context's input. A block that ends early is read as far as it goes.
-/// Raises ToolError: EExitNoInput for what can't be opened, EExitBadData for what is no block of version 1.
+/// Raises ToolError: EExitNoInput for what can't be opened, EExitBadData for what isn't a block of version 1.
 BlockFile ReadBlockFile(const std::string& a_path, ToolContext& a_context);
 
 /// Writes a block to a target, which is then to be committed by its owner.
 void WriteBlock(const DataSeriesSet& a_set, OutputTarget& a_target);
 
-/// The first time that isn't valid or falls behind the one before, as "row 17 (byte 1234): ..." with rows from 1; empty
-/// when there is none.
+/// The first time that isn't valid or is earlier than the one before, as "row 17 (byte 1234): ..." with rows from 1;
+/// empty when there is none.
 std::optional<std::string> FindBadTime(const BlockFile& a_block);
 
 } // namespace kalvento::tool

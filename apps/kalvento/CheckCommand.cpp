@@ -62,7 +62,7 @@ private:
     unsigned int m_bad = 0;
 };
 
-/// What the library's message says, and then where.
+/// What the library's message says, followed by the place.
 std::string Reason(const std::string& a_message, const std::string& a_place)
 {
     return a_message + (a_message.empty() || a_place.empty() ? "" : "; ") + a_place;
@@ -98,7 +98,7 @@ std::optional<std::string> FindBadColumn(const DataSeriesSet& a_set)
     return std::nullopt;
 }
 
-/// The first row that AddData would refuse behind the one before.
+/// The first row that AddData would refuse after the one before.
 std::optional<std::string> FindEqualTime(const BlockFile& a_block)
 {
     const auto& times = a_block.set.TimeSeries();
@@ -124,7 +124,7 @@ int CheckBlock(const CheckOptions& a_options, ToolContext& a_context)
                       ? "the block ends at byte " + std::to_string(block.size - block.surplus) +
                             ", the input at " + std::to_string(block.size)
                       : "");
-    // What was missing reads as zero, about which there is nothing to say.
+    // What was missing reads as zero, and needs no report.
     if (block.endsEarly)
         return report.Finish();
     report.Answer("order of columns", FindBadColumn(set));

@@ -157,7 +157,7 @@ CommandLine::EOutcome CommandLine::Parse(std::vector<std::string> a_arguments, s
                                          std::ostream& a_err)
 {
     try {
-        // The parser takes its arguments from the back.
+        // The parser takes its arguments last one first.
         std::reverse(a_arguments.begin(), a_arguments.end());
         m_app->parse(std::move(a_arguments));
         return EParsed;

@@ -14,8 +14,8 @@ class App;
 class Option;
 } // namespace CLI
 
-/// The command line of a program: options, commands and their help. What parses it is known to the source of this
-/// header alone, since a file that includes the parser takes longer to compile than most commands.
+/// The command line of a program: options, commands and their help. Only the source of this header knows the parser,
+/// since a file that includes it takes longer to compile than most commands.
 namespace kalvento::tool {
 
 /// Refuses the value of an option from within a function that takes it: the program ends with help on the usage.
@@ -27,14 +27,14 @@ public:
     explicit CommandOption(CLI::Option* a_option) : m_option(a_option) {}
 
     CommandOption& Required();
-    /// The word that stands for a value in the help.
+    /// The help's word for the value.
     CommandOption& TypeName(const std::string& a_name);
     /// The texts accepted.
     CommandOption& OneOf(const std::vector<std::string>& a_texts);
     /// The numbers accepted, both ends included.
     template<typename Number>
     CommandOption& Between(Number a_least, Number a_greatest);
-    /// The sign that parts several values in one argument.
+    /// The character that separates several values in one argument.
     CommandOption& Separator(char a_sign);
     /// Each value has its own option before it.
     CommandOption& OneValueEach();
@@ -55,7 +55,7 @@ public:
     explicit Command(CLI::App* a_command) : m_command(a_command) {}
 
     Command AddCommand(const std::string& a_name, const std::string& a_help) const;
-    /// The same command; the options that are added through what is returned stand under that heading in the help.
+    /// The same command; options added through the returned one appear under that heading in the help.
     Command Under(const std::string& a_heading) const;
 
     /// For texts, lists of texts, and numbers, optional ones too.
@@ -91,7 +91,7 @@ public:
     CommandOption AddFlag(const std::string& a_names, std::function<void()> a_function,
                           const std::string& a_help) const;
 
-    /// What stands below the options in the help.
+    /// The text below the options in the help.
     void SetFooter(const std::string& a_text) const;
     /// Called when the line is read and names this command.
     void OnRun(std::function<void()> a_function) const;
@@ -111,7 +111,7 @@ public:
     CommandLine(const CommandLine&) = delete;
     CommandLine& operator=(const CommandLine&) = delete;
 
-    /// The program's own options. Where commands are added, one of them must be named; options may stand behind it.
+    /// The program's own options. Where commands are added, one of them must be named; options may follow it.
     Command GetProgram() const { return Command(m_app.get()); }
     void SetVersion(const std::string& a_text);
     void RequireCommand();
@@ -119,10 +119,10 @@ public:
     /// What became of the parsing.
     enum EOutcome : std::uint8_t {
         EParsed,   ///< All is set, and the command that was named has run.
-        EToldUser, ///< Help or version was asked for and written to a_out.
-        ERefused   ///< The line can't be meant; what is wrong stands on a_err.
+        EToldUser, ///< Help or the version was asked for and written to a_out.
+        ERefused   ///< The line makes no sense; a_err says what is wrong.
     };
-    /// What a command raises goes through.
+    /// What a command raises passes through.
     EOutcome Parse(std::vector<std::string> a_arguments, std::ostream& a_out, std::ostream& a_err);
 
 private:

@@ -49,7 +49,7 @@ struct LoadOptions {
 struct Tally {
     std::uint64_t added = 0;
     std::uint64_t there = 0;
-    std::uint64_t count = 0; // in the database, when the last of them was looked at
+    std::uint64_t count = 0; // in the database, when the last of them was checked
 };
 
 // The server's client explains itself in several lines; from "LINE" on they are about the text of a statement.
@@ -168,7 +168,7 @@ private:
             m_columns.emplace_back(series, std::vector<double>());
     }
 
-    // What somebody has said about an instrument that is there, its names and groups, stays as it is.
+    // Names and groups that somebody gave to an instrument that is there stay as they are.
     void CreateOrCompare(const History& a_rows)
     {
         if (const auto there = m_database.Ask(&SqlWriter::FindInstrument, m_isin))

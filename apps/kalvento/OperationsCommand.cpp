@@ -20,7 +20,7 @@ struct OperationsOptions {
     std::string output;
 };
 
-// By which the library would scale a price and a volume of 1.
+// The factors by which the library would scale a price and a volume of 1.
 double VolumeFactor(const SingleHistoryOperation& a_operation)
 {
     constexpr int lastTypeOfVolumes = 6;

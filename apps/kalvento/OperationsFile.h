@@ -14,8 +14,8 @@ struct OperationsFile {
     std::string name;
     bool isXml = false; ///< The XML form, else the text form of a data source.
     HistoryOperations list;
-    /// What the library takes and nobody can have meant, as "line 3: ...": numbers that can't be read and so are 0,
-    /// dates that no calendar has, factors that wipe prices out, identifiers given twice.
+    /// What the library takes although nobody can have meant it, as "line 3: ...": numbers that can't be read and so
+    /// are 0, dates that no calendar has, factors that wipe prices out, identifiers given twice.
     std::vector<std::string> oddities;
 };
 
@@ -24,7 +24,7 @@ struct OperationsFile {
 OperationsFile ReadOperationsFile(const std::string& a_path, ToolContext& a_context);
 
 /// Reads a list to adjust rows by; its oddities go to the context's notes. a_symbolColumn: raises ToolError
-/// (EExitUsage) where it isn't empty, since a list is that of one instrument.
+/// (EExitUsage) where it isn't empty, since a list belongs to one instrument.
 HistoryOperations ReadOperationsForRows(const std::string& a_path, std::string_view a_symbolColumn,
                                         ToolContext& a_context);
 

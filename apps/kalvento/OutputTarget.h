@@ -17,7 +17,7 @@ public:
     OutputTarget(const std::string& a_path, ToolContext& a_context);
 
     void Write(std::string_view a_bytes);
-    /// Flushes to the disk and puts the file in its place. Nothing may be written behind it.
+    /// Flushes to the disk and puts the file in its place. Nothing may be written afterwards.
     void Commit();
 
 private:

@@ -86,7 +86,7 @@ std::string FoldRule(ESeriesId a_series, const RowLayout& a_layout)
 std::string RuleBehind(const Proof::Finding& a_finding, IntervalAndMultiplicity a_interval,
                        const RowLayout& a_layout)
 {
-    // A candle doesn't tell how many rows made it, so whoever goes on with it counts from it as from a first row.
+    // A candle doesn't say how many rows made it, so whoever continues it counts it as a first row.
     if (a_interval.IsNTick() && a_finding.road >= Proof::ERoadHandOver)
         return "a candle doesn't tell how many rows made it, so one of " +
                std::to_string(a_interval.GetMultiplicity()) +

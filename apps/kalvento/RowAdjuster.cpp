@@ -23,7 +23,7 @@ RowAdjuster::RowAdjuster(HistoryOperations a_operations, const RowLayout& a_layo
 
 void RowAdjuster::Adjust(RowBlock& a_rows, std::size_t a_first)
 {
-    // Behind the day of the last operation, where most rows lie as a rule, nothing is left to do.
+    // After the day of the last operation, where most rows usually lie, nothing is left to do.
     const auto reaches = [&](const SingleHistoryOperation& a_operation) {
         NDateTime limit = a_operation.GetDate();
         return a_rows.times[a_first] < limit.ShiftDays(1);

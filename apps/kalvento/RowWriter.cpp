@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t S_flushSize = std::size_t{1} << 18U;
 
-/// A column of the output: where its values are and how it is called.
+/// A column of the output: where its values are, and its name.
 struct OutputColumn {
     std::size_t place;
     std::string name;

@@ -12,8 +12,8 @@ namespace kalvento::tool {
 
 /// The forms in which rows are written.
 enum EOutputFormat : std::uint8_t {
-    EOutputCsv, ///< `time,open,high,low,close,volume`, then the other series; a symbol column behind the time.
-    EOutputJsonl, ///< One JSON object a line.
+    EOutputCsv, ///< `time,open,high,low,close,volume`, then the other series; a symbol column after the time.
+    EOutputJsonl, ///< One JSON object per line.
     EOutputTable, ///< Aligned columns, for reading; held in memory until the end.
     EOutputBlock  ///< The binary form of DataSeriesSet; held in memory until the end, no symbols.
 };
@@ -28,7 +28,7 @@ public:
     virtual ~RowWriter() = default;
     /// The next rows, of the shape given to Make. a_symbol: of all of them, where the writer was made for symbols.
     virtual void Write(const RowBlock& a_rows, std::string_view a_symbol) = 0;
-    /// Writes what was held back. Once, at the end; the target is then to be committed by its owner.
+    /// Writes what was held back. Once, at the end; its owner then commits the target.
     virtual void Finish() = 0;
 
     /// a_target must outlive the writer. a_dateOnly: times of day aren't shown.

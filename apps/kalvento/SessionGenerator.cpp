@@ -110,7 +110,7 @@ SessionGenerator::SessionGenerator(const GeneratorOptions& a_options)
     std::vector<std::uint64_t> weights(m_options.sessions);
     for (auto& weight : weights)
         weight = 800 + Below(400);
-    // Each session gets a row beforehand: a day without one would be no session.
+    // Each session gets one row first: a day without any would be no session.
     ShareOut(m_options.rows - m_options.sessions, weights, m_rowsOf);
     for (auto& rows : m_rowsOf)
         ++rows;

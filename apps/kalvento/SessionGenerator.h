@@ -28,7 +28,7 @@ struct GeneratorOptions {
     std::chrono::sys_days from = std::chrono::sys_days(std::chrono::year(2024) / 1 / 2);
 };
 
-/// One trade. The price is counted in ticks of the grid, so that no rounding stands between the options and the text.
+/// One trade. The price is counted in ticks of the grid, so that no rounding comes between the options and the text.
 struct GeneratedTrade {
     std::chrono::sys_days day;
     std::uint32_t second = 0;      // of the day
@@ -52,7 +52,7 @@ public:
     static constexpr std::uint32_t S_maxRowsPerSecond = 20'000;
 
     /// Raises std::invalid_argument, in English for the tool's user, for options that make no market: no rows, more
-    /// sessions than rows, too many of either, a start price below a tick, days outside of the years 1900 to 9999.
+    /// sessions than rows, too many of either, a start price below a tick, days outside the years 1900 to 9999.
     explicit SessionGenerator(const GeneratorOptions& a_options);
 
     /// The next trade, in the order of time; false after the last one.
@@ -81,8 +81,8 @@ private:
     std::uint64_t m_closing = 0;
     std::uint64_t m_afterClose = 0;
     std::vector<std::uint32_t> m_perSecond; // trades of each second of continuous trading
-    std::uint32_t m_second = 0;             // of continuous trading, from its begin
-    std::uint32_t m_busy = 0;               // more trades than this make a busy second
+    std::uint32_t m_second = 0;             // of continuous trading, from its start
+    std::uint32_t m_busy = 0;               // a second with more trades than this is busy
     std::uint32_t m_leftInSecond = 0;
     std::uint32_t m_sinceClose = 0; // second of the last trade after the close
     std::int64_t m_greatestFair = 0;

@@ -48,7 +48,7 @@ void AppendTime(std::string& a_text, const NDateTime& a_time, bool a_dateOnly, c
 
 void AppendNumber(std::string& a_text, double a_value)
 {
-    // 1e+06 is shorter than 1000000, but nothing that a table of volumes should hold.
+    // 1e+06 is shorter than 1000000, but doesn't belong in a table of volumes.
     const double size = std::fabs(a_value);
     const auto form =
         size < 1e15 && (size == 0.0 || size >= 1e-6) ? std::chars_format::fixed : std::chars_format::general;

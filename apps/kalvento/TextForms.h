@@ -8,7 +8,7 @@
 
 class NDateTime;
 
-/// How single values and small tables look in what the tool prints. UTF-8.
+/// How the tool prints single values and small tables. UTF-8.
 namespace kalvento::tool {
 
 /// "2024-08-08 23:54:15" from the packed fields, or the date alone; T between date and time in JSON.
@@ -17,12 +17,12 @@ void AppendTime(std::string& a_text, const NDateTime& a_time, bool a_dateOnly, c
 /// The shortest decimal that reads back as the same double.
 std::string FormatNumber(double a_value);
 void AppendNumber(std::string& a_text, double a_value);
-/// The same for tables that people read, rounded to eight decimals where more are only what sums of binary fractions
-/// leave.
+/// The same for tables that people read, rounded to eight decimals where further ones only come from sums of binary
+/// fractions.
 std::string ShownNumber(double a_value);
-/// FormatTime, and behind it " #7" where the ordering counter isn't 0; "invalid" where the status is not valid.
+/// FormatTime, followed by " #7" where the ordering counter isn't 0; "invalid" where the status is not valid.
 std::string ShownTimeWithCounter(const NDateTime& a_time);
-/// "1 234 567": thousands apart, for people.
+/// "1 234 567": thousands set apart, for people.
 std::string ShownCount(std::uint64_t a_count);
 /// A JSON string with its quotes.
 std::string JsonText(std::string_view a_utf8);
@@ -33,8 +33,8 @@ public:
     enum EColumn : std::uint32_t {
         EColumnText,   ///< At the left.
         EColumnNumber, ///< At the right.
-        /// At the right, numbers of one kind: zeros make their decimals equally many ("100.00" beside "99.97"), where
-        /// at most eight are needed. A column with anything but plain numbers stays as it is.
+        /// At the right, numbers of one kind: zeros pad them to the same number of decimals ("100.00" beside "99.97"),
+        /// where at most eight are needed. A column with anything but plain numbers stays as it is.
         EColumnValue
     };
 

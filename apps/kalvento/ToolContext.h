@@ -13,8 +13,8 @@ namespace kalvento::tool {
 using namespace kalvento::rows; // what the commands read with
 
 /// What one run of the tool works with. The program hands in the process's own streams, a test its string streams.
-/// The streams outlive the run. One thread at a time, but for files folded in parallel, which write notes in order
-/// after the threads have ended.
+/// The streams outlive the run. One thread at a time, except for files folded in parallel, whose notes are written in
+/// order after the threads have ended.
 struct ToolContext {
     std::istream& in;           ///< What "-" reads.
     std::ostream& out;          ///< Results, and nothing else.
@@ -38,7 +38,7 @@ private:
     EExitCode m_exitCode;
 };
 
-/// The reader of standard output has gone: the run ends quietly.
+/// The reader of standard output is gone: the run ends quietly.
 class OutputClosed : public std::runtime_error {
 public:
     OutputClosed() : std::runtime_error("standard output was closed") {}

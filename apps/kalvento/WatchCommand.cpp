@@ -63,7 +63,7 @@ std::string Lower(std::string a_text)
     return a_text;
 }
 
-/// Passes what modules say on to the console's line of messages, or to standard error as long as there is none.
+/// Passes what modules say to the console's message line, or to standard error as long as there is none.
 class WatchView : public host::IHostView {
 public:
     explicit WatchView(ToolContext& a_context) : m_context(a_context) {}
@@ -162,7 +162,7 @@ std::vector<ProviderBase*> ChooseProviders(const host::Host& a_host, const Watch
     return providers;
 }
 
-/// False where the provider raises; the user is told.
+/// False where the provider raises, of which the user is told.
 bool Ask(host::IHostView& a_view, const ProviderBase& a_provider, std::wstring_view a_operation,
          const std::function<void()>& a_question)
 {
@@ -207,7 +207,7 @@ std::size_t Distance(const std::string& a_left, const std::string& a_right)
     return costs.back();
 }
 
-/// What the provider's status field tells, in one line.
+/// The provider's status field in one line.
 std::string StatusText(const ProviderBase& a_provider)
 {
     std::string text;
@@ -252,7 +252,7 @@ void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
 void WaitForProviders(host::Host& a_host, const std::vector<ProviderBase*>& a_providers,
                       const WatchOptions& a_options, ToolContext& a_context)
 {
-    // A provider that nobody told where its data are has nothing to wait for.
+    // A provider that wasn't told where its data is has nothing to wait for.
     const auto areConnected = [&] {
         return std::all_of(a_providers.begin(), a_providers.end(), [](const ProviderBase* a_provider) {
             return a_provider->GetConnectionStatus() == EConnectionStatusConnected ||
@@ -268,7 +268,7 @@ void WaitForProviders(host::Host& a_host, const std::vector<ProviderBase*>& a_pr
             a_options.symbols.begin(), a_options.symbols.end(),
             [&](const std::string& a_symbol) { return FindAsset(a_providers, a_symbol) != nullptr; });
     };
-    // Also asked from time to time: a provider may come to know an instrument and say so a moment before.
+    // Also asked from time to time: a provider may learn of an instrument and say so a moment too early.
     const auto begin = std::chrono::steady_clock::now();
     const auto deadline = begin + std::chrono::seconds(a_options.patience);
     bool isNoted = !a_context.errIsTerminal || a_context.quiet;
@@ -328,8 +328,8 @@ void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options,
     a_view.SetMessageLine(nullptr);
 }
 
-// The provider takes what it is told and writes what it can't mean to its log, where nobody looks who has just typed
-// it.
+// The provider accepts what it is told and writes what makes no sense to its log, where a user who has just typed it
+// won't look.
 void CheckPlayback(const WatchOptions& a_options)
 {
     if (!a_options.folder.empty() && !std::filesystem::is_directory(a_options.folder))
@@ -356,7 +356,7 @@ void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
     }
     CheckPlayback(a_options);
     KalventoPaths::Initialize(L"Kalvento");
-    // Lines of the log would run over the screen.
+    // Log lines would run across the screen.
     VeloTools::Log::Instance().SetLogFolder(WidePath::ToPath(KalventoPaths::Instance().GetNativeLogPath()));
 
     WatchView view(a_context);

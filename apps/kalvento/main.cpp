@@ -9,7 +9,7 @@ namespace StandardStreams = kalvento::internal::StandardStreams;
 
 int main(int a_count, char** a_arguments)
 {
-    // A closed pipe then shows as a failed write, and the run can end without leaving a half-written file behind.
+    // A closed pipe then shows as a failed write, and the run can end without leaving a half-written file.
     StandardStreams::IgnoreClosedPipes();
     std::ios::sync_with_stdio(false);
     std::cin.tie(nullptr);

@@ -63,8 +63,7 @@ void Host::Stop()
 {
     if (std::exchange(m_stopped, true))
         return;
-    // A module joins its threads in StopWork; one of these may be waiting for an answer that we couldn't give
-    // meanwhile.
+    // A module joins its threads in StopWork; one of these may be waiting for an answer that we can't give meanwhile.
     m_executor->EndWaiting();
     m_loader->StopModules();
     m_mediator->StopWork();

@@ -18,8 +18,9 @@ class MainThreadExecutor;
 class ModuleDirectory;
 class PluginLoader;
 
-/// A program's plug-ins, from their files to their end; docs/plugins.md tells the whole life. One a process at a time,
-/// all operations on the thread that constructs it, which becomes the main one. KalventoPaths::Initialize comes before.
+/// A program's plug-ins, from their files to their end; docs/plugins.md describes the whole life. One per process at a
+/// time, all operations on the thread that constructs it, which becomes the main one. KalventoPaths::Initialize comes
+/// before.
 class Host {
 public:
     using MakeMediator = std::function<std::shared_ptr<HostMediator>(
@@ -35,13 +36,13 @@ public:
     ~Host();
 
     /// Loads the plug-ins in the order of their file names and initialises their modules, all providers before all
-    /// consumers. Meanwhile the main thread serves its executor, so the view is called. A plug-in that fails is
+    /// consumers. Meanwhile the main thread serves its executor, so the view gets its calls. A plug-in that fails is
     /// reported, and the others run. Once.
     void Start();
 
     /// What became of each plug-in, in the order of the file names; those that aren't there come last.
     const std::vector<PluginReport>& GetReports() const;
-    /// The modules that run, in the order of their coming; good until Stop.
+    /// The modules that run, in the order of their arrival; valid until Stop.
     std::vector<ProviderBase*> GetProviders() const;
     std::vector<ConsumerBase*> GetConsumers() const;
     HostMediator& GetMediator() { return *m_mediator; }
@@ -52,12 +53,12 @@ public:
     int Run();
 
     /// StopWork of the modules, consumers first, and of the mediator; then the executor is closed, the modules are
-    /// destroyed, and the plug-ins unloaded. Both groups go in the reverse order of their coming. What a module raises
-    /// is logged with its name. May be called again. What the program got from modules, such as shared pointers to
-    /// assets, it has let go of before: the code that destroys it is the plug-ins'.
+    /// destroyed, and the plug-ins unloaded. Both groups go in the reverse order of their arrival. What a module raises
+    /// is logged with its name. May be called again. Before that the program lets go of what it got from modules, such
+    /// as shared pointers to assets: the code that destroys it is the plug-ins'.
     ///
-    /// Where a plug-in was abandoned, the mediator stays, deaf, and stays known: the plug-in's thread may come back at
-    /// any time and ask it something.
+    /// Where a plug-in was abandoned, the mediator stays, does nothing, and stays known: the plug-in's thread may come
+    /// back at any time and ask it something.
     void Stop();
 
     /// A plug-in hangs in its static initialisers and with it the system's loader. Other plug-ins run, but nothing more

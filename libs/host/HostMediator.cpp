@@ -62,7 +62,7 @@ void HostMediator::NotifyChangeConnectionStatus()
     if (m_statusPosted.exchange(true))
         return;
     m_executor->Post([this] {
-        m_statusPosted = false; // before the view asks: a change while it asks is told again
+        m_statusPosted = false; // before the view asks: a change while it asks is announced again
         m_view.ConnectionStatusChanged();
     });
 }

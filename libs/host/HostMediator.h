@@ -13,16 +13,16 @@ class IHostView;
 class MainThreadExecutor;
 class ModuleDirectory;
 
-/// What the mediators of all hosts have in common: it finds modules, what providers tell and what is to be shown hops
-/// to the main thread and goes to the view there, and so does the exit. What concerns windows is left to
-/// WindowlessMediator, and to the mediator of a host with windows. Threads as IAppMediator says.
+/// What the mediators of all hosts have in common: it finds modules, and takes news from providers, texts to be shown
+/// and the exit to the main thread and to the view there. What concerns windows is left to WindowlessMediator and to
+/// the mediator of a host with windows. Threads as IAppMediator says.
 class HostMediator : public IAppMediator {
 public:
-    /// On the main thread. The view is not owned; it is called no more once the executor is closed.
+    /// On the main thread. The view is not owned; it is no longer called once the executor is closed.
     HostMediator(IHostView& a_view, std::shared_ptr<MainThreadExecutor> a_executor,
                  std::shared_ptr<ModuleDirectory> a_directory);
 
-    /// From the end of its Init on a module is found.
+    /// A module can be found once its Init has ended.
     ProviderBase* GetProviderByName(std::wstring_view a_name) override;
     IGenericModule* GetModuleByName(const std::wstring& a_name) override;
 

@@ -11,7 +11,7 @@ namespace kalvento::host {
 
 /// What a program tells its host before the start.
 struct HostOptions {
-    /// Where the plug-ins lie; empty: the folder `plugins` of the installation (KalventoPaths).
+    /// Where the plug-ins are; empty: the folder `plugins` of the installation (KalventoPaths).
     std::wstring pluginFolder;
     /// Names of plug-ins or stems of their files, UTF-8: only these are started. Empty: all. Where stems name all of
     /// them, no other file is opened.

@@ -21,13 +21,13 @@ public:
     }
     /// A passing notification that doesn't stop the user.
     virtual void ShowNotification(std::wstring_view /*a_text*/) {}
-    /// The provider's list of assets or groups changed. Only of providers that run: what one tells during its Init is
-    /// dropped, since the program asks for the assets after Start anyway.
+    /// The provider's list of assets or groups changed. Only for providers that run: what one announces during its Init
+    /// is dropped, since the program asks for the assets after Start anyway.
     virtual void AssetsChanged(ProviderBase& /*a_provider*/) {}
-    /// Some provider's connection status changed; many changes may come as one call.
+    /// Some provider's connection status changed; several changes may come as one call.
     virtual void ConnectionStatusChanged() {}
-    /// The progress of all providers together, in operations. Many changes may come as one call; after a_done has
-    /// reached a_total both begin anew.
+    /// The progress of all providers together, in operations. Several changes may come as one call; after a_done has
+    /// reached a_total both start again.
     virtual void Progress(unsigned int /*a_done*/, unsigned int /*a_total*/) {}
 
     IHostView(const IHostView&) = delete;

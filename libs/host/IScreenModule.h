@@ -6,7 +6,7 @@
 
 namespace kalvento::host {
 
-/// A consumer that takes the program's terminal over, and so has to show there what the program would have printed. The
+/// A consumer that takes over the program's terminal, and so has to show there what the program would have printed. The
 /// program finds it by a cast of the consumer; since the two are in different shared objects, the type is exported.
 class KALVENTO_API IScreenModule {
 public:

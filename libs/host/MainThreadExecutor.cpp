@@ -63,7 +63,7 @@ void MainThreadExecutor::RunAndWait(const std::function<void()>& a_function)
         {
             const std::lock_guard lock(m_mutex);
             if (m_waitingEnded)
-                return; // the caller has gone, and a_function with it
+                return; // the caller is gone, and a_function with it
             call->isStarted = true;
         }
         CallLogged(a_function);
@@ -128,7 +128,7 @@ void MainThreadExecutor::Close()
 {
     EndWaiting();
     std::deque<std::function<void()>>
-        dropped; // destroyed without the lock: what they hold may post at its end
+        dropped; // destroyed without the lock: what they hold may post when it dies
     const std::lock_guard lock(m_mutex);
     m_closed = true;
     dropped.swap(m_waiting);

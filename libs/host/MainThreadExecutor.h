@@ -21,7 +21,7 @@ public:
     MainThreadExecutor();
     MainThreadExecutor(const MainThreadExecutor&) = delete;
     MainThreadExecutor& operator=(const MainThreadExecutor&) = delete;
-    /// Closes. No other thread may be in a call any more.
+    /// Closes. No other thread may be in a call by then.
     ~MainThreadExecutor();
 
     bool IsMainThread() const { return std::this_thread::get_id() == m_mainThread; }
@@ -34,7 +34,7 @@ public:
     bool IsClosed();
 
     /// Calls the function on the main thread and waits for its answer; on the main thread itself it is called at once.
-    /// Empty where the function raised, which is logged, and where the main thread has no time for it any more
+    /// Empty where the function raised, which is logged, and where the main thread no longer has time for it
     /// (EndWaiting, Close): then it isn't called later either, so it may refer to what is on the caller's stack. Any
     /// thread.
     template<typename Function>
@@ -50,15 +50,15 @@ public:
 
     // The rest is for the main thread.
 
-    /// Calls what waits now, but not what that posts: a loop around it gets its turn. May be called from inside of a
+    /// Calls what waits now, but not what that posts: a loop around it gets its turn. May be called from inside a
     /// posted function, as by a dialog's own loop; the order holds.
     void RunPending();
-    /// Calls functions as they come until a_done says true, which is asked before each of them, or until Close or the
-    /// deadline. Whoever makes a_done true on another thread posts something after it. True where a_done did.
+    /// Calls functions as they come until a_done, which is asked before each of them, says true, or until Close or the
+    /// deadline. A thread that makes a_done true posts something afterwards. True where a_done did.
     bool RunUntil(const std::function<bool()>& a_done,
                   std::optional<std::chrono::steady_clock::time_point> a_deadline = std::nullopt);
-    /// From now on CallAndWait answers empty on other threads, and so do those that wait, but for the one whose
-    /// function runs. For a main thread that is about to wait for worker threads.
+    /// From now on CallAndWait returns empty on other threads, and so do those that wait, except the one whose function
+    /// runs. For a main thread that is about to wait for worker threads.
     void EndWaiting();
     /// Drops what waits, and from now on what comes. May be called again.
     void Close();

@@ -101,7 +101,7 @@ void ModuleRegistry::DestroyProviders()
     DestroyAll(m_providers);
 }
 
-// Without the lock: destructors run for long, and nobody adds any more.
+// Without the lock: destructors may take long, and nobody adds any more.
 template<typename Module>
 void ModuleRegistry::DestroyAll(std::vector<std::unique_ptr<Module>>& a_modules)
 {

@@ -21,18 +21,18 @@ public:
     /// Destroys the modules, consumers first.
     ~ModuleRegistry() override;
 
-    /// Raises std::invalid_argument, with a Polish text, for null and for a name that another module bears.
+    /// Raises std::invalid_argument, with a Polish text, for null and for a name that another module has.
     void AddProvider(std::unique_ptr<ProviderBase> a_provider) override;
     void AddConsumer(std::unique_ptr<ConsumerBase> a_consumer) override;
 
-    /// In the order of their coming. A copy: a plug-in may add from threads of its own.
+    /// In the order of their arrival. A copy: a plug-in may add from threads of its own.
     std::vector<ProviderBase*> GetProviders() const;
     std::vector<ConsumerBase*> GetConsumers() const;
 
     /// Nobody finds these modules from now on, and their names are free for others. What is added later is kept, and
     /// not found.
     void Withdraw();
-    // The last module first. Only when the plug-in adds no more.
+    // The last module first. Only once the plug-in adds no more.
     void DestroyConsumers();
     void DestroyProviders();
 

@@ -28,7 +28,7 @@ struct Refusal {
     std::wstring reason;
 };
 
-// The host went on without the plug-in, which has come back now.
+// The host went on without the plug-in, which has returned now.
 struct TooLate {};
 
 void WriteLog(int a_line, std::wstring_view a_text)
@@ -36,7 +36,7 @@ void WriteLog(int a_line, std::wstring_view a_text)
     VeloTools::Log::Instance().Write("kalvento::host::Plugin", a_line, CodePage::WideToCp1250(a_text));
 }
 
-// The loader names the file itself where that is what is wrong, and otherwise the library that it looked for in vain.
+// The loader names the file itself where the fault is there, and otherwise the library that it couldn't find.
 std::wstring LoadError(const std::filesystem::path& a_path, const std::string& a_error)
 {
     const std::size_t notFound = a_error.find(": cannot open shared object file");
@@ -248,7 +248,7 @@ void Plugin::CheckDescription(const PluginDescription& a_description) const
         throw Refusal{EPluginStateRefused,
                       std::move(a_reason) + L"; trzeba ją zbudować z tą wersją biblioteki"};
     };
-    // The first two fields stand in their places in every version; the others can be read after this check only.
+    // The first two fields keep their places in every version; the others can be read only after this check.
     if (a_description.abi != PluginDescription::S_abi)
         refuse(L"wersja interfejsu wtyczki: " + std::to_wstring(a_description.abi) + L", program ma " +
                std::to_wstring(PluginDescription::S_abi));

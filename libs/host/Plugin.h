@@ -36,15 +36,15 @@ public:
     const PluginReport& GetReport() const { return m_report; }
     bool IsRunning() const { return m_report.state == EPluginStateRunning; }
     bool IsAbandoned() const { return m_abandoned; }
-    /// It hangs inside of the system's loader, which serves nobody else until it returns.
+    /// It hangs inside the system's loader, which serves nobody else until it returns.
     bool BlocksLoader() const { return m_blocksLoader; }
-    /// Whether the options ask for it, by its file's stem or its name. False as long as only its name can tell, and
+    /// Whether the options ask for it, by its file's stem or its name. False as long as only its name can decide and
     /// that isn't known; it isn't started then.
     bool IsWanted() const { return m_isWanted; }
     bool IsNameKnown() const { return m_description != nullptr; }
 
-    // The end, step by step: those that are running, or all that there are. Last come, first to go. An abandoned
-    // plug-in is left alone by all of these.
+    // The end, step by step: those that are running, or all that there are, in reverse order. All of these leave an
+    // abandoned plug-in alone.
     void StopConsumers();
     void StopProviders();
     void DestroyConsumers();
@@ -70,7 +70,7 @@ private:
     const std::shared_ptr<const HostOptions> m_options;
     const std::shared_ptr<ModuleDirectory> m_directory;
 
-    // The starter thread's while a step runs, else the main thread's.
+    // Belongs to the starter thread while a step runs, else to the main thread.
     kalvento::internal::SharedLibrary m_library;
     std::vector<ProviderBase*> m_providers; // initialised, to be stopped
     std::vector<ConsumerBase*> m_consumers;

@@ -32,7 +32,7 @@ std::filesystem::path FolderOf(const HostOptions& a_options)
     const auto folder = a_options.pluginFolder.empty()
                             ? WidePath::ToPath(KalventoPaths::Instance().GetNativeInstallPath()) / "plugins"
                             : WidePath::ToPath(a_options.pluginFolder);
-    return std::filesystem::absolute(folder); // a name without a slash the loader would look for elsewhere
+    return std::filesystem::absolute(folder); // the loader would look elsewhere for a name without a slash
 }
 
 } // namespace

@@ -14,8 +14,8 @@ class MainThreadExecutor;
 class ModuleDirectory;
 class Plugin;
 
-/// Leads the plug-ins of a folder through their life together. All operations on the main thread, in the order in which
-/// they stand here; each does nothing when called again.
+/// Takes the plug-ins of a folder through their life together. All operations on the main thread, in the order given
+/// here; each does nothing when called again.
 class PluginLoader {
 public:
     PluginLoader(HostOptions a_options, std::shared_ptr<MainThreadExecutor> a_executor,
@@ -24,7 +24,7 @@ public:
     PluginLoader& operator=(const PluginLoader&) = delete;
     ~PluginLoader();
 
-    /// Loads all, then initialises the consumers of all. Fails for no plug-in: it is in its report.
+    /// Loads all, then initialises the consumers of all. No plug-in makes it fail: failures are in the reports.
     void Start();
     const std::vector<PluginReport>& GetReports() const { return m_reports; }
     bool HasAbandoned() const { return m_hasAbandoned; }
@@ -34,12 +34,12 @@ public:
     void DestroyModules();
     void Unload();
 
-    /// Keeps it until the process ends, unharmed by the end of static objects: for what a thread that was left behind
-    /// may still use.
+    /// Keeps it until the process ends, unharmed by the end of static objects: for what an abandoned thread may still
+    /// use.
     static void KeepForEver(std::shared_ptr<const void> a_object);
 
 private:
-    // One file: a plug-in, or the report why it wasn't even tried.
+    // One file: a plug-in, or the report that says why it wasn't even tried.
     struct Entry {
         std::shared_ptr<Plugin> plugin;
         PluginReport report;

@@ -10,18 +10,18 @@ enum EPluginState : std::uint8_t {
     EPluginStateRunning, ///< Its modules run.
     EPluginStateRefused, ///< The file can't be loaded, is no plug-in, or was built for another host.
     EPluginStateFailed,  ///< It raised, or a module refused to work. Its modules are dropped.
-    EPluginStateAbandoned, ///< It didn't come back in time. Nothing of it is called, destroyed or unloaded any more.
+    EPluginStateAbandoned, ///< It didn't return in time. Nothing of it is called, destroyed or unloaded any more.
     EPluginStateMissing ///< Asked for, but not there: a plug-in, or the folder itself.
 };
 
-/// What became of one file of the folder of plug-ins, or of one that was asked for. The texts are Polish, for the user.
+/// What became of one file in the folder of plug-ins, or of one that was asked for. The texts are Polish, for the user.
 struct PluginReport {
     std::filesystem::path path; ///< Empty for a plug-in that isn't there.
     std::wstring name;          ///< As the plug-in calls itself; the file's stem as long as that isn't known.
     std::wstring version;       ///< Empty as long as it isn't known.
     EPluginState state = EPluginStateRunning;
     std::wstring
-        phase; ///< Where it ended: "ładowanie", "tworzenie modułów", "Init modułu X". Empty while it runs.
+        phase; ///< The step at which it ended: "ładowanie", "tworzenie modułów", "Init modułu X". Empty while it runs.
     std::wstring reason; ///< Why, on one line where the plug-in keeps to that. Empty while it runs.
 };
 

@@ -8,7 +8,7 @@
 
 namespace kalvento::host {
 
-/// What a program tells a screen module at its start, as options of its plug-in. An absent key leaves the default.
+/// What a program tells a screen module when it starts, as options of its plug-in. An absent key leaves the default.
 struct ScreenOptions {
     static constexpr std::string_view XML_INTERVAL_ID = "IntervalId";
     static constexpr std::string_view XML_MULTIPLICITY = "Multiplicity";
@@ -48,7 +48,7 @@ struct ScreenOptions {
             interval = asked;
     }
 
-    /// Puts all of them where the constructor takes them from.
+    /// Writes all of them where the constructor reads them.
     void Write(Settings& a_settings) const
     {
         a_settings[XML_INTERVAL_ID] = static_cast<int>(interval.GetInterval());

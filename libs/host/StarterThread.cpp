@@ -14,7 +14,7 @@ struct StarterThread::Shared {
     const std::shared_ptr<MainThreadExecutor> executor;
     std::mutex mutex; // of all below
     std::condition_variable changed;
-    std::function<void()> step; // empty as soon as the thread has taken it
+    std::function<void()> step; // empty once the thread has taken it
     bool isDone = false;        // the step that was given last
     bool mustEnd = false;
 };
@@ -64,7 +64,7 @@ bool StarterThread::Run(std::function<void()> a_step, std::chrono::steady_clock:
     {
         const std::lock_guard lock(m_shared->mutex);
         if (m_shared->isDone)
-            return true; // in the last moment
+            return true; // at the last moment
         m_shared->mustEnd = true;
     }
     m_thread.detach();

@@ -9,8 +9,8 @@ namespace kalvento::host {
 
 class MainThreadExecutor;
 
-/// A thread that does one step after the other for the main thread, and that is left behind when a step doesn't return:
-/// a thread can't be ended from outside without taking its locks along. All operations on the main thread.
+/// A thread that does one step after another for the main thread, and is abandoned when a step doesn't return: a thread
+/// ended from outside would take its locks along. All operations on the main thread.
 class StarterThread {
 public:
     /// Raises std::system_error where the system gives no thread.
@@ -24,7 +24,7 @@ public:
     /// deadline; the thread is on its own now and ends with the step, which must own all that it uses. No more steps
     /// then.
     bool Run(std::function<void()> a_step, std::chrono::steady_clock::time_point a_deadline);
-    /// Ends the thread, if it wasn't left behind. May be called again.
+    /// Ends the thread, unless it was abandoned. May be called again.
     void End();
 
 private:

@@ -5,8 +5,8 @@
 
 namespace kalvento::host {
 
-/// The mediator of a host without windows: asked about them it answers that there are none, and what is told about them
-/// is of no concern.
+/// The mediator of a host without windows: asked about them, it answers that there are none; what it is told about them
+/// it ignores.
 class WindowlessMediator final : public HostMediator {
 public:
     using HostMediator::HostMediator;

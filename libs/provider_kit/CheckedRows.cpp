@@ -29,7 +29,7 @@ History CheckedRows::Read(const std::string& a_isin, std::uint64_t a_first, std:
         refuse("Kolumny wierszy z magazynu nie są równej długości"_cp1250);
     const auto instruments = m_instruments.Get();
     const StoreInstrument* const instrument = instruments->Find(a_isin);
-    // Of one that isn't listed any more the subscriptions are being ended.
+    // The subscriptions of one that is no longer listed are being ended.
     if (instrument != nullptr &&
         !std::ranges::equal(rows, instrument->series, {}, &History::Column::first, &DSProp::GetSeriesID))
         refuse("Serie wierszy z magazynu nie są tymi, które walor ma w spisie"_cp1250);

@@ -9,10 +9,10 @@
 
 namespace kalvento::internal {
 
-/// What the user switched and what the store told of its connection since. Any thread.
+/// What the user switched, and what the store has said of its connection since. Any thread.
 class ConnectionState {
 public:
-    /// False where it is switched so already.
+    /// False where it is already switched so.
     bool Switch(bool a_on)
     {
         const std::lock_guard lock(m_mutex);
@@ -37,13 +37,13 @@ public:
         m_breakReason = std::move(a_reason);
         ++m_news;
     }
-    /// The store is connected, which counts from Accept on. The number of this news.
+    /// The store is connected, which counts from Accept on. Returns the number of this news.
     std::uint64_t Restore()
     {
         const std::lock_guard lock(m_mutex);
         return ++m_news;
     }
-    /// False where there is other news since, or it is switched off.
+    /// False where there is newer news, or it is switched off.
     bool Accept(std::uint64_t a_news)
     {
         const std::lock_guard lock(m_mutex);

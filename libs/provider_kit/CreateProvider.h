@@ -8,7 +8,7 @@
 
 /// PluginDescription::createModules of a plug-in with one provider that has settings of its own:
 ///     KALVENTO_PLUGIN("my_quotes", "1.0", &CreateProvider<MyQuotes>)
-/// They are read from the pair of files named after the provider; what the host was told for this run goes before them.
+/// They are read from the pair of files named after the provider; what the host was told for this run takes precedence.
 ///
 /// Provider has the name as `S_name`, a class derived from ProviderSettings as `UserSettings`, of which an absent key
 /// leaves what was there, and a constructor from `const UserSettings&`.

@@ -2,9 +2,8 @@
 
 #include <stdexcept>
 
-/// Raised by the reading operations of IMarketStore where what is stored of the instrument can't be read and no waiting
-/// will mend it. The text is for the log and says which instrument and which rows. The store goes on for everybody
-/// else.
+/// Raised by the reading operations of IMarketStore where the instrument's stored data can't be read and waiting won't
+/// help. The text is for the log and says which instrument and which rows. The store goes on for everybody else.
 class DamagedData : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

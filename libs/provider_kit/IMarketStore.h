@@ -22,22 +22,21 @@ struct StoreInstrument {
     std::vector<std::wstring> groups; ///< Groups that it belongs to, by the names shown to the user.
     std::set<DSProp> series;          ///< Of its rows: the tick shape, or with the three candle series added.
     IntervalAndMultiplicity interval = {EIntervalTick, 1}; ///< Of its rows.
-    NDateTime firstDay; ///< First day on which there are rows; with no rows it is after lastDay.
+    NDateTime firstDay; ///< First day on which there are rows; after lastDay if there are none.
     NDateTime lastDay;
     bool live = false; ///< Rows can be added; only for single ticks.
-    /// Another number tells that the rows that were there before are stale: their subscribers are told that the data
-    /// ended.
+    /// A different number means that the rows that were there before are stale: their subscriptions end.
     std::uint64_t generation = 0;
 };
 
-/// What a store tells the provider over it, on threads of its own and never while it holds a lock that an operation of
-/// IMarketStore takes. The provider's answer is quick: it reads on a thread of its own.
-/// News comes one at a time and in the order of what happened: the last of Broken and Restored holds.
+/// What a store tells its provider, on threads of its own and never while it holds a lock that an operation of
+/// IMarketStore takes. The provider returns quickly: it reads on a thread of its own. News comes one at a time and in
+/// the order of what happened: the last of Broken and Restored holds.
 class IMarketStoreListener {
 public:
     virtual ~IMarketStoreListener() = default;
-    /// GetRowCount of the instrument rose, or its book changed. May be told late and once for many rows, but is never
-    /// left out while connected.
+    /// GetRowCount of the instrument rose, or its book changed. May come late and once for many rows, but is never left
+    /// out while connected.
     virtual void RowsAdded(const std::string& a_isin) = 0;
     /// The connection broke; the store tries to get it back by itself. a_reason: Polish, for the user.
     virtual void Broken(const std::wstring& a_reason) = 0;
@@ -55,25 +54,23 @@ protected:
 
 /// A store of market data in which the rows of each instrument are numbered from 0 on, in order of time. A row that was
 /// seen once keeps its number and its contents for as long as the store object lives, also from one Open to the next:
-/// that is what lets history, synchronization and live data of a subscription meet without a gap and without a row told
-/// twice, whatever breaks in between. Times rise strictly from one row to the next (NDateTime's ordering counter tells
-/// rows of one second apart). A source whose past was rewritten gives the instrument another generation
-/// (InstrumentsChanged).
+/// that lets history, synchronization and live data of a subscription meet without a gap and without a repeated row,
+/// whatever breaks in between. Times rise strictly from one row to the next (NDateTime's ordering counter tells rows of
+/// one second apart). A source whose past was rewritten gives the instrument another generation (InstrumentsChanged).
 ///
 /// All operations may be called from any thread. Those that read raise std::exception when the store can't be read now
-/// (no connection, a damaged file), with a text for the log; the provider asks again after Restored, or, where the
-/// store didn't tell that it is broken, after a pause. Rows that aren't as told here count as such a failure.
-/// DamagedData says that asking again is no use: the subscriptions that came upon it end. An instrument that isn't
-/// there has no rows.
+/// (no connection, a damaged file), with a text for the log; the provider asks again after Restored or, where the store
+/// didn't say that it is broken, after a pause. Rows that aren't as described here count as such a failure. DamagedData
+/// says that asking again won't help: the subscriptions that ran into it end. An instrument that isn't there has no
+/// rows.
 class IMarketStore {
 public:
     virtual ~IMarketStore() = default;
 
-    /// Connects or begins to try, and tells the listener from then on (not owned; may be told before this returns).
-    /// Called once or again after Close. Returns at once.
+    /// Connects or begins to try, and informs the listener from then on (not owned; may be called before this returns).
+    /// Called once, or again after Close. Returns at once.
     virtual void Open(IMarketStoreListener& a_listener) = 0;
-    /// Ends the connection. When it returns the listener is told nothing any more. Not called from a listener's
-    /// operation.
+    /// Ends the connection. Once it returns, the listener is no longer called. Not called from a listener's operation.
     virtual void Close() = 0;
 
     /// All instruments, each ISIN once, in any order.
@@ -87,8 +84,8 @@ public:
     virtual std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) = 0;
     /// Rows a_first to before a_last, of the instrument's interval and series. Fewer only where fewer can be seen.
     virtual History ReadRows(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last) = 0;
-    /// The order book as it stands now. Empty where the store knows none: the provider then shows the book that the
-    /// trades imply.
+    /// The order book as it is now. Empty where the store knows none: the provider then shows the book that the trades
+    /// imply.
     virtual std::optional<Offers> ReadOffers(const std::string& a_isin) = 0;
 
     IMarketStore(const IMarketStore&) = delete;

@@ -17,7 +17,7 @@ void ImpliedBook::AddTrade(double a_price, double a_volume)
     if (m_lastSide == ENoSide)
         return;
 
-    // A buyer who pays this price has emptied all asks below it, and no bid stands as high; the other way round for
+    // A buyer who pays this price has emptied all asks below it, and no bid is as high; the other way round for
     // sellers.
     const bool isAsk = m_lastSide == EAsk;
     Side& met = m_sides[m_lastSide];

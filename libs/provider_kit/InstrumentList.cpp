@@ -13,7 +13,7 @@ namespace kalvento::internal {
 
 namespace {
 
-// Rows that nothing can be made of are better refused here, once, than at each subscription.
+// Unusable rows are better refused here, once, than at each subscription.
 bool HasUsableRows(const StoreInstrument& a_instrument)
 {
     const auto& series = a_instrument.series;
@@ -21,9 +21,9 @@ bool HasUsableRows(const StoreInstrument& a_instrument)
            std::ranges::find(series, Price, &DSProp::GetSeriesID) != series.end();
 }
 
-// What is saved of a group is its number, so it hangs on the name alone, and not on what other groups there are just
-// now. FNV-1a, 32 bits; source: RFC 9923, "The FNV Non-Cryptographic Hash Algorithm". A number that is taken gives the
-// next one.
+// What is saved of a group is its number, so that depends on the name alone and not on the other groups of the moment.
+// FNV-1a, 32 bits; source: RFC 9923, "The FNV Non-Cryptographic Hash Algorithm". If a number is taken, the next one is
+// used.
 std::uint32_t TakeNumber(const std::wstring& a_name, std::set<std::uint32_t>& a_taken)
 {
     std::uint32_t number = 0x811C9DC5U;

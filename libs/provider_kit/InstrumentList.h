@@ -18,7 +18,7 @@ class InstrumentList {
 public:
     InstrumentList() = default; ///< Nothing.
     /// Instruments whose ISIN IsServable refuses, that come a second time, that have no Price or an impossible
-    /// interval, and live ones of other rows than single ticks are left out with a line in the log.
+    /// interval, and live ones whose rows aren't single ticks are left out with a line in the log.
     InstrumentList(ProviderBase& a_provider, std::vector<StoreInstrument>&& a_instruments);
 
     /// StoreProvider::IsServable.

@@ -12,7 +12,7 @@
 
 namespace kalvento::internal {
 
-/// The list of instruments as it was read last, and what was seen of their days since then. Any thread.
+/// The list of instruments as last read, and what was seen of their days since then. Any thread.
 class KnownInstruments {
 public:
     /// Never null; empty before the first one was read.
@@ -26,7 +26,7 @@ public:
     /// Days with rows, as far as they are known; empty where there are none.
     std::optional<RangeData> GetDays(const std::string& a_isin) const;
 
-    /// Whether somebody who was served from the one can't go on with the other (null: it went).
+    /// Whether a subscription served from the one can't go on with the other (null: it is gone).
     static bool HasOtherRows(const StoreInstrument& a_before, const StoreInstrument* a_now);
 
 private:

@@ -36,7 +36,7 @@ void LiveItems::Mark(const std::string& a_isin)
         const std::lock_guard lock(m_mutex);
         m_marked.insert(a_isin);
     }
-    m_wake.notify_one(); // without the lock, which it would run into: this is the way of every live row
+    m_wake.notify_one(); // without contending for the lock: every live row comes this way
 }
 
 void LiveItems::Restart(const std::set<std::string>& a_items)

@@ -20,16 +20,17 @@ class SessionState;
 /// the current states. Any thread but for Take, which is the live thread's.
 class LiveItems {
 public:
-    /// Waits for items with news; none at the end.
+    /// Waits for items with news; gives none at the end.
     std::set<std::string> Take();
     void Quit();
 
     /// The item has news.
     void Mark(const std::string& a_isin);
-    /// The store is connected again: these have news, and no pause holds any more.
+    /// The store is connected again: these have news, and all pauses are over.
     void Restart(const std::set<std::string>& a_items);
 
-    /// The item couldn't be told. How long to wait before Retry, which does nothing where the failure was forgotten.
+    /// The item couldn't be delivered. Returns how long to wait before Retry, which does nothing where the failure was
+    /// forgotten.
     std::chrono::milliseconds NoteFailure(const std::string& a_isin);
     void Retry(const std::string& a_isin);
     void ForgetFailure(const std::string& a_isin);
@@ -41,8 +42,8 @@ public:
     void DropSession(const std::string& a_isin);
     /// Those of instruments whose rows changed.
     void DropStaleSessions(const InstrumentList& a_before, const InstrumentList& a_now);
-    /// Null where there is none. One that isn't wanted is dropped; a_isWanted is asked under the lock, so that whoever
-    /// comes to want it meanwhile either is seen or finds none, and has one made.
+    /// Null where there is none. One that isn't wanted is dropped; a_isWanted is asked under the lock, so that a
+    /// subscription that starts to want it meanwhile is either seen, or finds none and has one made.
     std::shared_ptr<SessionState> UseSession(const std::string& a_isin,
                                              const std::function<bool()>& a_isWanted);
 

@@ -32,7 +32,7 @@ void LiveThread::TryItem(const std::string& a_isin)
         m_parts.live.ForgetFailure(a_isin);
     } catch (const DamagedData&) {
         LogStoreFailure(m_parts.provider, "LiveThread::TryItem", __LINE__, a_isin);
-        RetryItem(a_isin); // the pause keeps this thread quiet until the end was told
+        RetryItem(a_isin); // the pause keeps this thread quiet until the end was announced
         m_cutOff(a_isin);
     } catch (...) {
         // The positions stay where they are: the retry, or the new connection, goes on from there.
@@ -44,7 +44,7 @@ void LiveThread::TryItem(const std::string& a_isin)
 void LiveThread::RetryItem(const std::string& a_isin)
 {
     const auto pause = m_parts.live.NoteFailure(a_isin);
-    // Without a connection there is nothing to try: with the next one all begins anew.
+    // Without a connection there is nothing to try: everything starts again with the next one.
     if (m_parts.connection.IsConnected())
         m_parts.past.CallLater(pause, [this, a_isin] { m_parts.live.Retry(a_isin); });
     else

@@ -11,13 +11,14 @@ namespace kalvento::internal {
 class SessionState;
 struct StoreParts;
 
-/// The thread that tells what is live: of each item with news, the rows from the positions of its subscriptions on, and
-/// the current state, which all of them share.
+/// The thread that delivers live data: for each item with news, the rows from the positions of its subscriptions on,
+/// and the current state, which all of them share.
 ///
 /// What the store raises costs the item at hand a pause and nothing else: the positions stay where they are.
 class LiveThread {
 public:
-    /// a_cutOff, of an item whose data are damaged: ends those whom this thread tells of it, on the thread of the past.
+    /// a_cutOff, for an item whose data is damaged: ends the subscriptions that this thread serves, on the thread of
+    /// the past.
     LiveThread(StoreParts& a_parts, std::function<void(const std::string& a_isin)> a_cutOff);
 
     /// Waits for the end, to which LiveItems::Quit lets it come.

@@ -9,7 +9,7 @@ class IMarketStore;
 
 namespace kalvento::internal {
 
-/// Corporate operations of a store, each list kept in a file beside the instrument's history as well, so that they are
+/// Corporate operations of a store, each list also kept in a file beside the instrument's history, so that they are
 /// there while the store can't be read. Any thread.
 class OperationsKeeper {
 public:

@@ -18,7 +18,7 @@ namespace kalvento::internal {
 /// that thread's.
 class PastQueue {
 public:
-    /// A task, or else a subscription that takes a step; neither at the end.
+    /// A task, or else a subscription whose step is due; neither at the end.
     struct Turn {
         std::function<void()> task;
         ServedPtr served;
@@ -33,10 +33,10 @@ public:
     void Add(const std::vector<ServedPtr>& a_served);
     void CallLater(std::chrono::milliseconds a_pause, std::function<void()> a_call);
 
-    /// Sets it aside until its item has news or all are released. With a pause it takes its turn after that one, and
-    /// news of the item doesn't cut the pause short.
+    /// Sets it aside until its item has news or all are released. With a pause it takes its turn after the pause, which
+    /// news of the item doesn't cut short.
     void SetAside(const ServedPtr& a_served, std::optional<std::chrono::milliseconds> a_pause);
-    /// Gives one that was set aside such a pause; nothing where it has been released since.
+    /// Gives one that was set aside such a pause; does nothing where it has been released since.
     void RetryAfter(std::chrono::milliseconds a_pause, const ServedPtr& a_served);
     void ReleaseItem(const std::string& a_isin);
     void ReleaseAll();

@@ -33,25 +33,25 @@ public:
 
     using Subscription::Subscription;
 
-    // The position: the row that is to be told next as a record. Any thread; each operation takes Lock.
+    // The position: the row to be delivered next as a record. Any thread; each operation takes Lock.
 
     void SetPosition(std::uint64_t a_row, const std::optional<NDateTime>& a_timeBefore);
     std::uint64_t GetPosition() const;
-    /// Empty unless the live thread tells the rows.
+    /// Empty unless the live thread delivers the rows.
     std::optional<std::uint64_t> GetLivePosition() const;
-    /// Whose turn it is to tell the rows: the live thread's, or else that of the past's.
+    /// Whose turn it is to deliver the rows: the live thread's, or else that of the past.
     void SetLive(bool a_isLive);
-    /// Without Lock, so that nobody waits for a past that is being told.
+    /// Without Lock, so that nobody waits while the past is being delivered.
     bool IsLive() const { return m_isLive; }
-    /// Tells those of the rows that the subscription is owed, the position moving along. The first of them has the
-    /// number a_first. a_isLive: which thread it is, and hence whose turn it must be.
+    /// Delivers those of the rows that the subscription is owed and moves the position along. The first of them has the
+    /// number a_first. a_isLive: which thread this is, and hence whose turn it must be.
     void TellRows(bool a_isLive, const History& a_rows, std::uint64_t a_first);
 
     // The thread of the past alone.
     EStage stage = EBegin;
     std::optional<StoreInstrument> instrument;
     IntervalAndMultiplicity interval;
-    std::optional<HistoryOperations> operations; // as told
+    std::optional<HistoryOperations> operations; // as delivered
     std::uint64_t nextHistory = 0;               // row that the history goes on with
     std::uint64_t endHistory = 0;
     std::uint64_t firstSynchronized = 0;
@@ -59,7 +59,7 @@ public:
     std::uint64_t endSynchronized = 0;    // also where records go on without a synchronization
     std::unique_ptr<PieceFolder> fold;
     bool mustSynchronize = false;     // once more, after a break
-    bool mustCheckOperations = false; // they may have changed since they were told
+    bool mustCheckOperations = false; // they may have changed since they were delivered
     bool historyDone = false;
     FailurePause pause; // after the next failure
     // The live thread alone.
@@ -68,7 +68,7 @@ public:
 private:
     std::atomic<bool> m_isLive = false; // changes under Lock
     std::uint64_t m_nextRow = 0;
-    std::optional<NDateTime> m_timeBefore; // of the row before it, where that was told
+    std::optional<NDateTime> m_timeBefore; // of the row before it, where that was delivered
 };
 using ServedPtr = std::shared_ptr<Served>;
 

@@ -23,7 +23,7 @@ public:
 
     /// The number of the row that is to be added next.
     std::uint64_t GetNextRow() const { return m_nextRow; }
-    /// Begins at that row, of which the day is the session's; a_reference: last price of the day before.
+    /// Begins at that row, whose day is the session's; a_reference: last price of the day before.
     void BeginAt(std::uint64_t a_row, std::optional<double> a_reference);
     /// Rows from a_from (a place in a_rows) on, the first of them being GetNextRow. A row of another day begins a
     /// session.
@@ -46,7 +46,7 @@ public:
     CurrentState GetWholeState() const;
     Offers GetWholeOffers() const;
 
-    /// Everybody has heard of the changes.
+    /// All changes have been delivered.
     void MarkTold();
 
 private:

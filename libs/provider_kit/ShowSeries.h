@@ -4,9 +4,9 @@
 
 namespace kalvento::internal {
 
-/// SetDataIfChanged that tells whether it did anything.
+/// SetDataIfChanged that says whether it did anything.
 bool ShowSeries(SettableVariables& a_values, ESeriesId a_series, double a_value);
-/// ResetDataSeries that tells whether it did anything.
+/// ResetDataSeries that says whether it did anything.
 bool HideSeries(SettableVariables& a_values, ESeriesId a_series);
 
 } // namespace kalvento::internal

@@ -27,8 +27,8 @@ StoreEngine::StoreEngine(ProviderBase& a_provider, std::unique_ptr<IMarketStore>
 StoreEngine::~StoreEngine()
 {
     End();
-    // First, while all the rest stands: a store that tells its listener to the last ends its threads here at the
-    // latest.
+    // First, while all the rest is still there: a store that calls its listener to the last ends its threads here at
+    // the latest.
     m_parts.store.reset();
 }
 
@@ -152,7 +152,7 @@ void StoreEngine::RunTask(const std::function<void()>& a_task, std::uint64_t a_n
     } catch (...) {
         LogStoreFailure(m_parts.provider, "StoreEngine::RunTask", __LINE__, {});
         m_parts.past.CallLater(m_taskPause.Take(), [this, a_task, a_news] {
-            // With a new connection all is read anew.
+            // After a new connection everything is read again.
             if (m_parts.connection.IsOnSince(a_news))
                 m_parts.past.AddTask([this, a_task, a_news] { RunTask(a_task, a_news); });
         });
@@ -174,7 +174,7 @@ void StoreEngine::RunStep(const ServedPtr& a_served)
     } catch (const DamagedData&) {
         CutOffDamaged(*a_served);
     } catch (...) {
-        // Nothing is lost: the stage begins once more.
+        // Nothing is lost: the stage starts again.
         LogStoreFailure(m_parts.provider, "StoreEngine::RunStep", __LINE__, a_served->GetIsin());
         std::optional<std::chrono::milliseconds> pause;
         if (m_parts.connection.IsConnected())
@@ -210,7 +210,7 @@ void StoreEngine::ReadInstruments()
     auto now = std::make_shared<const InstrumentList>(m_parts.provider, m_parts.store->ReadInstruments());
     const auto before = m_parts.instruments.Replace(now);
     if (before) {
-        // What was made of stale rows, whether somebody is served from it or not.
+        // What was made from stale rows, whether or not a subscription uses it.
         m_parts.live.DropStaleSessions(*before, *now);
         TellConsumers();
         EndWhatIsGone(*before, *now);
@@ -250,10 +250,10 @@ void StoreEngine::EndWhatIsGone(const InstrumentList& a_before, const Instrument
     }
 }
 
-// Those whom the live thread tells of the item. Others may never come upon the rows that are damaged.
+// Those whom the live thread serves. Others may never reach the damaged rows.
 void StoreEngine::CutOffItem(const std::string& a_isin)
 {
-    const auto subscriptions = m_parts.book.SubscriptionsOf(a_isin); // the book lets go of those that end
+    const auto subscriptions = m_parts.book.SubscriptionsOf(a_isin); // the book drops those that end
     for (const auto& subscription : *subscriptions) {
         auto& served = static_cast<Served&>(*subscription);
         const bool wantsSession = served.stage > Served::ESession && served.Wants(ParamsBase::S_kindDataCS);
@@ -272,8 +272,8 @@ void StoreEngine::Reconnect(std::uint64_t a_news)
     Revisit(true);
 }
 
-// After a break (a_synchronize), or when operations may have changed: lets those that wait go on, and visits those that
-// are live again.
+// After a break (a_synchronize), or when operations may have changed: lets waiting ones go on, and visits live ones
+// again.
 void StoreEngine::Revisit(bool a_synchronize)
 {
     std::set<std::string> items;
@@ -290,15 +290,15 @@ void StoreEngine::Revisit(bool a_synchronize)
     m_parts.live.Restart(items);
 }
 
-// Whether the subscription was as far as being live and begins at its operations once more.
+// Whether the subscription was already live and starts again at its operations.
 bool StoreEngine::MustGoBack(Served& a_served, bool a_synchronize)
 {
     a_served.mustCheckOperations = a_served.GetParams().GetRequestParams().NeedsDataOperationInfo();
-    // From the catching up on, the first synchronization has been told.
+    // From the catching up on, the first synchronization has been delivered.
     const bool wasSynchronized = a_served.IsLive() || a_served.stage == Served::ECatchUp;
     if (a_synchronize && wasSynchronized && a_served.instrument->live &&
         a_served.Wants(ParamsBase::S_kindDataSynchro)) {
-        // The rows to come are told after the new synchronization.
+        // Further rows are delivered after the new synchronization.
         a_served.SetLive(false);
         a_served.mustSynchronize = true;
     } else if (!a_served.IsLive() || !a_served.mustCheckOperations) {

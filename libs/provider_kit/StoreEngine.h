@@ -18,21 +18,21 @@ namespace kalvento::internal {
 ///
 /// The thread of the past takes each subscription from its start to where the live thread can go on with it:
 /// operations, history, synchronization. It works in steps of one part of the rows and takes the next subscription
-/// after each, so that a short one needn't wait for a long one. The live thread tells whoever has got so far the rows
-/// from its position on. A subscription's position changes under its number's lock only, which is what joins the two
-/// without a gap. SubscriptionSteps has the steps, LiveThread the other thread, StoreParts what both of them use and
-/// the rules of its locks; here is what becomes of all when the store has news.
+/// after each, so that a short one needn't wait for a long one. The live thread delivers the rows from there on to each
+/// subscription that has got so far. A subscription's position changes under its number's lock only, which is what
+/// joins the two without a gap. SubscriptionSteps has the steps, LiveThread the other thread, StoreParts what both of
+/// them use and the rules of its locks; here is what happens when the store has news.
 ///
 /// What a store raises, and rows that aren't as IMarketStore promises, cost the step or the item at hand and nothing
 /// else: it waits for the new connection where the store says that it is broken, and otherwise for a pause that doubles
-/// with every failure in a row. News of the item doesn't cut the pause short, or a store that fails at each row would
-/// fill the log. DamagedData ends the subscriptions that came upon it.
+/// with every consecutive failure. News of the item doesn't cut the pause short, or a store that fails at each row
+/// would fill the log. DamagedData ends the subscriptions that ran into it.
 class StoreEngine : public IMarketStoreListener {
 public:
     StoreEngine(ProviderBase& a_provider, std::unique_ptr<IMarketStore> a_store);
     ~StoreEngine() override;
 
-    /// Closes the store, ends all subscriptions and the threads. Once is enough; more do nothing.
+    /// Closes the store, ends all subscriptions and the threads. Further calls do nothing.
     void End();
     void SwitchConnection(bool a_connect);
     bool Start(const Subscribe::StartParams& a_params);
@@ -68,7 +68,7 @@ private:
     std::mutex m_switch; // held over Open and Close
     bool m_hasEnded = false;
     LiveThread m_live;
-    SubscriptionSteps m_steps; // of the past's thread alone, as the next one
+    SubscriptionSteps m_steps; // of the past's thread alone, like the next one
     FailurePause m_taskPause;
     std::thread m_past; // last: it uses all the others
 };

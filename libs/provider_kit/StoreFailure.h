@@ -9,7 +9,7 @@ class ProviderBase;
 
 namespace kalvento::internal {
 
-/// The pause after a failure of the store, which doubles with every failure in a row.
+/// The pause after a failure of the store, which doubles with every consecutive failure.
 class FailurePause {
 public:
     /// The length of the pause that begins now.
@@ -17,7 +17,7 @@ public:
     void Reset() { m_next = S_first; }
 
 private:
-    // Short enough for a store that stumbled once, long enough for one that never gets up.
+    // Short enough for a store that failed once, long enough for one that keeps failing.
     static constexpr std::chrono::milliseconds S_first{250};
     static constexpr std::chrono::milliseconds S_longest = std::chrono::seconds(8);
 

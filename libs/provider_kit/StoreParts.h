@@ -17,8 +17,8 @@
 
 namespace kalvento::internal {
 
-/// What the threads of a StoreProvider share. Each part has a lock of its own, and guards with it what is its own and
-/// nothing else. Who holds what when a lock is taken:
+/// What the threads of a StoreProvider share. Each part has a lock of its own, which guards its own data and nothing
+/// else. Who holds what when a lock is taken:
 ///
 /// 1. A number's lock (SubscriptionBook::Subscription::Lock): none, or that of the callback one is in. Callbacks run
 ///    under it, and may call any operation of the provider. Two callbacks that stop each other's number wait for ever.

@@ -10,23 +10,23 @@ namespace kalvento::internal {
 class StoreEngine;
 }
 
-/// A whole provider over a store of numbered rows: what is left to a plug-in is the store, and ProviderCommand or the
-/// login where it has something of its own to say there.
+/// A whole provider over a store of numbered rows: a plug-in adds only the store, and ProviderCommand or the login
+/// where it needs its own.
 ///
 /// Life: nothing is opened before SwitchConnection(true), which the host calls after Init; that lists the instruments
-/// and tells the host (AssetsChanged). Before that there are no assets, and a subscription waits.
+/// and informs the host (AssetsChanged). Before that there are no assets, and a subscription waits.
 /// SwitchConnection(false) and Disconnect close the store; subscriptions wait for the next connection, and so they do
 /// while a connection is broken. StopWork or the destructor ends all; a derived class needs no destructor of its own
 /// for that.
 ///
-/// What is delivered (docs/provider_kit.md tells it at length): the history folded to the interval of the request, up
-/// to the first row of the synchronization where one is asked for and otherwise through the last row; the
-/// synchronization in single ticks, from the begin of the window that holds the last row; then each row as a record.
-/// Each subscription knows the number of the row that it is owed next, which is why nothing is left out or told twice,
-/// whatever breaks in between. A current state is the session of the last day with rows.
+/// What is delivered (docs/provider_kit.md has the details): the history folded to the interval of the request, up to
+/// the first row of the synchronization where one is asked for and otherwise through the last row; the synchronization
+/// in single ticks, from the start of the window that holds the last row; then each row as a record. Each subscription
+/// knows the number of the next row that it is owed, so nothing is left out or repeated, whatever breaks in between. A
+/// current state is the session of the last day with rows.
 ///
-/// Two threads of its own: one tells what is past, the other what is live, so that a long history doesn't delay the
-/// live rows of others.
+/// Two threads of its own: one delivers the past, the other live data, so that a long history doesn't delay the live
+/// rows of others.
 class StoreProvider : public ProviderBase {
 public:
     /// a_store: not null, not open.
@@ -53,7 +53,8 @@ public:
     void StopSubscription(const Subscribe::StopParams& a_params) override;
 
     std::vector<std::shared_ptr<Asset>> GetAssets() const override;
-    /// One for each group that an instrument names, by name. A number is made of the name: it is the same in every run.
+    /// One for each group that an instrument names, by name. A number is made from the name, so it is the same in every
+    /// run.
     std::vector<AssetsGroup> GetAssetsGroups() const override;
     std::optional<AssetsGroup> GetAssetsGroupForAssetsGroupId(const AssetsGroupId& a_groupId) override;
     std::shared_ptr<Asset> GetAssetByIsin(const std::string& a_isin) override;
@@ -73,7 +74,8 @@ public:
     bool StartSessionStatistics(IStatisticsSessionReceiver* a_receiver) override;
     void StopSessionStatistics(IStatisticsSessionReceiver* a_receiver) override;
 
-    /// Whether the ISIN can be the name of a folder. An instrument of another one isn't served: paths are made from it.
+    /// Whether the ISIN can be the name of a folder. An instrument whose ISIN can't isn't served: paths are made from
+    /// it.
     static bool IsServable(const std::string& a_isin);
 
 protected:

@@ -27,7 +27,7 @@ SubscriptionBook::EBooking SubscriptionBook::Book(const ProviderBase& a_provider
     Number& number = m_numbers[{params.GetConsumer(), params.GetRequestId()}];
     if (number.booked)
         return EBookingAlreadyBooked;
-    // A callback of the number's last life may be running still: those of the new one wait for it.
+    // A callback of the number's last life may still be running: those of the new one wait for it.
     a_subscription->m_lock = number.lock.lock();
     if (!a_subscription->m_lock)
         number.lock = a_subscription->m_lock = std::make_shared<NumberLock>();
@@ -57,7 +57,7 @@ bool SubscriptionBook::Stop(const Subscribe::StopParams& a_params)
     }
     if (!numberLock)
         return false;
-    // Before the wait: a long row of callbacks is cut short after the one that runs.
+    // Before the wait: a long run of callbacks is cut short after the current one.
     bool over = false;
     if (subscription) {
         const unsigned int ending =

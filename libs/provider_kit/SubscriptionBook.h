@@ -16,12 +16,12 @@
 
 /// The subscriptions of one provider, and what IConsumer and ProviderBase promise about their callbacks: those of one
 /// request number come one at a time, none comes after the stop, a stop waits for the one that runs (unless it is
-/// called from inside of it), and what a callback throws is logged and ends nothing. The order of callbacks is the
+/// called from inside it), and what a callback throws is logged and ends nothing. The order of callbacks is the
 /// provider's.
 ///
 /// Any thread, for all operations. No lock of the book is held while a callback runs but that of its request number, so
-/// a callback may start and stop subscriptions, its own number included. A provider takes no lock of its own around
-/// Tell, End, Stop and Close that a callback could want too.
+/// a callback may start and stop subscriptions, its own number included. A provider holds no lock of its own around
+/// Tell, End, Stop and Close that a callback might take.
 class SubscriptionBook {
 public:
     using NumberLock = std::recursive_mutex;
@@ -41,7 +41,7 @@ public:
         bool Wants(unsigned int a_kinds) const { return (m_kinds & a_kinds) != 0; }
         bool IsOver() const { return m_kinds == 0; }
         /// Keeps all others from calling the consumer under this number, so that what is done meanwhile and several
-        /// callbacks make one step. Only for a subscription that was booked.
+        /// callbacks form one step. Only for a subscription that was booked.
         std::unique_lock<NumberLock> Lock() const { return std::unique_lock(*m_lock); }
 
     private:
@@ -56,14 +56,14 @@ public:
 
     enum EBooking : std::uint32_t {
         EBookingRefused,       ///< StartSubscription answers false. The log says why.
-        EBookingAlreadyBooked, ///< The pair is served already: StartSubscription answers true and does nothing.
+        EBookingAlreadyBooked, ///< The pair is already served: StartSubscription answers true and does nothing.
         EBookingDone
     };
 
     /// Checks what is asked for (ProvidersHelper::ValidateSubscribeParameters) and books it. All is refused after
     /// Close.
     EBooking Book(const ProviderBase& a_provider, const std::shared_ptr<Subscription>& a_subscription);
-    /// All of ProviderBase::StopSubscription. True where the item that was subscribed to has nobody left.
+    /// All of ProviderBase::StopSubscription. True where nobody is left on the item.
     bool Stop(const Subscribe::StopParams& a_params);
     /// Ends all, waits for the callbacks that run, and refuses what comes after: what OnStopWork owes the consumers.
     void Close();
@@ -92,8 +92,8 @@ public:
         Call(a_subscription, std::forward<Callback>(a_callback));
     }
 
-    /// Those of one item, in the order of booking, as they stand now; never null. Costs one look-up: the list is made
-    /// anew only when it changes. What ends afterwards stays in it and is skipped by Tell.
+    /// Those of one item, in the order of booking, as of now; never null. Costs one look-up: the list is rebuilt only
+    /// when it changes. What ends afterwards stays in it and is skipped by Tell.
     std::shared_ptr<const Subscriptions> SubscriptionsOf(const std::string& a_isin) const;
     /// All of them.
     Subscriptions GetAll() const;

@@ -23,7 +23,7 @@ unsigned int OfferedKinds(const StoreInstrument& a_instrument)
     return a_instrument.live ? always | ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord : always;
 }
 
-// Empty after the last day of the calendar. By the number of the day: the field of the year has no place for 9999.
+// Empty after the last day of the calendar. By the number of the day: the year field can't hold 9999.
 std::optional<NDateTime> DayAfter(const NDateTime& a_time)
 {
     const NDateTime day = NDateTime::FromDouble(a_time.GetAbsoluteDay() + 1.0);
@@ -74,8 +74,8 @@ SubscriptionSteps::EStep SubscriptionSteps::Begin(Served& a_served)
         Refuse(a_served, L"Waloru nie można pokazać w tym interwale");
         return EStepDone;
     }
-    // Where history ends and what is live begins, whatever is added while the past is told. Before all else that takes
-    // time: records that no past is asked for with begin with the first row that comes from here on.
+    // Where history ends and what is live begins, whatever is added while the past is delivered. Before anything that
+    // takes time: records asked for without a past start with the first row that comes from here on.
     a_served.endSynchronized = m_parts.store->GetRowCount(a_served.GetIsin());
     a_served.instrument = *instrument;
     // Without a history the interval of a request is free, and may be nonsense.
@@ -233,7 +233,7 @@ SubscriptionSteps::EStep SubscriptionSteps::CatchUp(Served& a_served)
     if (a_served.instrument->live && a_served.Wants(ParamsBase::S_kindDataRecord)) {
         const std::uint64_t first = a_served.GetPosition();
         const std::uint64_t count = m_parts.store->GetRowCount(isin);
-        // So many rows would hold up the live thread.
+        // This many rows would hold up the live thread.
         if (count > first + CheckedRows::S_atOnce) {
             a_served.TellRows(false, m_parts.rows.Read(isin, first, first + CheckedRows::S_atOnce), first);
             return EStepMore;

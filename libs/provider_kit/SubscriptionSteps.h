@@ -27,7 +27,7 @@ public:
 
     /// One step, of one part of the rows at most. What it raises leaves the subscription at the stage where it was.
     EStep Step(Served& a_served);
-    /// Ends what can't go on, by a refusal where the history was not told to its end.
+    /// Ends what can't go on, by a refusal where the history was not delivered to its end.
     void CutOff(Served& a_served, std::wstring_view a_reason);
 
 private:

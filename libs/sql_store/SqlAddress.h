@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-/// Where a database is, taken from the text that users of PostgreSQL know: "host=... dbname=... user=..." or
+/// Where a database is, taken from the text forms that users of PostgreSQL know: "host=... dbname=... user=..." or
 /// "postgresql://...". Forms: https://www.postgresql.org/docs/15/libpq-connect.html#LIBPQ-CONNSTRING
 class SqlAddress {
 public:
@@ -12,7 +12,7 @@ public:
     explicit SqlAddress(const std::string& a_connection);
 
     bool IsEmpty() const { return m_connection.empty(); }
-    /// For libpq, with what finds out a machine that is gone in about 20 seconds. Holds the password: never logged.
+    /// For libpq, with settings that detect a vanished machine in about 20 seconds. Holds the password: never logged.
     const std::string& GetConnection() const { return m_connection; }
     /// For the user and the log: database and host, without user and password. UTF-8.
     const std::string& GetDescription() const { return m_description; }

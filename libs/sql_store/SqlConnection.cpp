@@ -40,8 +40,9 @@ pqxx::connectionpolicy::handle SqlConnection::Policy::do_startconnect(handle a_c
 void SqlConnection::Policy::Connect(handle a_connection) const
 {
     const auto deadline = std::chrono::steady_clock::now() + m_patience;
-    // As told at https://www.postgresql.org/docs/15/libpq-connect.html#LIBPQ-PQCONNECTSTARTPARAMS: before the first
-    // call of PQconnectPoll one waits as if it had asked to write. The socket may be another one at each step.
+    // As documented at https://www.postgresql.org/docs/15/libpq-connect.html#LIBPQ-PQCONNECTSTARTPARAMS: before the
+    // first call of PQconnectPoll one waits as if it had asked to write. The socket may be a different one at each
+    // step.
     auto step = PQstatus(a_connection) == CONNECTION_BAD ? PGRES_POLLING_FAILED : PGRES_POLLING_WRITING;
     while (step != PGRES_POLLING_OK) {
         if (step == PGRES_POLLING_FAILED)
@@ -86,7 +87,7 @@ SqlConnection::~SqlConnection() noexcept
 
 void SqlConnection::SetUpSession(EUse a_use)
 {
-    // A database or a role may have settings of its own, on which neither the form of values nor our safety may hang.
+    // A database or a role may have settings of its own, on which neither the form of values nor our safety may depend.
     std::string settings =
         "SET search_path = kalvento; SET client_encoding = 'UTF8'; SET bytea_output = 'hex'; SET extra_float_digits = 1;"
         "SET default_transaction_isolation = 'read committed'; SET idle_in_transaction_session_timeout = '60s';";

@@ -14,7 +14,7 @@ class SqlConnection : public pqxx::connection_base {
 public:
     enum EUse : std::uint32_t {
         EReading, ///< Statements of half a minute at most.
-        EWriting  ///< Of ten minutes, for bulk loads; a commit is on the disk when it is told.
+        EWriting  ///< Of ten minutes, for bulk loads; a commit is on the disk when it returns.
     };
 
     /// Connects. Raises pqxx::broken_connection (UTF-8) where that fails, takes too long or is interrupted.
@@ -22,7 +22,7 @@ public:
     ~SqlConnection() noexcept;
 
 private:
-    // The way to connect that libpqxx is told: step by step, looking at the interrupt in between.
+    // How libpqxx is to connect: step by step, looking at the interrupt in between.
     class Policy : public pqxx::connectionpolicy {
     public:
         Policy(const SqlAddress& a_address, std::shared_ptr<SqlInterrupt> a_interrupt);

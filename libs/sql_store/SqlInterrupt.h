@@ -7,7 +7,8 @@
 #include <set>
 
 /// Ends whatever waits for the server: connecting, a statement that runs, a wait for notifications. A server that hangs
-/// answers nobody, also no request to cancel, so the sockets are shut on this side. Safe from any thread; works once.
+/// answers nobody, not even a request to cancel, so the sockets are shut on this side. Safe from any thread; works
+/// once.
 class SqlInterrupt {
 public:
     /// Raises std::system_error where the system has no more descriptors.

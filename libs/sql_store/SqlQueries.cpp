@@ -21,7 +21,7 @@ std::uint64_t ToNumber(std::int64_t a_value)
 /// Why instruments can't be read, by their numbers.
 using Damages = std::map<int, std::string>;
 
-// Reads something of one instrument that the server has answered already.
+// Reads something of one instrument from an answer already received.
 template<class Reading>
 void ReadPart(int a_number, Damages& a_damages, const Reading& a_reading)
 {
@@ -75,7 +75,7 @@ NDateTime DayOf(const pqxx::field& a_day, const NDateTime& a_absent)
     return {std::stoul(day.substr(0, 4)), std::stoul(day.substr(5, 2)), std::stoul(day.substr(8, 2))};
 }
 
-// The first row whose day compares so with a_day; the count of rows where there is none.
+// The first row whose day compares to a_day in that way; the count of rows where there is none.
 std::uint64_t FindDay(pqxx::transaction_base& a_transaction, const SqlQueries::Shape& a_shape,
                       const std::string& a_day, const char* a_comparison)
 {
@@ -86,7 +86,7 @@ std::uint64_t FindDay(pqxx::transaction_base& a_transaction, const SqlQueries::S
     return found.empty() ? a_shape.rowCount : ToNumber(found[0][0].as<std::int64_t>());
 }
 
-// Empty where the instrument went.
+// Empty where the instrument is gone.
 std::optional<NDateTime> ReadTimeOf(pqxx::transaction_base& a_transaction, const std::string& a_isin,
                                     const SqlQueries::Shape& a_shape, std::uint64_t a_row)
 {
@@ -154,7 +154,7 @@ std::vector<StoreInstrument> SqlQueries::ReadInstruments(pqxx::transaction_base&
         instrument.longName = SqlRowForm::ReadBytes(row[3]);
         instrument.market = SqlRowForm::ReadBytes(row[4]);
         instrument.live = row[7].as<bool>();
-        // Never given out twice: an instrument that was removed and made anew has other rows.
+        // Never given out twice: an instrument that was removed and recreated has other rows.
         instrument.generation = static_cast<std::uint64_t>(number);
         instrument.series = ownSeries->second;
         if (const auto own = groups.find(number); own != groups.end())
@@ -194,7 +194,7 @@ std::uint64_t SqlQueries::FindRow(pqxx::transaction_base& a_transaction, const s
     const auto time = SqlRowForm::WriteTime(a_time);
     if (!shape)
         return 0;
-    // A time that no row can have lies before all of them, such as the zero time, or behind, such as the year 9999.
+    // A time that no row can have lies before all of them, such as the zero time, or after, such as the year 9999.
     if (!time)
         return a_time.ToDouble() > 0.0 ? shape->rowCount : 0;
     // The index finds the day; within it the rows are compared as everywhere, by NDateTime, whose order isn't that of

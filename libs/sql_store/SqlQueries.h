@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-/// What SqlStore and SqlWriter both ask the database. Raises pqxx::pqxx_exception, and DamagedData for answers that
-/// nothing of ours can have put there.
+/// What SqlStore and SqlWriter both ask the database. Raises pqxx::pqxx_exception, and DamagedData for answers that our
+/// code can't have put there.
 namespace SqlQueries {
 
 /// What reading rows of an instrument needs.
@@ -29,10 +29,10 @@ std::vector<StoreInstrument> ReadInstruments(pqxx::transaction_base& a_transacti
 /// As IMarketStore::FindRow.
 std::uint64_t FindRow(pqxx::transaction_base& a_transaction, const std::string& a_isin,
                       const NDateTime& a_time);
-/// A row that was counted isn't there: raises DamagedData, unless the instrument went meanwhile.
+/// A row that was counted isn't there: raises DamagedData, unless the instrument has gone meanwhile.
 void CheckMissing(pqxx::transaction_base& a_transaction, const std::string& a_isin, const Shape& a_shape,
                   std::uint64_t a_row);
-/// Positions beyond what the database can hold are those of no row.
+/// Positions beyond what the database can hold belong to no row.
 std::int64_t ToPosition(std::uint64_t a_position);
 
 } // namespace SqlQueries

@@ -9,12 +9,12 @@
 #include <string_view>
 #include <vector>
 
-/// How values stand in the database, there and back bit for bit. What comes from the database is not trusted: a text of
-/// another form raises DamagedData.
+/// How values are stored in the database, bit for bit there and back. What comes from the database is not trusted: a
+/// text of another form raises DamagedData.
 namespace SqlRowForm {
 
 /// A time in whole numbers that people can query, and the day number beside them: values of one calendar time differ in
-/// it, by whether the ordering counter is part of it.
+/// it by whether it includes the ordering counter.
 struct TimeColumns {
     std::string day;       ///< "2024-05-17".
     std::string second;    ///< Of the day, 0 to 86399.
@@ -41,7 +41,7 @@ void ReadNumbers(std::string_view a_text, std::vector<double>& a_values);
 /// Opaque bytes, as a parameter and out of a column of type bytea.
 pqxx::binarystring WriteBytes(std::string_view a_bytes);
 std::string ReadBytes(const pqxx::field& a_field);
-/// Wide text stands in bytea as UTF-8.
+/// Wide text is stored in bytea as UTF-8.
 pqxx::binarystring WriteText(std::wstring_view a_text);
 std::wstring ReadText(const pqxx::field& a_field);
 
@@ -49,7 +49,7 @@ std::wstring ReadText(const pqxx::field& a_field);
 std::string ToLogText(std::string_view a_utf8);
 /// What the exception in flight says, in CP1250: the texts of libpqxx are UTF-8, all others are our own.
 std::string ReasonInFlight();
-/// Whether the exception in flight tells of the values that were asked for, and not of the server or the way there.
+/// Whether the exception in flight is about the values asked for, and not about the server or the way there.
 bool IsDamageInFlight();
 
 } // namespace SqlRowForm

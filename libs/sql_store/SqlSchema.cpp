@@ -7,8 +7,8 @@
 
 namespace {
 
-// Names are bytes that no encoding of a database need accept, so they stand in bytea. The columns of times are told in
-// SqlRowForm.h. Rows have no foreign key: it would be looked up for each of a million rows, and they come and go
+// Names are bytes that a database's encoding need not accept, so they are stored as bytea. SqlRowForm.h describes the
+// columns of times. Rows have no foreign key: it would be looked up for each of a million rows, and they come and go
 // with their instrument anyway, under its lock.
 constexpr const char* S_tables = R"sql(
 CREATE SCHEMA IF NOT EXISTS kalvento;
@@ -82,7 +82,7 @@ constexpr const char* S_lock = "SELECT pg_advisory_xact_lock(5496825413741)";
 
 bool Exists(pqxx::transaction_base& a_transaction)
 {
-    // Not by to_regclass: it may answer out of a cache that is older than the lock.
+    // Not by to_regclass, which may answer out of a cache that is older than the lock.
     return a_transaction
         .exec1("SELECT EXISTS (SELECT FROM pg_class JOIN pg_namespace ON pg_namespace.oid = relnamespace"
                " WHERE relname = 'state' AND nspname = 'kalvento')")[0]
@@ -91,7 +91,7 @@ bool Exists(pqxx::transaction_base& a_transaction)
 
 void CheckVersion(pqxx::transaction_base& a_transaction)
 {
-    // By its whole name: who may not use the schema is told so, instead of there being no such table.
+    // By its full name: then a user who may not use the schema is told so, and not that there is no such table.
     const int version = a_transaction.exec1("SELECT version FROM kalvento.state")[0].as<int>();
     if (version != SqlSchema::S_version)
         throw std::runtime_error(std::string("Tabele w bazie mają wersję "_cp1250) + std::to_string(version) +
@@ -102,7 +102,7 @@ void CheckVersion(pqxx::transaction_base& a_transaction)
 
 void SqlSchema::Ensure(pqxx::connection_base& a_connection)
 {
-    // Most users may read only: nothing is locked or created where there is no need.
+    // Most users may only read: nothing is locked or created without need.
     {
         pqxx::nontransaction look(a_connection);
         if (Exists(look))

@@ -7,9 +7,9 @@ namespace SqlSchema {
 
 /// Raised with any change that an older program would misread.
 inline constexpr int S_version = 1;
-/// Told with the instrument's number when rows or its book became visible.
+/// Sent with the instrument's number when rows or its book became visible.
 inline constexpr const char* S_channelRows = "kalvento_rows";
-/// Told when instruments or operations came, went or changed.
+/// Sent when instruments or operations came, went or changed.
 inline constexpr const char* S_channelInstruments = "kalvento_instruments";
 
 /// Creates the schema `kalvento` where it is missing; terminals that start at once wait for the one that creates it.

@@ -79,7 +79,7 @@ void SqlSession::Run()
                 return;
             TellBroken(SqlRowForm::ReasonInFlight());
         }
-        // Only a connection that lasted puts the pause back: a server that accepts and fails at once isn't hammered.
+        // Only a connection that lasted resets the pause: a server that accepts and fails at once isn't hammered.
         if (std::chrono::steady_clock::now() - begin > m_pauses.longest)
             m_pause = m_pauses.shortest;
         Pause();
@@ -90,9 +90,9 @@ void SqlSession::Listen()
 {
     SqlConnection connection(m_address, m_interrupt, SqlConnection::EReading);
     SqlSchema::Ensure(connection);
-    // An event of the time before this connection says nothing about it.
+    // An event from before this connection says nothing about it.
     m_breakOff.Lower();
-    // First the listening, then all that is read: what comes in between is told twice and not missed.
+    // Listen first, then read everything: what comes in between is announced twice and not missed.
     Receiver rows(connection, SqlSchema::S_channelRows);
     Receiver instruments(connection, SqlSchema::S_channelInstruments);
     const auto changes =
@@ -227,7 +227,7 @@ void SqlSession::Read(const Reading& a_reading)
     } catch (...) {
         const std::string reason = SqlRowForm::ReasonInFlight();
         if (SqlRowForm::IsDamageInFlight()) {
-            // The next reading, of other rows, will do: a break would concern everybody.
+            // The next reading, of other rows, will work: a break would affect everybody.
             GiveBack(std::move(connection), era);
             throw DamagedData(reason);
         }
@@ -235,7 +235,7 @@ void SqlSession::Read(const Reading& a_reading)
         GiveBack(nullptr, era);
         {
             const std::lock_guard lock(m_mutex);
-            // A failure of before the break has been answered by it already.
+            // The break has already answered a failure from before it.
             if (era == m_era)
                 BreakOff();
         }

@@ -24,11 +24,11 @@ public:
     /// Ends all, as Close.
     ~SqlSession();
 
-    /// Ends the thread and breaks off what runs. The listener is told nothing after that.
+    /// Ends the thread and breaks off what runs. The listener isn't called after that.
     void Close();
     /// Runs a_reading on a connection of its own, any thread, four at once. Raises std::runtime_error (CP1250) where
     /// there is no connection or the reading fails; the listening thread then connects anew. Values that can't be read
-    /// raise DamagedData and cost nobody the connection.
+    /// raise DamagedData and leave the connection alone.
     void Read(const Reading& a_reading);
 
     SqlSession(const SqlSession&) = delete;
@@ -69,7 +69,7 @@ private:
     bool m_brokenTold = false;
     std::chrono::milliseconds m_pause;
     std::int64_t m_changes =
-        -1; // of the database's instruments when last told; -1 before the first connection
+        -1; // of the database's instruments when last announced; -1 before the first connection
     std::map<std::string, std::string> m_isins; // by the instrument's number
 
     std::thread m_thread; // last: all else is there when it starts

@@ -12,15 +12,15 @@ class SqlSession;
 
 /// Instruments and rows of a PostgreSQL database, which any number of terminals and writers (SqlWriter) share.
 ///
-/// One thread holds the connection on which the database tells of new rows; it connects again after a break, with
-/// pauses that grow. Those who read share a few further connections, made at need. A read that fails makes that thread
-/// break off and connect anew, so that Restored follows every failure sooner or later. Values that can't be read are no
-/// such failure: they raise DamagedData, and an instrument is left out of the list, with a line in the log.
+/// One thread holds the connection on which the database announces new rows; it connects again after a break, with
+/// pauses that grow. Readers share a few further connections, made as needed. A read that fails makes that thread break
+/// off and connect anew, so that Restored follows every failure sooner or later. Values that can't be read are no such
+/// failure: they raise DamagedData, and an instrument is left out of the list, with a line in the log.
 class SqlStore : public IMarketStore {
 public:
     using Pauses = SqlPauses;
 
-    /// An empty address is a store without instruments that never connects and says so to the listener. a_pauses:
+    /// An empty address gives a store without instruments that never connects and tells the listener so. a_pauses:
     /// between two attempts to connect; they double.
     explicit SqlStore(SqlAddress a_address);
     SqlStore(SqlAddress a_address, Pauses a_pauses);

@@ -110,7 +110,7 @@ std::vector<double> RowValues(const History& a_rows, std::size_t a_row)
     return values;
 }
 
-// Skips what the database has already; gives the first row that is new.
+// Skips what the database already has; gives the first row that is new.
 std::size_t CheckRowsThere(pqxx::transaction_base& a_transaction, const Target& a_target,
                            std::uint64_t a_expectedPosition, const History& a_rows)
 {
@@ -299,9 +299,9 @@ SqlWriter::Appended SqlWriter::AppendRows(const std::string& a_isin, std::uint64
 {
     return m_session->Transact([&](pqxx::work& a_transaction) {
         // Numbers come from the count of rows under the instrument's lock, not from a sequence. A sequence is given out
-        // before the commit: the writer of number 7 may commit before that of number 6, a reader would go on behind 7,
-        // and 6 would never be read; and a writer that fails would leave a hole for ever. Under the lock each
-        // commit makes the next numbers visible, in order, and without holes.
+        // before the commit: the writer of number 7 may commit before that of number 6, a reader would go on after 7,
+        // and 6 would never be read; and a writer that fails would leave a gap for ever. Under the lock each commit
+        // makes the next numbers visible, in order and without gaps.
         const Target target = LockInstrument(a_transaction, a_isin);
         if (a_expectedPosition > target.rowCount)
             throw SqlConflict("Brakuje wierszy od numeru "_cp1250 + std::to_string(target.rowCount));

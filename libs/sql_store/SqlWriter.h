@@ -17,7 +17,7 @@ public:
     explicit SqlConflict(const std::string& a_text, std::optional<std::uint64_t> a_otherRow = std::nullopt)
         : std::runtime_error(a_text), m_otherRow(a_otherRow)
     {}
-    /// Number of the row that is there and is another one than was given; empty for all other conflicts.
+    /// Number of the row that is there and differs from the one given; empty for all other conflicts.
     std::optional<std::uint64_t> GetOtherRow() const { return m_otherRow; }
 
 private:
@@ -29,8 +29,8 @@ private:
 ///
 /// A std::exception other than SqlConflict: the server could not be reached or failed. Whether the change was made is
 /// then not known, for the answer may be what got lost. Every operation can be repeated with the same arguments, until
-/// it succeeds, with the effect of having done it once. Any number of writers may work at once; one of them is one
-/// thread's.
+/// it succeeds, with the effect of having done it once. Any number of writers may work at once; each belongs to one
+/// thread.
 class SqlWriter {
 public:
     /// a_connection: as SqlAddress takes it; raises std::invalid_argument for another text, or an empty one. Creates
@@ -39,9 +39,9 @@ public:
     ~SqlWriter();
 
     /// Adds the instrument, or changes names, market, groups and `live` of one that is there. firstDay and lastDay are
-    /// not looked at. Conflict: other series or another interval than it has; a description that no rows can have.
+    /// ignored. Conflict: other series or another interval than it has; a description that no rows can have.
     void CreateInstrument(const StoreInstrument& a_instrument);
-    /// Rows and all. False where there is none.
+    /// Removes it with its rows. False where there is none.
     bool RemoveInstrument(const std::string& a_isin);
 
     struct Appended {
@@ -49,8 +49,8 @@ public:
         std::uint64_t count; ///< Rows that the instrument has now.
     };
     /// Numbers the rows from a_expectedPosition on. Rows of these numbers that
-    /// are there already are skipped where they are equal, bit for bit. Conflict: a row that is there is another one,
-    /// so somebody else wrote; rows before a_expectedPosition are missing; times don't rise strictly; other series or
+    /// are there already are skipped where they are equal, bit for bit. Conflict: a row that is there differs, so
+    /// somebody else wrote; rows before a_expectedPosition are missing; times don't rise strictly; other series or
     /// another interval; no such instrument. Nothing is changed then.
     Appended AppendRows(const std::string& a_isin, std::uint64_t a_expectedPosition, const History& a_rows);
     /// The instrument, as SqlStore reads it; empty for none.
@@ -60,9 +60,9 @@ public:
     /// How many rows there are; 0 for no such instrument.
     std::uint64_t GetRowCount(const std::string& a_isin);
 
-    /// In place of those that are there. Conflict: no such instrument, or a date that isn't one.
+    /// Replaces those that are there. Conflict: no such instrument, or a date that isn't one.
     void SetOperations(const std::string& a_isin, const HistoryOperations& a_operations);
-    /// The book as it stands now: what is set in a_offers, whether changed or not, and its time. Conflict: no such
+    /// The book as it is now: what is set in a_offers, whether changed or not, and its time. Conflict: no such
     /// instrument, or a time that isn't valid.
     void SetOffers(const std::string& a_isin, const Offers& a_offers);
 

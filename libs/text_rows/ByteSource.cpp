@@ -58,7 +58,7 @@ std::unique_ptr<ByteSource> ByteSource::Open(const std::string& a_path)
     if (const std::error_code error = file.Open(a_path))
         Fail(a_path, "can't be opened: " + error.message());
     internal::InputFile::State state;
-    file.GetState(state); // what can't be told may still be read
+    file.GetState(state); // what can't be measured may still be read
     if (state.isFolder)
         Fail(a_path, "is a folder; give the files in it");
     if (state.isRegular)

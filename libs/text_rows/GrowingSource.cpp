@@ -14,7 +14,7 @@ namespace kalvento::rows {
 namespace {
 
 constexpr std::size_t S_chunk = 1 << 18;
-// A line of rows has some hundred bytes. Bytes without any line end are no rows and must not fill the memory.
+// A line of a row has some hundred bytes. Bytes without any line end are no rows and must not fill the memory.
 constexpr std::size_t S_longestLine = 1 << 24;
 // Network file systems give no notice of what another machine writes: look now and then in any case.
 constexpr std::chrono::milliseconds S_lookEvery{1000};
@@ -137,7 +137,7 @@ bool GrowingSource::Fill()
     if (count > 0)
         m_isInLine = m_buffer.back() != '\n';
     if (m_lastLineCounts) {
-        // Readers wait for a line end: the last line gets the one that it lacks.
+        // Readers wait for a line end, so a last line without one gets it.
         const bool lacksEnd = count == 0 && m_isInLine;
         m_buffer.append(lacksEnd ? 1 : 0, '\n');
         m_isInLine = m_isInLine && !lacksEnd;
@@ -183,7 +183,7 @@ std::optional<GrowingSource::EWait> GrowingSource::LookAtFile()
     // A file that is gone for the moment may be on its way to be replaced.
     if (!named || opened.IsSameFileAs(*named))
         return std::nullopt;
-    // Nobody will finish the old file's last line any more.
+    // Nobody will finish the old file's last line now.
     if (m_buffer.size() > m_taken) {
         m_buffer += '\n';
         m_isInLine = false;

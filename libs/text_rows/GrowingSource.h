@@ -22,7 +22,7 @@ public:
         EWaitMore,       ///< There are new lines to read.
         EWaitTimeout,    ///< Nothing came in the time given.
         EWaitCut,        ///< The file became shorter than what was read of it: call Restart.
-        EWaitReplaced,   ///< Another file bears the name now, as after a rotation: call Restart.
+        EWaitReplaced,   ///< Another file has the name now, as after a rotation: call Restart.
         EWaitEnded,      ///< The other end of the pipe was closed; nothing will come.
         EWaitInterrupted ///< The user asked to end.
     };
@@ -45,12 +45,11 @@ public:
     /// Waits for a change, at most a_limit (empty: for ever), or until a_interruption (a descriptor, -1 for none) can
     /// be read.
     EWait Wait(std::optional<std::chrono::milliseconds> a_limit, int a_interruption);
-    /// Begins again at the start of the file that bears the name now. Half a line of the old one is forgotten.
+    /// Begins again at the start of the file that has the name now. Half a line of the old one is forgotten.
     void Restart();
     /// From now on a last line without a line end counts as whole, and gets one: nothing more is expected.
     void ReleaseLastLine();
-    /// Whether there is anything to wait for beside what can be read already: false for a pipe, whose lines are all
-    /// live.
+    /// Whether there is existing content before what is waited for: false for a pipe, whose lines are all live.
     bool IsFile() const { return m_kind == EKindFile; }
 
 private:
@@ -65,7 +64,7 @@ private:
     EKind m_kind;
     std::istream* m_stream; // EKindStream only
     internal::InputFile m_file;
-    internal::FileWatch m_watch;  // where the system gives no notices, looking at intervals must do
+    internal::FileWatch m_watch;  // where the system gives no notices, a look at intervals must do
     std::uint64_t m_position = 0; // bytes read of the file
     bool m_ended = false;
     bool m_lastLineCounts = false;

@@ -19,7 +19,7 @@ std::int64_t Load8(const char* a_bytes)
     return value;
 }
 
-// Counts since 1970 in the lengths that our days have. Null for all other forms.
+// Counts since 1970, of the lengths that they have nowadays. Null for all other forms.
 const char* ReadPlainUnix(const char* a_text, WallTime& a_time)
 {
     const char* place = a_text;
@@ -93,7 +93,7 @@ const char* LineReader::ReadPlain(const char* a_line, const char* a_end, WallTim
         return place + 2;
     if (*place != m_shape.delimiter)
         return nullptr;
-    // Columns behind the last one that is needed.
+    // Columns after the last one that is needed.
     const auto* next =
         static_cast<const char*>(std::memchr(place, '\n', static_cast<std::size_t>(a_end - place)));
     const auto rest = static_cast<std::size_t>(next - place);
@@ -105,7 +105,7 @@ const char* LineReader::ReadPlainTime(const char* a_text, WallTime& a_time)
 {
     if (!m_timeFormat.empty())
         return nullptr;
-    // Rows of one day bear the same ten signs.
+    // Rows of one day begin with the same ten characters.
     const std::int64_t front = Load8(a_text);
     const std::int64_t back = Load8(a_text + 2);
     if (front != m_dateFront || back != m_dateBack) {
@@ -125,7 +125,7 @@ const char* LineReader::ReadPlainTime(const char* a_text, WallTime& a_time)
     }
     if (sign != ' ' && sign != 'T')
         return nullptr;
-    // Eight signs at once, the first in the lowest byte: digits lose their 0x30 and colons become 0.
+    // Eight characters at once, the first in the lowest byte: digits lose their 0x30 and colons become 0.
     const auto clock = static_cast<std::uint64_t>(Load8(a_text + 11)) - 0x30303A30303A3030U;
     if ((clock & 0xF0F0FFF0F0FFF0F0U) != 0 || ((clock + 0x0606000606000606U) & 0xF0F0F0F0F0F0F0F0U) != 0)
         return nullptr;

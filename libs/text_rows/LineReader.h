@@ -16,18 +16,18 @@ namespace kalvento::rows {
 
 struct RowBlock;
 
-/// Reads the lines of a text into rows, but for their times, which are still to be put in order. There is a fast road
+/// Reads the lines of a text into rows, but for their times, which are still to be put in order. There is a fast path
 /// for the form that nearly all lines have, and one for all the others.
 class LineReader {
 public:
-    /// a_timeFormat: ReadOptions::timeFormat. Both are taken as they are, and outlive this.
+    /// a_timeFormat: ReadOptions::timeFormat. Both are used as they are, and outlive this.
     LineReader(const TextShape& a_shape, const std::string& a_timeFormat);
 
     /// Rows go into this block from now on, which has the room for them.
     void Aim(RowBlock& a_block);
-    /// A line in the usual form, field by field in one go. Returns the begin of the next line, or null where the line
-    /// needs ReadAny: nothing is decided then, and what was written to the row is written again. a_end: behind the last
-    /// whole line of the buffer, which is padded behind that (LineBuffer).
+    /// A line in the usual form, field by field in one go. Returns the start of the next line, or null where the line
+    /// needs ReadAny: nothing is decided then, and what was written to the row is written again. a_end: the end of the
+    /// last whole line of the buffer, which is padded after that (LineBuffer).
     const char* ReadPlain(const char* a_line, const char* a_end, WallTime& a_time, std::size_t a_row);
     /// A line of any form. False where it can't be read; a_fault then tells why, and the column.
     bool ReadAny(std::string_view a_line, WallTime& a_time, std::size_t a_row, RowsFault::Parts& a_fault);

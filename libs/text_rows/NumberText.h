@@ -10,10 +10,10 @@ namespace kalvento::rows {
 /// anything else: words, hexadecimal, digit groups, numbers that no double can hold.
 std::optional<double> ParseNumberText(std::string_view a_text, char a_decimal);
 
-/// Reads the plain numbers that nearly all fields are, straight from a buffer that is padded behind its end: digits
-/// with a decimal sign, at most 19 of them and below 2^53 together. Returns the place behind the number, or null where
-/// the number needs ParseNumberText. The double is the nearest one: an integer below 2^53 and a power of ten up to
-/// 10^22 are exact, so one division rounds once (W. Clinger, How to read floating point numbers accurately, 1990).
+/// Reads the plain numbers that nearly all fields are, straight from a buffer that is padded past its end: digits with
+/// a decimal sign, at most 19 of them and below 2^53 together. Returns the place after the number, or null where the
+/// number needs ParseNumberText. The double is the nearest one: an integer below 2^53 and a power of ten up to 10^22
+/// are exact, so one division rounds once (W. Clinger, How to read floating point numbers accurately, 1990).
 inline const char* ReadPlainNumber(const char* a_text, char a_decimal, double& a_value)
 {
     static constexpr double S_powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,

@@ -8,7 +8,7 @@ namespace kalvento::rows {
 
 /// What a reader tells on the way. An empty function isn't called; what one raises goes through the reader.
 struct ReadHooks {
-    /// Columns of the header, divided by commas, that mean nothing and are passed over. From within the constructor.
+    /// Columns of the header, separated by commas, that mean nothing and are skipped. From within the constructor.
     std::function<void(const std::string& a_columns)> passedOver;
     /// A line that is set aside (EBadLinesReject); before the first one, the header line. From within Read.
     std::function<void(std::string_view a_line)> setAside;

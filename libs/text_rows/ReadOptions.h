@@ -11,14 +11,14 @@ namespace kalvento::rows {
 
 /// What happens to a row whose time isn't later than the time before it.
 enum EOrderRule : std::uint8_t {
-    EOrderRaise,  ///< It is moved up behind the one before by the ordering counter, as live rows are.
-    EOrderRefuse, ///< The run ends with the place.
+    EOrderRaise,  ///< It is moved up to just after the one before by the ordering counter, as live rows are.
+    EOrderRefuse, ///< The run ends and names the place.
     EOrderDrop    ///< It is left out and counted.
 };
 
 /// What happens to a line that can't be read.
 enum EBadLines : std::uint8_t {
-    EBadLinesStop,  ///< The run ends with the place, what was found and what would be accepted.
+    EBadLinesStop,  ///< The run ends and names the place, what was found and what would be accepted.
     EBadLinesReject ///< It is set aside (ReadHooks::setAside) and counted.
 };
 
@@ -29,12 +29,13 @@ struct ReadOptions {
     bool header = true;  ///< Whether the first line names the columns; if not, `columns` gives places from 1.
     bool strict = false; ///< Refuse columns that mean nothing instead of leaving them out with a note.
     std::map<std::string, std::string> columns; ///< Our name to the file's name, or its place from 1.
-    /// Rows always have a price: the first column of one of these series is taken for it, as in a book, which has none.
+    /// Rows always have a price: the first column of one of these series stands in for it where there is none, as in a
+    /// book.
     std::set<ESeriesId> pricesFrom;
     std::map<std::string, std::string> folds; ///< Our name to ohlc, ohlcsum, ohlclast, sum or last.
     std::string
-        timeFormat;   ///< Empty: found out. Else as `%Y-%m-%d %H:%M:%S`, or unix, unixms, unixus, unixns.
-    std::string zone; ///< Zone of times that bear none; empty: as written.
+        timeFormat; ///< Empty: detected. Otherwise like `%Y-%m-%d %H:%M:%S`, or unix, unixms, unixus, unixns.
+    std::string zone;       ///< Zone of times without one; empty: as written.
     std::string outputZone; ///< Zone in which windows lie and results are written; empty: that of the input.
     std::string from;       ///< First whole day, YYYY-MM-DD; empty: no limit.
     std::string to;         ///< Last whole day, included.

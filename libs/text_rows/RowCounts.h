@@ -10,7 +10,7 @@ struct RowCounts {
     std::uint64_t bad = 0;     ///< Set aside, unreadable.
     std::uint64_t dropped = 0; ///< Left out for their time (EOrderDrop).
     std::uint64_t raised =
-        0; ///< Moved up behind a later time before them (EOrderRaise); equal times don't count.
+        0; ///< Moved up past a later time before them (EOrderRaise); equal times don't count.
     std::uint64_t firstRaised = 0; ///< The line (text, from 1) or row (block, from 0) of the first of them.
     std::uint64_t outside = 0;     ///< Outside of `from` and `to`.
 

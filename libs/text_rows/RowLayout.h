@@ -15,13 +15,13 @@ struct RowLayout {
     std::vector<ESeriesId> series; ///< Ascending, without Time: the order of RowBlock::columns.
     std::vector<EAggrType> folds;  ///< How each of them folds.
     IntervalAndMultiplicity
-        interval; ///< (EIntervalTick, 1) for ticks; a candle interval where open, high, low stand.
+        interval; ///< (EIntervalTick, 1) for ticks; a candle interval where there are open, high and low.
     bool hasSymbols = false;
-    ESeriesId priceMeans = Price; ///< What stands in the column of the prices (ReadOptions::pricesFrom).
+    ESeriesId priceMeans = Price; ///< What the column of the prices holds (ReadOptions::pricesFrom).
 
     /// Whether there is a column of that series.
     bool Has(ESeriesId a_series) const;
-    /// Fills `folds`: the defaults of the series, and what the user says (ReadOptions::folds). Raises RowsFault
+    /// Fills `folds`: the defaults of the series, and the user's choices (ReadOptions::folds). Raises RowsFault
     /// (EFaultOptions) for what doesn't fit. a_input: its name, for messages.
     void PlanFolds(const std::map<std::string, std::string>& a_folds, const std::string& a_input);
 };

@@ -27,7 +27,7 @@ std::optional<TimeZone> FindZone(const std::string& a_name, EReadOption a_option
     return zone;
 }
 
-/// Seconds of the begin of a day given by an option.
+/// Seconds of the start of a day given by an option.
 std::optional<std::int64_t> DayLimit(const std::string& a_text, EReadOption a_option)
 {
     if (a_text.empty())

@@ -18,13 +18,13 @@ namespace kalvento::rows {
 /// Brings the rows of a text into the output's zone and into order, each symbol on its own.
 class RowOrder {
 public:
-    /// What becomes of a row. Small enough to be handed back in registers, for it is made for each row.
+    /// What becomes of a row. Small enough to be returned in registers, since one is made for each row.
     struct Verdict {
         LineFate::EFate fate;
         std::int64_t seconds; ///< The row's own time in the output's zone.
     };
 
-    /// Raises RowsFault (EFaultOptions) for a zone that isn't known and days that aren't. a_options outlives this.
+    /// Raises RowsFault (EFaultOptions) for an unknown zone and for impossible days. a_options outlives this.
     explicit RowOrder(const ReadOptions& a_options);
     /// Candles that bear the end of their window are moved back by so many seconds.
     void SetStampShift(std::int64_t a_seconds) { m_stampShift = a_seconds; }
@@ -32,17 +32,17 @@ public:
     Verdict Take(const WallTime& a_time, std::uint32_t a_symbol, NDateTime& a_taken);
     /// Why the last row that was judged EFateBad is that.
     const RowsFault::Parts& GetFault() const { return m_fault; }
-    /// Times must rise behind the last rows of another one.
+    /// Times must be later than the last rows of another one.
     void ContinueFrom(const RowOrder& a_before) { m_last = a_before.m_last; }
     /// The time of the library for Verdict::seconds.
     NDateTime Show(std::int64_t a_seconds) { return m_maker.Make(a_seconds); }
 
-    /// First day to be taken, and the day behind the last one: seconds of their begins since 1970.
+    /// First day to be taken, and the day after the last one: seconds from 1970 to their starts.
     const std::optional<std::int64_t>& GetFrom() const { return m_from; }
     const std::optional<std::int64_t>& GetTo() const { return m_to; }
 
 private:
-    /// What the order of rows is judged by, one for each symbol.
+    /// What the order of rows is judged by, for each symbol.
     struct LastRow {
         std::int64_t seconds = std::numeric_limits<std::int64_t>::min();
         std::int32_t nanoseconds = 0;

@@ -66,7 +66,7 @@ RowReader::Impl::Impl(ByteSource& a_source, const ReadOptions& a_options, ReadHo
     order.SetStampShift(shape.stampShift);
 }
 
-// Puts a row in order. False where it is left out. Inline, for it is called for each row.
+// Puts a row in order. False where it is left out. Inline, since it is called for each row.
 inline bool RowReader::Impl::TakeRow(const WallTime& a_time, const char* a_line, std::size_t a_row,
                                      NDateTime& a_taken)
 {
@@ -108,7 +108,7 @@ bool RowReader::Impl::ReadText(RowBlock& a_block, std::size_t a_limit, std::size
     return row > a_keep;
 }
 
-// Counts and tells what became of a row. False where it is left out.
+// Counts and reports what became of a row. False where it is left out.
 bool RowReader::Impl::Account(const RowOrder::Verdict& a_verdict, const char* a_line, std::uint32_t a_symbol)
 {
     switch (a_verdict.fate) {

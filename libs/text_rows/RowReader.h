@@ -23,7 +23,7 @@ class ByteSource;
 /// Rows come out strictly rising in time (for each symbol): whole seconds, with the ordering counter telling rows of
 /// one second apart, given as DateTimeTools::ShiftTimeIfNeed gives it. From the 50,001st row of one second on, rows
 /// share their time: a greater counter would come within half a second of the next second, where times no longer
-/// compare by their seconds. Before 1899-12-30 they always share it, for the counter counts backward there. A text's
+/// compare by their seconds. Before 1899-12-30 they always share it, since the counter counts backward there. A text's
 /// memory doesn't grow with its length; a block is read whole. One thread at a time.
 class RowReader {
 public:
@@ -34,15 +34,15 @@ public:
     RowReader(const RowReader&) = delete;
     RowReader& operator=(const RowReader&) = delete;
 
-    /// This input goes on where another one of the same series ended: times must rise behind its last rows, symbols
-    /// keep their places. To be called before the first Read.
+    /// This input goes on where another one of the same series ended: times must be later than its last rows, symbols
+    /// keep their places. Call it before the first Read.
     void ContinueFrom(const RowReader& a_before);
 
-    /// From now on a_watcher is told of each line of a text, in their order, from within Read. It must not raise.
+    /// From now on a_watcher is called for each line of a text, in order, from within Read. It must not raise.
     void WatchLines(std::function<void(const LineFate&)> a_watcher);
 
     const RowLayout& GetLayout() const;
-    /// Keeps the first a_keep rows of a_block and puts the next rows of the input behind them, at most a_limit. False
+    /// Keeps the first a_keep rows of a_block and puts the next rows of the input after them, at most a_limit. False
     /// where the source has no more, with no new rows. With ReadOptions::growing that isn't final: the next call asks
     /// the source again, and the rows go on where they stopped.
     bool Read(RowBlock& a_block, std::size_t a_limit, std::size_t a_keep = 0);

@@ -19,12 +19,12 @@ std::set<DSProp> PropertiesOf(const RowLayout& a_layout);
 DataSeriesSet SeriesOf(const RowBlock& a_block, const RowLayout& a_layout,
                        const std::vector<std::size_t>& a_rows);
 
-/// As many places behind the point as are told apart at most.
+/// The most decimal places that are told apart.
 inline constexpr unsigned int S_mostDecimals = 6;
 
-/// How many places behind the point the price needs, 0 to S_mostDecimals.
+/// How many decimal places the price needs, 0 to S_mostDecimals.
 unsigned int DecimalsOf(double a_price);
-/// Prices of rows and candles are to be shown with so many, at least with two.
+/// Prices of rows and candles are to be shown with this many, at least two.
 void SetDecimals(const std::set<DSProp>& a_series, unsigned int a_decimals);
 
 } // namespace kalvento::rows

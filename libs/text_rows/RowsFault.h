@@ -33,7 +33,7 @@ enum EReadOption : std::uint8_t {
 };
 
 /// What can't be taken, where, and what would be accepted instead: all that this library raises on its own. what() says
-/// it in plain words, for a log; whoever lets a user set options words the parts with their names.
+/// it in plain words, for a log; a program whose users set options words the parts with its names for them.
 class RowsFault : public std::runtime_error {
 public:
     /// Texts are UTF-8.

@@ -31,15 +31,15 @@ struct TextShape {
     char decimal = '.';
     std::string header; ///< The line itself; empty where there is none.
     std::vector<ColumnPlan> columns;
-    std::size_t columnsNeeded = 0; ///< Behind the last column that isn't skipped.
+    std::size_t columnsNeeded = 0; ///< One past the last column that isn't skipped.
     std::int64_t stampShift =
         0; ///< By how many seconds candles are stamped late (ReadOptions::stampedWithEnd).
 
     bool Has(EColumnKind a_kind) const;
     bool Has(ESeriesId a_series) const { return layout.Has(a_series); }
 
-    /// Reads the header, which is gone through then, and looks through the first rows, which are not. Raises RowsFault:
-    /// what isn't there or isn't clear is EFaultData, what was asked for and doesn't fit EFaultOptions.
+    /// Reads and consumes the header, and looks through the first rows without consuming them. Raises RowsFault:
+    /// EFaultData for what is missing or unclear, EFaultOptions for options that don't fit.
     static TextShape Find(LineBuffer& a_lines, const ReadOptions& a_options, const ReadHooks& a_hooks);
 };
 

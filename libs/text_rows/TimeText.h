@@ -11,7 +11,7 @@ struct WallTime {
     std::int64_t seconds =
         0; ///< Since 1970-01-01 00:00, in UTC where `absolute`, else as the writer's clock showed.
     std::int32_t nanoseconds = 0;
-    bool absolute = false; ///< The text bore a zone, an offset, or counts from the Unix epoch.
+    bool absolute = false; ///< The text has a zone or an offset, or counts from the Unix epoch.
 };
 
 /// Days since 1970-01-01 of a real calendar date of the years 100 to 4095, those that a time of the library can hold.
@@ -24,9 +24,9 @@ std::optional<std::int64_t> ParseDateText(std::string_view a_text);
 /// Seconds since midnight with nanoseconds.
 std::optional<WallTime> ParseClockText(std::string_view a_text);
 
-/// A whole time: a date alone (midnight), a date and a time of day with a blank or T between them and Z or an offset
-/// behind, YYYYMMDDHHMM[SS], or seconds, milliseconds, microseconds, nanoseconds since 1970, told apart by their digits
-/// (9 to 11, 12 to 14, 15 to 17, 18 to 19 before the point).
+/// A whole time: a date alone (midnight), a date and a time of day with a blank or T between them and an optional Z or
+/// offset after them, YYYYMMDDHHMM[SS], or seconds, milliseconds, microseconds, nanoseconds since 1970, told apart by
+/// their digits (9 to 11, 12 to 14, 15 to 17, 18 to 19 before the point).
 std::optional<WallTime> ParseTimeText(std::string_view a_text);
 
 /// A time by a format: %Y %y %m %d %H %M %S %f (fraction digits) %z (Z, +hh:mm, +hhmm) %%, or the whole format unix,

@@ -21,7 +21,7 @@ constexpr int S_rowsWithVolume = 12;
 // What a half of a cell shows.
 enum EPart : std::uint8_t { EPartNothing, EPartLine, EPartBody };
 
-// A rising candle that has no colour is a thick line: it must be told from a block at one glance.
+// A rising candle without colour is a thick line: it must differ from a block at a glance.
 wchar_t CandleCharacter(EPart a_upper, EPart a_lower, bool a_asLine)
 {
     static constexpr wchar_t S_blocks[3][3] = {{L' ', L'╷', L'▄'}, {L'╵', L'│', L'█'}, {L'▀', L'█', L'█'}};
@@ -73,10 +73,10 @@ void CandleChart::Draw(ScreenArea a_area)
                       m_model.data.historyEnded ? L"brak świec" : L"oczekiwanie na dane…", EInkDim);
         return;
     }
-    const int rows = a_area.height - 1; // times stand below
+    const int rows = a_area.height - 1; // times are below
     if (rows < 2)
         return;
-    // The axis is as wide as its prices are, and these are those of the candles that it leaves room for.
+    // The axis is as wide as its prices, which are those of the candles that it leaves room for.
     int plot = 0;
     std::size_t first = 0;
     Scale scale;

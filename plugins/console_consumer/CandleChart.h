@@ -3,7 +3,7 @@
 #include "console_consumer/ScreenCells.h"
 #include "console_consumer/ScreenModel.h"
 
-/// The candles as a chart: a column each, prices at the right, times below, and, where there is room, bars of the
+/// The candles as a chart: one column each, prices at the right, times below and, where there is room, bars of the
 /// volume.
 class CandleChart {
 public:

@@ -37,10 +37,10 @@ public:
     void OnStopWork() override;
     /// Subscribes; the first one opens the screen. 0 where the provider refuses. Main thread.
     unsigned int AddInstrument(HWND a_window, const Asset& a_asset) override;
-    /// Ends what was begun for the asset. Main thread.
+    /// Ends what was started for the asset. Main thread.
     void RemoveInstrument(const Asset& a_asset);
     void ShowMessageLine(std::wstring_view a_text) override;
-    /// Shows what has come; otherwise done when it is time to. Main thread.
+    /// Shows what has come; otherwise that happens when it is time. Main thread.
     void Refresh();
 
     void SymbolDeleted(unsigned int a_requestId, const std::string& a_isin) override;
@@ -80,7 +80,7 @@ private:
     const kalvento::host::ScreenOptions m_options;
     std::ostream& m_out;
     RequestIdGenerator m_requestIds;
-    const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true); // posted functions look whether it is
+    const std::shared_ptr<bool> m_alive = std::make_shared<bool>(true); // posted functions check that it is
 
     mutable std::mutex m_mutex; // of m_watches; never held while a provider is called
     std::map<unsigned int, WatchPtr> m_watches;
@@ -101,7 +101,7 @@ private:
     std::thread m_thread;
     std::atomic<bool> m_quit = false;
     std::atomic<bool> m_dirty = false;         // data came since the last refresh was posted
-    std::atomic<bool> m_refreshPosted = false; // and hasn't run yet
+    std::atomic<bool> m_refreshPosted = false; // and that refresh hasn't run yet
     std::atomic<bool> m_keysPosted =
         false; // as long as keys wait to be read, the thread doesn't look for them
     std::atomic<bool> m_hasScreen = false;

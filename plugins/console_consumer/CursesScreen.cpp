@@ -65,7 +65,7 @@ attr_t AttributesOf(const ScreenCell& a_cell)
 
 std::terminate_handler S_formerHandler = nullptr;
 
-// A thread that raises what nobody catches may be any plug-in's: the message would be painted over, and the shell left
+// An uncaught exception may come from any plug-in's thread: its message would be painted over, and the shell left
 // without echo.
 [[noreturn]] void GiveTerminalBack()
 {
@@ -79,7 +79,7 @@ std::terminate_handler S_formerHandler = nullptr;
 
 CursesScreen::CursesScreen()
 {
-    // Characters only: numbers of the whole process would else be written with the locale's comma.
+    // Characters only: otherwise all numbers of the process would be written with the locale's comma.
     std::setlocale(LC_CTYPE, "");
     if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
         std::setlocale(LC_CTYPE, "C.UTF-8");

@@ -12,7 +12,7 @@ enum EScreenKey : std::uint8_t {
     EKeyPreviousInstrument,
     EKeyLongerInterval,
     EKeyShorterInterval,
-    EKeyAgain, // up to here another picture is asked for
+    EKeyAgain, // keys up to here ask for another picture
     EKeyFreeze,
     EKeyChart,
     EKeyTable,
@@ -25,7 +25,7 @@ enum EScreenKey : std::uint8_t {
 class CursesScreen {
 public:
     /// Raises std::runtime_error, Polish, where standard input or output is no terminal, or none that can be painted
-    /// on. Until the end the terminal is given back also where the process ends by std::terminate.
+    /// on. While this lives, std::terminate gives the terminal back too.
     CursesScreen();
     CursesScreen(const CursesScreen&) = delete;
     CursesScreen& operator=(const CursesScreen&) = delete;
@@ -34,10 +34,10 @@ public:
 
     /// Whether inks can be told apart by their colours: not on a terminal without, nor where the user sets NO_COLOR.
     bool HasColours() const { return m_hasColours; }
-    /// Where poll says that standard input can be read: there is nothing, and won't be.
+    /// For when poll says that standard input can be read: nothing is there, and nothing will come.
     static bool HasGone();
 
-    /// Columns and rows, also after the terminal changed them.
+    /// Columns and rows, up to date after the terminal changed them.
     std::pair<int, int> FollowSize();
     void Paint(const ScreenCells& a_cells);
     /// Empty where no key waits.

@@ -15,7 +15,7 @@ namespace PlainLines {
 
 /// `symbol;time;state;open;high;low;close;volume`. The time is that of the candle's last row.
 std::string Candle(std::string_view a_symbol, std::string_view a_state, const Record& a_candle);
-/// `symbol;time;book;` and for each of five levels `volume;bid;ask;volume`. a_time: for a book that bears none.
+/// `symbol;time;book;` and for each of five levels `volume;bid;ask;volume`. a_time: for a book without one.
 std::string Book(std::string_view a_symbol, const Offers& a_offers, const std::optional<NDateTime>& a_time);
 /// `symbol;time;trade;price;volume`.
 std::string Trade(std::string_view a_symbol, const LatestRecords::LastRecord& a_trade);

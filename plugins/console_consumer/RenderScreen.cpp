@@ -18,7 +18,7 @@
 namespace {
 
 constexpr int S_panelWidth = 33;
-constexpr int S_widthWithPanel = 68; // from this width on book and trades stand beside the chart
+constexpr int S_widthWithPanel = 68; // from this width on book and trades are beside the chart
 constexpr int S_bookHeight = 7;
 constexpr std::size_t S_levels = 5;
 
@@ -84,8 +84,8 @@ std::wstring FirstFitting(const std::vector<std::wstring>& a_texts, int a_width)
     return found == a_texts.end() ? std::wstring() : *found;
 }
 
-// From the left the price and its change, from the right the status and the time of what came last, and between them,
-// where there is room, the figures of the day.
+// At the left the price and its change, at the right the status and the time of what came last, and between them, where
+// there is room, the figures of the day.
 void DrawPrice(const ScreenModel& a_model, ScreenCells& a_cells)
 {
     const Watch::Snapshot& data = a_model.data;
@@ -281,7 +281,8 @@ Level GetLevel(const ScreenModel& a_model, ESeriesId a_price, ESeriesId a_volume
     return {read(a_price), read(a_volume)};
 }
 
-// Volumes outside, prices inside; a bar behind each side grows from the middle with the share of the largest volume.
+// Volumes outside, prices inside; a bar in the background of each side grows from the middle with its share of the
+// largest volume.
 void DrawBook(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_area)
 {
     const int half = a_area.width / 2;

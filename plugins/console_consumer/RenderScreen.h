@@ -4,5 +4,5 @@
 #include "console_consumer/ScreenModel.h"
 
 /// Lays the screen out for its size: 80 columns and 24 rows show everything, less show less, down to one cell. Whatever
-/// colours tell, a sign or a shape tells too.
+/// colours say, a sign or a shape says too.
 ScreenCells RenderScreen(const ScreenModel& a_model, int a_width, int a_height);

@@ -5,8 +5,8 @@
 
 namespace {
 
-// What a source calls an instrument could else move the terminal's cursor, or take two columns. The ranges are those of
-// Unicode in which letters and signs of one column are all there is; the C library's answer depends on the locale.
+// A source's name for an instrument could otherwise move the terminal's cursor, or take two columns. The ranges are
+// those of Unicode that hold only letters and signs of one column; the C library's answer depends on the locale.
 bool FitsCell(wchar_t a_character)
 {
     const auto code = std::char_traits<wchar_t>::to_int_type(a_character);

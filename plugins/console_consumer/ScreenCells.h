@@ -38,7 +38,7 @@ public:
 
     int GetWidth() const { return m_width; }
     int GetHeight() const { return m_height; }
-    /// Blank outside of the screen.
+    /// Blank outside the screen.
     ScreenCell At(int a_column, int a_row) const;
     std::wstring GetLine(int a_row) const;
 
@@ -47,7 +47,7 @@ public:
     /// Characters that can't be shown in one column become '?'.
     void Write(int a_column, int a_row, std::wstring_view a_text, EScreenInk a_ink = EInkNormal,
                bool a_bold = false);
-    /// Right-aligned: the text's last character stands in front of a_end.
+    /// Right-aligned: the text's last character is just before a_end.
     void WriteBefore(int a_end, int a_row, std::wstring_view a_text, EScreenInk a_ink = EInkNormal,
                      bool a_bold = false);
     void Reverse(int a_column, int a_row, int a_count, EScreenInk a_ink);

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t S_volumeWidth = 7;
 constexpr int S_volumeDecimals = 4;
-constexpr double S_greatestPrice = 1e12; // written by its power of ten from here on
+constexpr double S_greatestPrice = 1e12; // written with a power of ten from here on
 constexpr double S_large = 999999.5;     // written in millions from here on
 
 std::wstring WithComma(std::wstring a_text)

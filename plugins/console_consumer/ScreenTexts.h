@@ -17,7 +17,7 @@ public:
     /// A column of volumes, with the same decimals wherever that leaves the small ones readable.
     static std::vector<std::wstring> Volumes(const std::vector<double>& a_volumes);
     static std::wstring Interval(IntervalAndMultiplicity a_interval);
-    /// Five or eight characters. Candles bear the time of their last row, but people know them by the begin of their
+    /// Five or eight characters. Candles bear the time of their last row, but people know them by the start of their
     /// window.
     static std::wstring CandleTime(const NDateTime& a_time, IntervalAndMultiplicity a_interval);
     /// The same with what CandleTime leaves out: the year, or the day.

@@ -75,7 +75,7 @@ void Watch::SetSynchronization(Synchronization&& a_synchronization)
         m_model.SetSynchronization(std::move(a_synchronization));
         PrintPast();
     } else {
-        // After a break the candles are what they were up to some place, and only those after it are told.
+        // After a break the candles are unchanged up to some place, and only those after it are printed.
         const History before = m_model.GetLastCandles(m_model.GetCount());
         m_model.SetSynchronization(std::move(a_synchronization));
         std::size_t place = 0;
@@ -153,7 +153,7 @@ void Watch::SetTrades(const LatestRecords& a_trades)
     const std::lock_guard lock(m_mutex);
     std::vector<LatestRecords::LastRecord> trades(a_trades.begin(), a_trades.end());
     if (m_options.plain && m_options.trades) {
-        // The newest stand in front, and those told before end where the former newest one stands.
+        // The newest are in front, so the new ones end at the former newest one.
         auto known = trades.end();
         if (!m_trades.empty())
             known = std::find_if(trades.begin(), trades.end(), [&](const auto& a_trade) {
@@ -172,7 +172,7 @@ bool Watch::End(std::wstring_view a_reason)
 {
     const std::lock_guard lock(m_mutex);
     PrintPast();
-    // The first reason is the cause: after a symbol that was deleted comes the end of the request.
+    // The first reason is the cause: a deleted symbol is followed by the end of the request.
     if (std::exchange(m_hasEnded, true))
         return false;
     m_endReason = a_reason;

@@ -33,8 +33,8 @@ public:
         int decimals = 2;                ///< Of prices.
         bool historyEnded = false;
         std::wstring ended;            ///< Why nothing comes any more; empty while something may.
-        std::optional<NDateTime> time; ///< Of the latest that came: the clock of what is played.
-        std::optional<double> open;    ///< Here and below: of the day so far, where the provider tells.
+        std::optional<NDateTime> time; ///< Of the latest data: the clock of the playback.
+        std::optional<double> open;    ///< Here and below: of the day so far, where the provider knows.
         std::optional<double> high;
         std::optional<double> low;
         std::optional<double> volume;
@@ -42,7 +42,7 @@ public:
 
     /// Chooses what to ask for among what the provider offers for the asset: all kinds, in that interval or, where the
     /// provider only has coarser candles, in its own. Null where it offers nothing, or nothing that candles can be made
-    /// of.
+    /// from.
     static std::unique_ptr<Watch> Make(const Asset& a_asset, IntervalAndMultiplicity a_interval,
                                        const kalvento::host::ScreenOptions& a_options);
 
@@ -87,7 +87,7 @@ private:
     std::optional<double> m_lastPrice;
     int m_direction = 0;
     std::optional<NDateTime> m_time;
-    std::map<ESeriesId, double> m_day; // what the state told
+    std::map<ESeriesId, double> m_day; // from the state
     bool m_hasEnded = false;
     std::wstring m_endReason;
     std::string m_lines;

@@ -10,14 +10,14 @@
 
 namespace kalvento::files {
 
-/// The blocks that were read last, so that neighbouring rows don't cost a file each. Safe from any thread.
+/// The blocks read last, so that neighbouring rows don't cost a file each. Safe from any thread.
 class BlockShelf {
 public:
-    /// a_mostRows: of all blocks together; the block put last stays even if it alone has more.
+    /// a_mostRows: of all blocks together; the block added last stays even if it alone has more.
     explicit BlockShelf(std::uint64_t a_mostRows) : m_mostRows(a_mostRows) {}
 
-    /// Null where it isn't there (any more).
-    /// a_checksum: of the file's bytes, since another file may have taken its place under the same name.
+    /// Null where it isn't there, or no longer. a_checksum: of the file's bytes, since another file may have taken its
+    /// place under the same name.
     std::shared_ptr<const History> Find(const std::filesystem::path& a_path, std::uint64_t a_checksum)
     {
         const std::lock_guard lock(m_mutex);

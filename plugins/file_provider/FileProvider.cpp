@@ -16,7 +16,7 @@ FileProvider::FileProvider(const FileStoreOptions& a_options,
     GetFileStore().SetHost(std::move(host));
 }
 
-// Told no folder, it has nothing to do, and nobody need wait for it.
+// Without a folder it has nothing to do, and nobody need wait for it.
 EStatusLevel FileProvider::GetStatusLevel() const
 {
     return m_hasFolder ? StoreProvider::GetStatusLevel() : EStatusLevelIdle;

@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-/// The provider "Pliki": serves what a folder holds, and plays a recorded day of it back.
+/// The provider "Pliki": serves what a folder holds, and plays back a recorded day of it.
 class FileProvider : public StoreProvider {
 public:
     using UserSettings = FileProviderSettings;
@@ -23,7 +23,7 @@ public:
     EStatusLevel GetStatusLevel() const override;
     std::wstring GetStatusLabel() const override;
 
-    /// The store behind it, which lives as long as the provider.
+    /// Its store, which lives as long as the provider.
     FileStore& GetFileStore() const;
 
 private:

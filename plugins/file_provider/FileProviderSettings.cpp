@@ -10,7 +10,7 @@
 
 namespace {
 
-// By hand, since a text that is no number would read as zero, which shows the whole day at once.
+// By hand, since a text that isn't a number would read as zero, which shows the whole day at once.
 void TakeSpeed(const Settings& a_settings, double& a_speed)
 {
     std::string text;

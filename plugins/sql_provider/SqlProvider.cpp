@@ -8,7 +8,7 @@ SqlProvider::SqlProvider(const std::string& a_connection, SqlStore::Pauses a_pau
       m_hasDatabase(!SqlAddress(a_connection).IsEmpty())
 {}
 
-// Told no database, it has nothing to do, and nobody need wait for it.
+// Without a database it has nothing to do, and nobody need wait for it.
 EStatusLevel SqlProvider::GetStatusLevel() const
 {
     return m_hasDatabase ? StoreProvider::GetStatusLevel() : EStatusLevelIdle;

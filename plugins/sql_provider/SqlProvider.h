@@ -6,8 +6,8 @@
 
 #include <string>
 
-/// The provider "Baza": serves the instruments of a database that terminals share. docs/sql_provider.md tells its users
-/// how.
+/// The provider "Baza": serves the instruments of a database that terminals share. docs/sql_provider.md is for its
+/// users.
 class SqlProvider : public StoreProvider {
 public:
     using UserSettings = SqlProviderSettings;

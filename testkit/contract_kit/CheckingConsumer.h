@@ -24,7 +24,7 @@
 #include <vector>
 
 /// A consumer that notes down what it gets, and every breach of the order that IConsumer promises. Safe from any
-/// thread. A test tells by Open and Close what it asked for, and afterwards looks at Violations.
+/// thread. A test says by Open and Close what it asked for, and then checks Violations.
 class CheckingConsumer : public IConsumer {
 public:
     enum EEvent : std::uint32_t {
@@ -65,14 +65,14 @@ public:
         auto& params = m_requests[a_requestId].params;
         params.SetKindData(params.GetKindData() & ~a_kinds);
     }
-    /// Runs inside of each callback, after it has been noted down: to stop from there, or to throw.
+    /// Runs inside each callback, after it has been noted down: to stop from there, or to throw.
     void SetReaction(std::function<void(unsigned int a_requestId, EEvent a_event)> a_reaction)
     {
         const std::lock_guard lock(m_mutex);
         m_reaction = std::move(a_reaction);
     }
 
-    /// False where that many events of the kind don't come in time.
+    /// False if that many events of the kind don't come in time.
     bool WaitFor(unsigned int a_requestId, EEvent a_event, std::size_t a_count = 1)
     {
         std::unique_lock lock(m_mutex);

@@ -69,7 +69,7 @@ public:
     std::vector<Subscribe::StopParams> stopped;
 };
 
-/// Each test runs with data that come inside of StartSubscription and with data from a thread of the provider.
+/// Each test runs with data that comes inside StartSubscription and with data from a thread of the provider.
 class ConsumerContract
     : public testing::TestWithParam<std::tuple<ConsumerContractCase, FeedProvider::EThread>> {
 protected:
@@ -126,7 +126,7 @@ TEST_P(ConsumerContract, ItsEndLeavesNothingBooked)
     m_feed.MakeLiveData(First().GetIsin());
 }
 
-// Data flow all the while on another thread; a lock held across the stop would hang here, a late use show in a
+// Data flows all the while on another thread; a lock held across the stop would hang here, a late use show in a
 // sanitizer.
 TEST_P(ConsumerContract, ItMayStopWhileDataFlow)
 {

@@ -154,7 +154,7 @@ TEST_P(ProviderContract, WhatIsNotValidIsRefusedAndSilent)
     EXPECT_FALSE(Provider().StartSubscription({nullptr, 1, TheAsset(), params}));
     EXPECT_FALSE(Provider().StartSubscription({&m_consumer, 1, TheAsset(), RequestParams()}));
     EXPECT_FALSE(Provider().StartSubscription({&m_consumer, 2, foreign, params}));
-    // The answer to a good one comes behind whatever the others had set going.
+    // The answer to a good one comes after whatever the others had set going.
     ASSERT_TRUE(Start(m_consumer, 3, params));
     EXPECT_TRUE(m_consumer.WaitForEnd(3));
     EXPECT_TRUE(m_consumer.Events(1).empty());
@@ -234,7 +234,7 @@ TEST_P(ProviderContract, SomeKindsCanStopAlone)
     if ((params.GetKindData() & S_liveKinds) != S_liveKinds || !HasLiveData())
         GTEST_SKIP() << "not both of the live kinds";
     ASSERT_TRUE(Start(m_consumer, 1, params));
-    // From when on records come is the provider's own matter, up to the end of the past.
+    // The provider decides when records start to come, up to the end of the past.
     ASSERT_TRUE(m_consumer.WaitFor(1, CheckingConsumer::EHistoryEnd));
     ASSERT_TRUE(m_subject->MakeLiveData(TheAsset()));
     ASSERT_TRUE(m_consumer.WaitFor(1, CheckingConsumer::ERecord));
@@ -246,7 +246,7 @@ TEST_P(ProviderContract, SomeKindsCanStopAlone)
     Stop(m_consumer, 1);
 }
 
-// Live data are made all the while on another thread; each stop must be the end for its number.
+// Live data is made all the while on another thread; each stop must be the end for its number.
 TEST_P(ProviderContract, NothingComesAfterTheStop)
 {
     const bool live = HasLiveData();
@@ -268,7 +268,7 @@ TEST_P(ProviderContract, NothingComesAfterTheStop)
             ADD_FAILURE() << "not started: " << number;
             break;
         }
-        // A third is stopped in the midst of its past, a third when that is over, a third while data are live.
+        // A third is stopped in the middle of its past, a third when that is over, a third while data is live.
         if (number % 3 != 0) {
             EXPECT_TRUE(m_consumer.WaitFor(number, CheckingConsumer::EHistoryEnd));
         }
@@ -292,7 +292,7 @@ TEST_P(ProviderContract, ASubscriptionMayStopItselfInsideOfACallback)
             Stop(m_consumer, 1);
     });
     ASSERT_TRUE(Start(m_consumer, 1, params));
-    // The first callback of any kind ends it; a later number tells that there was time for more.
+    // The first callback of any kind ends it; a later number shows that there was time for more.
     ASSERT_TRUE(m_consumer.WaitForAny(1));
     ASSERT_TRUE(Start(m_consumer, 2, RequestOf(ParamsBase::S_kindDataHistory)));
     ASSERT_TRUE(m_consumer.WaitForEnd(2));

@@ -28,7 +28,7 @@ public:
     TestMediator() { PluginBase::Init(this); }
     ~TestMediator() override { PluginBase::Init(nullptr); }
 
-    // Not owned. The names are looked up at each question.
+    // Not owned. The names are looked up each time.
     std::vector<ProviderBase*> providers;
     std::vector<IGenericModule*> modules;
     DisplaySettings displaySettings;
@@ -43,7 +43,7 @@ public:
     bool desktopChanging = false;
     bool windowInView = false;
 
-    /// What was told so far, in order: the operation's name, with its number or text behind a blank.
+    /// What was told so far, in order: the operation's name, with its number or text after a blank.
     std::vector<std::string> Calls() const
     {
         const std::lock_guard lock(m_mutex);
@@ -162,7 +162,7 @@ protected:
     }
 
 private:
-    mutable std::mutex m_mutex; // providers tell from their own threads
+    mutable std::mutex m_mutex; // providers call from their own threads
     std::vector<std::string> m_calls;
     std::vector<std::wstring> m_texts;
     std::vector<std::function<void()>> m_posted;

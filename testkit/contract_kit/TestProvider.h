@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-/// A provider for tests: it answers what a test puts into its fields and counts the questions about series.
+/// A provider for tests: it answers with what a test puts into its fields, and counts the questions about series.
 class TestProvider : public ProviderBase {
 public:
     explicit TestProvider(std::wstring a_name) : ProviderBase(EGenericModuleNone, std::move(a_name)) {}

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-/// A consumer for tests that asks for nothing and lets pass what comes.
+/// A consumer for tests that asks for nothing and ignores what comes.
 class IdleConsumer : public ConsumerBase {
 public:
     explicit IdleConsumer(std::wstring a_name, EGenericModule a_kind = EGenericModuleNone)

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// The real market data that come with the sources; examples/market/README.md tells what each file holds.
+/// The real market data that come with the sources; examples/market/README.md says what each file holds.
 namespace MarketData {
 
 std::string Path(const std::string& a_name);

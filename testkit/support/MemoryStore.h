@@ -8,7 +8,7 @@ class MemoryStore : public IMarketStore {
 public:
     // What a test does.
 
-    /// The day fields follow the rows. With the ISIN of one that is there it takes its place, rows included.
+    /// The day fields follow the rows. One with the same ISIN is replaced, rows included.
     void AddInstrument(StoreInstrument a_instrument)
     {
         Item item;
@@ -45,7 +45,7 @@ public:
         const std::lock_guard lock(m_mutex);
         m_items.at(a_isin).offers = a_offers;
     }
-    /// Nothing can be read from now on, or after so many more readings.
+    /// Nothing can be read from now on, or after that many more readings.
     void Break(unsigned int a_afterReadings = 0)
     {
         {
@@ -188,7 +188,7 @@ private:
     {
         Tell([this](IMarketStoreListener& a_listener) {
             {
-                // News comes in order: a break that is over by now is none.
+                // News comes in order: a break that is already over is none.
                 const std::lock_guard lock(m_mutex);
                 if (!m_broken)
                     return;

@@ -66,7 +66,7 @@ std::vector<pid_t> ChildrenOf(pid_t a_parent)
         const std::string name = entry.path().filename();
         if (name.find_first_not_of("0123456789") != std::string::npos)
             continue;
-        // "1234 (name) S 1 ...": the parent is the second field behind the name.
+        // "1234 (name) S 1 ...": the parent is the second field after the name.
         const std::string stat = Contents(entry.path() / "stat");
         const std::size_t end = stat.rfind(')');
         if (end != std::string::npos && std::atoi(stat.c_str() + std::min(end + 4, stat.size())) == a_parent)

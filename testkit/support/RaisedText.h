@@ -5,7 +5,7 @@
 
 namespace kalvento::tests {
 
-/// The text of the Exception that a_action raises; "nothing raised" when it raises none, and others go out.
+/// The text of the Exception that a_action raises; "nothing raised" when it raises none; other exceptions pass through.
 template<class Exception, class Action>
 std::string RaisedText(Action a_action)
 {

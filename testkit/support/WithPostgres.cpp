@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// Runs a command with a PostgreSQL server of its own; an argument DATABASE becomes how to connect to an empty
+/// Runs a command with a PostgreSQL server of its own; an argument DATABASE is replaced by the address of an empty
 /// database. Ends with the command's exit code, or with 77, which ctest takes as skipped, where there is no server to
 /// be had.
 int main(int a_count, char** a_arguments)

@@ -67,7 +67,7 @@ TEST(HistoryAdjustmentTest, TheWholeDayOfTheOperationIsScaled)
 }
 
 // Times that near are earlier than the limit and equal to it at once, or even on both sides of it, since their
-// counter is greater: such a first row counts as the first of the new scale, and so do the rows behind it.
+// counter is greater: such a first row counts as the first of the new scale, and so do the rows after it.
 TEST(HistoryAdjustmentTest, AHistoryThatBeginsInTheLastHalfSecondStaysAsItIs)
 {
     const auto movedOn = [](unsigned int a_steps) {
@@ -112,7 +112,7 @@ TEST(HistoryAdjustmentTest, RowsAreScaledByTheProductOfAllLaterOperations)
         std::vector<double> volumeFactors(10, 1.0);
         for (std::size_t count = random() % 6; count > 0; --count) {
             const std::size_t day =
-                10 + random() % 12; // from the day before the first row to the one behind the last
+                10 + random() % 12; // from the day before the first row to the one after the last
             const int type =
                 random() % 8 == 0 ? std::numeric_limits<int>::max() : static_cast<int>(random() % 20) - 4;
             const double stored = std::ldexp(1.0, static_cast<int>(random() % 7) - 3);

@@ -40,7 +40,7 @@ TEST(HistoryOperationsTest, ARefusedTextLeavesNothingBehind)
         "7\n1,210315,2,0.5\n2,2103150,2,0.5\n",
         "7\n1,000000,2,0.5",
         "7\n,,,,",
-        // What an operation looks like has to begin on the line behind the version, whatever the version says.
+        // What an operation looks like has to begin on the line after the version, whatever the version says.
         "1,210315,2,0.5\n1,x21031,2,0.5",
     };
     for (const std::string& text : texts) {

@@ -58,7 +58,7 @@ TEST(DateTimeToolsTest, ParseDateYYYYMMDD)
     EXPECT_EQ(shortForm("000000"), "none");
     EXPECT_EQ(shortForm("0491231"), "none");
     EXPECT_EQ(shortForm("1x2345"), "invalid 2000-00-01 00:00:00");
-    // Nothing behind the text is read.
+    // Nothing after the text is read.
     EXPECT_EQ(shortForm("2103019999"sv.substr(0, 6)), "2021-03-01 00:00:00");
 }
 
