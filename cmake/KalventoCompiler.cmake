@@ -14,7 +14,8 @@ endif()
 
 find_program(KALVENTO_CCACHE ccache)
 if(KALVENTO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${KALVENTO_CCACHE}")
+    # The cache takes sources with precompiled headers only where it is told that these may be trusted.
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${KALVENTO_CCACHE}")
 endif()
 
 add_library(kalvento_warnings INTERFACE)

@@ -8,5 +8,6 @@ function(kalvento_add_test name)
     target_link_libraries(${name} PRIVATE kalvento_test_support ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
     # What is tested is optimised to the full; its tests run once and are compiled far more often.
     target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
+    target_precompile_headers(${name} REUSE_FROM kalvento_test_headers)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
 endfunction()
