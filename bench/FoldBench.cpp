@@ -2,8 +2,8 @@
 // a time, with scratch doubles, field pointers and a virtual window call a row; the copy is a memcpy of the 40 bytes a
 // row (time, price, volume) that folding has to read.
 #include "aggregation/Aggregator.h"
-#include "folding/AggregatorWrapper.h"
 #include "bench/Pair.h"
+#include "folding/AggregatorWrapper.h"
 #include "series/DataSeriesSet.h"
 #include "series/History.h"
 #include "support/PlainAggregator.h"
