@@ -67,13 +67,6 @@ bool IsWhiteSpace(char a_sign)
     return S_whiteSpace.find(a_sign) != std::string_view::npos;
 }
 
-std::string WithoutWhiteSpace(std::string_view a_line)
-{
-    std::string text(a_line);
-    std::erase_if(text, IsWhiteSpace);
-    return text;
-}
-
 // Where the sign stands in a line that is the a_place-th of those that aren't white space.
 std::size_t ColumnOf(std::string_view a_line, std::size_t a_place)
 {
@@ -114,7 +107,8 @@ bool HistoryOperations::Parse(std::string_view a_text, std::vector<OperationsFau
     }
     // Only line ends may stand before the first line.
     auto number = static_cast<std::size_t>(line.data() - a_text.data()) + 1;
-    const std::string text = WithoutWhiteSpace(line);
+    std::string text(line);
+    RemoveWhiteSpace(text);
     m_version = ReadVersion(text);
     bool isWhole = false;
     ReadNumber<int>(text, isWhole);
@@ -130,12 +124,18 @@ bool HistoryOperations::Parse(std::string_view a_text, std::vector<OperationsFau
     return true;
 }
 
+void HistoryOperations::RemoveWhiteSpace(std::string& a_line)
+{
+    std::erase_if(a_line, IsWhiteSpace);
+}
+
 bool HistoryOperations::ParseLine(std::string_view a_line, std::size_t a_number,
                                   std::vector<OperationsFault>& a_faults)
 {
     constexpr std::array parts = {EOperationsIdentifier, EOperationsDate, EOperationsType, EOperationsFactor};
 
-    const std::string line = WithoutWhiteSpace(a_line);
+    std::string line(a_line);
+    RemoveWhiteSpace(line);
     if (line.empty())
         return true;
 

@@ -63,6 +63,7 @@ public:
 
 private:
     void Unserialize(const Settings& a_settings);
+    static void RemoveWhiteSpace(std::string& a_line);
     bool ParseLine(std::string_view a_line, std::size_t a_number, std::vector<OperationsFault>& a_faults);
 
     int m_version = 0;
