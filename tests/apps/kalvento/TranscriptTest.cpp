@@ -45,7 +45,8 @@ private:
     void Add(std::string a_line)
     {
         const bool isLast = a_line.ends_with("\\c"); // without an end of line
-        a_line.resize(a_line.size() - (isLast ? 2 : 0));
+        if (isLast)
+            a_line.erase(a_line.size() - 2);
         for (const auto& [told, meant] :
              {std::pair("\\r", "\r"), {"\\t", "\t"}, {"\\b", "\xEF\xBB\xBF"}, {"\\1", "\1"}})
             ReplaceAll(a_line, told, meant);
