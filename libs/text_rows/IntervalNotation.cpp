@@ -94,6 +94,8 @@ std::string FormatInterval(IntervalAndMultiplicity a_interval)
     if (!a_interval.IsValid())
         return "none";
     const auto unit = std::ranges::find(S_units, a_interval.GetInterval(), &Unit::interval);
+    if (unit == S_units.end()) // a damaged block may name any number
+        return "none";
     const std::string count = a_interval.IsSingleTick() ? "" : std::to_string(a_interval.GetMultiplicity());
     return count + std::string(unit->names.front());
 }
