@@ -1,6 +1,7 @@
 #include "history_operations/HistoryOperations.h"
 
 #include "platform/CodePage.h"
+#include "platform/NearestInt.h"
 #include "settings/Settings.h"
 #include "time/DateTimeTools.h"
 #include "velo/Log.h"
@@ -10,7 +11,6 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <system_error>
 
 namespace {
@@ -56,9 +56,7 @@ Number ReadNumber(std::string_view a_text, bool& a_isWhole)
 // atoi, a plus sign included; what passes 32 bits is the nearest limit.
 int ReadVersion(const std::string& a_text)
 {
-    const long long number = std::strtoll(a_text.c_str(), nullptr, 10);
-    return static_cast<int>(
-        std::clamp<long long>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+    return kalvento::internal::NearestInt(std::int64_t{std::strtoll(a_text.c_str(), nullptr, 10)});
 }
 
 bool IsWhiteSpace(char a_sign)
@@ -200,11 +198,6 @@ void HistoryOperations::Unserialize(const Settings& a_settings)
     m_operations.reserve(operations.GetUnnamedVariablesCount());
     for (auto node = operations.begin_unnamed(); node != operations.end_unnamed(); ++node)
         m_operations.emplace_back(*node);
-}
-
-void HistoryOperations::Update(const HistoryOperations& a_other)
-{
-    *this = a_other;
 }
 
 bool HistoryOperations::CanBeUse(const NDateTime& a_date) const

@@ -53,7 +53,7 @@ public:
     void SerializeState(Settings& a_settings) const;
 
     /// Takes over version and list.
-    void Update(const HistoryOperations& a_other);
+    void Update(const HistoryOperations& a_other) { *this = a_other; }
 
     /// True where every operation is dated earlier than a_date, so that PrapareOperationThatCanBeUse would drop
     /// nothing.

@@ -22,9 +22,9 @@ public:
 
     /// A buy order with nothing set.
     OrderData() = default;
-    explicit OrderData(const Asset& a_asset);
-    explicit OrderData(EOrderSide a_side);
-    OrderData(const Asset& a_asset, EOrderSide a_side);
+    explicit OrderData(const Asset& a_asset) : m_asset(a_asset) {}
+    explicit OrderData(EOrderSide a_side) : m_side(a_side) {}
+    OrderData(const Asset& a_asset, EOrderSide a_side) : m_asset(a_asset), m_side(a_side) {}
 
     const std::optional<Asset>& GetAsset() const { return m_asset; }
     EOrderSide GetOrderSide() const { return m_side; }

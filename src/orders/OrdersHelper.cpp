@@ -2,13 +2,16 @@
 
 #include "orders/OrderData.h"
 #include "platform/CodePage.h"
+#include "platform/NearestInt.h"
 #include "series/CurrentState.h"
 #include "series/Offers.h"
 #include "velo/Log.h"
 
-#include <cmath>
+#include <algorithm>
 #include <cstdint>
-#include <limits>
+#include <iterator>
+
+using kalvento::internal::NearestInt;
 
 namespace {
 
@@ -47,18 +50,6 @@ std::optional<double> FindSetValue(const SettableVariables& a_variables, ESeries
     return entry->second.value;
 }
 
-/// Cut toward zero. Feeds may send anything: what no int holds stays at the end of its range.
-int ToAmount(double a_volume)
-{
-    if (std::isnan(a_volume))
-        return 0;
-    if (a_volume >= std::numeric_limits<int>::max())
-        return std::numeric_limits<int>::max();
-    if (a_volume <= std::numeric_limits<int>::min())
-        return std::numeric_limits<int>::min();
-    return static_cast<int>(a_volume);
-}
-
 } // namespace
 
 namespace OrdersHelper {
@@ -84,12 +75,10 @@ ESeriesId GetOppositePriceSeriesId(ESeriesId a_seriesId)
 
 ESeriesId GetFirstOffersLine(int a_id)
 {
-    for (const int field : S_buyFields)
-        if (a_id == field)
-            return Bid1;
-    for (const int field : S_sellFields)
-        if (a_id == field)
-            return Ask1;
+    if (std::ranges::find(S_buyFields, a_id) != std::end(S_buyFields))
+        return Bid1;
+    if (std::ranges::find(S_sellFields, a_id) != std::end(S_sellFields))
+        return Ask1;
     const ESeriesId price = GetOrderValueSeriesId(static_cast<ESeriesId>(a_id));
     if (price == S_noSeries)
         return S_noSeries;
@@ -143,8 +132,9 @@ void OrderAddAmount(const Offers& a_offers, ESeriesId a_seriesId, OrderData& a_o
     if (!IsBookPrice(a_seriesId))
         return;
     const std::uint32_t first = GetFirstOffersLine(static_cast<int>(a_seriesId)) + S_block;
+    // Feeds may send anything.
     for (std::uint32_t volume = a_seriesId + S_block; volume >= first; --volume)
-        a_order.AddAmount(ToAmount(FindSetValue(a_offers, static_cast<ESeriesId>(volume)).value_or(0.0)));
+        a_order.AddAmount(NearestInt(FindSetValue(a_offers, static_cast<ESeriesId>(volume)).value_or(0.0)));
 }
 
 std::optional<OrderData> PrepareOrder(const Asset& a_asset, const Offers& a_offers, ESeriesId a_seriesId)

@@ -20,13 +20,19 @@ public:
 
     std::int32_t ScaleX(std::int32_t a_x) const;
     std::int32_t ScaleY(std::int32_t a_y) const;
-    CSize Scale(const CSize& a_size) const;
-    CRect Scale(const CRect& a_rect) const;
+    CSize Scale(const CSize& a_size) const { return {ScaleX(a_size.cx), ScaleY(a_size.cy)}; }
+    CRect Scale(const CRect& a_rect) const
+    {
+        return {ScaleX(a_rect.left), ScaleY(a_rect.top), ScaleX(a_rect.right), ScaleY(a_rect.bottom)};
+    }
 
     std::int32_t UnscaleX(std::int32_t a_x) const;
     std::int32_t UnscaleY(std::int32_t a_y) const;
-    CSize Unscale(const CSize& a_size) const;
-    CRect Unscale(const CRect& a_rect) const;
+    CSize Unscale(const CSize& a_size) const { return {UnscaleX(a_size.cx), UnscaleY(a_size.cy)}; }
+    CRect Unscale(const CRect& a_rect) const
+    {
+        return {UnscaleX(a_rect.left), UnscaleY(a_rect.top), UnscaleX(a_rect.right), UnscaleY(a_rect.bottom)};
+    }
 
 private:
     std::atomic<int> m_dpi = BaseDpi;

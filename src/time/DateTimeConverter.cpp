@@ -1,10 +1,10 @@
 #include "time/DateTimeConverter.h"
 
 #include "platform/LocalZone.h"
+#include "platform/NearestInt.h"
 #include "platform/OleDate.h"
 #include "time/LocalTime.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -59,15 +59,12 @@ NDateTime ConvertFromUnixSecondToLocalDateTime(long a_seconds)
 
 long ConvertFromUtcDateTimeToUnixSecond(const NDateTime& a_utc)
 {
-    constexpr double lowest = std::numeric_limits<std::int32_t>::min();
-    constexpr double highest = std::numeric_limits<std::int32_t>::max();
-
     const double days = OleDate::ToContinuous(a_utc.ToDouble()) - OleDate::S_unixEpoch;
     const double seconds =
         (days + (days < 0.0 ? -OleDate::S_halfSecond : OleDate::S_halfSecond)) * S_secondsOfDay;
     if (std::isnan(seconds))
         return std::numeric_limits<std::int32_t>::min();
-    return static_cast<std::int32_t>(std::clamp(seconds, lowest, highest));
+    return kalvento::internal::NearestInt(seconds);
 }
 
 } // namespace DateTimeConverter

@@ -1,10 +1,10 @@
 #include "time/NDateTime.h"
 
+#include "platform/NearestInt.h"
 #include "platform/OleDate.h"
 #include "settings/Settings.h"
 
 #include <cmath>
-#include <limits>
 #include <optional>
 
 using namespace kalvento::internal;
@@ -81,11 +81,7 @@ int NDateTime::GetDayOfWeek() const
 
 int NDateTime::GetAbsoluteDay() const
 {
-    if (m_value.m_dt >= std::numeric_limits<int>::max())
-        return std::numeric_limits<int>::max();
-    if (m_value.m_dt <= std::numeric_limits<int>::min())
-        return std::numeric_limits<int>::min();
-    return std::isnan(m_value.m_dt) ? 0 : static_cast<int>(m_value.m_dt);
+    return NearestInt(m_value.m_dt);
 }
 
 const NDateTime& NDateTime::ShiftDays(int a_days)
