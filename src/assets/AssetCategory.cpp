@@ -4,44 +4,29 @@
 
 namespace AssetCategory {
 
+using kalvento::internal::LabelOf;
+using kalvento::internal::PackFeedCode;
+
 namespace {
 
-// Null for a number outside the table.
-const wchar_t* LabelOf(Value a_value)
-{
-    switch (a_value) {
-    case CategoryShare:
-        return L"Akcja";
-    case CategoryFuture:
-        return L"Kontrakt terminowy";
-    case CategoryIndex:
-        return L"Index";
-    case CategoryBond:
-        return L"Obligacja";
-    case CategoryTracker:
-        return L"Tracker (ETF)";
-    case CategoryWarrant:
-        return L"Warrant / Certyfikat";
-    case CategoryOptionX:
-    case CategoryOptionY:
-        return L"Opcja";
-    default:
-        return nullptr;
-    }
-}
+constexpr std::pair<Value, std::wstring_view> S_labels[] = {
+    {CategoryShare, L"Akcja"},           {CategoryFuture, L"Kontrakt terminowy"},
+    {CategoryIndex, L"Index"},           {CategoryBond, L"Obligacja"},
+    {CategoryTracker, L"Tracker (ETF)"}, {CategoryWarrant, L"Warrant / Certyfikat"},
+    {CategoryOptionX, L"Opcja"},         {CategoryOptionY, L"Opcja"},
+};
 
 } // namespace
 
 Value ToCategoyValue(std::string_view a_code)
 {
-    const auto value = static_cast<Value>(kalvento::internal::PackFeedCode(a_code));
-    return LabelOf(value) != nullptr ? value : CategoryUnknown;
+    const auto value = static_cast<Value>(PackFeedCode(a_code));
+    return LabelOf(value, S_labels).empty() ? CategoryUnknown : value;
 }
 
 std::wstring ValueToLabel(Value a_value)
 {
-    const wchar_t* const label = LabelOf(a_value);
-    return label != nullptr ? label : L"";
+    return std::wstring(LabelOf(a_value, S_labels));
 }
 
 } // namespace AssetCategory

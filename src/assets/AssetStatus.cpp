@@ -5,65 +5,42 @@
 
 namespace AssetStatus {
 
+using kalvento::internal::LabelOf;
+using kalvento::internal::PackFeedCode;
+
 namespace {
 
-// Null for a number outside the table.
-const wchar_t* LabelOf(Value a_value)
-{
-    switch (a_value) {
-    case StatusAfterSession:
-        return L"po sesji";
-    case StatusBalancing:
-    case StatusBalancing2P:
-        return L"równoważenie";
-    case StatusSuspended:
-    case StatusSuspended3D:
-        return L"zawieszony";
-    case StatusTradingResumed:
-        return L"wznowienie obrotu";
-    case StatusBeforeClosing:
-        return L"przed zamknięciem";
-    case StatusClosing:
-        return L"zamknięcie";
-    case StatusMorningMonitoring:
-        return L"poranny monitoring";
-    case StatusMarketMakerIntervention:
-        return L"interwencja animatora";
-    case StatusEveningMonitoring:
-        return L"monitoring wieczorny";
-    case StatusTradingSuspension:
-        return L"zawieszenie obrotu";
-    case StatusBasicMonitoring:
-        return L"podstawowy monitoring";
-    case StatusOpening:
-        return L"otwarcie";
-    case StatusBeforeOpening:
-        return L"przed otwarciem";
-    case StatusExtraRound:
-        return L"dogrywka";
-    case StatusSession:
-        return L"sesja";
-    case StatusTransitional:
-        return L"status przejściowy";
-    case StatusSystemClosed:
-        return L"system zamknięty";
-    case StatusBalancing2B:
-        return L"(D) równoważenie";
-    case StatusBalancing2H:
-        return L"(G) równoważenie";
-    case StatusSuspended3Z:
-        return L"(O) zawieszony";
-    default:
-        return nullptr;
-    }
-}
+constexpr std::pair<Value, std::wstring_view> S_labels[] = {
+    {StatusAfterSession, L"po sesji"},
+    {StatusBalancing, L"równoważenie"},
+    {StatusBalancing2P, L"równoważenie"},
+    {StatusSuspended, L"zawieszony"},
+    {StatusSuspended3D, L"zawieszony"},
+    {StatusTradingResumed, L"wznowienie obrotu"},
+    {StatusBeforeClosing, L"przed zamknięciem"},
+    {StatusClosing, L"zamknięcie"},
+    {StatusMorningMonitoring, L"poranny monitoring"},
+    {StatusMarketMakerIntervention, L"interwencja animatora"},
+    {StatusEveningMonitoring, L"monitoring wieczorny"},
+    {StatusTradingSuspension, L"zawieszenie obrotu"},
+    {StatusBasicMonitoring, L"podstawowy monitoring"},
+    {StatusOpening, L"otwarcie"},
+    {StatusBeforeOpening, L"przed otwarciem"},
+    {StatusExtraRound, L"dogrywka"},
+    {StatusSession, L"sesja"},
+    {StatusTransitional, L"status przejściowy"},
+    {StatusSystemClosed, L"system zamknięty"},
+    {StatusBalancing2B, L"(D) równoważenie"},
+    {StatusBalancing2H, L"(G) równoważenie"},
+    {StatusSuspended3Z, L"(O) zawieszony"},
+};
 
 } // namespace
 
 Value ToStatusValue(std::string_view a_code)
 {
-    const auto value = static_cast<Value>(kalvento::internal::PackFeedCode(a_code));
-    return LabelOf(value) != nullptr ? value : StatusUnknown;
+    const auto value = static_cast<Value>(PackFeedCode(a_code));
+    return LabelOf(value, S_labels).empty() ? StatusUnknown : value;
 }
 
 std::string ValueToCode(Value a_value)
@@ -73,8 +50,7 @@ std::string ValueToCode(Value a_value)
 
 std::wstring ValueToLabel(Value a_value)
 {
-    const wchar_t* const label = LabelOf(a_value);
-    return label != nullptr ? label : L"";
+    return std::wstring(LabelOf(a_value, S_labels));
 }
 
 } // namespace AssetStatus

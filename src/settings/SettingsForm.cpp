@@ -149,30 +149,21 @@ void CheckBytes(std::string_view a_text)
 
 const char* DescribeStatus(pugi::xml_parse_status a_status)
 {
-    switch (a_status) {
-    case pugi::status_end_element_mismatch:
-        return "znacznik zamykający nie pasuje do otwierającego"_cp1250;
-    case pugi::status_bad_start_element:
-        return "błędny znacznik otwierający"_cp1250;
-    case pugi::status_bad_end_element:
-        return "błędny znacznik zamykający"_cp1250;
-    case pugi::status_bad_attribute:
-        return "błędny atrybut"_cp1250;
-    case pugi::status_bad_pcdata:
-        return "błędny tekst"_cp1250;
-    case pugi::status_bad_cdata:
-        return "niezamknięta sekcja CDATA"_cp1250;
-    case pugi::status_bad_comment:
-        return "niezamknięty komentarz"_cp1250;
-    case pugi::status_bad_pi:
-        return "błędna instrukcja przetwarzania"_cp1250;
-    case pugi::status_bad_doctype:
-        return "błędna deklaracja DOCTYPE"_cp1250;
-    case pugi::status_out_of_memory:
-        return "za mało pamięci"_cp1250;
-    default:
-        return "błędny znacznik"_cp1250;
-    }
+    constexpr std::pair<pugi::xml_parse_status, const char*> texts[] = {
+        {pugi::status_end_element_mismatch, "znacznik zamykający nie pasuje do otwierającego"_cp1250},
+        {pugi::status_bad_start_element, "błędny znacznik otwierający"_cp1250},
+        {pugi::status_bad_end_element, "błędny znacznik zamykający"_cp1250},
+        {pugi::status_bad_attribute, "błędny atrybut"_cp1250},
+        {pugi::status_bad_pcdata, "błędny tekst"_cp1250},
+        {pugi::status_bad_cdata, "niezamknięta sekcja CDATA"_cp1250},
+        {pugi::status_bad_comment, "niezamknięty komentarz"_cp1250},
+        {pugi::status_bad_pi, "błędna instrukcja przetwarzania"_cp1250},
+        {pugi::status_bad_doctype, "błędna deklaracja DOCTYPE"_cp1250},
+        {pugi::status_out_of_memory, "za mało pamięci"_cp1250}};
+    for (const auto& [status, text] : texts)
+        if (status == a_status)
+            return text;
+    return "błędny znacznik"_cp1250;
 }
 
 std::size_t PlaceOf(pugi::xml_node a_node)

@@ -1,28 +1,15 @@
 #include "time/MaxMultiplicity.h"
 
+#include <array>
+
 namespace kalvento::internal {
 
 unsigned int GetMaxMultiplicity(EInterval a_interval)
 {
-    switch (a_interval) {
-    case EIntervalTick:
-    case EIntervalYear:
-        return S_unlimitedMultiplicity;
-    case EIntervalSecond:
-    case EIntervalMinute:
-        return 59;
-    case EIntervalHour:
-        return 24;
-    case EIntervalDay:
-        return 365;
-    case EIntervalWeek:
-        return 51;
-    case EIntervalMonth:
-        return 11;
-    case EIntervalEmpty:
-        break;
-    }
-    return 1;
+    // By the numbers of EInterval.
+    constexpr std::array<unsigned int, 9> limits = {1,  S_unlimitedMultiplicity, 59, 59, 24, 365, 51,
+                                                    11, S_unlimitedMultiplicity};
+    return a_interval < limits.size() ? limits[a_interval] : limits[EIntervalEmpty];
 }
 
 } // namespace kalvento::internal
