@@ -5,6 +5,7 @@
 #include "assets/AssetParams.h"
 #include "assets/AssetsGroup.h"
 #include "provider_kit/StoreEngine.h"
+#include "series/TickShape.h"
 #include "velo/String.h"
 
 #include <utility>
@@ -153,9 +154,7 @@ AssetParams StoreProvider::GetAssetParams(const std::string& a_isin)
 
 std::set<DSProp> StoreProvider::GetAssetSeries(const Asset& a_asset)
 {
-    std::set<DSProp> shape = GetAssetSeriesAlternative(a_asset);
-    std::erase_if(shape, [](const DSProp& a_property) { return a_property.IsAggregationSeries(); });
-    return shape;
+    return kalvento::internal::TickShape(GetAssetSeriesAlternative(a_asset));
 }
 
 std::set<DSProp> StoreProvider::GetAssetSeriesAlternative(const Asset& a_asset)

@@ -8,11 +8,13 @@
 #include "series/Record.h"
 #include "series/Synchronization.h"
 #include "settings/Settings.h"
-#include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
+#include "velo/Refuse.h"
 
 #include <algorithm>
 #include <stdexcept>
+
+using kalvento::internal::Refuse;
 
 namespace {
 
@@ -29,12 +31,6 @@ constexpr const char* S_repeatedSeries =
     "Serie w rekordzie powtarzają się lub brakuje serii: open, max, min"_cp1250;
 constexpr const char* S_noInterval = "Brak informacji o interwale oraz krotnosci odebranych danych"_cp1250;
 constexpr const char* S_wrongDirection = "Agregacja nie jest możliwa dla obecnych interwałów"_cp1250;
-
-bool Refuse(const char* a_place, int a_line, const char* a_message)
-{
-    VeloTools::Log::Instance().Write(a_place, a_line, a_message);
-    return false;
-}
 
 bool IsReachable(IntervalAndMultiplicity a_input, const Aggregator& a_aggregator)
 {

@@ -50,3 +50,19 @@ Record ColumnBlock::At(std::size_t a_row, std::span<const ESeriesId> a_series) c
         values.emplace_back(a_series[place], columns[place][a_row]);
     return {times[a_row], std::move(values)};
 }
+
+History ColumnBlock::Between(std::size_t a_first, std::size_t a_last, std::span<const ESeriesId> a_series,
+                             IntervalAndMultiplicity a_interval) const
+{
+    const auto first = static_cast<std::ptrdiff_t>(a_first);
+    const auto last = static_cast<std::ptrdiff_t>(a_last);
+    History::Columns values;
+    for (std::size_t place = 0; place < a_series.size(); ++place) {
+        values.emplace_back(a_series[place], std::vector<double>());
+        // A block that never had a row has no columns.
+        if (first < last)
+            values.back().second.assign(columns[place].begin() + first, columns[place].begin() + last);
+    }
+    return {a_interval.GetInterval(), a_interval.GetMultiplicity(),
+            std::vector<NDateTime>(times.begin() + first, times.begin() + last), std::move(values)};
+}

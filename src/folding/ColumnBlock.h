@@ -2,7 +2,9 @@
 
 #include "platform/Export.h"
 #include "series/ESeriesId.h"
+#include "series/History.h"
 #include "series/Record.h"
+#include "time/IntervalAndMultiplicity.h"
 #include "time/NDateTime.h"
 
 #include <cstddef>
@@ -26,4 +28,7 @@ struct KALVENTO_API ColumnBlock {
     void RemoveBefore(std::size_t a_first);
     /// A row as a record of the series a_series, one for each column.
     Record At(std::size_t a_row, std::span<const ESeriesId> a_series) const;
+    /// The rows a_first to before a_last as a history of these series.
+    History Between(std::size_t a_first, std::size_t a_last, std::span<const ESeriesId> a_series,
+                    IntervalAndMultiplicity a_interval) const;
 };

@@ -5,6 +5,7 @@
 #include "platform/CodePage.h"
 #include "series/History.h"
 #include "series/Series.h"
+#include "series/TickShape.h"
 #include "time/KalventoException.h"
 #include "time/TimeParts.h"
 
@@ -15,12 +16,11 @@
 
 namespace {
 
-AggregatorWrapper MakeWrapper(std::set<DSProp> a_properties, IntervalAndMultiplicity a_interval)
+AggregatorWrapper MakeWrapper(const std::set<DSProp>& a_properties, IntervalAndMultiplicity a_interval)
 {
     if (a_interval.GetMultiplicity() > std::numeric_limits<unsigned short>::max())
         throw std::invalid_argument("Niepoprawny argument: a_interval"_cp1250);
-    std::erase_if(a_properties, [](const DSProp& a_property) { return a_property.IsAggregationSeries(); });
-    return {a_properties, ELastRecordTime, a_interval.GetInterval(),
+    return {kalvento::internal::TickShape(a_properties), ELastRecordTime, a_interval.GetInterval(),
             static_cast<unsigned short>(a_interval.GetMultiplicity())};
 }
 
@@ -81,9 +81,9 @@ std::optional<std::size_t> Explanation::Find(const NDateTime& a_at) const
     if (row == times.end() || BeginOf(*row) != begin)
         return std::nullopt;
     const auto place = static_cast<std::size_t>(row - times.begin());
-    const auto behind = std::ranges::partition_point(
+    const auto next = std::ranges::partition_point(
         m_candles, [&](const Span& a_candle) { return a_candle.begin <= place; });
-    return static_cast<std::size_t>(behind - m_candles.begin()) - 1;
+    return static_cast<std::size_t>(next - m_candles.begin()) - 1;
 }
 
 // How many candles of the same day lie before; what counts candles of ticks.

@@ -4,6 +4,7 @@
 #include "folding/AggregatorTools.h"
 #include "platform/CodePage.h"
 #include "series/FieldAim.h"
+#include "series/TickShape.h"
 #include "time/KalventoException.h"
 
 #include <algorithm>
@@ -37,12 +38,6 @@ IntervalAndMultiplicity Checked(IntervalAndMultiplicity a_rows, IntervalAndMulti
     return a_candles;
 }
 
-std::set<DSProp> TickShape(std::set<DSProp> a_series)
-{
-    std::erase_if(a_series, [](const DSProp& a_property) { return a_property.IsAggregationSeries(); });
-    return a_series;
-}
-
 } // namespace
 
 bool PieceFolder::Reaches(IntervalAndMultiplicity a_rows, IntervalAndMultiplicity a_candles)
@@ -68,7 +63,7 @@ PieceFolder::PieceFolder(const std::set<DSProp>& a_series, IntervalAndMultiplici
       m_main(AggregatorTools::GetMainAggregationSeries(a_series).GetSeriesID()),
       m_rowColumns(a_series.size()),
       m_aggregator(a_candles.GetInterval(), MultiplicityOf(a_candles), RowStamp(a_stamp),
-                   AggregatorTools::PrepareAggregationTypes(TickShape(a_series))),
+                   AggregatorTools::PrepareAggregationTypes(kalvento::internal::TickShape(a_series))),
       m_stamper(a_candles.GetInterval(), MultiplicityOf(a_candles), a_stamp, {EAggrTypeOhlc})
 {
     for (const DSProp& property : a_series) {
@@ -219,23 +214,8 @@ History PieceFolder::Add(History&& a_rows)
     return TakePiece(false);
 }
 
-History PieceFolder::Finish()
-{
-    return TakePiece(true);
-}
-
 History PieceFolder::TakePiece(bool a_last)
 {
     m_piece.rows = Fold(m_piece, a_last, m_candles);
-    History::Columns columns;
-    const auto count = static_cast<std::ptrdiff_t>(m_candles.rows);
-    for (std::size_t place = 0; place < m_series.size(); ++place) {
-        columns.emplace_back(m_series[place], std::vector<double>());
-        if (count > 0)
-            columns.back().second.assign(m_candles.columns[place].begin(),
-                                         m_candles.columns[place].begin() + count);
-    }
-    return {m_candleInterval.GetInterval(), m_candleInterval.GetMultiplicity(),
-            std::vector<NDateTime>(m_candles.times.begin(), m_candles.times.begin() + count),
-            std::move(columns)};
+    return m_candles.Between(0, m_candles.rows, m_series, m_candleInterval);
 }

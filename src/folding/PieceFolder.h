@@ -52,7 +52,7 @@ public:
     /// std::invalid_argument for rows that lack a series; nothing has changed then.
     History Add(History&& a_rows);
     /// The candle that is still open, if any. Nothing may be added afterwards.
-    History Finish();
+    History Finish() { return TakePiece(true); }
 
 private:
     static constexpr std::size_t S_candleFields = 3;

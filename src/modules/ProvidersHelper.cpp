@@ -4,7 +4,7 @@
 #include "modules/ProviderBase.h"
 #include "modules/RequestParams.h"
 #include "platform/CodePage.h"
-#include "velo/Log.h"
+#include "velo/Refuse.h"
 
 #include <algorithm>
 
@@ -33,8 +33,7 @@ bool ValidateSubscribeParameters(const ProviderBase* const a_provider, const ICo
                                  const RequestParams& a_requestParams)
 {
     const auto refuse = [](int a_line, const char* a_message) {
-        VeloTools::Log::Instance().Write("ProvidersHelper::ValidateSubscribeParameters", a_line, a_message);
-        return false;
+        return kalvento::internal::Refuse("ProvidersHelper::ValidateSubscribeParameters", a_line, a_message);
     };
 
     if (a_provider == nullptr || !a_provider->IsRunning())

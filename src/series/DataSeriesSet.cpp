@@ -5,7 +5,7 @@
 #include "series/FieldAim.h"
 #include "series/Series.h"
 #include "time/KalventoException.h"
-#include "velo/Log.h"
+#include "velo/Refuse.h"
 
 #include <algorithm>
 #include <bit>
@@ -16,6 +16,8 @@
 #include <ostream>
 #include <stdexcept>
 #include <type_traits>
+
+using kalvento::internal::Refuse;
 
 namespace {
 
@@ -30,11 +32,6 @@ class NoDataException : public std::exception {
 public:
     const char* what() const noexcept override { return "Obiekt nie zawiera danych"_cp1250; }
 };
-
-void Log(std::string_view a_source, int a_line, std::string_view a_message)
-{
-    VeloTools::Log::Instance().Write(a_source, a_line, a_message);
-}
 
 template<class Element>
 DataSeriesSet::Columns MakeColumns(const std::set<Element>& a_series)
@@ -162,11 +159,6 @@ std::set<ESeriesId> DataSeriesSet::GetSeries() const
     return series;
 }
 
-Record DataSeriesSet::GetEmptyRecord() const
-{
-    return Record(GetSeries());
-}
-
 Record DataSeriesSet::GetLastRecord() const
 {
     if (m_times.empty())
@@ -225,11 +217,6 @@ bool DataSeriesSet::AddNewSeries(ESeriesId a_seriesId, std::vector<double>::cons
     return true;
 }
 
-void DataSeriesSet::SetNewTimes(const std::vector<NDateTime>& a_times)
-{
-    m_times = a_times;
-}
-
 void DataSeriesSet::SetNewTimes(std::vector<NDateTime>::const_iterator a_first,
                                 std::vector<NDateTime>::const_iterator a_last)
 {
@@ -268,10 +255,8 @@ void DataSeriesSet::DeleteAggregationSeries()
 bool DataSeriesSet::AgregateData(ESeriesId a_main, Aggregator& a_aggregator, std::vector<double*>& a_columns)
 {
     const auto isShort = [this](const Column& a_column) { return a_column.second.size() < m_times.size(); };
-    if (std::ranges::any_of(m_columns, isShort)) {
-        Log("DataSeriesSet::AgregateData", __LINE__, "Ilość danych w seriach jest różna"_cp1250);
-        return false;
-    }
+    if (std::ranges::any_of(m_columns, isShort))
+        return Refuse("DataSeriesSet::AgregateData", __LINE__, "Ilość danych w seriach jest różna"_cp1250);
     if (!AimColumns(a_main, a_columns))
         return false;
 
@@ -280,8 +265,6 @@ bool DataSeriesSet::AgregateData(ESeriesId a_main, Aggregator& a_aggregator, std
         static_cast<unsigned int>(m_times.size()), m_times.data(), a_columns);
     return FinishAggregation(rows, a_aggregator);
 }
-
-void DataSeriesSet::CheckIntegrity(const NDateTime* /*a_day*/) const {}
 
 void DataSeriesSet::Read(std::istream& a_stream)
 {
@@ -306,29 +289,27 @@ void DataSeriesSet::Write(std::ostream& a_stream) const
 bool DataSeriesSet::IsValid() const
 {
     const auto differs = [this](const Column& a_column) { return a_column.second.size() != m_times.size(); };
-    if (std::ranges::any_of(m_columns, differs)) {
-        Log("DataSeriesSet::IsValid", __LINE__, "Ilość danych w seriach jest różna"_cp1250);
-        return false;
-    }
+    if (std::ranges::any_of(m_columns, differs))
+        return Refuse("DataSeriesSet::IsValid", __LINE__, "Ilość danych w seriach jest różna"_cp1250);
     if (!m_intervalData.IsValid())
         return false;
 
     const auto has = [this](ESeriesId a_seriesId) { return find(a_seriesId) != end(); };
     if (m_intervalData.IsSingleTick()) {
         if (has(IntervalOpen) || has(IntervalMax) || has(IntervalMin)) {
-            Log("DataSeriesSet::IsValid", __LINE__,
+            return Refuse(
+                "DataSeriesSet::IsValid", __LINE__,
                 "Obiekt dla interwału tikowego i krotniści 1 zawiera niedozwoloną serię: open, min, max"_cp1250);
-            return false;
         }
         return true;
     }
     if (!has(IntervalOpen) || !has(IntervalMax) || !has(IntervalMin)) {
         constexpr const char* message =
             "Obiekt dla interwału {} i krotniści {} nie zawiera serii: open, min, max"_cp1250;
-        Log("DataSeriesSet::IsValid", __LINE__,
-            fmt::format(fmt::runtime(message), static_cast<std::uint32_t>(m_intervalData.GetInterval()),
-                        static_cast<std::int32_t>(m_intervalData.GetMultiplicity())));
-        return false;
+        return Refuse("DataSeriesSet::IsValid", __LINE__,
+                      fmt::format(fmt::runtime(message),
+                                  static_cast<std::uint32_t>(m_intervalData.GetInterval()),
+                                  static_cast<std::int32_t>(m_intervalData.GetMultiplicity())));
     }
     return true;
 }
@@ -394,17 +375,16 @@ bool DataSeriesSet::AimColumns(ESeriesId a_main, std::vector<double*>& a_columns
         aim.Aim(seriesId, values.data());
     if (aim.IsComplete())
         return true;
-    Log("DataSeriesSet::AgregateData", __LINE__,
+    return Refuse(
+        "DataSeriesSet::AgregateData", __LINE__,
         "Serie nie odpowiadają polom agregacji: wymagane po jednej serii open, max, min i głównej"_cp1250);
-    return false;
 }
 
 bool DataSeriesSet::FinishAggregation(std::size_t a_rows, const Aggregator& a_aggregator)
 {
-    if (a_rows == 0) {
-        Log("DataSeriesSet::AgregateData", __LINE__, "Ilość zagregowanych rekordów wynosi 0"_cp1250);
-        return false;
-    }
+    if (a_rows == 0)
+        return Refuse("DataSeriesSet::AgregateData", __LINE__,
+                      "Ilość zagregowanych rekordów wynosi 0"_cp1250);
     DecreaseSize(a_rows);
     m_intervalData.Set(a_aggregator.GetOutputInterval(), a_aggregator.GetOutputIntervalMultiple());
     return true;

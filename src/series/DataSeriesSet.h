@@ -73,7 +73,7 @@ public:
     bool GetTimes(NDateTime& a_first, NDateTime& a_last) const;
     std::set<ESeriesId> GetSeries() const;
     /// A record of the set's shape: all values 0.0, the zero time. A set without columns raises std::invalid_argument.
-    Record GetEmptyRecord() const;
+    Record GetEmptyRecord() const { return Record(GetSeries()); }
     /// The last value of each column (0.0 for a column without values) with the last time. A set without rows raises
     /// std::exception.
     Record GetLastRecord() const;
@@ -89,7 +89,7 @@ public:
     bool AddNewSeries(ESeriesId a_seriesId, std::vector<double>::const_iterator a_first,
                       std::vector<double>::const_iterator a_last);
     /// Replaces the time column.
-    void SetNewTimes(const std::vector<NDateTime>& a_times);
+    void SetNewTimes(const std::vector<NDateTime>& a_times) { m_times = a_times; }
     void SetNewTimes(std::vector<NDateTime>::const_iterator a_first,
                      std::vector<NDateTime>::const_iterator a_last);
     /// Empties every column; the columns and their capacities stay.
@@ -109,7 +109,7 @@ public:
     bool AgregateData(ESeriesId a_main, Aggregator& a_aggregator, std::vector<double*>& a_columns);
 
     /// Does nothing; VectorTimeTester::CheckIntegrity is the working test.
-    void CheckIntegrity(const NDateTime* a_day) const;
+    void CheckIntegrity(const NDateTime* /*a_day*/) const {}
 
     /// Reads the binary form and appends to the columns that are there already; times and interval data are replaced.
     /// Another version raises KalventoException. Nothing is validated: call IsValid afterwards. What a stream that ends

@@ -2,24 +2,16 @@
 
 #include "platform/CodePage.h"
 #include "time/DateTimeTools.h"
-#include "velo/Log.h"
+#include "velo/Refuse.h"
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 
-namespace {
-
-bool Refuse(int a_line, const char* a_message)
-{
-    VeloTools::Log::Instance().Write("VectorTimeTester::CheckIntegrity", a_line, a_message);
-    return false;
-}
-
-} // namespace
+using kalvento::internal::Refuse;
 
 bool VectorTimeTester::CheckIntegrity(const std::vector<NDateTime>& a_times, const NDateTime* a_day)
 {
+    constexpr const char* place = "VectorTimeTester::CheckIntegrity";
     if (a_times.size() < 2)
         return true;
 
@@ -27,15 +19,15 @@ bool VectorTimeTester::CheckIntegrity(const std::vector<NDateTime>& a_times, con
         return a_time < a_previous;
     };
     if (std::ranges::adjacent_find(a_times, isEarlier) != a_times.end())
-        return Refuse(__LINE__, "Dane nie są integralne - wymieszanie"_cp1250);
+        return Refuse(place, __LINE__, "Dane nie są integralne - wymieszanie"_cp1250);
 
     if (!a_day)
         return true;
     const NDateTime day = DateTimeTools::GetDate(*a_day);
     if (DateTimeTools::GetDate(a_times.front()) != day)
-        return Refuse(__LINE__, "Dane nie są integralne - pierwsza data nie pokrywa się"_cp1250);
+        return Refuse(place, __LINE__, "Dane nie są integralne - pierwsza data nie pokrywa się"_cp1250);
     if (DateTimeTools::GetDate(a_times.back()) != day)
-        return Refuse(__LINE__, "Dane nie są integralne - ostatnia data nie pokrywa się"_cp1250);
+        return Refuse(place, __LINE__, "Dane nie są integralne - ostatnia data nie pokrywa się"_cp1250);
     return true;
 }
 
