@@ -42,8 +42,6 @@ CString ReadWideText(CArchive& a_archive)
 
 } // namespace
 
-AlertArgumentDescription::AlertArgumentDescription(const std::string& a_isin) : m_isin(a_isin) {}
-
 AlertArgumentDescription::AlertArgumentDescription(const std::string& a_isin, const DSProp& a_series,
                                                    const wchar_t* a_name, const wchar_t* a_description)
     : m_isin(a_isin), m_series(a_series), m_name(TextOf(a_name)), m_description(TextOf(a_description))

@@ -16,7 +16,7 @@ class KALVENTO_API AlertArgumentDescription {
 public:
     /// Nothing is set.
     AlertArgumentDescription() = default;
-    explicit AlertArgumentDescription(const std::string& a_isin);
+    explicit AlertArgumentDescription(const std::string& a_isin) : m_isin(a_isin) {}
     /// a_name, a_description: for the user; null is an empty text.
     AlertArgumentDescription(const std::string& a_isin, const DSProp& a_series, const wchar_t* a_name,
                              const wchar_t* a_description);

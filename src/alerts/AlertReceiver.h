@@ -14,9 +14,6 @@ class AlertEventGenerate;
 /// place on the sender's list. Nothing may be thrown: a sender has other receivers to serve.
 class KALVENTO_API AlertReceiver {
 public:
-    AlertReceiver() = default;
-    AlertReceiver(const AlertReceiver&) = default;
-    AlertReceiver& operator=(const AlertReceiver&) = default;
     virtual ~AlertReceiver();
 
     /// Something happened to an alert; the two values say what.

@@ -69,10 +69,6 @@ Asset::Asset(const boost::json::value& a_json)
       m_isin(TextOf(a_json, XML_ISIN))
 {}
 
-Asset::Asset(const Asset& a_other) = default;
-Asset::Asset(Asset&& a_other) noexcept = default;
-Asset& Asset::operator=(const Asset& a_other) = default;
-Asset& Asset::operator=(Asset&& a_other) noexcept = default;
 Asset::~Asset() = default;
 
 bool Asset::operator==(const Asset& a_other) const

@@ -40,10 +40,10 @@ public:
     /// raises the JSON library's exception: std::invalid_argument, "not an object" or "not a string", or
     /// std::out_of_range where a key is missing.
     explicit Asset(const boost::json::value& a_json);
-    Asset(const Asset& a_other);
-    Asset(Asset&& a_other) noexcept;
-    Asset& operator=(const Asset& a_other);
-    Asset& operator=(Asset&& a_other) noexcept;
+    Asset(const Asset& a_other) = default;
+    Asset(Asset&& a_other) noexcept = default;
+    Asset& operator=(const Asset& a_other) = default;
+    Asset& operator=(Asset&& a_other) noexcept = default;
     virtual ~Asset();
 
     ProviderBase* GetProvider() const { return m_provider; }

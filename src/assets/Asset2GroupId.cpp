@@ -2,8 +2,6 @@
 
 #include "settings/Settings.h"
 
-Asset2GroupId::Asset2GroupId(const Asset& a_asset) : m_asset(a_asset) {}
-
 Asset2GroupId::Asset2GroupId(const Asset& a_asset, const AssetsGroupId& a_groupId)
     : m_asset(a_asset), m_groupId(a_groupId)
 {}

@@ -16,7 +16,7 @@ public:
     static constexpr std::string_view XML_ASSET = "Asset";
     static constexpr std::string_view XML_ASSET_GROUP = "AssetGroup";
 
-    explicit Asset2GroupId(const Asset& a_asset);
+    explicit Asset2GroupId(const Asset& a_asset) : m_asset(a_asset) {}
     Asset2GroupId(const Asset& a_asset, const AssetsGroupId& a_groupId);
     /// Reads what SerializeState wrote; without the node "AssetGroup" the asset stands alone. The mediator must be set.
     explicit Asset2GroupId(const Settings& a_settings);

@@ -15,13 +15,3 @@ AssetAdditProp::AssetAdditProp(std::wstring a_text1, std::wstring a_text2, std::
       segment(a_segment),
       date(a_date)
 {}
-
-bool AssetAdditProp::IsFromCashMarket() const
-{
-    return segment == AssetSegment::SegmentInstruments || segment == AssetSegment::SegmentIndices;
-}
-
-bool AssetAdditProp::IsFromContractMarket() const
-{
-    return segment == AssetSegment::SegmentDerivatives;
-}

@@ -21,9 +21,12 @@ struct KALVENTO_API AssetAdditProp {
                    std::optional<NDateTime> a_date);
 
     /// Instruments and indices.
-    bool IsFromCashMarket() const;
+    bool IsFromCashMarket() const
+    {
+        return segment == AssetSegment::SegmentInstruments || segment == AssetSegment::SegmentIndices;
+    }
     /// Derivatives.
-    bool IsFromContractMarket() const;
+    bool IsFromContractMarket() const { return segment == AssetSegment::SegmentDerivatives; }
 
     std::wstring text1;
     std::wstring text2;

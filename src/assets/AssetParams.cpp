@@ -8,10 +8,6 @@
 
 using kalvento::internal::GetMaxMultiplicity;
 
-AssetParams::AssetParams() = default;
-
-AssetParams::AssetParams(unsigned int a_kindData) : ParamsBase(a_kindData) {}
-
 AssetParams::AssetParams(unsigned int a_kindData, unsigned int a_multiplicity, Intervals&& a_intervals)
     : ParamsBase(a_kindData), m_intervals(std::move(a_intervals)), m_multiplicity(a_multiplicity)
 {
@@ -27,8 +23,6 @@ AssetParams::AssetParams(const Settings& a_settings)
 {
     DeserializeIntervalsContainer(a_settings[XML_INTERVALS]);
 }
-
-AssetParams::~AssetParams() = default;
 
 void AssetParams::SerializeState(Settings& a_settings) const
 {
@@ -48,8 +42,7 @@ void AssetParams::SerializeState(Settings& a_settings) const
 
 std::optional<RangeData::Dates> AssetParams::GetDates(EInterval a_interval) const
 {
-    auto entry =
-        std::find_if(begin(), end(), [&](const auto& a_entry) { return a_entry.first == a_interval; });
+    auto entry = std::ranges::find(m_intervals, a_interval, &Intervals::value_type::first);
     // Candles can be made from finer ones, so the dates of those serve as well.
     if (entry == end())
         entry = std::find_if(begin(), end(), [&](const auto& a_entry) { return a_entry.first < a_interval; });
@@ -60,8 +53,7 @@ std::optional<RangeData::Dates> AssetParams::GetDates(EInterval a_interval) cons
 
 bool AssetParams::SetDates(EInterval a_interval, NDateTime a_from, NDateTime a_to)
 {
-    const auto entry =
-        std::find_if(begin(), end(), [&](const auto& a_entry) { return a_entry.first == a_interval; });
+    const auto entry = std::ranges::find(m_intervals, a_interval, &Intervals::value_type::first);
     return entry != end() && entry->second.SetDates(a_from, a_to);
 }
 

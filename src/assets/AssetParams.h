@@ -27,17 +27,12 @@ public:
     static constexpr std::string_view XML_INTERVAL = "Interval";
 
     /// Nothing is offered.
-    AssetParams();
-    explicit AssetParams(unsigned int a_kindData);
+    AssetParams() = default;
+    explicit AssetParams(unsigned int a_kindData) : ParamsBase(a_kindData) {}
     /// Raises KalventoException where history is offered and a_intervals is empty.
     AssetParams(unsigned int a_kindData, unsigned int a_multiplicity, Intervals&& a_intervals);
     /// Reads what SerializeState wrote; a missing number reads as 0. Nothing is checked: see IsValid.
     explicit AssetParams(const Settings& a_settings);
-    AssetParams(const AssetParams&) = default;
-    AssetParams& operator=(const AssetParams&) = default;
-    AssetParams(AssetParams&&) noexcept = default;
-    AssetParams& operator=(AssetParams&&) noexcept = default;
-    ~AssetParams() override;
 
     void SerializeState(Settings& a_settings) const override;
 

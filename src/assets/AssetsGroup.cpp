@@ -106,11 +106,6 @@ AssetsGroup::AssetsGroup(unsigned int a_id, bool a_isVirtual, std::wstring a_nam
     : m_id(a_id, a_isVirtual, std::move(a_providerName), a_provider), m_name(std::move(a_name))
 {}
 
-void AssetsGroup::AddAsset(const std::shared_ptr<Asset>& a_asset)
-{
-    m_assets.push_back(a_asset);
-}
-
 bool AssetsGroup::MergeAssets(std::vector<Asset>&& a_assets)
 {
     const std::size_t count = m_assets.size();
@@ -137,11 +132,6 @@ bool AssetsGroup::RemoveAsset(const Asset& a_asset)
         return false;
     m_assets.erase(found);
     return true;
-}
-
-void AssetsGroup::Clear()
-{
-    m_assets.clear();
 }
 
 void AssetsGroup::SortAssets()

@@ -37,7 +37,7 @@ public:
 
     /// Appends, even what is there already, and does not sort: after the last one call SortAssets. a_asset must not be
     /// null.
-    void AddAsset(const std::shared_ptr<Asset>& a_asset);
+    void AddAsset(const std::shared_ptr<Asset>& a_asset) { m_assets.push_back(a_asset); }
     /// Adds the assets that the group lacks and sorts; false when it lacks none, and then nothing changes. Incoming
     /// assets are compared with those that were there before the call only, so what comes twice is added twice.
     /// Raises what SortAssets raises; the new assets are then in the list, which still has to be sorted.
@@ -45,7 +45,7 @@ public:
     /// Takes out one asset of that identity and keeps the order of the rest; false when there is none.
     bool RemoveAsset(const Asset& a_asset);
     /// Drops the assets; identifier and name stay.
-    void Clear();
+    void Clear() { m_assets.clear(); }
 
     /// Sorts by Asset::operator<; equal assets come in no particular order. More than 32 assets are sorted on the
     /// threads of the pool too, where the machine has more than one; the call returns when all is done. Raises

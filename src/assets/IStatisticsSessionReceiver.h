@@ -8,9 +8,6 @@ class SessionStatistics;
 /// its registration there; the statistics are good only during the call.
 class KALVENTO_API IStatisticsSessionReceiver {
 public:
-    IStatisticsSessionReceiver() = default;
-    IStatisticsSessionReceiver(const IStatisticsSessionReceiver&) = default;
-    IStatisticsSessionReceiver& operator=(const IStatisticsSessionReceiver&) = default;
     virtual ~IStatisticsSessionReceiver() = default;
 
     /// The first summary of a session: whatever was known before belongs to an earlier one.

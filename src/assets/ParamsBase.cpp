@@ -2,10 +2,6 @@
 
 #include "settings/Settings.h"
 
-ParamsBase::ParamsBase() = default;
-
-ParamsBase::ParamsBase(unsigned int a_kindData) : m_kindData(a_kindData) {}
-
 ParamsBase::ParamsBase(const Settings& a_settings)
     : m_kindData(static_cast<unsigned int>(a_settings[XML_KIND_DATA]))
 {}

@@ -19,8 +19,8 @@ public:
     static constexpr std::string_view XML_KIND_DATA = "KindData";
 
     /// An empty mask.
-    ParamsBase();
-    explicit ParamsBase(unsigned int a_kindData);
+    ParamsBase() = default;
+    explicit ParamsBase(unsigned int a_kindData) : m_kindData(a_kindData) {}
     /// Reads what SerializeState wrote; a missing key gives an empty mask.
     explicit ParamsBase(const Settings& a_settings);
     ParamsBase(const ParamsBase&) = default;

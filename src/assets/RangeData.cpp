@@ -17,10 +17,6 @@ RangeData::RangeData() : m_to(EndOfTime()) {}
 
 RangeData::RangeData(const NDateTime& a_from) : m_from(a_from), m_to(EndOfTime()) {}
 
-RangeData::RangeData(const NDateTime& a_from, const NDateTime& a_to) : m_from(a_from), m_to(a_to) {}
-
-RangeData::RangeData(const Dates& a_dates) : m_from(a_dates.from), m_to(a_dates.to) {}
-
 RangeData::RangeData(const Settings& a_settings)
 {
     m_from.UnSerializeState(a_settings[XML_FROM]);
@@ -39,11 +35,6 @@ bool RangeData::SetDates(const NDateTime& a_from, const NDateTime& a_to)
     return true;
 }
 
-bool RangeData::SetDates(const Dates& a_dates)
-{
-    return SetDates(a_dates.from, a_dates.to);
-}
-
 bool RangeData::SetDateFrom(const NDateTime& a_from)
 {
     const NDateTime from = DateTimeTools::GetDate(a_from);
@@ -60,11 +51,6 @@ bool RangeData::SetDateTo(const NDateTime& a_to)
         return false;
     m_to = to;
     return true;
-}
-
-bool RangeData::Validate() const
-{
-    return m_from.IsValid() && m_to.IsValid() && m_from <= m_to;
 }
 
 void RangeData::GetMinRangeData(RangeData& a_other) const

@@ -23,8 +23,8 @@ public:
     RangeData();
     /// To 2099-12-31.
     explicit RangeData(const NDateTime& a_from);
-    RangeData(const NDateTime& a_from, const NDateTime& a_to);
-    explicit RangeData(const Dates& a_dates);
+    RangeData(const NDateTime& a_from, const NDateTime& a_to) : m_from(a_from), m_to(a_to) {}
+    explicit RangeData(const Dates& a_dates) : m_from(a_dates.from), m_to(a_dates.to) {}
     /// Reads what SerializeState wrote; what is missing there reads as the all-zero time.
     explicit RangeData(const Settings& a_settings);
 
@@ -32,14 +32,14 @@ public:
     /// Takes both ends without their times of day. False, with nothing changed, where one of them is no valid date or
     /// a_from is the later day.
     bool SetDates(const NDateTime& a_from, const NDateTime& a_to);
-    bool SetDates(const Dates& a_dates);
+    bool SetDates(const Dates& a_dates) { return SetDates(a_dates.from, a_dates.to); }
     /// Takes the day. False, with nothing changed, for an invalid date and for one later than the present end.
     bool SetDateFrom(const NDateTime& a_from);
     /// Takes the day. False, with nothing changed, for an invalid date and for one before the present beginning.
     bool SetDateTo(const NDateTime& a_to);
 
     /// Both ends are valid, and the beginning doesn't come after the end.
-    bool Validate() const;
+    bool Validate() const { return m_from.IsValid() && m_to.IsValid() && m_from <= m_to; }
     /// Narrows a_other to what both ranges have in common. Ranges that don't meet leave a_other with its beginning
     /// after its end, which Validate detects.
     void GetMinRangeData(RangeData& a_other) const;

@@ -16,39 +16,6 @@ ConsumerBase::ConsumerBase(EGenericModule a_moduleKind, std::wstring a_name,
                  std::move(a_stateLoadFileFilter), std::move(a_stateSaveFileFilter))
 {}
 
-bool ConsumerBase::SaveObjectAvailable() const
-{
-    return true;
-}
-
-bool ConsumerBase::SaveTemplateAvailable() const
-{
-    return true;
-}
-
-bool ConsumerBase::SaveWindowToFile(HWND /*a_window*/, const wchar_t* /*a_path*/, int /*a_mode*/)
-{
-    return false;
-}
-
-void ConsumerBase::SerialiseState(Settings& /*a_settings*/) const {}
-
-void ConsumerBase::UnserialiseState(const Settings& /*a_settings*/) {}
-
-void ConsumerBase::PostUnserialisePanelState(const Settings& /*a_settings*/, CWnd* /*a_panel*/) {}
-
-void ConsumerBase::EmptySessionNotification(CWnd* /*a_panel*/) {}
-
-bool ConsumerBase::Init()
-{
-    return true;
-}
-
-unsigned int ConsumerBase::AddInstrument(HWND /*a_window*/, const Asset& /*a_asset*/)
-{
-    return 0;
-}
-
 unsigned int ConsumerBase::AddInstrumentFromQuickDialog(HWND a_window, const Asset& a_asset)
 {
     const unsigned int added = AddInstrument(a_window, a_asset);
@@ -56,35 +23,6 @@ unsigned int ConsumerBase::AddInstrumentFromQuickDialog(HWND a_window, const Ass
         Sm_pMediator->InstrumentAddedFromQuickDialog(a_asset);
     return added;
 }
-
-void ConsumerBase::OnGlobalSettingsChanged() {}
-
-const std::wstring& ConsumerBase::GetConsumerNewWindowNameTemplate() const
-{
-    return GetName();
-}
-
-bool ConsumerBase::WillHandleTheFile(std::wstring_view /*a_path*/) const
-{
-    return false;
-}
-
-void ConsumerBase::OnPostMainWindowCreate(CWnd* /*a_mainWindow*/) {}
-
-void ConsumerBase::OnSkinChanged(ChangeSkinMode /*a_mode*/) {}
-
-void ConsumerBase::OnTurnOffAllTools() {}
-
-Gdiplus::Image* ConsumerBase::GetInfoImage() const
-{
-    return nullptr;
-}
-
-void ConsumerBase::FillSettingsControls(CXTPTaskPanel& /*a_panel*/, CXTPPropertyGrid& /*a_grid*/) {}
-
-void ConsumerBase::ApplySettingsFromControls(const CXTPPropertyGrid& /*a_grid*/) {}
-
-void ConsumerBase::RestoreDefaultSettings() {}
 
 CCmdTarget* ConsumerBase::GetCmdTarger() const
 {

@@ -75,10 +75,4 @@ public:
 
     /// The provider's list of assets changed. Sent to consumers that hold a subscription there, at any time.
     virtual void UpdateAssets(ProviderBase* a_provider);
-
-    IConsumer(const IConsumer&) = default;
-    IConsumer& operator=(const IConsumer&) = default;
-
-protected:
-    IConsumer() = default;
 };

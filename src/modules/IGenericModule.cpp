@@ -1,7 +1,5 @@
 #include "modules/IGenericModule.h"
 
-#include "settings/Settings.h"
-
 #include <utility>
 
 namespace {
@@ -28,49 +26,6 @@ IGenericModule::IGenericModule(EGenericModule a_moduleKind, std::wstring a_name,
 
 IGenericModule::~IGenericModule() = default;
 
-std::wstring IGenericModule::GetActiveObjectSavePath() const
-{
-    return {};
-}
-
-bool IGenericModule::IsStaticModule() const
-{
-    return false;
-}
-
-bool IGenericModule::SaveTemplateAvailable() const
-{
-    return false;
-}
-
-bool IGenericModule::OpenWindowFromSettings(CWnd* /*a_parent*/, bool /*a_asTemplate*/,
-                                            std::wstring_view /*a_name*/, Settings&& /*a_settings*/)
-{
-    return false;
-}
-
-int IGenericModule::GetCurrentSettingsVersion() const
-{
-    return 0;
-}
-
-bool IGenericModule::UpdateOldVersionUserSettings(const Settings& /*a_old*/, Settings& /*a_new*/) const
-{
-    return false;
-}
-
-bool IGenericModule::UpdateOldVersionDlgSettings(Settings& /*a_settings*/) const
-{
-    return false;
-}
-
-bool IGenericModule::UpdateOldVersionTemplateSettings(Settings& /*a_settings*/) const
-{
-    return false;
-}
-
-void IGenericModule::UpdateTitleBarIcon() {}
-
 std::wstring IGenericModule::RegisterConsumerName(const std::wstring& a_nameTemplate)
 {
     if (a_nameTemplate.empty())
@@ -81,9 +36,4 @@ std::wstring IGenericModule::RegisterConsumerName(const std::wstring& a_nameTemp
     for (unsigned int number = 2; !m_consumerNames.insert(name).second; ++number)
         name = a_nameTemplate + L" (" + std::to_wstring(number) + L')';
     return name;
-}
-
-void IGenericModule::UnregisterConsumerName(const std::wstring& a_name)
-{
-    m_consumerNames.erase(a_name);
 }

@@ -31,19 +31,22 @@ public:
     virtual ~IGenericModule();
 
     /// Where the object that is active in the module would be saved; empty where there is none.
-    virtual std::wstring GetActiveObjectSavePath() const;
+    virtual std::wstring GetActiveObjectSavePath() const { return {}; }
     /// A static module can't be switched off by the user.
-    virtual bool IsStaticModule() const;
+    virtual bool IsStaticModule() const { return false; }
     /// Whether the user may save the module's windows one by one.
     virtual bool SaveObjectAvailable() const = 0;
     /// Whether the user may keep a window's look as a template.
-    virtual bool SaveTemplateAvailable() const;
+    virtual bool SaveTemplateAvailable() const { return false; }
     /// Saves one window. a_mode is what the host's save dialog answered. True when that is done or not needed.
     virtual bool SaveWindowToFile(HWND a_window, const wchar_t* a_path, int a_mode) = 0;
     /// Opens a window from its saved node, which may be consumed. a_name: of the window; a_asTemplate: the node is a
     /// template and not one window's state. False where the module doesn't know such a window.
-    virtual bool OpenWindowFromSettings(CWnd* a_parent, bool a_asTemplate, std::wstring_view a_name,
-                                        Settings&& a_settings);
+    virtual bool OpenWindowFromSettings(CWnd* /*a_parent*/, bool /*a_asTemplate*/,
+                                        std::wstring_view /*a_name*/, Settings&& /*a_settings*/)
+    {
+        return false;
+    }
 
     /// Writes the module's state into an empty node.
     virtual void SerialiseState(Settings& a_settings) const = 0;
@@ -59,18 +62,21 @@ public:
     virtual void SetDefaultStyle(std::shared_ptr<StyleBase> a_style) = 0;
 
     /// The version of the settings that this module writes. The host calls the three below for older ones.
-    virtual int GetCurrentSettingsVersion() const;
+    virtual int GetCurrentSettingsVersion() const { return 0; }
     /// Converts the user's settings into a new tree. Here and below: true when the data were converted.
-    virtual bool UpdateOldVersionUserSettings(const Settings& a_old, Settings& a_new) const;
+    virtual bool UpdateOldVersionUserSettings(const Settings& /*a_old*/, Settings& /*a_new*/) const
+    {
+        return false;
+    }
     /// Converts the settings of a window in their place.
-    virtual bool UpdateOldVersionDlgSettings(Settings& a_settings) const;
+    virtual bool UpdateOldVersionDlgSettings(Settings& /*a_settings*/) const { return false; }
     /// Converts a template in its place.
-    virtual bool UpdateOldVersionTemplateSettings(Settings& a_settings) const;
+    virtual bool UpdateOldVersionTemplateSettings(Settings& /*a_settings*/) const { return false; }
 
     /// Icon for the title bars of the module's windows, not owned by the caller; null for none.
     virtual HICON GetTitleBarIconHandle() = 0;
     /// The skin or the scale changed: make the icon anew.
-    virtual void UpdateTitleBarIcon();
+    virtual void UpdateTitleBarIcon() {}
 
     EGenericModule GetModuleKind() const { return m_moduleKind; }
     /// The number of the kind for the kinds 1 to 13, else FamilyNone.
@@ -85,7 +91,7 @@ public:
     /// gives an empty name and registers nothing. Main thread only, no lock.
     std::wstring RegisterConsumerName(const std::wstring& a_nameTemplate);
     /// Frees the name for the next window. An empty or an unknown name is ignored. Main thread only.
-    void UnregisterConsumerName(const std::wstring& a_name);
+    void UnregisterConsumerName(const std::wstring& a_name) { m_consumerNames.erase(a_name); }
 
     IGenericModule(const IGenericModule&) = delete;
     IGenericModule& operator=(const IGenericModule&) = delete;

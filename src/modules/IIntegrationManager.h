@@ -8,10 +8,4 @@
 class KALVENTO_API IIntegrationManager : public IStatusProvider {
 public:
     ~IIntegrationManager() override;
-
-    IIntegrationManager(const IIntegrationManager&) = default;
-    IIntegrationManager& operator=(const IIntegrationManager&) = default;
-
-protected:
-    IIntegrationManager() = default;
 };

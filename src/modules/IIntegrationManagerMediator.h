@@ -7,9 +7,6 @@ class KALVENTO_API IIntegrationManagerMediator {
 public:
     virtual ~IIntegrationManagerMediator();
 
-    IIntegrationManagerMediator(const IIntegrationManagerMediator&) = default;
-    IIntegrationManagerMediator& operator=(const IIntegrationManagerMediator&) = default;
-
 protected:
     IIntegrationManagerMediator() = default;
 };

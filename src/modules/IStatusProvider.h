@@ -25,14 +25,8 @@ public:
     virtual std::wstring GetStatusToolTip() const = 0;
 
     /// A second text beside the first, such as a delay or a count; empty for none.
-    virtual std::wstring GetAdditionalStatusLabel() const;
+    virtual std::wstring GetAdditionalStatusLabel() const { return {}; }
     /// The user clicked the field; a_statusBar is the window to put a dialog or a menu over.
-    virtual void ProcessStatusDoubleClick(CWnd* a_statusBar);
-    virtual void ProcessStatusRightClick(CWnd* a_statusBar);
-
-    IStatusProvider(const IStatusProvider&) = default;
-    IStatusProvider& operator=(const IStatusProvider&) = default;
-
-protected:
-    IStatusProvider() = default;
+    virtual void ProcessStatusDoubleClick(CWnd* /*a_statusBar*/) {}
+    virtual void ProcessStatusRightClick(CWnd* /*a_statusBar*/) {}
 };

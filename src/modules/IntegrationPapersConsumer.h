@@ -24,9 +24,6 @@ public:
     /// The list of that key shrank by one.
     virtual void ProcessRemovePaper(const Asset& a_paper, const std::string& a_key);
 
-    IntegrationPapersConsumer(const IntegrationPapersConsumer&) = default;
-    IntegrationPapersConsumer& operator=(const IntegrationPapersConsumer&) = default;
-
 protected:
     IntegrationPapersConsumer() = default;
 };

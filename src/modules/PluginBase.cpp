@@ -27,11 +27,6 @@ void PluginBase::StopWork()
     OnStopWork();
 }
 
-void PluginBase::Init(IAppMediator* a_pMediator)
-{
-    Sm_pMediator = a_pMediator;
-}
-
 std::uint32_t PluginBase::GetMainThreadId()
 {
     return IsAppMediatorValid() ? Sm_pMediator->GetMainThreadId() : 0;

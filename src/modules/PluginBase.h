@@ -37,7 +37,7 @@ public:
 
     /// Stores the one mediator of the process; not owned. Called by the host on the main thread before there is any
     /// other thread, which is why the pointer is then read without a lock. Null removes it again.
-    static void Init(IAppMediator* a_pMediator);
+    static void Init(IAppMediator* a_pMediator) { Sm_pMediator = a_pMediator; }
     static IAppMediator* GetAppMediator() { return Sm_pMediator; }
     static bool IsAppMediatorValid() { return Sm_pMediator != nullptr; }
 

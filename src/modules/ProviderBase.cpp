@@ -9,29 +9,6 @@ ProviderBase::ProviderBase(EGenericModule a_moduleKind, std::wstring a_name)
     : PluginBase(a_moduleKind, std::move(a_name), {})
 {}
 
-bool ProviderBase::SaveObjectAvailable() const
-{
-    return false;
-}
-
-bool ProviderBase::SaveWindowToFile(HWND /*a_window*/, const wchar_t* /*a_path*/, int /*a_mode*/)
-{
-    return true;
-}
-
-void ProviderBase::SerialiseState(Settings& /*a_settings*/) const {}
-
-void ProviderBase::UnserialiseState(const Settings& /*a_settings*/) {}
-
-void ProviderBase::PostUnserialisePanelState(const Settings& /*a_settings*/, CWnd* /*a_panel*/) {}
-
-void ProviderBase::EmptySessionNotification(CWnd* /*a_panel*/) {}
-
-HICON ProviderBase::GetTitleBarIconHandle()
-{
-    return nullptr;
-}
-
 std::optional<AssetsGroup> ProviderBase::GetAssetsGroupForAssetsGroupId(const AssetsGroupId& /*a_groupId*/)
 {
     return std::nullopt;
@@ -41,27 +18,6 @@ bool ProviderBase::Init()
 {
     m_pathManager.InitPaths(GetName());
     return true;
-}
-
-void ProviderBase::SetAuthorizationData(std::string_view /*a_login*/, std::string_view /*a_password*/) {}
-
-void ProviderBase::SetAuthorizationToken(std::string_view /*a_token*/) {}
-
-bool ProviderBase::ShowLoginDlg(CWnd* /*a_parent*/)
-{
-    return true;
-}
-
-void ProviderBase::Disconnect(bool /*a_forget*/) {}
-
-std::wstring ProviderBase::GetOperationFilePath(const std::string& a_symbol) const
-{
-    return m_pathManager.GetOperationFilePath(a_symbol);
-}
-
-std::wstring ProviderBase::GetHistorySymbolPath(const std::string& a_symbol) const
-{
-    return m_pathManager.GetHistorySymbolPath(a_symbol);
 }
 
 void ProviderBase::AssetsChanged()

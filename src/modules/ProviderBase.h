@@ -43,13 +43,16 @@ public:
     ProviderBase(EGenericModule a_moduleKind, std::wstring a_name);
 
     // A provider has no windows, so there are none to save.
-    bool SaveObjectAvailable() const override;
-    bool SaveWindowToFile(HWND a_window, const wchar_t* a_path, int a_mode) override;
-    void SerialiseState(Settings& a_settings) const override;
-    void UnserialiseState(const Settings& a_settings) override;
-    void PostUnserialisePanelState(const Settings& a_settings, CWnd* a_panel) override;
-    void EmptySessionNotification(CWnd* a_panel) override;
-    HICON GetTitleBarIconHandle() override;
+    bool SaveObjectAvailable() const override { return false; }
+    bool SaveWindowToFile(HWND /*a_window*/, const wchar_t* /*a_path*/, int /*a_mode*/) override
+    {
+        return true;
+    }
+    void SerialiseState(Settings& /*a_settings*/) const override {}
+    void UnserialiseState(const Settings& /*a_settings*/) override {}
+    void PostUnserialisePanelState(const Settings& /*a_settings*/, CWnd* /*a_panel*/) override {}
+    void EmptySessionNotification(CWnd* /*a_panel*/) override {}
+    HICON GetTitleBarIconHandle() override { return nullptr; }
 
     /// Empty; a provider with groups overrides it.
     std::optional<AssetsGroup> GetAssetsGroupForAssetsGroupId(const AssetsGroupId& a_groupId) override;
@@ -107,17 +110,23 @@ public:
     virtual bool Init();
 
     /// A login from outside, before or instead of ShowLoginDlg. The provider decides what the two texts are; UTF-8.
-    virtual void SetAuthorizationData(std::string_view a_login, std::string_view a_password);
-    virtual void SetAuthorizationToken(std::string_view a_token);
+    virtual void SetAuthorizationData(std::string_view /*a_login*/, std::string_view /*a_password*/) {}
+    virtual void SetAuthorizationToken(std::string_view /*a_token*/) {}
     /// Asks the user to log on. True: done, or not needed; false: given up. Main thread.
-    virtual bool ShowLoginDlg(CWnd* a_parent);
+    virtual bool ShowLoginDlg(CWnd* /*a_parent*/) { return true; }
     /// Ends the connection without asking the user. a_forget: forget the login too.
-    virtual void Disconnect(bool a_forget);
+    virtual void Disconnect(bool /*a_forget*/) {}
 
     /// Path of the file of corporate operations of a symbol; its folder is created.
-    std::wstring GetOperationFilePath(const std::string& a_symbol) const;
+    std::wstring GetOperationFilePath(const std::string& a_symbol) const
+    {
+        return m_pathManager.GetOperationFilePath(a_symbol);
+    }
     /// Folder of the stored history of a symbol, which is created.
-    std::wstring GetHistorySymbolPath(const std::string& a_symbol) const;
+    std::wstring GetHistorySymbolPath(const std::string& a_symbol) const
+    {
+        return m_pathManager.GetHistorySymbolPath(a_symbol);
+    }
 
     // What a provider tells the host. On the caller's thread, any thread: the host hops to the main one.
 

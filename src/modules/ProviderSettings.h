@@ -25,10 +25,4 @@ public:
     bool LoadState(const std::wstring& a_name);
     /// Writes the user's file; a damaged one is kept aside first. False where that failed; then the file is as it was.
     bool SaveState(const std::wstring& a_name) const;
-
-    ProviderSettings(const ProviderSettings&) = default;
-    ProviderSettings& operator=(const ProviderSettings&) = default;
-
-protected:
-    ProviderSettings() = default;
 };

@@ -2,10 +2,6 @@
 
 #include "settings/Settings.h"
 
-RequestParams::RequestParams() = default;
-
-RequestParams::RequestParams(unsigned int a_kindData) : ParamsBase(a_kindData) {}
-
 RequestParams::RequestParams(unsigned int a_kindData, bool a_needsDataOperationInfo)
     : ParamsBase(a_kindData), m_needsDataOperationInfo(a_needsDataOperationInfo)
 {}
@@ -31,29 +27,12 @@ RequestParams::RequestParams(const Settings& a_settings)
       m_needsDataOperationInfo(static_cast<bool>(a_settings[XML_NEED_INFO_ABOUT_DATA_OPERATION]))
 {}
 
-RequestParams::~RequestParams() = default;
-
 void RequestParams::SerializeState(Settings& a_settings) const
 {
     ParamsBase::SerializeState(a_settings);
     m_intervalAndMultiplicity.SerializeState(a_settings);
     m_range.SerializeState(a_settings);
     a_settings[XML_NEED_INFO_ABOUT_DATA_OPERATION] = m_needsDataOperationInfo;
-}
-
-void RequestParams::SetIntervalAndMultiplicity(EInterval a_interval, unsigned int a_multiplicity)
-{
-    m_intervalAndMultiplicity.Set(a_interval, a_multiplicity);
-}
-
-bool RequestParams::SetDates(const NDateTime& a_from, const NDateTime& a_to)
-{
-    return m_range.SetDates(a_from, a_to);
-}
-
-bool RequestParams::SetDates(const RangeData::Dates& a_dates)
-{
-    return m_range.SetDates(a_dates);
 }
 
 bool RequestParams::IsValid() const

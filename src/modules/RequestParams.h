@@ -18,8 +18,8 @@ public:
 
     /// Asks for nothing yet. Here and below, what isn't given defaults to single ticks, all dates, no corporate
     /// operations.
-    RequestParams();
-    explicit RequestParams(unsigned int a_kindData);
+    RequestParams() = default;
+    explicit RequestParams(unsigned int a_kindData) : ParamsBase(a_kindData) {}
     RequestParams(unsigned int a_kindData, bool a_needsDataOperationInfo);
     /// The dates are stored unchanged; IsValid tells what they are worth.
     RequestParams(unsigned int a_kindData, EInterval a_interval, unsigned int a_multiplicity,
@@ -28,22 +28,20 @@ public:
                   RangeData::Dates a_dates, bool a_needsDataOperationInfo);
     /// Reads what SerializeState wrote; what is missing reads as zero.
     explicit RequestParams(const Settings& a_settings);
-    RequestParams(const RequestParams&) = default;
-    RequestParams& operator=(const RequestParams&) = default;
-    RequestParams(RequestParams&&) noexcept = default;
-    RequestParams& operator=(RequestParams&&) noexcept = default;
-    ~RequestParams() override;
 
     void SerializeState(Settings& a_settings) const override;
 
     EInterval GetInterval() const { return m_intervalAndMultiplicity.GetInterval(); }
     unsigned int GetMultiplicity() const { return m_intervalAndMultiplicity.GetMultiplicity(); }
-    void SetIntervalAndMultiplicity(EInterval a_interval, unsigned int a_multiplicity);
+    void SetIntervalAndMultiplicity(EInterval a_interval, unsigned int a_multiplicity)
+    {
+        m_intervalAndMultiplicity.Set(a_interval, a_multiplicity);
+    }
 
     RangeData::Dates GetDates() const { return m_range.GetDates(); }
     /// As RangeData::SetDates: keeps whole days, and refuses with false.
-    bool SetDates(const NDateTime& a_from, const NDateTime& a_to);
-    bool SetDates(const RangeData::Dates& a_dates);
+    bool SetDates(const NDateTime& a_from, const NDateTime& a_to) { return m_range.SetDates(a_from, a_to); }
+    bool SetDates(const RangeData::Dates& a_dates) { return m_range.SetDates(a_dates); }
 
     /// The consumer wants the corporate operations by which to adjust the history.
     bool NeedsDataOperationInfo() const { return m_needsDataOperationInfo; }

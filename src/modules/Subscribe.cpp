@@ -16,9 +16,4 @@ StopParams::StopParams(IConsumer* a_consumer, unsigned int a_requestId, const As
     : Params(a_consumer, a_requestId, a_asset), m_requestParams(a_requestParams)
 {}
 
-bool StopParams::Suit(const Params& a_running) const
-{
-    return *this == a_running;
-}
-
 } // namespace Subscribe

@@ -58,7 +58,7 @@ public:
     const std::optional<RequestParams>& GetRequestParams() const { return m_requestParams; }
 
     /// Whether a_running is the subscription that this stop means: the test of operator==.
-    bool Suit(const Params& a_running) const;
+    bool Suit(const Params& a_running) const { return *this == a_running; }
 
 private:
     std::optional<RequestParams> m_requestParams;

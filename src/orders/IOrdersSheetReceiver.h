@@ -17,9 +17,6 @@ struct BrokerAccountInfo;
 /// the call: copy what is kept. The receiver outlives its place with the sender, and doesn't throw.
 class KALVENTO_API IOrdersSheetReceiver {
 public:
-    IOrdersSheetReceiver() = default;
-    IOrdersSheetReceiver(const IOrdersSheetReceiver&) = default;
-    IOrdersSheetReceiver& operator=(const IOrdersSheetReceiver&) = default;
     virtual ~IOrdersSheetReceiver();
 
     /// The sheet of another account follows; all pages are empty now.

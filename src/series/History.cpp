@@ -35,16 +35,6 @@ History::History(EInterval a_interval, unsigned int a_multiplicity, std::vector<
 
 History::History(std::istream& a_stream) : DataSeriesSet(a_stream) {}
 
-bool History::IsEodHistory() const
-{
-    return GetIntervalData().IsEod();
-}
-
-bool History::IsSingleTickHistory() const
-{
-    return GetIntervalData().IsSingleTick();
-}
-
 std::optional<std::pair<unsigned long, unsigned long>> History::GetFirstLastYear() const
 {
     if (IsEmpty())

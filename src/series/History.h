@@ -21,16 +21,10 @@ public:
             Columns&& a_columns);
     explicit History(std::istream& a_stream);
 
-    History(const History&) = default;
-    History& operator=(const History&) = default;
-    History(History&&) noexcept = default;
-    History& operator=(History&&) noexcept = default;
-    ~History() override = default;
-
     /// Daily or longer.
-    bool IsEodHistory() const;
+    bool IsEodHistory() const { return GetIntervalData().IsEod(); }
     /// Single ticks, not candles of several.
-    bool IsSingleTickHistory() const;
+    bool IsSingleTickHistory() const { return GetIntervalData().IsSingleTick(); }
     /// Years of the first and of the last time; nothing on an empty history.
     std::optional<std::pair<unsigned long, unsigned long>> GetFirstLastYear() const;
     /// The rows of whole days, both included, whatever the times of day. Needs times in order. Raises

@@ -32,10 +32,6 @@ const std::set<DSProp> Offers::DefaultDSProp = PrepareDefaultDSProps();
 
 Offers::Offers() : SettableVariables(Series) {}
 
-Offers::Offers(const std::set<ESeriesId>& a_series) : SettableVariables(a_series) {}
-
-Offers::Offers(const std::set<DSProp>& a_series) : SettableVariables(a_series) {}
-
 void Offers::SetBuyIfChanged(const std::vector<double>& a_prices)
 {
     SetLineDataIfChanged(LineFrom(Bid1), a_prices);

@@ -19,8 +19,7 @@ public:
     /// All of Series.
     Offers();
     /// Of the given series; fails as SettableVariables does.
-    explicit Offers(const std::set<ESeriesId>& a_series);
-    explicit Offers(const std::set<DSProp>& a_series);
+    using SettableVariables::SettableVariables;
 
     // One line of the book, the best level first, each by SetDataIfChanged. Deeper levels than the vector has keep what
     // they held, a surplus is ignored, and so are levels that the object doesn't hold.

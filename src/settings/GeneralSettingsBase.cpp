@@ -2,12 +2,6 @@
 
 #include "settings/SettingsManager.h"
 
-bool GeneralSettingsBase::UpdateOldVersionUserSettings(const Settings& /*a_factory*/,
-                                                       Settings& /*a_user*/) const
-{
-    return false;
-}
-
 bool GeneralSettingsBase::Prepare()
 {
     const auto factory = LoadFabricSettingsNode();

@@ -31,7 +31,10 @@ public:
     /// Takes the factory node's values over.
     virtual void RestoreSettings(const Settings& a_node) = 0;
     /// Brings a user's tree of an older version up to date. True where a_user was changed and is to be saved.
-    virtual bool UpdateOldVersionUserSettings(const Settings& a_factory, Settings& a_user) const;
+    virtual bool UpdateOldVersionUserSettings(const Settings& /*a_factory*/, Settings& /*a_user*/) const
+    {
+        return false;
+    }
 
     /// Loads both files, updates the user's where it is older, and returns what LoadSettings returns. False, with
     /// LoadSettings not called, where the factory file won't load.

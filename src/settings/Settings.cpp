@@ -3,6 +3,7 @@
 #include "platform/CodePage.h"
 #include "settings/SettingsChildren.h"
 #include "settings/ValueText.h"
+#include "velo/String.h"
 
 #include <cmath>
 #include <utility>
@@ -13,12 +14,6 @@ namespace {
 
 // From this many keys on, a walk over them costs more than a search tree.
 constexpr std::size_t S_indexFrom = 16;
-
-const std::string& EmptyText()
-{
-    static const auto* const text = new std::string;
-    return *text;
-}
 
 template<class... Handlers>
 struct Overloaded : Handlers... {
@@ -177,96 +172,6 @@ Settings& Settings::Assign(Value a_value) noexcept
     return *this;
 }
 
-Settings& Settings::operator=(int a_value)
-{
-    return Assign(std::int64_t{a_value});
-}
-
-Settings& Settings::operator=(unsigned int a_value)
-{
-    return Assign(std::uint64_t{a_value});
-}
-
-Settings& Settings::operator=(long a_value)
-{
-    return Assign(std::int64_t{a_value});
-}
-
-Settings& Settings::operator=(unsigned long a_value)
-{
-    return Assign(std::uint64_t{a_value});
-}
-
-Settings& Settings::operator=(long long a_value)
-{
-    return Assign(std::int64_t{a_value});
-}
-
-Settings& Settings::operator=(unsigned long long a_value)
-{
-    return Assign(std::uint64_t{a_value});
-}
-
-Settings& Settings::operator=(double a_value)
-{
-    return Assign(a_value);
-}
-
-Settings& Settings::AssignBool(bool a_value)
-{
-    return Assign(a_value);
-}
-
-Settings& Settings::operator=(std::string_view a_value)
-{
-    return Assign(std::string(a_value));
-}
-
-Settings& Settings::operator=(const std::string& a_value)
-{
-    return Assign(a_value);
-}
-
-Settings& Settings::operator=(std::string&& a_value)
-{
-    return Assign(std::move(a_value));
-}
-
-Settings& Settings::operator=(const char* a_value)
-{
-    return Assign(std::string(a_value != nullptr ? a_value : ""));
-}
-
-Settings& Settings::operator=(std::wstring_view a_value)
-{
-    return Assign(std::wstring(a_value));
-}
-
-Settings& Settings::operator=(const std::wstring& a_value)
-{
-    return Assign(a_value);
-}
-
-Settings& Settings::operator=(std::wstring&& a_value)
-{
-    return Assign(std::move(a_value));
-}
-
-Settings& Settings::operator=(const wchar_t* a_value)
-{
-    return Assign(std::wstring(a_value != nullptr ? a_value : L""));
-}
-
-Settings& Settings::operator=(const CRect& a_value)
-{
-    return Assign(a_value);
-}
-
-Settings& Settings::operator=(const CSize& a_value)
-{
-    return Assign(a_value);
-}
-
 // Where the kind of the value allows it, the reads below take a shortcut, with the same result as through the text.
 
 std::int64_t Settings::ReadSigned(std::int64_t a_lowest, std::int64_t a_highest) const
@@ -349,7 +254,7 @@ const std::string& Settings::NarrowText() const
         return *text;
     // The absent node ends here, untouched: it is read by all threads at once.
     if (std::holds_alternative<std::monostate>(m_value))
-        return EmptyText();
+        return VeloTools::String::EmptyString();
     if (!m_narrow) {
         m_narrow = std::make_unique<std::string>(
             std::visit(Overloaded{

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -74,33 +75,39 @@ public:
     bool Exists() const noexcept { return m_exists; }
 
     /// Stores a value; children and version stay.
-    Settings& operator=(int a_value);
-    Settings& operator=(unsigned int a_value);
-    Settings& operator=(long a_value);
-    Settings& operator=(unsigned long a_value);
-    Settings& operator=(long long a_value);
-    Settings& operator=(unsigned long long a_value);
+    Settings& operator=(int a_value) { return Assign(std::int64_t{a_value}); }
+    Settings& operator=(unsigned int a_value) { return Assign(std::uint64_t{a_value}); }
+    Settings& operator=(long a_value) { return Assign(std::int64_t{a_value}); }
+    Settings& operator=(unsigned long a_value) { return Assign(std::uint64_t{a_value}); }
+    Settings& operator=(long long a_value) { return Assign(std::int64_t{a_value}); }
+    Settings& operator=(unsigned long long a_value) { return Assign(std::uint64_t{a_value}); }
     /// Kept bit for bit, the kind of a NaN included.
-    Settings& operator=(double a_value);
+    Settings& operator=(double a_value) { return Assign(a_value); }
     /// Takes a bool and nothing that merely converts to one: a pointer would be true.
     template<std::same_as<bool> Bool>
     Settings& operator=(Bool a_value)
     {
-        return AssignBool(a_value);
+        return Assign(a_value);
     }
     /// Any bytes, zero bytes included; read as wide text they are CP1250.
-    Settings& operator=(std::string_view a_value);
-    Settings& operator=(const std::string& a_value);
-    Settings& operator=(std::string&& a_value);
+    Settings& operator=(std::string_view a_value) { return Assign(std::string(a_value)); }
+    Settings& operator=(const std::string& a_value) { return Assign(a_value); }
+    Settings& operator=(std::string&& a_value) { return Assign(std::move(a_value)); }
     /// A null pointer is an empty text.
-    Settings& operator=(const char* a_value);
+    Settings& operator=(const char* a_value)
+    {
+        return Assign(std::string(a_value != nullptr ? a_value : ""));
+    }
     /// Any wide characters, zeros and lone surrogates included.
-    Settings& operator=(std::wstring_view a_value);
-    Settings& operator=(const std::wstring& a_value);
-    Settings& operator=(std::wstring&& a_value);
-    Settings& operator=(const wchar_t* a_value);
-    Settings& operator=(const CRect& a_value);
-    Settings& operator=(const CSize& a_value);
+    Settings& operator=(std::wstring_view a_value) { return Assign(std::wstring(a_value)); }
+    Settings& operator=(const std::wstring& a_value) { return Assign(a_value); }
+    Settings& operator=(std::wstring&& a_value) { return Assign(std::move(a_value)); }
+    Settings& operator=(const wchar_t* a_value)
+    {
+        return Assign(std::wstring(a_value != nullptr ? a_value : L""));
+    }
+    Settings& operator=(const CRect& a_value) { return Assign(a_value); }
+    Settings& operator=(const CSize& a_value) { return Assign(a_value); }
 
     /// Every number type, exactly as asked for: none is reached by converting another.
     template<kalvento::internal::SettingsNumber Number>
@@ -168,7 +175,6 @@ private:
     explicit Settings(AbsentTag) noexcept;
 
     Settings& Assign(Value a_value) noexcept;
-    Settings& AssignBool(bool a_value);
     std::int64_t ReadSigned(std::int64_t a_lowest, std::int64_t a_highest) const;
     std::uint64_t ReadUnsigned(std::uint64_t a_highest) const;
     double ReadDouble() const;

@@ -6,7 +6,6 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <span>
 #include <system_error>
 
@@ -149,12 +148,6 @@ double ReadDouble(std::string_view a_text)
         return *nan;
     double value = 0.0;
     return ReadWhole(a_text, value) == std::errc() ? value : 0.0;
-}
-
-bool ReadBool(std::string_view a_text)
-{
-    const double value = ReadDouble(a_text);
-    return value != 0.0 && !std::isnan(value);
 }
 
 CRect ReadRect(std::string_view a_text)

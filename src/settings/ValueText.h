@@ -26,8 +26,6 @@ std::int64_t ReadSigned(std::string_view a_text, std::int64_t a_lowest, std::int
 std::uint64_t ReadUnsigned(std::string_view a_text, std::uint64_t a_highest);
 /// Zero also where the number is too great or too small for a double.
 double ReadDouble(std::string_view a_text);
-/// "true", or a number that is neither zero nor NaN.
-bool ReadBool(std::string_view a_text);
 /// Whole numbers separated by commas, blanks after the commas allowed; all zero where anything else is found.
 CRect ReadRect(std::string_view a_text);
 CSize ReadSize(std::string_view a_text);

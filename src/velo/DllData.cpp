@@ -7,8 +7,3 @@ bool DllData::InitExtensionModule(HINSTANCE a_module)
     m_module = a_module;
     return true;
 }
-
-void DllData::TermExtensionModule()
-{
-    m_module = nullptr;
-}

@@ -10,7 +10,7 @@ public:
     /// the library must not be loaded.
     bool InitExtensionModule(HINSTANCE a_module);
     /// Forgets the module; without one, does nothing.
-    void TermExtensionModule();
+    void TermExtensionModule() { m_module = nullptr; }
 
     /// Null before InitExtensionModule and after TermExtensionModule.
     HINSTANCE GetModule() const { return m_module; }
