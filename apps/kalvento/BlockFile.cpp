@@ -2,6 +2,7 @@
 
 #include "kalvento/OpenInput.h"
 #include "kalvento/TextForms.h"
+#include "text_rows/SourceStreambuf.h"
 
 #include <fmt/ranges.h>
 
@@ -12,52 +13,12 @@
 #include <stdexcept>
 #include <streambuf>
 #include <string_view>
-#include <vector>
 
 namespace kalvento::tool {
 
 namespace {
 
 constexpr std::string_view S_blockStart("\x01\0\0\0", 4);
-
-/// A source as a stream that counts its bytes.
-class SourceStreambuf final : public std::streambuf {
-public:
-    explicit SourceStreambuf(ByteSource& a_source) : m_source(a_source), m_bytes(1U << 18U) {}
-
-    /// The bytes read and not yet taken; some, unless the source is at its end.
-    std::string_view Peek()
-    {
-        if (gptr() == egptr())
-            underflow();
-        return {gptr(), static_cast<std::size_t>(egptr() - gptr())};
-    }
-    /// Reads to the end and returns how many bytes were not taken before.
-    std::uint64_t CountRest()
-    {
-        std::uint64_t rest = 0;
-        for (auto bytes = Peek(); !bytes.empty(); bytes = Peek()) {
-            rest += bytes.size();
-            setg(eback(), egptr(), egptr());
-        }
-        return rest;
-    }
-    std::uint64_t GetCount() const { return m_count; }
-
-protected:
-    int_type underflow() override
-    {
-        const std::size_t count = m_source.Read(m_bytes.data(), m_bytes.size());
-        m_count += count;
-        setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + count);
-        return count == 0 ? traits_type::eof() : traits_type::to_int_type(m_bytes.front());
-    }
-
-private:
-    ByteSource& m_source;
-    std::vector<char> m_bytes;
-    std::uint64_t m_count = 0;
-};
 
 /// Lets a stream write into a target.
 class TargetBuffer final : public std::streambuf {

@@ -179,6 +179,15 @@ std::vector<StoreInstrument> SqlQueries::ReadInstruments(pqxx::transaction_base&
     return instruments;
 }
 
+std::vector<ESeriesId> SqlQueries::ReadSeriesIds(pqxx::transaction_base& a_transaction, int a_number)
+{
+    std::vector<ESeriesId> ids;
+    for (const pqxx::row& row :
+         a_transaction.exec_params("SELECT id FROM series WHERE instrument = $1 ORDER BY place", a_number))
+        ids.push_back(static_cast<ESeriesId>(row[0].as<std::uint32_t>()));
+    return ids;
+}
+
 void SqlQueries::CheckMissing(pqxx::transaction_base& a_transaction, const std::string& a_isin,
                               const Shape& a_shape, std::uint64_t a_row)
 {

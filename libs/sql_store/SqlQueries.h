@@ -29,6 +29,8 @@ std::vector<StoreInstrument> ReadInstruments(pqxx::transaction_base& a_transacti
 /// As IMarketStore::FindRow.
 std::uint64_t FindRow(pqxx::transaction_base& a_transaction, const std::string& a_isin,
                       const NDateTime& a_time);
+/// Of the instrument of that number, in their order.
+std::vector<ESeriesId> ReadSeriesIds(pqxx::transaction_base& a_transaction, int a_number);
 /// A row that was counted isn't there: raises DamagedData, unless the instrument has gone meanwhile.
 void CheckMissing(pqxx::transaction_base& a_transaction, const std::string& a_isin, const Shape& a_shape,
                   std::uint64_t a_row);

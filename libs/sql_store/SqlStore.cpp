@@ -163,9 +163,8 @@ History SqlStore::ReadRows(const std::string& a_isin, std::uint64_t a_first, std
             return History(EIntervalTick, 1);
         std::vector<NDateTime> times;
         DataSeriesSet::Columns columns;
-        for (const pqxx::row& row : a_transaction.exec_params(
-                 "SELECT id FROM series WHERE instrument = $1 ORDER BY place", shape->number))
-            columns.emplace_back(static_cast<ESeriesId>(row[0].as<std::uint32_t>()), std::vector<double>());
+        for (const ESeriesId series : SqlQueries::ReadSeriesIds(a_transaction, shape->number))
+            columns.emplace_back(series, std::vector<double>());
         const std::uint64_t last = std::min(a_last, shape->rowCount);
         for (std::uint64_t first = a_first; first < last && times.size() == first - a_first;
              first += S_rowsAPage)

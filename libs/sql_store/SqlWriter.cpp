@@ -54,15 +54,6 @@ Target LockInstrument(pqxx::transaction_base& a_transaction, const std::string& 
                                     found[0][3].as<std::uint32_t>())};
 }
 
-std::vector<ESeriesId> ReadSeriesIds(pqxx::transaction_base& a_transaction, int a_number)
-{
-    std::vector<ESeriesId> ids;
-    for (const pqxx::row& row :
-         a_transaction.exec_params("SELECT id FROM series WHERE instrument = $1 ORDER BY place", a_number))
-        ids.push_back(static_cast<ESeriesId>(row[0].as<std::uint32_t>()));
-    return ids;
-}
-
 void TellInstrumentsChanged(pqxx::transaction_base& a_transaction)
 {
     a_transaction.exec("UPDATE state SET changes = changes + 1");
@@ -264,7 +255,7 @@ void SqlWriter::CreateInstrument(const StoreInstrument& a_instrument)
         const Target target = LockInstrument(a_transaction, a_instrument.isin);
         if (!added.empty())
             WriteSeries(a_transaction, target.number, a_instrument.series);
-        const auto there = ReadSeriesIds(a_transaction, target.number);
+        const auto there = SqlQueries::ReadSeriesIds(a_transaction, target.number);
         if (!target.interval.Equals(a_instrument.interval) ||
             !std::ranges::equal(there, a_instrument.series, {}, {}, &DSProp::GetSeriesID))
             throw SqlConflict("Instrument "_cp1250 + a_instrument.isin +
@@ -305,7 +296,7 @@ SqlWriter::Appended SqlWriter::AppendRows(const std::string& a_isin, std::uint64
         const Target target = LockInstrument(a_transaction, a_isin);
         if (a_expectedPosition > target.rowCount)
             throw SqlConflict("Brakuje wierszy od numeru "_cp1250 + std::to_string(target.rowCount));
-        CheckRows(a_isin, a_rows, ReadSeriesIds(a_transaction, target.number), target);
+        CheckRows(a_isin, a_rows, SqlQueries::ReadSeriesIds(a_transaction, target.number), target);
         const std::size_t first = CheckRowsThere(a_transaction, target, a_expectedPosition, a_rows);
         const std::size_t added = a_rows.GetRecordsCount() - first;
         const Appended result{added, target.rowCount + added};

@@ -5,12 +5,12 @@
 #include "text_rows/RowBlock.h"
 #include "text_rows/RowCounts.h"
 #include "text_rows/RowsFault.h"
+#include "text_rows/SourceStreambuf.h"
 #include "time/TimeParts.h"
 
 #include <algorithm>
 #include <istream>
 #include <iterator>
-#include <streambuf>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,36 +19,10 @@ namespace kalvento::rows {
 
 namespace {
 
-constexpr std::size_t S_readSize = std::size_t{1} << 18U;
-
 [[noreturn]] void Fail(const ByteSource& a_source, const std::string& a_found)
 {
     throw RowsFault({.found = a_found, .file = a_source.GetName()});
 }
-
-/// Bytes already read, then the rest of the source, as a stream for the block reader.
-class SourceBuffer final : public std::streambuf {
-public:
-    SourceBuffer(std::string_view a_start, ByteSource& a_source) : m_source(a_source), m_bytes(S_readSize)
-    {
-        m_bytes.resize(std::max(a_start.size(), S_readSize));
-        std::copy(a_start.begin(), a_start.end(), m_bytes.begin());
-        setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + a_start.size());
-    }
-
-private:
-    int_type underflow() override
-    {
-        const std::size_t count = m_source.Read(m_bytes.data(), m_bytes.size());
-        if (count == 0)
-            return traits_type::eof();
-        setg(m_bytes.data(), m_bytes.data(), m_bytes.data() + count);
-        return traits_type::to_int_type(m_bytes.front());
-    }
-
-    ByteSource& m_source;
-    std::vector<char> m_bytes;
-};
 
 } // namespace
 
@@ -59,7 +33,7 @@ bool BlockRows::Recognise(std::string_view a_start)
 
 BlockRows::BlockRows(std::string_view a_start, ByteSource& a_source)
 {
-    SourceBuffer bytes(a_start, a_source);
+    SourceStreambuf bytes(a_source, a_start);
     std::istream stream(&bytes);
     m_rows.Read(stream);
     if (stream.fail() || !m_rows.IsValid())
