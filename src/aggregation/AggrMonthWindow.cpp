@@ -32,8 +32,8 @@ void AggrMonthWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begi
 
     // The last day of the window's last month. The border of the same window is that month's first day: the two are
     // different things to their callers and must not be aligned.
-    const std::int64_t behind = std::int64_t{GetWindowNumber(a_time)} + 1;
-    const std::int64_t month = MonthNumber(m_multiplicity * behind);
+    const std::int64_t next = std::int64_t{GetWindowNumber(a_time)} + 1;
+    const std::int64_t month = MonthNumber(m_multiplicity * next);
     const auto year = static_cast<std::int64_t>(a_time.GetYear());
     *a_end = month == 12 ? DateOf(year + 1, 1, 1) : DateOf(year, month + 1, 1);
     a_end->ShiftDays(-1);

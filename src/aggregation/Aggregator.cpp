@@ -146,12 +146,22 @@ private:
         a_values[field].m_close = a_columns[S_main + field][a_row];
 }
 
+/// Where a run of rows after a_row must end at the latest.
+template<bool IsTick>
+[[gnu::always_inline]] inline std::size_t RunLimit(AggrBase& a_window, std::size_t a_row, std::size_t a_count)
+{
+    const std::size_t limit = std::min(a_count, a_row + S_rowsAtOnce);
+    if constexpr (IsTick)
+        return std::min(limit, a_row + 1 + static_cast<AggrTickWindow&>(a_window).RowsLeft());
+    return limit;
+}
+
 /// Folds further rows of one candle in, column by column: the bits are those of one row at a time.
 [[gnu::always_inline]] inline void FoldRows(std::vector<AggrValue>& a_values, std::vector<ColumnSum>& a_sums,
                                             const Columns& a_columns, bool a_useOhl, std::size_t a_first,
-                                            std::size_t a_behind)
+                                            std::size_t a_end)
 {
-    const std::size_t count = a_behind - a_first;
+    const std::size_t count = a_end - a_first;
     AggrValue& main = a_values.front();
     const double* close = a_columns[S_main];
     const double* open = a_useOhl ? a_columns[S_open] : close;
@@ -160,7 +170,7 @@ private:
     switch (main.GetType()) {
     case EAggrTypeOhlc:
         FoldExtremes(main.m_high, main.m_low, high + a_first, low + a_first, count);
-        main.m_close = close[a_behind - 1];
+        main.m_close = close[a_end - 1];
         break;
     case EAggrTypeOhlcSum:
         main.m_open = a_sums.front().Add(main.m_open, open + a_first, count);
@@ -169,10 +179,10 @@ private:
         main.m_close = a_sums.front().Add(main.m_close, close + a_first, count);
         break;
     default:
-        main.m_open = open[a_behind - 1];
-        main.m_high = high[a_behind - 1];
-        main.m_low = low[a_behind - 1];
-        main.m_close = close[a_behind - 1];
+        main.m_open = open[a_end - 1];
+        main.m_high = high[a_end - 1];
+        main.m_low = low[a_end - 1];
+        main.m_close = close[a_end - 1];
         break;
     }
     for (std::size_t field = 1; field < a_values.size(); ++field) {
@@ -180,7 +190,7 @@ private:
         const double* column = a_columns[S_main + field];
         value.m_close = value.GetType() == EAggrTypeSum
                             ? a_sums[field].Add(value.m_close, column + a_first, count)
-                            : column[a_behind - 1];
+                            : column[a_end - 1];
     }
 }
 
@@ -441,12 +451,9 @@ unsigned int Aggregator::FoldHistoryOf(bool a_useOhl, unsigned int a_count, NDat
             scope.Open(time, m_window->m_currentWindow, m_outputMultiplicity);
 
         next = {row + 1, false, false};
-        if (!RefusesLate || (time.IsValid() && time.ToDouble() >= 0.0)) {
-            std::size_t limit = std::min<std::size_t>(a_count, row + S_rowsAtOnce);
-            if constexpr (isTick)
-                limit = std::min(limit, row + 1 + static_cast<AggrTickWindow&>(*m_window).RowsLeft());
-            next = scope.template FindRunEnd<RefusesLate>(a_times, row, limit);
-        }
+        if (!RefusesLate || (time.IsValid() && time.ToDouble() >= 0.0))
+            next = scope.template FindRunEnd<RefusesLate>(a_times, row,
+                                                          RunLimit<isTick>(*m_window, row, a_count));
         if (next.row > row + 1) {
             FoldRows(m_values, sums, columns, a_useOhl, row + 1, next.row);
             m_lastTime = a_times[next.row - 1];

@@ -22,8 +22,8 @@ inline int WindowOfSlot(int a_slot, unsigned short a_multiplicity)
 /// The last slot of a window, cut at the end of the day; from 0 to a_slots - 1.
 inline int LastSlot(std::int64_t a_window, unsigned short a_multiplicity, int a_slots)
 {
-    const std::int64_t behind = std::clamp<std::int64_t>((a_window + 1) * a_multiplicity, 1, a_slots);
-    return static_cast<int>(behind - 1);
+    const std::int64_t end = std::clamp<std::int64_t>((a_window + 1) * a_multiplicity, 1, a_slots);
+    return static_cast<int>(end - 1);
 }
 
 /// A table's entry; a place outside (parts of a time that no calendar has) is taken at the first one.

@@ -15,6 +15,23 @@ namespace {
 
 using Words = NDateTimeWords;
 
+// From a_row on, which is not the first row.
+template<bool LateTested>
+std::size_t FindChangeOneByOne(const NDateTime* a_times, std::size_t a_row, std::size_t a_limit,
+                               std::uint32_t a_calendarMask, std::uint32_t a_clockMask)
+{
+    for (; a_row < a_limit; ++a_row) {
+        const NDateTime& before = a_times[a_row - 1];
+        const NDateTime& time = a_times[a_row];
+        if ((((Words::Calendar(before) ^ Words::Calendar(time)) & a_calendarMask) |
+             ((Words::Clock(before) ^ Words::Clock(time)) & a_clockMask)) != 0)
+            break;
+        if (LateTested && !NotEarlier(before, time))
+            break;
+    }
+    return a_row;
+}
+
 template<bool LateTested>
 std::size_t FindChangeOf(const NDateTime* a_times, std::size_t a_first, std::size_t a_limit,
                          std::uint32_t a_calendarMask, std::uint32_t a_clockMask)
@@ -71,16 +88,7 @@ std::size_t FindChangeOf(const NDateTime* a_times, std::size_t a_first, std::siz
             return row + static_cast<std::size_t>(std::countr_one(good)) / 4;
     }
 #endif
-    for (; row < a_limit; ++row) {
-        const NDateTime& before = a_times[row - 1];
-        const NDateTime& time = a_times[row];
-        if ((((Words::Calendar(before) ^ Words::Calendar(time)) & a_calendarMask) |
-             ((Words::Clock(before) ^ Words::Clock(time)) & a_clockMask)) != 0)
-            break;
-        if (LateTested && !NotEarlier(before, time))
-            break;
-    }
-    return row;
+    return FindChangeOneByOne<LateTested>(a_times, row, a_limit, a_calendarMask, a_clockMask);
 }
 
 #if defined(__SSE2__)

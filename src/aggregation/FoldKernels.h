@@ -99,11 +99,11 @@ public:
         // of those only the one slot is known.
         if constexpr (Interval != EIntervalTick && Interval != EIntervalWeek) {
             const std::uint64_t first = std::uint64_t{a_multiplicity} * static_cast<std::uint32_t>(a_window);
-            const std::uint64_t behind = std::min(first + a_multiplicity, S_slots);
-            if (m_firstSlot < first || m_firstSlot >= behind)
+            const std::uint64_t end = std::min(first + a_multiplicity, S_slots);
+            if (m_firstSlot < first || m_firstSlot >= end)
                 return;
             m_firstSlot = static_cast<std::uint32_t>(first);
-            m_slotSpan = static_cast<std::uint32_t>(behind - 1 - first);
+            m_slotSpan = static_cast<std::uint32_t>(end - 1 - first);
         }
     }
 
@@ -169,11 +169,18 @@ private:
     static constexpr std::uint32_t S_sharedCalendar = S_ofYear ? YearField::S_mask : 0;
     static constexpr std::uint32_t S_sharedClock = S_belowDay ? DayOfYearField::S_mask : 0;
     // Slots that a time of day can have; rows with an hour or minute that no day has are placed by the window itself.
-    static constexpr std::uint64_t S_slots =
-        Interval == EIntervalSecond   ? std::uint64_t{TimeParts::S_secondsOfDay}
-        : Interval == EIntervalMinute ? std::uint64_t{TimeParts::S_minutesOfDay}
-        : Interval == EIntervalHour   ? 24U
-                                      : std::uint64_t{1} << 32U;
+    static constexpr std::uint64_t S_slots = [] {
+        switch (Interval) {
+        case EIntervalSecond:
+            return std::uint64_t{TimeParts::S_secondsOfDay};
+        case EIntervalMinute:
+            return std::uint64_t{TimeParts::S_minutesOfDay};
+        case EIntervalHour:
+            return std::uint64_t{24};
+        default:
+            return std::uint64_t{1} << 32U;
+        }
+    }();
 
     // The open window.
     std::uint32_t m_calendar = 0;

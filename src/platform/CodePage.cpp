@@ -59,7 +59,9 @@ Decoded DecodeUtf8(std::string_view a_text)
     if (lead < 0xC2 || lead > 0xF4)
         return {};
 
-    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    std::size_t length = 2;
+    if (lead >= 0xE0)
+        length = lead < 0xF0 ? 3 : 4;
     unsigned char lowest = 0x80;
     unsigned char highest = 0xBF;
     if (lead == 0xE0)
