@@ -50,7 +50,7 @@ struct CandlesOptions {
 struct SymbolFold {
     std::optional<PieceFolder> folder;
     RowBlock rows;
-    RowBlock candles; // all of them, for the output goes symbol by symbol
+    RowBlock candles; // all of them, since the output goes symbol by symbol
 };
 
 /// A symbol as a file's name: what a path or a shell could take for something else is written as %XX.
@@ -268,7 +268,7 @@ void CandlesRun::FinishSymbols(const std::vector<std::string>& a_symbols)
         Close();
 }
 
-/// Runs one file of --out-dir with streams of its own, for several go at once.
+/// Folds one file of --out-dir with streams of its own, since several run at once.
 struct FileJob {
     std::string file;
     std::string output;

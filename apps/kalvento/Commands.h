@@ -5,12 +5,12 @@
 
 #include <string>
 
-/// One function a command. Each adds its subcommand to the program with options, help and examples; the context must
-/// outlive the parse, for the command runs from within it. A command raises ToolError to fail, or sets
+/// One function for each command. It adds the subcommand to the program with options, help and examples; the context
+/// must outlive the parse, since the command runs inside it. A command raises ToolError to fail, or sets
 /// ToolContext::exitCode.
 namespace kalvento::tool {
 
-/// Two lines of the exit codes, for the end of every help page.
+/// Two lines about the exit codes, for the end of every help page.
 std::string ExitCodesHelp();
 
 /// `kalvento adjust`: corrects a history by the instrument's corporate operations.

@@ -78,7 +78,7 @@ Rows ReadRows(RowReader& a_reader, const std::string& a_symbol)
     RowBlock block;
     while (a_reader.Read(block, S_rowsAtOnce, block.rows)) {
     }
-    // A block has no lines; rows before --from count, for that is where they lie in it.
+    // A block has no lines, so its rows are counted, those before --from included.
     all.fromBlock = sources.empty() && block.rows > 0;
     for (std::size_t row = sources.size(); row < block.rows; ++row)
         sources.push_back({a_reader.GetCounts().outside + row + 1, block.times[row]});
@@ -266,10 +266,10 @@ std::string ExplainRun::WhyNoCandle(const NDateTime& a_at) const
 {
     const std::vector<Explanation::Span>& candles = m_explanation->GetCandles();
     const auto isBefore = [&](const Explanation::Span& a_span) { return TimeOfRow(a_span.begin) < a_at; };
-    const auto behind =
+    const auto next =
         static_cast<std::size_t>(std::ranges::partition_point(candles, isBefore) - candles.begin());
-    const std::string before = behind > 0 ? CandleText(behind - 1) : "";
-    const std::string after = behind < candles.size() ? CandleText(behind) : "";
+    const std::string before = next > 0 ? CandleText(next - 1) : "";
+    const std::string after = next < candles.size() ? CandleText(next) : "";
     const bool isClock = ParseClockText(m_options.at).has_value() && !m_options.day;
     if (m_options.json) {
         boost::json::object object{{"file", m_source->GetName()},

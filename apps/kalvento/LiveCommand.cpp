@@ -41,7 +41,7 @@ struct LiveOptions {
     bool follow = true;
     std::optional<double> idleSeconds;
     bool stampedWithBegin = true;
-    std::optional<std::uint64_t> history; // how many candles of the present content are printed
+    std::optional<std::uint64_t> history; // how many candles of the existing content are printed
 };
 
 /// Prints candles as they change. The three formats carry the same values.
@@ -163,7 +163,7 @@ struct Instrument {
     std::string symbol;
     AggregatorWrapper wrapper;
     NDateTime last; // of the last row taken
-    // The present content: rows that aren't folded yet, and the candles.
+    // The content at the start: rows that aren't folded yet, and the candles.
     PieceFolder folder;
     ColumnBlock rows;
     ColumnBlock candles;
@@ -255,7 +255,7 @@ bool LiveRun::WaitForMore(int a_interruption)
         TakeRows(true);
         return false;
     case GrowingSource::EWaitInterrupted:
-        // What was written before the signal is seen; a signal and an append may well come in one moment.
+        // What was written before the signal is seen; a signal and an append may well come at the same moment.
         if (m_source->IsFile())
             TakeRows(false);
         return false;
@@ -265,7 +265,7 @@ bool LiveRun::WaitForMore(int a_interruption)
     return false;
 }
 
-// Folds what can be read now. a_isLast: nothing follows, an input without rows is complete.
+// Folds what can be read now. a_isLast: nothing follows, so even an input without rows is complete.
 void LiveRun::TakeRows(bool a_isLast)
 {
     if (!m_reader) {
@@ -337,13 +337,16 @@ Instrument& LiveRun::InstrumentOf(std::size_t a_row)
 
 void LiveRun::FoldPiece()
 {
-    for (std::size_t begin = 0, end = 0; begin < m_block.rows; begin = end) {
-        for (end = begin + 1; end < m_block.rows; ++end)
-            if (m_layout->hasSymbols && m_block.symbols[end] != m_block.symbols[begin])
-                break;
+    std::size_t begin = 0;
+    while (begin < m_block.rows) {
+        std::size_t end = begin + 1;
+        while (end < m_block.rows &&
+               (!m_layout->hasSymbols || m_block.symbols[end] == m_block.symbols[begin]))
+            ++end;
         Instrument& instrument = InstrumentOf(begin);
         instrument.last = m_block.times[end - 1];
         instrument.rows.Append(m_block, begin, end);
+        begin = end;
     }
     for (const auto& instrument : m_instruments) {
         instrument->rows.rows = instrument->folder.Fold(instrument->rows, false, m_candles);

@@ -1,7 +1,6 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
 #include "kalvento/OpenInput.h"
-#include "kalvento/OutputTarget.h"
 #include "kalvento/Progress.h"
 #include "kalvento/ReadNotes.h"
 #include "kalvento/TextForms.h"
@@ -70,7 +69,7 @@ std::string NamesOf(const std::vector<ESeriesId>& a_series, IntervalAndMultiplic
     return names;
 }
 
-/// The database, whose refusals it turns into those of the tool.
+/// The database; its refusals become those of the tool.
 class Database {
 public:
     explicit Database(const std::string& a_connection)
@@ -86,7 +85,7 @@ public:
         }
     }
 
-    /// What that operation of the writer answers; SqlConflict comes through.
+    /// Calls that operation of the writer; SqlConflict passes through.
     template<class Operation, class... Arguments>
     auto Ask(Operation a_operation, const Arguments&... a_arguments)
     {
@@ -128,7 +127,7 @@ public:
             m_columns[column].second.push_back(a_block.columns[column][a_row]);
     }
 
-    /// Puts what waits into the database; something does.
+    /// Puts the waiting rows into the database; there must be some.
     void Flush(Tally& a_tally)
     {
         const std::size_t rows = m_times.size();
@@ -168,7 +167,7 @@ private:
             m_columns.emplace_back(series, std::vector<double>());
     }
 
-    // Names and groups that somebody gave to an instrument that is there stay as they are.
+    // An instrument that exists keeps the names and groups that somebody gave it.
     void CreateOrCompare(const History& a_rows)
     {
         if (const auto there = m_database.Ask(&SqlWriter::FindInstrument, m_isin))

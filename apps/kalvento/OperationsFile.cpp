@@ -17,7 +17,7 @@ namespace kalvento::tool {
 
 namespace {
 
-// Far more than any instrument goes through; what is longer is another kind of file.
+// Far more operations than any instrument has; a longer file is of another kind.
 constexpr std::size_t S_mostBytes = std::size_t{64} << 20U;
 constexpr std::string_view S_whiteSpace = " \t\n\v\f\r";
 
@@ -39,7 +39,7 @@ std::string ReadAll(ByteSource& a_source)
     return bytes;
 }
 
-/// What the fields are called that EOperationsPart counts, and what belongs into them.
+/// What the fields are called, in the order of EOperationsPart, and what belongs in them.
 constexpr std::string_view S_whole = "a whole number of 32 bits";
 constexpr std::array<std::pair<std::string_view, std::string_view>, 7> S_parts = {
     {{},

@@ -37,7 +37,7 @@ struct ProveOptions {
     InputOptions read;
     std::string input;
     std::vector<IntervalAndMultiplicity> intervals;
-    std::size_t samples = 0; // 0: as many as the proof takes unasked
+    std::size_t samples = 0; // 0: as many as the proof chooses
     bool jsonl = false;
 };
 

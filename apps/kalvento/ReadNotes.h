@@ -13,7 +13,7 @@ class ByteSource;
 
 namespace kalvento::tool {
 
-/// What becomes of what readers tell: notes on standard error, and lines that are set aside in a file.
+/// Passes on what readers report: notes to standard error, and lines that are set aside to a file.
 class ReadNotes {
 public:
     /// a_rejectFile: InputOptions::rejectFile. Raises ToolError where it can't be written, as the hooks do.
@@ -21,8 +21,8 @@ public:
 
     /// For a reader of that input. The context outlives them; so do these notes where there is a file.
     ReadHooks HooksFor(const ByteSource& a_input) const;
-    /// Puts the file in its place, if there is one, and notes rows that were set aside, left out or moved, and that there
-    /// were none.
+    /// Puts the file, if any, in its place, and notes rows that were set aside, left out or moved, or that there were
+    /// none at all.
     void Finish(const RowCounts& a_counts);
 
 private:

@@ -24,7 +24,6 @@
 #include <chrono>
 #include <cmath>
 #include <filesystem>
-#include <iterator>
 #include <memory>
 #include <numeric>
 #include <optional>
@@ -54,7 +53,7 @@ struct WatchOptions {
     bool list = false;
 };
 
-// Letters of the alphabet only, which is what symbols are made of.
+// ASCII letters only, since symbols are made of them.
 std::string Lower(std::string a_text)
 {
     for (char& letter : a_text)
@@ -162,7 +161,7 @@ std::vector<ProviderBase*> ChooseProviders(const host::Host& a_host, const Watch
     return providers;
 }
 
-/// False where the provider raises, of which the user is told.
+/// False where the provider raises, which the user is told.
 bool Ask(host::IHostView& a_view, const ProviderBase& a_provider, std::wstring_view a_operation,
          const std::function<void()>& a_question)
 {
@@ -252,7 +251,7 @@ void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
 void WaitForProviders(host::Host& a_host, const std::vector<ProviderBase*>& a_providers,
                       const WatchOptions& a_options, ToolContext& a_context)
 {
-    // A provider that wasn't told where its data is has nothing to wait for.
+    // There is no point in waiting for a provider that wasn't told where its data is.
     const auto areConnected = [&] {
         return std::all_of(a_providers.begin(), a_providers.end(), [](const ProviderBase* a_provider) {
             return a_provider->GetConnectionStatus() == EConnectionStatusConnected ||
@@ -284,7 +283,7 @@ void WaitForProviders(host::Host& a_host, const std::vector<ProviderBase*>& a_pr
             a_context.err.flush();
         }
         if (allConnected)
-            return; // and a turn of the executor has brought what they had to tell
+            return; // the executor has run since then, so their news has arrived
     }
 }
 

@@ -39,7 +39,7 @@ std::string TextOf(std::span<const OptionText> a_texts, EReadOption a_option)
 
 std::string WordFault(const RowsFault::Parts& a_fault)
 {
-    // Where an option doesn't fit another one or the input, the text has both in its middle.
+    // Where an option contradicts another one or the input, the text names both.
     if (a_fault.wrong == EOptionHeader)
         return "--no-header needs --columns with places, such as time=1,price=2,volume=3";
     if (a_fault.wrong == EOptionFrom && a_fault.help == EOptionTo)

@@ -9,12 +9,12 @@
 #include <string_view>
 #include <vector>
 
-/// How values are stored in the database, bit for bit there and back. What comes from the database is not trusted: a
-/// text of another form raises DamagedData.
+/// How values are stored in the database, so that they come back bit for bit. What comes from the database is not
+/// trusted: a text of another form raises DamagedData.
 namespace SqlRowForm {
 
-/// A time in whole numbers that people can query, and the day number beside them: values of one calendar time differ in
-/// it by whether it includes the ordering counter.
+/// A time in whole numbers that people can query, and its day number beside them, since that may include the ordering
+/// counter or not.
 struct TimeColumns {
     std::string day;       ///< "2024-05-17".
     std::string second;    ///< Of the day, 0 to 86399.
@@ -25,7 +25,7 @@ struct TimeColumns {
 /// Empty for a time that the columns can't hold: one that isn't valid, or whose fields aren't those of a calendar time
 /// (the all-zero time).
 std::optional<TimeColumns> WriteTime(const NDateTime& a_time);
-/// What to select, for ReadTime: four columns in this order. The day goes as a count from 1970-01-01.
+/// The four columns to select for ReadTime, in this order. The day is read as a count from 1970-01-01.
 inline constexpr const char* S_timeColumns = "day - date '1970-01-01', second, counter, day_number";
 /// The four fields from a_first on.
 NDateTime ReadTime(const pqxx::row& a_row, int a_first);
@@ -35,21 +35,21 @@ std::string WriteNumber(double a_value);
 double ReadNumber(std::string_view a_text);
 /// "{1.5,NaN,-Infinity}".
 std::string WriteNumbers(const std::vector<double>& a_values);
-/// Replaces the contents of a_values, so that its memory serves for many rows.
+/// Replaces the contents of a_values, so that its memory can be used for many rows.
 void ReadNumbers(std::string_view a_text, std::vector<double>& a_values);
 
-/// Opaque bytes, as a parameter and out of a column of type bytea.
+/// Opaque bytes, written as a parameter and read from a column of type bytea.
 pqxx::binarystring WriteBytes(std::string_view a_bytes);
 std::string ReadBytes(const pqxx::field& a_field);
 /// Wide text is stored in bytea as UTF-8.
 pqxx::binarystring WriteText(std::wstring_view a_text);
 std::wstring ReadText(const pqxx::field& a_field);
 
-/// The texts of libpqxx and of the server are UTF-8; of this program's log CP1250.
+/// Texts of libpqxx and of the server are UTF-8, those of this program's log CP1250.
 std::string ToLogText(std::string_view a_utf8);
 /// What the exception in flight says, in CP1250: the texts of libpqxx are UTF-8, all others are our own.
 std::string ReasonInFlight();
-/// Whether the exception in flight is about the values asked for, and not about the server or the way there.
+/// Whether the exception in flight is about the values asked for, and not about the server or the connection to it.
 bool IsDamageInFlight();
 
 } // namespace SqlRowForm

@@ -14,7 +14,7 @@ namespace {
 
 struct Unit {
     EInterval interval;
-    std::array<std::string_view, 7> names; // FormatInterval writes the first; empty behind the last
+    std::array<std::string_view, 7> names; // FormatInterval writes the first; empty after the last
 };
 
 constexpr std::array S_units = {

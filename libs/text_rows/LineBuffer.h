@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -39,7 +38,7 @@ public:
     /// The line that begins there, without its line feed and carriage return.
     std::string_view LineAt(const char* a_begin) const;
     /// Start of the line after one from LineAt.
-    static const char* Behind(std::string_view a_line)
+    static const char* After(std::string_view a_line)
     {
         const char* const end = a_line.data() + a_line.size();
         return end + (*end == '\r' ? 2 : 1);

@@ -6,7 +6,7 @@
 
 namespace kalvento::rows {
 
-/// What a reader tells on the way. An empty function isn't called; what one raises goes through the reader.
+/// What a reader reports on the way. An empty function isn't called; what one raises passes through the reader.
 struct ReadHooks {
     /// Columns of the header, separated by commas, that mean nothing and are skipped. From within the constructor.
     std::function<void(const std::string& a_columns)> passedOver;

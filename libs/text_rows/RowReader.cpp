@@ -98,7 +98,7 @@ bool RowReader::Impl::ReadText(RowBlock& a_block, std::size_t a_limit, std::size
                 else
                     Refuse(text, fault);
             }
-            next = LineBuffer::Behind(whole);
+            next = LineBuffer::After(whole);
         }
         row += taken ? 1 : 0;
         lines.Advance(next);

@@ -12,7 +12,7 @@ namespace kalvento::rows {
 struct RowBlock;
 struct RowLayout;
 
-/// The series of rows with how each of them folds, as the folding of single rows wants them. Without precisions.
+/// The series of the rows and how each of them folds, as folding single rows needs them. Without precisions.
 std::set<DSProp> PropertiesOf(const RowLayout& a_layout);
 
 /// The rows of a_block at these places, as a set of the layout's interval.

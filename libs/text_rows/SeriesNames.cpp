@@ -16,7 +16,7 @@ constexpr std::string_view S_generatedPrefix = "series";
 
 struct Aliases {
     ESeriesId series;
-    std::array<std::string_view, 6> names; // already plain; empty behind the last
+    std::array<std::string_view, 6> names; // already plain; empty after the last
 };
 
 // What exchanges and charting tools call the same things.
@@ -60,7 +60,7 @@ std::unordered_map<std::string, ESeriesId> MakeNames()
         for (const std::string_view name : aliases.names)
             names.emplace(name, aliases.series);
     }
-    names.erase(std::string()); // what stands behind the last alias
+    names.erase(std::string()); // what follows the last alias
     return names;
 }
 

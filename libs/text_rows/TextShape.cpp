@@ -43,7 +43,7 @@ std::string_view ExpectedOf(EColumnKind a_kind)
     }
 }
 
-/// The interval that candles have whose times are that many seconds apart.
+/// The interval of candles whose times are that many seconds apart.
 IntervalAndMultiplicity IntervalOfStep(std::int64_t a_seconds)
 {
     constexpr std::array<std::pair<std::int64_t, EInterval>, 7> units = {
@@ -55,7 +55,7 @@ IntervalAndMultiplicity IntervalOfStep(std::int64_t a_seconds)
          {60, EIntervalMinute},
          {1, EIntervalSecond}}};
     for (const auto& [seconds, interval] : units) {
-        // Months and years differ in length; shorter units divide evenly or aren't the unit.
+        // Months and years differ in length; of the shorter units only one that divides evenly is meant.
         const bool uneven = interval == EIntervalMonth || interval == EIntervalYear;
         if (a_seconds < seconds || (!uneven && a_seconds % seconds != 0))
             continue;
@@ -133,7 +133,7 @@ private:
     const ReadHooks& m_hooks;
     TextShape m_shape;
     std::vector<Field> m_fields;
-    std::set<ESeriesId> m_chosen; // whose columns don't go by their names
+    std::set<ESeriesId> m_chosen; // series that the options give a column
 };
 
 void ShapeFinder::ReadShape()
@@ -154,7 +154,7 @@ void ShapeFinder::ReadShape()
             if (m_options.header) {
                 m_shape.header = text;
                 PlanColumns(m_fields);
-                m_lines.Advance(LineBuffer::Behind(text));
+                m_lines.Advance(LineBuffer::After(text));
             } else {
                 PlanByPlaces(m_fields.size());
             }
@@ -163,7 +163,7 @@ void ShapeFinder::ReadShape()
             Peek();
             return;
         }
-        m_lines.Advance(LineBuffer::Behind(text));
+        m_lines.Advance(LineBuffer::After(text));
     }
     m_lines.Fail({.found = "the input is empty", .expected = "a header line such as time,price,volume"});
 }
@@ -274,7 +274,7 @@ void ShapeFinder::PlanColumns(const std::vector<Field>& a_header)
             if (!timeGiven)
                 PlanTimeColumn(column);
         } else if (series && !(m_shape.Has(*series) && m_chosen.contains(*series))) {
-            // A name that the user gave to another column is that column's.
+            // A series that the user gave to another column stays there.
             AddSeriesColumn(column, *series);
         } else {
             skipped += (skipped.empty() ? "" : ", ") + column.header;
@@ -320,7 +320,7 @@ void ShapeFinder::PlanByPlaces(std::size_t a_count)
         RefuseOption(EOptionColumns, "needs the place of the time, such as time=1");
 }
 
-// A daily file names session values; where there is no other price they are the candle.
+// A daily file holds the values of the session; where there is no other price they make the candle.
 void ShapeFinder::TakeSessionCandles()
 {
     constexpr std::array<std::pair<ESeriesId, ESeriesId>, 4> pairs = {
@@ -374,7 +374,7 @@ void ShapeFinder::Peek()
     const char* place = m_lines.GetPlace();
     for (std::size_t row = 0; row < S_peekedRows && place < m_lines.GetEnd(); ++row) {
         const std::string_view text = m_lines.LineAt(place);
-        place = LineBuffer::Behind(text);
+        place = LineBuffer::After(text);
         if (text.empty() || text.front() == '#' || !SplitLine(text, m_shape.delimiter, m_fields) ||
             m_fields.size() < m_shape.columnsNeeded)
             continue;

@@ -16,7 +16,7 @@ struct ReadOptions;
 
 enum EColumnKind : std::uint8_t { ESkip, EWholeTime, EDatePart, EClockPart, ESymbol, ESeries };
 
-/// What one column of the file is to us.
+/// What one column of the file holds.
 struct ColumnPlan {
     EColumnKind kind = ESkip;
     std::size_t place = 0; // of the series in the layout
@@ -24,7 +24,7 @@ struct ColumnPlan {
     std::string_view expected;
 };
 
-/// What the header and the first rows of a text tell about all of it.
+/// The shape of a whole text, as its header and first rows show it.
 struct TextShape {
     RowLayout layout;
     char delimiter = ',';

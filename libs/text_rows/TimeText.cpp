@@ -60,7 +60,7 @@ public:
         m_rest.remove_prefix(a_digits);
         return value;
     }
-    // Digits of a fraction as nanoseconds; those behind the ninth are cut off.
+    // Digits of a fraction as nanoseconds; those after the ninth are cut off.
     std::optional<std::int32_t> Fraction()
     {
         const std::size_t digits = DigitsAhead();

@@ -25,7 +25,7 @@ public:
         double from = Get(IntervalOpen, a_row);
         if (close == from && a_row > 0)
             from = Get(Price, a_row - 1);
-        return close > from ? EInkUp : close < from ? EInkDown : EInkNormal;
+        return InkOf(close - from);
     }
 
 private:

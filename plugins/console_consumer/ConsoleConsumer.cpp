@@ -36,8 +36,8 @@ constexpr std::array<IntervalAndMultiplicity, 8> S_intervals = {{{EIntervalTick,
                                                                  {EIntervalDay, 1},
                                                                  {EIntervalWeek, 1}}};
 
-// A provider that raises, or hands over what can't be shown, costs its own instrument and nothing else: the thread that
-// is joined at the end, the others' subscriptions and the terminal are not its affair.
+// A provider that raises, or hands over what can't be shown, must cost its own instrument only: not the thread that is
+// joined at the end, nor the other subscriptions, nor the terminal.
 bool CallGuarded(const char* a_place, const Asset& a_asset, const std::function<void()>& a_call)
 {
     try {
@@ -53,7 +53,7 @@ bool CallGuarded(const char* a_place, const Asset& a_asset, const std::function<
     }
 }
 
-// An end that nobody expects is told as well: lines have no place for it, and a screen may show another instrument.
+// An unexpected end comes as a message too: lines have no place for it, and a screen may show another instrument.
 void EndAndTell(Watch& a_watch, std::wstring_view a_reason)
 {
     if (a_watch.End(a_reason))
@@ -173,7 +173,7 @@ void ConsoleConsumer::StopAll()
     m_shown.clear();
 }
 
-// The nearest interval of the list in that direction, for all instruments.
+// Goes to the next interval of the list in that direction, for all instruments.
 void ConsoleConsumer::ChangeInterval(int a_step)
 {
     const auto isShorter = [](IntervalAndMultiplicity a_left, IntervalAndMultiplicity a_right) {
@@ -478,7 +478,7 @@ void ConsoleConsumer::Paint()
         model.place = m_place;
         model.count = m_shown.size();
         model.inColour = m_screen->HasColours();
-        // Stays in sight until it is over.
+        // Stays on the screen until it is over.
         if (asset.GetProvider()->GetStatusLevel() == EStatusLevelProblem)
             model.hindrance = asset.GetProvider()->GetStatusToolTip();
         std::replace(model.hindrance.begin(), model.hindrance.end(), L'\n', L' ');

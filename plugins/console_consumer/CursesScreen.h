@@ -24,17 +24,17 @@ enum EScreenKey : std::uint8_t {
 /// most one object at a time.
 class CursesScreen {
 public:
-    /// Raises std::runtime_error, Polish, where standard input or output is no terminal, or none that can be painted
-    /// on. While this lives, std::terminate gives the terminal back too.
+    /// Raises std::runtime_error, Polish, where standard input or output isn't a terminal, or isn't one that can
+    /// be painted on. While this lives, std::terminate gives the terminal back too.
     CursesScreen();
     CursesScreen(const CursesScreen&) = delete;
     CursesScreen& operator=(const CursesScreen&) = delete;
-    /// The terminal is as it was.
+    /// Gives the terminal back as it was.
     ~CursesScreen();
 
-    /// Whether inks can be told apart by their colours: not on a terminal without, nor where the user sets NO_COLOR.
+    /// Whether colours tell the inks apart: not on a terminal without colours, nor where the user has set NO_COLOR.
     bool HasColours() const { return m_hasColours; }
-    /// For when poll says that standard input can be read: nothing is there, and nothing will come.
+    /// Whether standard input has ended. To be asked when poll says that it can be read.
     static bool HasGone();
 
     /// Columns and rows, up to date after the terminal changed them.

@@ -22,13 +22,6 @@ constexpr int S_widthWithPanel = 68; // from this width on book and trades are b
 constexpr int S_bookHeight = 7;
 constexpr std::size_t S_levels = 5;
 
-EScreenInk InkOf(double a_change)
-{
-    if (a_change > 0)
-        return EInkUp;
-    return a_change < 0 ? EInkDown : EInkNormal;
-}
-
 const wchar_t* ArrowOf(double a_change)
 {
     if (a_change > 0)
@@ -84,7 +77,7 @@ std::wstring FirstFitting(const std::vector<std::wstring>& a_texts, int a_width)
     return found == a_texts.end() ? std::wstring() : *found;
 }
 
-// At the left the price and its change, at the right the status and the time of what came last, and between them, where
+// On the left the price and its change, on the right the status and the time of what came last, and between them, where
 // there is room, the figures of the day.
 void DrawPrice(const ScreenModel& a_model, ScreenCells& a_cells)
 {

@@ -8,6 +8,14 @@
 /// What a cell means; the terminal's colours are chosen where it is painted.
 enum EScreenInk : std::uint8_t { EInkNormal, EInkDim, EInkUp, EInkDown, EInkAccent };
 
+/// The ink of a rise, a fall, or neither, NaN included.
+inline EScreenInk InkOf(double a_change)
+{
+    if (a_change > 0)
+        return EInkUp;
+    return a_change < 0 ? EInkDown : EInkNormal;
+}
+
 /// One character of the screen, one column wide.
 struct ScreenCell {
     wchar_t text = L' ';

@@ -84,7 +84,7 @@ std::vector<std::wstring> ScreenTexts::Volumes(const std::vector<double>& a_volu
     }
     while (decimals > 0 && fmt::format(L"{:.{}f}", greatest, decimals).size() > S_volumeWidth)
         --decimals;
-    // Two digits of the smallest one must be left.
+    // The smallest one must keep two digits.
     const bool inCommon = least * std::pow(10.0, decimals) >= (decimals > 0 ? 9.5 : 0.5);
     std::vector<std::wstring> texts;
     texts.reserve(a_volumes.size());

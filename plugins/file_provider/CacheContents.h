@@ -33,7 +33,7 @@ struct CacheContents {
         std::string symbol; ///< Empty for a file of one instrument.
         std::vector<Part> parts;
         std::uint64_t rows = 0;
-        unsigned int decimals = 0;  ///< Places of the prices behind the point, at most 6.
+        unsigned int decimals = 0;  ///< Decimal places of the prices, at most 6.
         bool hasTimesOfDay = false; ///< Some row isn't of midnight.
     };
 

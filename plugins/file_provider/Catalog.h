@@ -40,7 +40,7 @@ struct Catalog {
     std::map<std::string, Instrument> instruments;
     std::optional<std::int64_t> day;   ///< The one that is played; empty where nothing is live.
     std::vector<std::int64_t> seconds; ///< Of the day, at which there is something new.
-    bool keepsRows = true;             ///< What was seen before is as it was, but for rows that came behind.
+    bool keepsRows = true;             ///< Rows that were seen are unchanged; new ones follow them.
 };
 
 } // namespace kalvento::files

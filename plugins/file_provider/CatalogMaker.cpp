@@ -36,7 +36,7 @@ std::set<DSProp> SeriesOf(const CacheContents& a_contents, unsigned int a_decima
     return series;
 }
 
-// The last day before the first says that there are no rows.
+// A last day before the first means that there are no rows.
 void SetNoDays(StoreInstrument& a_info)
 {
     a_info.firstDay = NDateTime(1970, 1, 2);
@@ -97,7 +97,7 @@ void ReadSource(Catalog& a_catalog, const Catalog& a_before, const std::shared_p
     } catch (const std::exception& failure) {
         if (a_stop.stop_requested())
             throw;
-        // Somebody may be writing it just now: what was read before is served on.
+        // Somebody may just be writing it: what was read before stays in use.
         const auto before = a_before.caches.find(source.path);
         const bool isKept =
             before != a_before.caches.end() && before->second->GetSource().name == source.name;
@@ -124,7 +124,7 @@ void PrepareDay(Catalog::Instrument& a_instrument, std::int64_t a_day, std::set<
     a_instrument.day = DayRows(*place.cache, place.symbol, a_day);
     if (place.book)
         a_instrument.bookDay = DayRows(*place.book, 0, a_day);
-    // Later days never come: they aren't among those on which there are rows.
+    // Later days are never played, so they don't count as days with rows.
     const std::uint64_t rows = a_instrument.day.RowsAt((a_day + 1) * TimeParts::S_secondsOfDay);
     if (rows == 0)
         SetNoDays(a_instrument.info);
@@ -155,7 +155,7 @@ void PrepareDay(Catalog& a_catalog)
 bool GoesOn(const Catalog& a_before, const Catalog::Instrument& a_old, const Catalog& a_now,
             const Catalog::Instrument& a_new)
 {
-    // An earlier day would take rows back that were seen.
+    // An earlier day would take back rows that were seen.
     if (a_new.info.live && a_before.day && (!a_now.day || *a_now.day < *a_before.day))
         return false;
     const auto oldContents = a_old.place.cache->GetContents();

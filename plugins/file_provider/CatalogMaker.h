@@ -19,11 +19,11 @@ public:
     {}
 
     /// a_before: what was served so far, empty at first. Its files aren't read again unless they changed, and an
-    /// instrument keeps its generation as long as no row that was seen is another now. What can't be read is left out
+    /// instrument keeps its generation as long as no row that was seen has changed. What can't be read is left out
     /// and logged. Raises std::runtime_error once a_stop asks for the end.
     std::shared_ptr<Catalog> Make(FolderContents a_folder, const Catalog& a_before,
                                   const std::stop_token& a_stop);
-    /// How many files of rows were read through, and not taken from the disk, so far. Any thread.
+    /// How many files of rows were read so far, without those whose parts were on the disk. Any thread.
     std::uint64_t GetTextsRead() const { return m_cacheHost->textsRead; }
 
 private:
@@ -34,7 +34,7 @@ private:
     const FileStoreOptions& m_options;
     const FileStoreHost& m_host;
     const std::shared_ptr<CacheHost> m_cacheHost = std::make_shared<CacheHost>();
-    unsigned int m_done = 0;         // files read through, or given up, in all
+    unsigned int m_done = 0;         // files read or given up in all
     std::uint64_t m_generations = 0; // given out so far
 };
 

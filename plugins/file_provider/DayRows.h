@@ -1,7 +1,6 @@
 #pragma once
 
 #include "file_provider/RowCache.h"
-#include "time/NDateTime.h"
 
 #include <cstddef>
 #include <cstdint>

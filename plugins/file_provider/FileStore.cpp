@@ -8,9 +8,7 @@
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
 #include "text_rows/TimeText.h"
-#include "time/DateTimeTools.h"
 #include "time/TimeParts.h"
-#include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
 
 #include <algorithm>
@@ -87,7 +85,7 @@ void FileStore::Impl::Work(const std::stop_token& a_stop)
     }
 }
 
-// Looks at the folder when it is time, and tells what that changed. False: there is nothing to play.
+// Looks at the folder when it is time, and announces what has changed. False where there is nothing to play.
 bool FileStore::Impl::Refresh(const std::stop_token& a_stop)
 {
     if (connected && Now() - watched < S_watchEvery)
@@ -144,7 +142,7 @@ void FileStore::Impl::StartClock(const Catalog& a_catalog)
     position = made.SecondAt(made.started);
 }
 
-// Rows that aren't due yet may not show for a moment: the new list comes with all of its counts in one go.
+// Rows that aren't due must not show even for a moment: the new list arrives together with all of its counts.
 void FileStore::Impl::Publish(std::shared_ptr<Catalog> a_catalog)
 {
     std::vector<std::string> grown;
@@ -161,7 +159,7 @@ void FileStore::Impl::Publish(std::shared_ptr<Catalog> a_catalog)
         catalog = std::move(a_catalog);
         grown = MoveLocked(position);
     }
-    // Told where something is told at all: the first time Restored says it for all.
+    // Before the first Restored nothing is announced: that one will speak for all rows.
     for (const std::string& isin : grown) {
         if (connected.value_or(false))
             listener->RowsAdded(isin);
@@ -176,7 +174,7 @@ std::vector<std::string> FileStore::Impl::MoveTo(std::int64_t a_second)
     return MoveLocked(a_second);
 }
 
-// Lets be seen what is due up to that second; returns whose rows or book those were.
+// Shows what is due up to that second; returns the instruments whose rows or book it was.
 std::vector<std::string> FileStore::Impl::MoveLocked(std::int64_t a_second)
 {
     std::vector<std::string> grown;
@@ -199,7 +197,7 @@ std::optional<std::int64_t> FileStore::Impl::NextSecond() const
     return next == catalog->seconds.end() ? std::nullopt : std::optional(*next);
 }
 
-// Second by second, also when the thread comes late: what is told when doesn't depend on how busy the machine is.
+// Second by second, even when the thread is late: what is announced doesn't depend on how busy the machine is.
 void FileStore::Impl::Play(const std::stop_token& a_stop)
 {
     while (!a_stop.stop_requested() && clock) {
@@ -244,7 +242,7 @@ std::optional<Catalog::Place> FileStore::Impl::FindPlace(const std::string& a_is
     return found == instruments.end() ? std::nullopt : std::optional(found->second.place);
 }
 
-// While files are changing, what a reader holds may go from the disk under its hands: then it looks again.
+// While files change, parts may vanish from the disk before a reader gets to them: then it looks again.
 template<class Action>
 auto FileStore::Impl::WithPlace(const std::string& a_isin, Action a_action,
                                 decltype(a_action(Catalog::Place())) a_none)
@@ -284,7 +282,7 @@ void FileStore::Open(IMarketStoreListener& a_listener)
 
 void FileStore::Close()
 {
-    // Asked for the end, a jthread wakes the waits that know its token.
+    // The request to stop wakes the waits that know the token of the thread.
     m_impl->thread = std::jthread();
 }
 
@@ -308,7 +306,7 @@ HistoryOperations FileStore::ReadOperations(const std::string& a_isin)
     const auto text = FileTools::ReadFile(path, S_mostOperationsBytes, error);
     if (!text)
         throw std::runtime_error(path.string() + ": " + error.message());
-    // An empty list would take the place of the one that is kept.
+    // An empty list would replace the one that is kept.
     if (!operations.Parse(*text))
         throw std::runtime_error(path.string() + ": " + "nie można odczytać listy operacji"_cp1250);
     return operations;

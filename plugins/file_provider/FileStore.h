@@ -10,16 +10,15 @@
 #include <optional>
 #include <string>
 
-/// A folder with files of rows as a store of market data that is played back; docs/file_provider.md tells the layout of
-/// the folder, what is kept on the disk, and how a recorded day goes.
+/// A folder with files of rows as a store of market data that is played back; docs/file_provider.md describes the layout
+/// of the folder, what is kept on the disk, and how a recorded day is played.
 ///
-/// One market clock goes for all instruments. It starts at the first opening and goes on while the store is closed.
-/// Rows at or before it can be seen, in steps of whole seconds; those of later days never. Candles and daily rows are
-/// all seen at once.
+/// One market clock serves all instruments. It starts at the first opening and goes on while the store is closed. Rows
+/// up to its time can be seen, in steps of whole seconds; those of later days never can. Candles and daily rows can all
+/// be seen at once.
 ///
-/// A thread of its own reads the files, tells the listener and looks after changed files. Until it has read them the
-/// reading operations raise; Restored tells the end of it. A file that can't be read is left out, with a line in the
-/// log.
+/// A thread of its own reads the files, tells the listener and watches for changed files. Until it has read them the
+/// reading operations raise; Restored says that it has. A file that can't be read is left out, with a line in the log.
 class FileStore : public IMarketStore {
 public:
     explicit FileStore(FileStoreOptions a_options);
@@ -39,10 +38,10 @@ public:
 
     /// The clock of FileStoreHost::now shows another time. Any thread.
     void ClockMoved();
-    /// How many files of rows were read through, and not taken from the disk, so far. Any thread.
+    /// How many files of rows were read so far, without those whose parts were on the disk. Any thread.
     std::uint64_t GetTextsRead() const;
-    /// How long it takes until the instrument's next row can be seen, counted from what the clock shows now. Empty
-    /// where none will come. Raises as the reading operations do. Any thread.
+    /// How long it takes until the instrument's next row can be seen, from the clock's time on. Empty where none
+    /// will come. Raises as the reading operations do. Any thread.
     std::optional<std::chrono::steady_clock::duration> GetTimeToNextRow(const std::string& a_isin);
 
 private:

@@ -4,11 +4,11 @@
 #include <functional>
 #include <string>
 
-/// What a store asks of those around it. Absent functions are as if they did nothing; folderOf must be there.
+/// What a store asks of its surroundings. A missing function does nothing; folderOf is required.
 struct FileStoreHost {
     /// Folder of the stored history for a name, created on the way. Any thread.
     std::function<std::wstring(const std::string& a_name)> folderOf;
-    /// So many files are to be read through. On the store's thread.
+    /// So many files are to be read. On the store's thread.
     std::function<void(unsigned int a_count)> addToDo;
     /// So many of all announced ones are done. On the store's thread.
     std::function<void(unsigned int a_count)> setDone;

@@ -34,7 +34,7 @@ rows::ReadOptions OptionsFor(const SourceFile& a_source)
     return options;
 }
 
-/// Whether both tell of the same parts with the same rows.
+/// Whether both describe the same parts with the same rows.
 bool HasSameShape(const CacheContents& a_left, const CacheContents& a_right)
 {
     using Part = CacheContents::Part;
@@ -134,7 +134,7 @@ void RowCache::Repair(const std::shared_ptr<const CacheContents>& a_damaged,
 {
     const std::lock_guard repair(m_repair);
     if (GetContents() != a_damaged)
-        return; // somebody was here first
+        return; // another thread has done it
     if (StampOf(m_source.path) != m_source.stamp)
         throw std::runtime_error(m_source.path.string() + ": " + "plik zmienił się od wczytania"_cp1250);
     std::error_code error;
@@ -143,7 +143,7 @@ void RowCache::Repair(const std::shared_ptr<const CacheContents>& a_damaged,
     if (StampOf(a_path) && !FileTools::KeepAside(a_path, std::chrono::system_clock::now(), error))
         WriteLog(__LINE__, a_path.string() + ": nie można odłożyć uszkodzonego bloku: " + error.message());
     auto contents = MakeContents({});
-    // The rows were seen: they may not become others behind the back of those who saw them.
+    // Readers have seen these rows: they must not change without their knowledge.
     if (contents->fingerprint != a_damaged->fingerprint || !HasSameShape(*contents, *a_damaged))
         throw std::runtime_error(m_source.path.string() + ": " + "plik zmienił się od wczytania"_cp1250);
     SetContents(std::move(contents));

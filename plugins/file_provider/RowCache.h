@@ -18,10 +18,10 @@ namespace kalvento::files {
 struct CacheHost {
     BlockShelf shelf{std::uint64_t{4} << 20U};
     std::atomic<bool> writeFailureTold = false; ///< One line in the log is enough.
-    std::atomic<std::uint64_t> textsRead = 0;   ///< How many files of rows were read through.
+    std::atomic<std::uint64_t> textsRead = 0;   ///< How many files of rows were read.
 };
 
-/// The rows of one file, kept as binary series blocks and an index, so that the text is read once only.
+/// The rows of one file, kept as binary series blocks and an index, so that the text is read only once.
 ///
 /// On disk, in a folder of its own: the parts (PartFiles) and, written last, the index (RowIndex); a kill at any moment
 /// leaves the old index with the old parts, the new ones, or what makes the next start read the text again. Each part
@@ -29,15 +29,15 @@ struct CacheHost {
 /// written the parts stay in memory.
 class RowCache {
 public:
-    /// a_folder: for the source alone; it is there.
+    /// a_folder: an existing folder for this source alone.
     RowCache(SourceFile a_source, std::filesystem::path a_folder, std::shared_ptr<CacheHost> a_host);
 
     /// Takes over what is on the disk. False where there is none, or not of this source as it is now.
     bool Load();
-    /// Reads the source through. Raises kalvento::rows::RowsFault with the place for what can't be read,
+    /// Reads the whole source. Raises kalvento::rows::RowsFault with the place for what can't be read,
     /// std::runtime_error where a_stop asked for the end. Memory doesn't grow with a text's length.
     void Build(const std::stop_token& a_stop);
-    /// Removes the part files of other generations; once nobody reads those any more.
+    /// Removes the part files of other generations. For when nobody reads those any more.
     void RemoveOldParts() const { m_files.RemoveOthers(GetContents()->generation); }
 
     const SourceFile& GetSource() const { return m_source; }
@@ -49,7 +49,7 @@ public:
 
     /// Number of the first row not before a_time.
     std::uint64_t FindRow(std::size_t a_symbol, const NDateTime& a_time);
-    /// Rows a_first to before a_last, those that there are.
+    /// Rows a_first to before a_last, as far as there are any.
     History ReadRows(std::size_t a_symbol, std::uint64_t a_first, std::uint64_t a_last);
 
 private:

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* S_indexRoot = "RowIndex";
 constexpr const char* S_indexName = "Index.xml";
-// Raised when the same text would give other parts: all are made again then.
+// Goes up when the same text would give other parts: all are then made again.
 constexpr int S_indexVersion = 1;
 
 constexpr const char* XML_VERSION = "Version";
@@ -64,7 +64,7 @@ bool ReadColumns(const Settings& a_index, CacheContents& a_contents)
            std::find(series.begin(), series.end(), Price) != series.end();
 }
 
-// Of the last one of the symbols. False where it can't be, or its file isn't there.
+// A part of the last symbol. False where it makes no sense or its file is missing.
 bool ReadPart(const Settings& a_node, const PartFiles& a_files, CacheContents& a_contents)
 {
     CacheContents::Symbol& symbol = a_contents.symbols.back();

@@ -73,7 +73,7 @@ void TakeFile(const std::filesystem::path& a_path, const std::filesystem::path& 
     a_contents.sources.push_back(std::move(source));
 }
 
-// Two files can be of one safe name, in two sub-folders or by their extensions: the later ones are numbered.
+// Two files can have one safe name, in two sub-folders or by their extensions: the later ones are numbered.
 void MakeNamesUnique(std::vector<SourceFile>& a_sources)
 {
     std::set<std::string> taken;
@@ -95,7 +95,7 @@ FolderContents ScanFolder(const std::filesystem::path& a_folder, const FolderCon
         return contents;
     std::vector<std::filesystem::path> subFolders;
     const auto entries = EntriesOf(a_folder, error);
-    // An empty list would say that all instruments are gone.
+    // An empty list would mean that all instruments are gone.
     contents.exists = !error;
     for (const auto& entry : entries) {
         const bool isFolder = entry.is_directory(error);
@@ -106,7 +106,7 @@ FolderContents ScanFolder(const std::filesystem::path& a_folder, const FolderCon
     }
     for (const auto& subFolder : subFolders) {
         const auto files = EntriesOf(subFolder, error);
-        // Behind what can't be read it goes on.
+        // A folder that can't be read doesn't hold up the others.
         if (IsUnreachable(error)) {
             Keep(subFolder, a_before, contents);
             continue;

@@ -11,7 +11,7 @@
 /// The files of a folder that hold rows, and what lies beside them.
 namespace kalvento::files {
 
-/// What tells a file that changed from one that didn't, without reading it.
+/// Tells whether a file has changed, without reading it.
 struct FileStamp {
     std::uint64_t size = 0;
     std::int64_t modified = 0; ///< Of the file system's clock, in its own steps.
@@ -32,7 +32,7 @@ struct SourceFile {
     friend bool operator==(const SourceFile&, const SourceFile&) = default;
 };
 
-/// A file that is no rows but belongs to the instruments: a list of corporate operations.
+/// A file that holds no rows but belongs to an instrument: a list of corporate operations.
 struct OperationsSource {
     std::filesystem::path path;
     FileStamp stamp;
@@ -46,29 +46,29 @@ struct FolderContents {
     std::vector<SourceFile> sources;
     std::vector<OperationsSource> operations;
     std::vector<std::filesystem::path>
-        unreadable; ///< Files and sub-folders that are there, whatever is in them.
+        unreadable; ///< Files and sub-folders that exist, with unknown contents.
 
-    /// False where files came, went, changed, or can be read otherwise than before.
+    /// False where files came, went or changed, or where others than before can't be read.
     friend bool operator==(const FolderContents&, const FolderContents&) = default;
 };
 
-/// Looks through a folder and its sub-folders, those of one level. Rows: *.csv, *.txt, *.tsv, *.block; a book:
-/// *.book.csv; operations: *.operations.txt, operations_*.txt. Hidden files are passed over. What is there and can't be
-/// read is taken from a_before (null: from nowhere), as for a file that somebody is writing: its instruments aren't
-/// gone. Never raises for what it finds.
+/// Looks through a folder and its direct sub-folders. Rows: *.csv, *.txt, *.tsv, *.block; a book: *.book.csv;
+/// operations: *.operations.txt, operations_*.txt. Hidden files are passed over. What exists but can't be read is taken
+/// over from a_before, if given: instruments don't vanish while somebody is writing their file. Never raises for what
+/// it finds.
 FolderContents ScanFolder(const std::filesystem::path& a_folder, const FolderContents* a_before);
 
-/// What a folder holds, in the order of the paths; less than that where a_error tells of a failure.
+/// The entries of a folder, in the order of their paths; incomplete where a_error is set.
 std::vector<std::filesystem::directory_entry> EntriesOf(const std::filesystem::path& a_folder,
                                                         std::error_code& a_error);
 
-/// The size and time of a regular file; empty where there is none, or it can't be told.
+/// The size and time of a regular file; empty where there is none or they can't be found out.
 std::optional<FileStamp> StampOf(const std::filesystem::path& a_path);
-/// The same, which also says why it can't be told.
+/// The same, with the reason of a failure.
 std::optional<FileStamp> StampOf(const std::filesystem::path& a_path, std::error_code& a_error);
 
-/// A name for a symbol, of UTF-8: Polish letters become their Latin ones, every other character but A-Z a-z 0-9 . _ - a
-/// '_'. Never empty, and never with a point in front.
+/// The name of a symbol made from a UTF-8 text: Polish letters lose their accents, and every other character but
+/// A-Z a-z 0-9 . _ - becomes '_'. Never empty, and never begins with a point.
 std::string SafeName(std::string_view a_name);
 
 /// The list of operations of an instrument among those beside its file: NAME.operations.txt, then operations_NAME.txt;

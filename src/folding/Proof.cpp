@@ -16,17 +16,17 @@ using kalvento::internal::RowsBetween;
 
 namespace {
 
-// How many rows are handed over at where the caller leaves it to us.
+// At how many rows live data takes over, unless the caller says.
 constexpr std::size_t S_samples = 200;
 constexpr std::size_t S_everyRowUpTo = 2000;
-// Handed-over histories begin with the first row as long as so many rows at most are folded for that.
+// Histories are handed over from the first row on, as long as that folds no more rows than this.
 constexpr std::size_t S_greatestWork = 50'000'000;
-// Beyond it, so many candles before the one that is handed over.
+// Otherwise they begin this many candles before the one that is handed over.
 constexpr std::size_t S_candlesBefore = 2;
-// The live rows after a hand-over go on until so many candles behind the open one have begun. A candle's state comes
-// from its own rows alone, so from the second one on the run could only repeat what the row-by-row road has shown.
+// Live rows follow a hand-over until this many candles have begun after the open one. A candle's state comes from its
+// own rows alone, so from the second one on the run could only repeat what the row-by-row road has shown.
 constexpr std::size_t S_candlesAfter = 2;
-// Rows folded one by one for all hand-overs together, where the caller leaves it to us: some seconds.
+// Rows folded one by one for all hand-overs together, unless the caller says: it takes some seconds.
 constexpr std::size_t S_greatestLiveWork = 20'000'000;
 constexpr std::size_t S_fewestSamples = 9;
 
@@ -154,8 +154,8 @@ Proof::Result Proof::Run(std::size_t a_samples, const OnHandOver& a_onHandOver)
 // The candle that a row went into.
 std::size_t Proof::OpenCandle(std::size_t a_row) const
 {
-    const auto behind = std::upper_bound(m_candleRows.begin(), m_candleRows.end(), a_row);
-    return static_cast<std::size_t>(behind - m_candleRows.begin()) - 1;
+    const auto next = std::upper_bound(m_candleRows.begin(), m_candleRows.end(), a_row);
+    return static_cast<std::size_t>(next - m_candleRows.begin()) - 1;
 }
 
 std::optional<Proof::Finding> Proof::ProveLive()
@@ -194,7 +194,7 @@ std::optional<Proof::Finding> Proof::ProveHandOver(std::size_t a_row, ERoad a_ro
     std::size_t row = a_row + 1;
     while (row < m_ticks.GetRecordsCount() && begun <= S_candlesAfter)
         begun += candles.Take(row++) ? 1U : 0U;
-    // Where rows are left, the candle begun last has one row of maybe many: it isn't comparable yet.
+    // Where rows are left, the last candle may have only the first of its rows: it can't be compared yet.
     const bool isCut = row < m_ticks.GetRecordsCount();
     if (const auto difference = CandleDifference::Find(m_candles, candles.Finish(isCut), first, isCut))
         return Finding{a_road, a_row, *difference};
@@ -232,11 +232,11 @@ std::vector<std::size_t> Proof::Thin(const std::vector<std::size_t>& a_rows) con
     std::size_t work = 0;
     for (const std::size_t row : a_rows) {
         const std::size_t open = OpenCandle(row);
-        const std::size_t behind = open + S_candlesAfter + 1;
-        work += (behind < m_candleRows.size() ? m_candleRows[behind] : m_ticks.GetRecordsCount()) -
+        const std::size_t next = open + S_candlesAfter + 1;
+        work += (next < m_candleRows.size() ? m_candleRows[next] : m_ticks.GetRecordsCount()) -
                 m_candleRows[open];
     }
-    // Each goes twice, as a history and as a synchronization. An odd step keeps the three kinds of rows mixed.
+    // Each row is handed over twice, as a history and as a synchronization. An odd step keeps the three kinds of rows mixed.
     const std::size_t step = std::min(2 * work / S_greatestLiveWork + 1,
                                       std::max(a_rows.size() / S_fewestSamples, std::size_t{1})) |
                              1U;

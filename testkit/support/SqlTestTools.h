@@ -16,7 +16,7 @@ inline StoreInstrument TickInstrument(const std::string& a_isin)
     return instrument;
 }
 
-/// Time of the row of that number: ten rows a second from 2024-05-06 9:00 on, told apart by the counter; 20000 rows a
+/// The time of the row with that number: ten rows a second from 2024-05-06 9:00 on, told apart by the counter; 20000 rows a
 /// day.
 inline NDateTime TimeOfRow(std::uint64_t a_number)
 {
