@@ -1,6 +1,7 @@
 #pragma once
 
 #include "provider_kit/IMarketStore.h"
+#include "support/BlockTools.h"
 #include "support/Testing.h"
 
 /// A store in memory, which a test fills, breaks and restores. Tells its listener on the thread that calls it.
@@ -9,14 +10,12 @@ public:
     // What a test does.
 
     /// The day fields follow the rows. One with the same ISIN is replaced, rows included.
-    void AddInstrument(StoreInstrument a_instrument)
+    void AddInstrument(const StoreInstrument& a_instrument)
     {
-        Item item;
-        for (const DSProp& property : a_instrument.series)
-            item.series.push_back(property.GetSeriesID());
-        item.columns.resize(item.series.size());
-        item.instrument = std::move(a_instrument);
-        Change([&] { m_items.insert_or_assign(item.instrument.isin, item); });
+        const IntervalAndMultiplicity interval = a_instrument.interval;
+        const Item item{
+            a_instrument, {a_instrument.series, interval.GetInterval(), interval.GetMultiplicity()}, {}, {}};
+        Change([&] { m_items.insert_or_assign(a_instrument.isin, item); });
     }
     void RemoveInstrument(const std::string& a_isin)
     {
@@ -27,10 +26,13 @@ public:
     {
         {
             const std::lock_guard lock(m_mutex);
-            Item& item = m_items.at(a_isin);
-            item.times.push_back(a_time);
+            History& rows = m_items.at(a_isin).rows;
+            Record row = rows.GetEmptyRecord();
+            row.SetTime(a_time);
             for (std::size_t series = 0; series < a_values.size(); ++series)
-                item.columns[series].push_back(a_values[series]);
+                (row.begin() + static_cast<std::ptrdiff_t>(series))->second = a_values[series];
+            if (!rows.AddData(row))
+                throw std::logic_error("a row that is not later");
             if (m_broken)
                 return;
         }
@@ -96,10 +98,9 @@ public:
         std::vector<StoreInstrument> instruments;
         for (const auto& [isin, item] : m_items) {
             instruments.push_back(item.instrument);
-            instruments.back().firstDay =
-                item.times.empty() ? NDateTime(2099, 12, 31) : DayOf(item.times.front());
-            instruments.back().lastDay =
-                item.times.empty() ? NDateTime(1950, 1, 1) : DayOf(item.times.back());
+            const auto& times = item.rows.TimeSeries();
+            instruments.back().firstDay = times.empty() ? NDateTime(2099, 12, 31) : DayOf(times.front());
+            instruments.back().lastDay = times.empty() ? NDateTime(1950, 1, 1) : DayOf(times.back());
         }
         return instruments;
     }
@@ -115,7 +116,7 @@ public:
         CountReading();
         const std::lock_guard lock(m_mutex);
         const auto item = m_items.find(a_isin);
-        return item != m_items.end() ? item->second.times.size() : 0;
+        return item != m_items.end() ? item->second.rows.GetRecordsCount() : 0;
     }
     std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) override
     {
@@ -124,25 +125,16 @@ public:
         const auto item = m_items.find(a_isin);
         if (item == m_items.end())
             return 0;
-        const auto& times = item->second.times;
+        const auto& times = item->second.rows.TimeSeries();
         return static_cast<std::uint64_t>(std::ranges::lower_bound(times, a_time) - times.begin());
     }
     History ReadRows(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last) override
     {
         CountReading();
         const std::lock_guard lock(m_mutex);
-        const Item& item = m_items.at(a_isin);
-        const auto cut = [&](const auto& a_column) {
-            const auto size = static_cast<std::uint64_t>(a_column.size());
-            return std::remove_cvref_t<decltype(a_column)>(
-                a_column.begin() + static_cast<std::ptrdiff_t>(std::min(a_first, size)),
-                a_column.begin() + static_cast<std::ptrdiff_t>(std::min(a_last, size)));
-        };
-        History::Columns columns;
-        for (std::size_t series = 0; series < item.series.size(); ++series)
-            columns.emplace_back(item.series[series], cut(item.columns[series]));
-        const IntervalAndMultiplicity interval = item.instrument.interval;
-        History rows(interval.GetInterval(), interval.GetMultiplicity(), cut(item.times), std::move(columns));
+        const History& all = m_items.at(a_isin).rows;
+        const std::uint64_t count = all.GetRecordsCount();
+        auto rows = Slice<History>(all, std::min(a_first, count), std::min(a_last, count));
         if (m_spoiler)
             m_spoiler(rows);
         return rows;
@@ -157,9 +149,7 @@ public:
 private:
     struct Item {
         StoreInstrument instrument;
-        std::vector<NDateTime> times;
-        std::vector<std::vector<double>> columns;
-        std::vector<ESeriesId> series;
+        History rows;
         HistoryOperations operations;
         std::optional<Offers> offers;
     };

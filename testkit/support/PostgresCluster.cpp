@@ -52,27 +52,11 @@ std::string FreePort()
     return std::to_string(ntohs(address.sin_port));
 }
 
-std::string Contents(const fs::path& a_path)
-{
-    std::ostringstream text;
-    text << std::ifstream(a_path).rdbuf();
-    return text.str();
-}
-
 std::vector<pid_t> ChildrenOf(pid_t a_parent)
 {
-    std::vector<pid_t> children;
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        const std::string name = entry.path().filename();
-        if (name.find_first_not_of("0123456789") != std::string::npos)
-            continue;
-        // "1234 (name) S 1 ...": the parent is the second field after the name.
-        const std::string stat = Contents(entry.path() / "stat");
-        const std::size_t end = stat.rfind(')');
-        if (end != std::string::npos && std::atoi(stat.c_str() + std::min(end + 4, stat.size())) == a_parent)
-            children.push_back(std::atoi(name.c_str()));
-    }
-    return children;
+    const std::string process = std::to_string(a_parent);
+    std::ifstream children("/proc/" + process + "/task/" + process + "/children");
+    return {std::istream_iterator<pid_t>(children), {}};
 }
 
 } // namespace
@@ -86,42 +70,38 @@ PostgresCluster* PostgresCluster::Get()
 
 PostgresCluster::PostgresCluster() : m_port(FreePort())
 {
-    std::string folder = (fs::temp_directory_path() / "kalvento-sql-XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr)
-        throw std::runtime_error("no temporary folder");
-    m_folder = folder;
+    const std::string folder = m_folder.GetPath();
     if (const passwd* user = ::geteuid() == 0 ? ::getpwnam("postgres") : nullptr)
         if (::chown(folder.c_str(), user->pw_uid, user->pw_gid) != 0)
             throw std::runtime_error("the server's user can't have " + folder);
-    Run((FindPrograms() / "initdb").string() + " -D " + m_folder +
+    Run((FindPrograms() / "initdb").string() + " -D " + folder +
         "/data -A trust -U postgres -E UTF8 --locale=C.UTF-8 --no-sync");
-    std::ofstream(m_folder + "/data/postgresql.conf", std::ios::app)
-        << "listen_addresses = '127.0.0.1'\nport = " << m_port << "\nunix_socket_directories = '" << m_folder
-        << "'\nmax_connections = 60\nshared_buffers = 16MB\nrecovery_init_sync_method = syncfs\n";
+    m_folder.Append(
+        "data/postgresql.conf",
+        "listen_addresses = '127.0.0.1'\nport = " + m_port + "\nunix_socket_directories = '" + folder +
+            "'\nmax_connections = 60\nshared_buffers = 16MB\nrecovery_init_sync_method = syncfs\n");
     Start();
 }
 
 PostgresCluster::~PostgresCluster()
 {
     Kill();
-    std::error_code ignored;
-    fs::remove_all(m_folder, ignored);
 }
 
 // As the user who may run the server, with all output in a file of the folder.
 void PostgresCluster::Run(const std::string& a_command) const
 {
     const std::string prefix = ::geteuid() == 0 ? "runuser -u postgres -- " : "";
-    const std::string log = m_folder + "/run.log";
+    const std::string log = m_folder.Path("run.log");
     if (std::system(("cd / && " + prefix + a_command + " >" + log + " 2>&1 </dev/null").c_str()) != 0)
-        throw std::runtime_error(a_command + ": " + Contents(log));
+        throw std::runtime_error(a_command + ": " + TemporaryFolder::ReadFile(log));
 }
 
 void PostgresCluster::Start()
 {
     const std::string program = (FindPrograms() / "postgres").string();
-    const std::string data = m_folder + "/data";
-    const std::string log = m_folder + "/server.log";
+    const std::string data = m_folder.Path("data");
+    const std::string log = m_folder.Path("server.log");
     const passwd* user = ::geteuid() == 0 ? ::getpwnam("postgres") : nullptr;
     const uid_t uid = user ? user->pw_uid : ::geteuid();
     const gid_t gid = user ? user->pw_gid : ::getegid();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/TemporaryFolder.h"
+
 #include <sys/types.h>
 
 #include <memory>
@@ -36,7 +38,7 @@ private:
     bool Answers() const;
     std::string Connection(const std::string& a_database) const;
 
-    std::string m_folder;
+    TemporaryFolder m_folder;
     std::string m_port;
     pid_t m_server = -1;
     int m_databases = 0;

@@ -40,10 +40,7 @@ public:
     }
     std::size_t CountFiles() const
     {
-        std::size_t count = 0;
-        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(m_path))
-            ++count;
-        return count;
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(m_path), {}));
     }
 
 private:

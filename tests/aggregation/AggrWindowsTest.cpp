@@ -7,22 +7,11 @@
 
 namespace {
 
-NDateTime Date(unsigned long a_year, unsigned long a_month, unsigned long a_day)
-{
-    return {a_year, a_month, a_day};
-}
-
-NDateTime Instant(unsigned long a_year, unsigned long a_month, unsigned long a_day, unsigned long a_hour,
-                  unsigned long a_minute, unsigned long a_second)
-{
-    return {a_year, a_month, a_day, a_hour, a_minute, a_second, 0};
-}
+using Date = NDateTime;
 
 std::string Text(const NDateTime& a_time)
 {
-    return std::to_string(a_time.GetYear()) + "-" + std::to_string(a_time.GetMonth()) + "-" +
-           std::to_string(a_time.GetDay()) + " " + std::to_string(a_time.GetHour()) + ":" +
-           std::to_string(a_time.GetMinute()) + ":" + std::to_string(a_time.GetSecond());
+    return "day number " + std::to_string(a_time.ToDouble());
 }
 
 auto Window(EInterval a_interval, unsigned short a_multiplicity)
@@ -35,27 +24,20 @@ auto Window(EInterval a_interval, unsigned short a_multiplicity)
 // Of the others the law below tells.
 TEST(AggrWindowsTest, LimitsOfWeeks)
 {
-    const struct {
-        unsigned short multiplicity;
-        NDateTime time;
-        NDateTime begin;
-        NDateTime end;
-    } cases[] = {
+    const std::tuple<unsigned short, NDateTime, NDateTime, NDateTime> cases[] = {
         // The border of a short first week reaches past its Sunday.
         {1, Date(2021, 1, 3), Date(2021, 1, 1), Date(2021, 1, 7)},
         {1, Date(2024, 1, 7), Date(2024, 1, 1), Date(2024, 1, 7)},
         {1, Date(2012, 12, 31), Date(2012, 12, 31), Date(2012, 12, 31)},
         {3, Date(2021, 12, 31), Date(2021, 12, 20), Date(2021, 12, 31)},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(Text(one.time));
-        NDateTime begin;
-        NDateTime end;
-        const auto window = Window(EIntervalWeek, one.multiplicity);
-        window->GetWindowLimits(one.time, &begin, &end);
-        window->GetWindowLimits(one.time, nullptr, nullptr);
-        EXPECT_EQ(begin, one.begin);
-        EXPECT_EQ(end, one.end);
+    for (const auto& [multiplicity, time, begin, end] : cases) {
+        SCOPED_TRACE(Text(time));
+        std::pair<NDateTime, NDateTime> limits;
+        const auto window = Window(EIntervalWeek, multiplicity);
+        window->GetWindowLimits(time, &limits.first, &limits.second);
+        window->GetWindowLimits(time, nullptr, nullptr);
+        EXPECT_EQ(limits, std::pair(begin, end));
     }
 }
 
@@ -137,8 +119,8 @@ TEST(AggrWindowsTest, NumberBeginAndBorderAreThoseOfTheWindowThatATimeIsIn)
 TEST(AggrWindowsTest, ARowAYearLaterOnTheSameDayOfYearIsTheSameWindow)
 {
     const auto minutes = Window(EIntervalMinute, 5);
-    EXPECT_FALSE(minutes->IsInCurrentWindow(Instant(2021, 3, 1, 10, 0, 0)));
-    EXPECT_TRUE(minutes->IsInCurrentWindow(Instant(2022, 3, 1, 10, 4, 0)));
+    EXPECT_FALSE(minutes->IsInCurrentWindow(Date(2021, 3, 1, 10, 0, 0, 0)));
+    EXPECT_TRUE(minutes->IsInCurrentWindow(Date(2022, 3, 1, 10, 4, 0, 0)));
 }
 
 TEST(AggrWindowsTest, TickWindowsCountRowsOfADay)
@@ -188,23 +170,20 @@ TEST(AggrWindowsTest, RefusedIntervalsAndCalls)
                       "! Zbyt duża krotność interwału "_cp1250 + kind + ".");
     }
     EXPECT_EQ(make(EIntervalTick, 65535), "nothing raised");
-    EXPECT_EQ(
-        make(EIntervalTick, 1, EWindowBegin),
-        "AggrTickWindow::AggrTickWindow - Wyjątek AggrTickWindow! Nieprawidłowy typ agregacji czasu dla interwału tickowego."_cp1250);
-    EXPECT_EQ(
-        message([] { Window(EIntervalTick, 1)->GetBorderOfWindowTime(NDateTime(), 0); }),
-        "AggrTickWindow::GetBorderOfWindowTime - Wyjątek AggrSecondWindow! Niedopuszczalne wywołanie GetBorderOfWindowTime."_cp1250);
-    EXPECT_EQ(
-        message([] { Window(EIntervalTick, 1)->GetWindowNumber(NDateTime()); }),
-        "AggrTickWindow::GetWindowNumber - Wyjątek AggrTickWindow! Niedopuszczalne wywołanie GetWindowNumber."_cp1250);
-    EXPECT_EQ(
-        message([] { Window(EIntervalYear, 1)->GetBeginingOfNextWindowTime(NDateTime(), 0); }),
-        "AggrYearWindow::GetBeginingOfNextWindowTime - Wyjątek AggrYearWindow! EOD w stylu MetaStocka agreguj z innym typem czasu niż EMetaStockWindowEnd."_cp1250);
-    EXPECT_EQ(message([] {
-                  NDateTime begin;
-                  Window(EIntervalWeek, 1)->GetWindowLimits(NDateTime(2021, 2, 30), &begin, nullptr);
-              }),
-              "AggrWeekWindow::GetWindowLimits - Błędny indeks dnia w roku."_cp1250);
+    NDateTime begin;
+    const std::pair<std::string, const char*> calls[] = {
+        {make(EIntervalTick, 1, EWindowBegin),
+         "AggrTickWindow::AggrTickWindow - Wyjątek AggrTickWindow! Nieprawidłowy typ agregacji czasu dla interwału tickowego."_cp1250},
+        {message([] { Window(EIntervalTick, 1)->GetBorderOfWindowTime(NDateTime(), 0); }),
+         "AggrTickWindow::GetBorderOfWindowTime - Wyjątek AggrSecondWindow! Niedopuszczalne wywołanie GetBorderOfWindowTime."_cp1250},
+        {message([] { Window(EIntervalTick, 1)->GetWindowNumber(NDateTime()); }),
+         "AggrTickWindow::GetWindowNumber - Wyjątek AggrTickWindow! Niedopuszczalne wywołanie GetWindowNumber."_cp1250},
+        {message([] { Window(EIntervalYear, 1)->GetBeginingOfNextWindowTime(NDateTime(), 0); }),
+         "AggrYearWindow::GetBeginingOfNextWindowTime - Wyjątek AggrYearWindow! EOD w stylu MetaStocka agreguj z innym typem czasu niż EMetaStockWindowEnd."_cp1250},
+        {message([&] { Window(EIntervalWeek, 1)->GetWindowLimits(NDateTime(2021, 2, 30), &begin, nullptr); }),
+         "AggrWeekWindow::GetWindowLimits - Błędny indeks dnia w roku."_cp1250}};
+    for (const auto& [raised, expected] : calls)
+        EXPECT_EQ(raised, expected);
 }
 
 TEST(AggrWindowsTest, NumbersOfNoWindowStayInsideTheTables)

@@ -9,16 +9,18 @@
 
 namespace {
 
-/// A row under test: fields that a call may change.
+/// A row under test: fields that a call may change, open, high, low, close and volume.
 struct Row {
     NDateTime time;
-    double open = 0.0;
-    double high = 0.0;
-    double low = 0.0;
-    double close = 0.0;
-    double volume = 0.0;
+    std::array<double, 5> values{};
 
-    std::vector<double*> Fields() { return {&open, &high, &low, &close, &volume}; }
+    std::vector<double*> Fields()
+    {
+        std::vector<double*> fields;
+        for (double& value : values)
+            fields.push_back(&value);
+        return fields;
+    }
 };
 
 NDateTime At(unsigned long a_hour, unsigned long a_minute, unsigned long a_second = 0,
@@ -37,25 +39,11 @@ protected:
 
     static Row Tick(const NDateTime& a_time, double a_price, double a_volume)
     {
-        Row row;
-        row.time = a_time;
-        row.close = a_price;
-        row.volume = a_volume;
-        return row;
+        return {a_time, {0.0, 0.0, 0.0, a_price, a_volume}};
     }
 
     const std::vector<EAggrType> m_types = {EAggrTypeOhlc, EAggrTypeSum};
 };
-
-void ExpectCandle(const Row& a_row, double a_open, double a_high, double a_low, double a_close,
-                  double a_volume)
-{
-    EXPECT_EQ(a_row.open, a_open);
-    EXPECT_EQ(a_row.high, a_high);
-    EXPECT_EQ(a_row.low, a_low);
-    EXPECT_EQ(a_row.close, a_close);
-    EXPECT_EQ(a_row.volume, a_volume);
-}
 
 template<typename Call>
 std::string MessageOf(Call a_call)
@@ -80,7 +68,7 @@ TEST_F(AggregatorTest, AfterAFoldRowsWaitForTheCurrentRecord)
     auto fields = row.Fields();
     aggregator.SetCurrentRecord(&row.time, &fields);
     EXPECT_TRUE(Push(aggregator, live));
-    ExpectCandle(live, 10, 11, 10, 11, 2);
+    EXPECT_THAT(live.values, ::testing::ElementsAre(10, 11, 10, 11, 2));
 }
 
 TEST_F(AggregatorTest, ACopyOpensItsOwnWindow)
@@ -121,7 +109,11 @@ TEST_F(AggregatorTest, RefusalsSayWhereAndWhy)
         return MessageOf([&] { aggregator.SumWithWindow(&row.time, &a_fields, false); });
     };
     const std::vector<double*> columns = row.Fields();
-    const std::vector<double*> withNull = {nullptr, &row.high, &row.low, &row.close, &row.volume};
+    std::vector<double*> withNull = columns;
+    withNull.front() = nullptr;
+    const auto first = [&](std::ptrdiff_t a_count) {
+        return std::vector<double*>(columns.begin(), columns.begin() + a_count);
+    };
     const std::tuple<std::string, const char*, const char*> cases[] = {
         {make(EIntervalMinute, 1, {}), "Aggregator::InitAggrTypeForSeries",
          "Wymagane jest minimum jedno pole oprócz czasu."_cp1250},
@@ -135,15 +127,14 @@ TEST_F(AggregatorTest, RefusalsSayWhereAndWhy)
          "Nielegalny kierunek agregacji."_cp1250},
         {fold(EIntervalHour, 1, 1, columns), "Aggregator::Aggregate",
          "Nielegalny kierunek agregacji."_cp1250},
-        {fold(EIntervalTick, 1, 1, {&row.open}), "Aggregator::Aggregate",
+        {fold(EIntervalTick, 1, 1, first(1)), "Aggregator::Aggregate",
          "Liczba pól niezgodna z inicjacją."_cp1250},
         {fold(EIntervalTick, 1, 1, withNull), "Aggregator::Aggregate",
          "Liczba pól niezgodna z inicjacją."_cp1250},
         {fold(EIntervalTick, 1, 0, columns), "Aggregator::Aggregate",
          "Próba agregacji historii o zerowej długości."_cp1250},
-        {sum({&row.open, &row.high}), "Aggregator::SumWithWindow", "Wymagane pola na OHLC."_cp1250},
-        {sum({&row.open, &row.high, &row.low, &row.close}), "Aggregator::SumWithWindow",
-         "Liczba pól niezgodna z inicjacją."_cp1250},
+        {sum(first(2)), "Aggregator::SumWithWindow", "Wymagane pola na OHLC."_cp1250},
+        {sum(first(4)), "Aggregator::SumWithWindow", "Liczba pól niezgodna z inicjacją."_cp1250},
     };
     for (const auto& [message, place, text] : cases) {
         EXPECT_THAT(message, ::testing::StartsWith(std::string(place) + "\t"));
@@ -158,7 +149,7 @@ TEST_F(AggregatorTest, ClosingTimeOfADayFailsAtItsFirstRowAndLeavesTheColumns)
     Row row = Tick(At(10, 0), 7, 3);
     EXPECT_THAT(MessageOf([&] { aggregator.Aggregate(EIntervalTick, 1, 1, &row.time, row.Fields()); }),
                 ::testing::StartsWith("AggrDayWindow::GetBeginingOfNextWindowTime\t"));
-    ExpectCandle(row, 0, 0, 0, 7, 3);
+    EXPECT_THAT(row.values, ::testing::ElementsAre(0, 0, 0, 7, 3));
     EXPECT_EQ(row.time, At(10, 0));
     // Nothing waits for a current record after a failure.
     EXPECT_THAT(MessageOf([&] { Push(aggregator, row); }), ::testing::StartsWith("nothing"));

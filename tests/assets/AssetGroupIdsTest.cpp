@@ -4,8 +4,7 @@
 #include "assets/AssetsGroupId.h"
 #include "contract_kit/TestMediator.h"
 #include "contract_kit/TestProvider.h"
-#include "settings/Settings.h"
-#include "support/Testing.h"
+#include "support/StoredForm.h"
 
 namespace {
 
@@ -16,10 +15,8 @@ protected:
     template<class Type>
     static Type StoreAndRead(const Type& a_value)
     {
-        Settings tree;
-        a_value.SerializeState(tree);
         Settings stored;
-        EXPECT_TRUE(stored.ConvertFromString(tree.ConvertToString()));
+        EXPECT_TRUE(stored.ConvertFromString(StoredText(a_value)));
         return Type(stored);
     }
 
@@ -61,9 +58,7 @@ TEST_F(AssetGroupIdsTest, AGroupIsFoundAgainByTheNameOfItsProvider)
 
 TEST_F(AssetGroupIdsTest, AVirtualGroupLeavesNoTrace)
 {
-    Settings tree;
-    AssetsGroupId(7, true, L"Giełda", &alpha).SerializeState(tree);
-    EXPECT_EQ(tree.ConvertToString(), Settings().ConvertToString());
+    EXPECT_EQ(StoredText(AssetsGroupId(7, true, L"Giełda", &alpha)), Settings().ConvertToString());
 }
 
 TEST_F(AssetGroupIdsTest, APairKeepsItsGroup)

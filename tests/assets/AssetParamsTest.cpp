@@ -1,8 +1,8 @@
 #include "assets/AssetParams.h"
 
 #include "assets/IntervalLimits.h"
-#include "settings/Settings.h"
-#include "support/Testing.h"
+#include "support/RaisedText.h"
+#include "support/StoredForm.h"
 #include "time/DateTimeTools.h"
 #include "time/KalventoException.h"
 
@@ -22,11 +22,6 @@ AssetParams::Intervals IntervalsOf(const std::vector<EInterval>& a_intervals)
     for (const EInterval interval : a_intervals)
         intervals.emplace_back(interval, DayRange(interval));
     return intervals;
-}
-
-RangeData WrongOrder()
-{
-    return {NDateTime(2021, 3, 2), NDateTime(2021, 3, 1)};
 }
 
 } // namespace
@@ -62,25 +57,15 @@ TEST(AssetParamsTest, DatesAreSetOnThatVeryIntervalOnly)
 TEST(AssetParamsTest, HistoryWithoutIntervalsIsRefused)
 {
     EXPECT_THROW(AssetParams(15, 1, {}), KalventoException);
-    try {
-        const AssetParams params(8, 1, {});
-        ADD_FAILURE() << "taken";
-    } catch (const KalventoException& failure) {
-        EXPECT_TRUE(
-            std::string(failure.what()).ends_with(" - Argument exception: a_kindData == S_kindDataHistory"));
-    }
+    const std::string text = kalvento::tests::RaisedText<KalventoException>([] { AssetParams(8, 1, {}); });
+    EXPECT_TRUE(text.ends_with(" - Argument exception: a_kindData == S_kindDataHistory")) << text;
 }
 
 TEST(AssetParamsTest, ValidityLooksAtTheFirstIntervalsLimit)
 {
-    struct Case {
-        const char* what;
-        AssetParams params;
-        bool valid;
-    };
     AssetParams::Intervals wrongSecond = IntervalsOf({EIntervalDay});
-    wrongSecond.emplace_back(EIntervalMinute, WrongOrder());
-    const std::vector<Case> cases = {
+    wrongSecond.emplace_back(EIntervalMinute, RangeData(NDateTime(2021, 3, 2), NDateTime(2021, 3, 1)));
+    const std::tuple<const char*, AssetParams, bool> cases[] = {
         {"nothing offered", AssetParams(), false},
         {"history from a mask alone", AssetParams(8), false},
         {"multiplicity 0", AssetParams(8, 0, IntervalsOf({EIntervalDay})), false},
@@ -90,39 +75,29 @@ TEST(AssetParamsTest, ValidityLooksAtTheFirstIntervalsLimit)
         {"ticks have no limit", AssetParams(8, 4000000000U, IntervalsOf({EIntervalTick})), true},
         {"a wrong range behind", AssetParams(8, 1, std::move(wrongSecond)), false},
     };
-    for (const auto& tried : cases) {
-        SCOPED_TRACE(tried.what);
-        EXPECT_EQ(tried.params.IsValid(), tried.valid);
-    }
+    for (const auto& [what, params, valid] : cases)
+        EXPECT_EQ(params.IsValid(), valid) << what;
 }
 
-TEST(AssetParamsTest, StoredFormReadsBackInOrder)
+TEST(AssetParamsTest, StoredFormKeepsTheOrder)
 {
     AssetParams written(11, 5, IntervalsOf({EIntervalDay, EIntervalTick, EIntervalDay}));
     written.SetAggregationTime(EWindowBorder);
-    Settings settings;
+    // An entry begins and ends on the day that its number names.
+    const auto entry = [](int a_interval) {
+        const std::string day =
+            "<DateTime>" + std::to_string(44255 + a_interval) + "</DateTime><Millisecond>0</Millisecond>";
+        return "<item><Interval>" + std::to_string(a_interval) + "</Interval><From>" + day + "</From><To>" +
+               day + "</To></item>";
+    };
+    ExpectStoredAs(written,
+                   "<settings><KindData>11</KindData><AggrTime>4</AggrTime><Multipl>5</Multipl><Intervals>" +
+                       entry(5) + entry(1) + entry(5) + "</Intervals></settings>");
     // Twice into one node, as a save over an earlier one does it.
+    Settings settings;
     AssetParams(8, 1, IntervalsOf({EIntervalHour})).SerializeState(settings);
-    const ParamsBase& base = written;
-    base.SerializeState(settings);
-
-    EXPECT_EQ(static_cast<unsigned int>(settings["KindData"]), 11U);
-    EXPECT_EQ(static_cast<int>(settings["AggrTime"]), static_cast<int>(EWindowBorder));
-    EXPECT_EQ(static_cast<unsigned int>(settings["Multipl"]), 5U);
-    const Settings& entry = *settings["Intervals"].begin_unnamed();
-    EXPECT_EQ(static_cast<unsigned int>(entry["Interval"]), 5U);
-    EXPECT_EQ(static_cast<double>(entry["From"]["DateTime"]), 44260.0);
-
-    const AssetParams read(settings);
-    EXPECT_EQ(read.GetKindData(), 11U);
-    EXPECT_EQ(read.GetMultiplicity(), 5U);
-    EXPECT_EQ(read.GetAggregationTime(), EWindowBorder);
-    std::vector<unsigned int> intervals;
-    for (const auto& [interval, range] : read) {
-        intervals.push_back(interval);
-        EXPECT_EQ(range.GetDates().to.GetDay(), interval);
-    }
-    EXPECT_EQ(intervals, (std::vector<unsigned int>{5, 1, 5}));
+    written.SerializeState(settings);
+    EXPECT_EQ(settings.ConvertToString(), StoredText(written));
 }
 
 TEST(IntervalLimitsTest, EachIntervalReachesItsSessionsBack)

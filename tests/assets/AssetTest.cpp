@@ -5,8 +5,8 @@
 #include "contract_kit/TestProvider.h"
 #include "platform/CodePage.h"
 #include "series/DSProp.h"
-#include "settings/Settings.h"
 #include "support/LogWatch.h"
+#include "support/StoredForm.h"
 #include "support/Testing.h"
 #include "time/KalventoException.h"
 
@@ -72,22 +72,13 @@ TEST_F(AssetTest, IsEqualHoldsLongNameAndMarketAgainstTheOtherShortName)
     EXPECT_FALSE(sample.IsEqual(sample));
 }
 
-TEST_F(AssetTest, SettingsKeepTheBytesAndFindTheProvider)
+TEST_F(AssetTest, SettingsKeepTheBytesAndFindTheProviderUnlessItIsGone)
 {
     Settings tree;
-    sample.SerializeState(tree);
-    Settings stored;
-    ASSERT_TRUE(stored.ConvertFromString(tree.ConvertToString()));
-    const Asset again(stored);
-    EXPECT_EQ(again.GetProvider(), &alpha);
-    EXPECT_EQ(FieldsOf(again), FieldsOf(sample));
-    EXPECT_EQ(static_cast<std::wstring>(stored["Provider"]), alpha.GetName());
-}
-
-TEST_F(AssetTest, AProviderThatIsGoneLeavesTheAssetUnserved)
-{
-    Settings tree;
-    sample.SerializeState(tree);
+    ASSERT_TRUE(tree.ConvertFromString(StoredText(sample)));
+    EXPECT_EQ(static_cast<std::wstring>(tree["Provider"]), alpha.GetName());
+    EXPECT_EQ(Asset(tree).GetProvider(), &alpha);
+    EXPECT_EQ(FieldsOf(Asset(tree)), FieldsOf(sample));
     mediator.providers.clear();
     const Asset unserved(tree);
     EXPECT_FALSE(unserved.IsProviderSet());

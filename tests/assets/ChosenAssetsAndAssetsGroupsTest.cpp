@@ -1,13 +1,8 @@
 #include "assets/ChosenAssetsAndAssetsGroups.h"
 
-#include "platform/CArchive.h"
-#include "platform/CArchiveException.h"
-#include "platform/CMemFile.h"
-#include "support/Testing.h"
+#include "support/ArchiveTools.h"
 
 namespace {
-
-using Bytes = std::vector<std::byte>;
 
 std::unique_ptr<ChosenAssetsAndAssetsGroups> MakeSelection()
 {
@@ -20,30 +15,17 @@ std::unique_ptr<ChosenAssetsAndAssetsGroups> MakeSelection()
 
 Bytes Store(ChosenAssetsAndAssetsGroups& a_selection)
 {
-    CMemFile file;
-    CArchive archive(&file, CArchive::store);
-    a_selection.Serialize(archive);
-    archive.Close();
-    return file.Detach();
+    return Stored([&](CArchive& a_archive) { a_selection.Serialize(a_archive); });
 }
 
-void Load(ChosenAssetsAndAssetsGroups& a_selection, const Bytes& a_bytes)
+void Load(CArchive& a_archive)
 {
-    CMemFile file(a_bytes);
-    CArchive archive(&file, CArchive::load);
-    a_selection.Serialize(archive);
+    ChosenAssetsAndAssetsGroups().Serialize(a_archive);
 }
 
-/// The cause that a load of these bytes raises; nothing where it does not raise.
-std::optional<CArchiveException::Cause> FailureOf(const Bytes& a_bytes)
+CArchiveException::Cause FailureOf(const Bytes& a_bytes)
 {
-    ChosenAssetsAndAssetsGroups selection;
-    try {
-        Load(selection, a_bytes);
-    } catch (const CArchiveException& error) {
-        return error.m_cause;
-    }
-    return std::nullopt;
+    return CauseOf(a_bytes, Load);
 }
 
 Bytes BytesOf(const std::vector<std::uint64_t>& a_numbers)
@@ -68,7 +50,8 @@ TEST(ChosenAssetsAndAssetsGroupsTest, CountsThenAddressesPassTheSelectionOn)
                               AddressOf(source->GetAssetsGroup().data())}));
 
     const auto target = MakeSelection(); // what was there goes
-    Load(*target, bytes);
+    ASSERT_EQ(CauseOf(bytes, [&](CArchive& a_archive) { target->Serialize(a_archive); }),
+              CArchiveException::none);
     ASSERT_EQ(target->GetAssets().size(), 2U);
     EXPECT_EQ(target->GetAssets()[1].GetIsin(), "PL2");
     ASSERT_EQ(target->GetAssetsGroup().size(), 1U);
@@ -79,11 +62,8 @@ TEST(ChosenAssetsAndAssetsGroupsTest, CountsThenAddressesPassTheSelectionOn)
 TEST(ChosenAssetsAndAssetsGroupsTest, TravelsByTheNameOfItsClass)
 {
     const auto source = MakeSelection();
-    CMemFile file;
-    CArchive storing(&file, CArchive::store);
-    storing.WriteObject(source.get());
-    storing.Close();
-    file.SeekToBegin();
+    const Bytes bytes = Stored([&](CArchive& a_archive) { a_archive.WriteObject(source.get()); });
+    CMemFile file(bytes);
     CArchive loading(&file, CArchive::load);
     const auto object = loading.ReadObject();
     const auto* const target = dynamic_cast<const ChosenAssetsAndAssetsGroups*>(object.get());
@@ -100,8 +80,9 @@ TEST(ChosenAssetsAndAssetsGroupsTest, OnlyElementsOfALivingSelectionAreFollowed)
     EXPECT_EQ(FailureOf(BytesOf({1, 0, asset})), CArchiveException::badIndex); // was not stored
     const Bytes bytes = Store(*source);
 
-    EXPECT_EQ(FailureOf(BytesOf({1, 1, asset, group})), std::nullopt);
-    EXPECT_EQ(FailureOf(BytesOf({3, 2, 0, asset, 0, 0, group})), std::nullopt); // null addresses are skipped
+    EXPECT_EQ(FailureOf(BytesOf({1, 1, asset, group})), CArchiveException::none);
+    EXPECT_EQ(FailureOf(BytesOf({3, 2, 0, asset, 0, 0, group})),
+              CArchiveException::none); // null addresses are skipped
     for (const std::uint64_t address : {std::uint64_t{1}, asset + 1, asset - sizeof(Asset),
                                         asset + 2 * sizeof(Asset), group, ~std::uint64_t{0}})
         EXPECT_EQ(FailureOf(BytesOf({1, 0, address})), CArchiveException::badIndex) << address - asset;
@@ -113,13 +94,7 @@ TEST(ChosenAssetsAndAssetsGroupsTest, OnlyElementsOfALivingSelectionAreFollowed)
 
 TEST(ChosenAssetsAndAssetsGroupsTest, AShortArchiveEndsInItsException)
 {
-    const auto source = MakeSelection();
-    const Bytes bytes = Store(*source);
-    for (std::size_t length = 0; length < bytes.size(); ++length) {
-        SCOPED_TRACE(length);
-        EXPECT_EQ(FailureOf(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length))),
-                  CArchiveException::endOfFile);
-    }
+    ExpectEachCutRefused(Store(*MakeSelection()), Load);
     // A count that no memory holds is only a count.
     EXPECT_EQ(FailureOf(BytesOf({~std::uint64_t{0}, ~std::uint64_t{0}, 0, 0})), CArchiveException::endOfFile);
 }

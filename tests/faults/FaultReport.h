@@ -1,14 +1,14 @@
 #pragma once
 
 #include "libs/provider_kit/StoreTestTools.h"
-#include "series/DataSeriesSet.h"
+#include "support/BlockTools.h"
 #include "support/Testing.h"
 
 /// What the program and its plug-ins share. The program makes one and gives its address to the plug-in of the
 /// consumers.
 struct FaultReport {
     struct Seen {
-        std::uint64_t sum = 0; // SumOf the candles
+        std::size_t sum = 0; // SumOf the candles
         std::vector<std::string> breaches;
     };
     std::mutex mutex;
@@ -20,19 +20,8 @@ struct FaultReport {
     static constexpr unsigned short S_multiplicity = 5;
 
     /// A number that every bit of the rows takes part in.
-    static std::uint64_t SumOf(const DataSeriesSet& a_rows)
+    static std::size_t SumOf(const DataSeriesSet& a_rows)
     {
-        std::uint64_t sum = a_rows.GetRecordsCount();
-        const auto add = [&](double a_value) {
-            sum = (sum ^ std::bit_cast<std::uint64_t>(a_value)) * 0x100000001b3U;
-        };
-        for (const NDateTime& time : a_rows.TimeSeries())
-            add(time.ToDouble());
-        for (const auto& [series, values] : a_rows) {
-            add(series);
-            for (const double value : values)
-                add(value);
-        }
-        return sum;
+        return std::hash<std::string>()(BytesOf(a_rows));
     }
 };

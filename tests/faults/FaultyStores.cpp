@@ -13,7 +13,6 @@ enum EFault : std::uint32_t {
     EFaultManyThreads, // news from many threads at once, also what isn't so
     EFaultRaises,
     EFaultRaisesNumbers,
-    EFaultSpoiltRows,
     EFaultSpoiltList,
     EFaultTellsAfterClose
 };
@@ -30,8 +29,6 @@ public:
                 AddNext(isin, row);
         }
         SetReading([this] { Stumble(); });
-        if (a_fault == EFaultSpoiltRows)
-            SetSpoiler([this](History& a_rows) { Spoil(a_rows); });
     }
     ~RudeStore() override { EndThreads(); }
 
@@ -116,32 +113,6 @@ private:
         if (m_fault == EFaultRaisesNumbers && (a_always || ++m_readings % 17 == 0))
             throw 7;
     }
-    void Spoil(History& a_rows)
-    {
-        const unsigned int reading = ++m_readings;
-        if (reading % 7 != 0)
-            return;
-        std::vector<NDateTime> times(a_rows.TimeSeries());
-        History::Columns columns(a_rows.begin(), a_rows.end());
-        switch (reading / 7 % 5) {
-        case 0:
-            columns.front().second.pop_back();
-            break;
-        case 1:
-            columns.pop_back();
-            break;
-        case 2:
-            times.back() = NDateTime(1999, 13, 1); // no such month
-            break;
-        case 3:
-            times.push_back(times.back());
-            break;
-        default:
-            times.clear();
-        }
-        a_rows = History(EIntervalTick, 1, std::move(times), std::move(columns));
-    }
-
     const EFault m_fault;
     IMarketStoreListener* m_told = nullptr;
     std::atomic<bool> m_quit = false;
@@ -160,7 +131,6 @@ void CreateModules(IModuleRegistry& a_registry, const Settings& /*a_options*/)
     add(L"Store: news from many threads", EFaultManyThreads);
     add(L"Store: raises std::exception", EFaultRaises);
     add(L"Store: raises an int", EFaultRaisesNumbers);
-    add(L"Store: spoilt rows", EFaultSpoiltRows);
     add(L"Store: spoilt list", EFaultSpoiltList);
     add(L"Store: news after its close", EFaultTellsAfterClose);
 }

@@ -1,6 +1,6 @@
 #include "assets/Asset.h"
 #include "faults/FaultReport.h"
-#include "folding/AggregatorWrapper.h"
+#include "folding/FoldingTestTools.h"
 #include "host/CallModule.h"
 #include "host/Host.h"
 #include "host/HostOptions.h"
@@ -13,8 +13,8 @@
 #include "platform/CodePage.h"
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
+#include "support/LogWatch.h"
 #include "support/TemporaryFolder.h"
-#include "velo/Log.h"
 
 // Providers that break their promises, loaded beside an honest one. Whatever the others do, the honest one's candles are
 // those of one fold of all its rows, nothing comes behind a stop from providers of the kit, each fault is reported with its
@@ -23,26 +23,6 @@
 namespace {
 
 using kalvento::host::CallModule;
-
-/// What the log is told while it lives. Thousands of lines, all of them meant.
-class LogText {
-public:
-    ~LogText() { VeloTools::Log::Instance().RemoveSink(m_sink); }
-    bool Names(const std::wstring& a_name)
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_text.find(CodePage::WideToCp1250(a_name)) != std::string::npos;
-    }
-
-private:
-    std::mutex m_mutex;
-    std::string m_text;
-    const VeloTools::Log::SinkId m_sink =
-        VeloTools::Log::Instance().AddSink([this](std::string_view, int, std::string_view a_message) {
-            const std::lock_guard lock(m_mutex);
-            m_text.append(a_message) += '\n';
-        });
-};
 
 class View : public kalvento::host::IHostView {
 public:
@@ -101,7 +81,7 @@ protected:
                         CallModule(*consumer, L"AddInstrument", [&] { consumer->AddInstrument({}, *asset); });
             });
     }
-    bool AreCandlesComplete(std::uint64_t a_expected)
+    bool AreCandlesComplete(std::size_t a_expected)
     {
         Settings ignored;
         for (const ConsumerBase* const consumer : m_host->GetConsumers())
@@ -131,15 +111,13 @@ TEST_F(PluginFaultsTest, TheHonestAreServedAndEachFaultIsReportedByName)
             << CodePage::WideToUtf8(report.name + L": " + report.reason);
     }
     m_view.fromDropped = 0; // they ran, until their last module failed
-    LogText log;
+    const LogWatch log;     // thousands of lines, all of them meant
     std::vector<std::wstring> names;
     for (const ProviderBase* const provider : m_host->GetProviders())
         names.push_back(provider->GetName());
-    History rows = TickMaker::Rows(0, FaultReport::S_rows);
-    ASSERT_TRUE(AggregatorWrapper({DSProp(Price), DSProp(Volume)}, ELastRecordTime, FaultReport::S_interval,
-                                  FaultReport::S_multiplicity)
-                    .AgregateHistory(rows));
-    const std::uint64_t expected = FaultReport::SumOf(rows);
+    const std::size_t expected = FaultReport::SumOf(
+        kalvento::tests::Folded(TickMaker::Rows(0, FaultReport::S_rows), {DSProp(Price), DSProp(Volume)},
+                                {FaultReport::S_interval, FaultReport::S_multiplicity}));
     Subscribe();
     Await([&] { return AreCandlesComplete(expected); });
 
@@ -164,7 +142,7 @@ TEST_F(PluginFaultsTest, TheHonestAreServedAndEachFaultIsReportedByName)
         SCOPED_TRACE(CodePage::WideToUtf8(name));
         EXPECT_EQ(served[name], IsOfTheKit(name) ? 2U : 0U);
         if (name.find(L"aises ") != std::wstring::npos || name.find(L"spoilt") != std::wstring::npos) {
-            EXPECT_TRUE(log.Names(name)) << "not in the log";
+            EXPECT_TRUE(log.Has(CodePage::WideToCp1250(name))) << "not in the log";
         }
     }
 }

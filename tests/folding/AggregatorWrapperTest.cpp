@@ -1,7 +1,7 @@
 #include "folding/AggregatorWrapper.h"
 
 #include "folding/AggregatorTools.h"
-#include "folding/RandomTicks.h"
+#include "folding/FoldingTestTools.h"
 #include "platform/CodePage.h"
 #include "series/Synchronization.h"
 #include "settings/Settings.h"
@@ -153,9 +153,9 @@ TEST(AggregatorWrapperTest, RefusedBlocksStayAsTheyWere)
                              const std::set<ESeriesId>& a_series) {
         Synchronization synchro(a_interval, a_multiplicity, a_series);
         History history(a_series, a_interval, a_multiplicity);
-        const std::string before = Write(synchro);
+        const std::string before = BytesOf(synchro);
         return !wrapper.AgregateSynchro(synchro) && !wrapper.AgregateHistory(history) &&
-               before == Write(synchro) && before == Write(history);
+               before == BytesOf(synchro) && before == BytesOf(history);
     };
     EXPECT_TRUE(refuses(EIntervalEmpty, 1, tick));
     EXPECT_TRUE(refuses(EIntervalTick, 0, tick));

@@ -1,7 +1,7 @@
 #include "folding/Explanation.h"
 
 #include "folding/CandleDifference.h"
-#include "folding/RandomTicks.h"
+#include "folding/FoldingTestTools.h"
 #include "time/KalventoException.h"
 
 using namespace kalvento::tests;

@@ -1,6 +1,6 @@
 #include "folding/Proof.h"
 
-#include "folding/RandomTicks.h"
+#include "folding/FoldingTestTools.h"
 
 using namespace kalvento::tests;
 
@@ -21,24 +21,20 @@ TEST(CandleDifferenceTest, TellsCandlesApart)
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const DataSeriesSet expected = Candles({0, 1, 2}, {1.0, nan, 0.0});
     EXPECT_FALSE(CandleDifference::Find(expected, Candles({0, 1, 2}, {1.0, std::copysign(nan, -1.0), 0.0})));
-    struct Row {
-        const char* name;
-        DataSeriesSet found;
-        CandleDifference::EKind kind;
-        std::size_t candle;
-    };
-    for (const Row& row :
-         {Row{"a counter", Candles({0, 1, 3}, {1.0, nan, 0.0}), CandleDifference::EKindTime, 2},
-          Row{"the sign of zero", Candles({0, 1, 2}, {1.0, nan, -0.0}), CandleDifference::EKindValue, 2},
-          Row{"the last bit", Candles({0, 1, 2}, {std::nextafter(1.0, 2.0), nan, 0.0}),
-              CandleDifference::EKindValue, 0},
-          Row{"one less", Candles({0, 1}, {1.0, nan}), CandleDifference::EKindCount, 2},
-          Row{"one more", Candles({0, 1, 2, 0}, {1.0, nan, 0.0, 4.0}), CandleDifference::EKindCount, 3}}) {
-        SCOPED_TRACE(row.name);
-        const auto difference = CandleDifference::Find(expected, row.found);
+    for (const auto& [name, found, kind, candle] :
+         {std::tuple{"a counter", Candles({0, 1, 3}, {1.0, nan, 0.0}), CandleDifference::EKindTime, 2U},
+          std::tuple{"the sign of zero", Candles({0, 1, 2}, {1.0, nan, -0.0}), CandleDifference::EKindValue,
+                     2U},
+          std::tuple{"the last bit", Candles({0, 1, 2}, {std::nextafter(1.0, 2.0), nan, 0.0}),
+                     CandleDifference::EKindValue, 0U},
+          std::tuple{"one less", Candles({0, 1}, {1.0, nan}), CandleDifference::EKindCount, 2U},
+          std::tuple{"one more", Candles({0, 1, 2, 0}, {1.0, nan, 0.0, 4.0}), CandleDifference::EKindCount,
+                     3U}}) {
+        SCOPED_TRACE(name);
+        const auto difference = CandleDifference::Find(expected, found);
         ASSERT_TRUE(difference);
-        EXPECT_EQ(difference->kind, row.kind);
-        EXPECT_EQ(difference->candle, row.candle);
+        EXPECT_EQ(difference->kind, kind);
+        EXPECT_EQ(difference->candle, candle);
     }
 }
 

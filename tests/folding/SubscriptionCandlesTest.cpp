@@ -1,6 +1,6 @@
 #include "folding/SubscriptionCandles.h"
 
-#include "folding/RandomTicks.h"
+#include "folding/FoldingTestTools.h"
 #include "series/Synchronization.h"
 #include "support/MarketData.h"
 
@@ -188,6 +188,14 @@ TEST(SubscriptionCandlesTest, WhatDoesNotFitChangesNothing)
     EXPECT_FALSE(model.AddRecord(Record(At(12, 0), {{Price, 1.0}})));
     EXPECT_FALSE(model.AddRecord(Row(At(9, 59), 1.0, 1.0))) << "came already";
     EXPECT_TRUE(SameBits(model.GetLastCandles(9), before));
+}
+
+TEST(SubscriptionCandlesTest, ARowOfTheLastRowsTimeIsNotLate)
+{
+    SubscriptionCandles model(PriceAndVolume(), EIntervalMinute, 5);
+    for (const double price : {5.0, 7.0})
+        ASSERT_TRUE(model.AddRecord(Row(At(10, 0), price, 1.0)));
+    EXPECT_EQ(model.GetCandle(0).find(Volume)->second, 2.0);
 }
 
 TEST(SubscriptionCandlesTest, OperationsCorrectEveryRowOnce)

@@ -1,19 +1,11 @@
 #include "history_operations/HistoryOperations.h"
 
 #include "platform/WidePath.h"
-#include "settings/Settings.h"
+#include "support/StoredForm.h"
 #include "support/TemporaryFolder.h"
 #include "support/Testing.h"
 
 namespace {
-
-// Everything of a list, to the bit, as one text that a failed test can show.
-std::string Shown(const HistoryOperations& a_operations)
-{
-    Settings settings;
-    a_operations.SerializeState(settings);
-    return settings.ConvertToString();
-}
 
 HistoryOperations Parsed(std::string_view a_text)
 {
@@ -47,13 +39,13 @@ TEST(HistoryOperationsTest, ARefusedTextLeavesNothingBehind)
         SCOPED_TRACE(text);
         HistoryOperations operations = Parsed("3\n9,200102,7,0.9");
         EXPECT_FALSE(operations.Parse(text));
-        EXPECT_EQ(Shown(operations), Shown(HistoryOperations()));
+        EXPECT_EQ(StoredText(operations), StoredText(HistoryOperations()));
     }
 }
 
 TEST(HistoryOperationsTest, OneOperationInEveryDress)
 {
-    const std::string plain = Shown(Parsed("7\n1,210315,2,0.5"));
+    const std::string plain = StoredText(Parsed("7\n1,210315,2,0.5"));
     const std::vector<std::string> texts = {
         "7\r\n1,210315,2,0.5\r\n\r\n",        "\n\n7\n1,210315,2,0.5",
         " 7\t\n 1 , 21 03 15,\v2, 0 . 5\f",   "7\n,,,1,210315,2,0.5",
@@ -61,7 +53,7 @@ TEST(HistoryOperationsTest, OneOperationInEveryDress)
     };
     for (const std::string& text : texts) {
         SCOPED_TRACE(text);
-        EXPECT_EQ(Shown(Parsed(text)), plain);
+        EXPECT_EQ(StoredText(Parsed(text)), plain);
     }
 }
 
@@ -83,28 +75,21 @@ TEST(HistoryOperationsTest, TheFirstLineIsTheVersionWhateverItHolds)
 
 TEST(HistoryOperationsTest, UnreadableNumbersAreZero)
 {
-    struct Case {
-        std::string line;
-        int id;
-        int type;
-        double factor;
-    };
-    const double infinity = std::numeric_limits<double>::infinity();
-    const std::vector<Case> cases = {
+    const std::tuple<std::string, int, int, double> cases[] = {
         {"x,210315,x,x", 0, 0, 0.0},
         {"-5,210315,-2147483648,-0.25", -5, std::numeric_limits<int>::min(), -0.25},
         {"2147483648,210315,99999999999,1e999", 0, 0, 0.0},
         {"+1,210315,,+0.5", 0, 0, 0.0},
-        {"1,210315,2,inf", 1, 2, infinity},
+        {"1,210315,2,inf", 1, 2, HUGE_VAL},
         {"1,210315,2,0x10", 1, 2, 0.0},
     };
-    for (const Case& oneCase : cases) {
-        SCOPED_TRACE(oneCase.line);
-        const HistoryOperations operations = Parsed("1\n" + oneCase.line);
+    for (const auto& [line, id, type, factor] : cases) {
+        SCOPED_TRACE(line);
+        const HistoryOperations operations = Parsed("1\n" + line);
         ASSERT_EQ(CountOf(operations), 1U);
-        EXPECT_EQ(operations.begin()->GetId(), oneCase.id);
-        EXPECT_EQ(operations.begin()->GetType(), oneCase.type);
-        EXPECT_EQ(operations.begin()->GetStoredFactor(), oneCase.factor);
+        EXPECT_EQ(operations.begin()->GetId(), id);
+        EXPECT_EQ(operations.begin()->GetType(), type);
+        EXPECT_EQ(operations.begin()->GetStoredFactor(), factor);
     }
     EXPECT_TRUE(std::isnan(Parsed("1\n1,210315,2,nan").begin()->GetStoredFactor()));
 }
@@ -139,8 +124,7 @@ TEST(HistoryOperationsTest, FaultsSayWhereTheyAre)
 TEST(HistoryOperationsTest, TheStoredFile)
 {
     const TemporaryFolder folder;
-    const std::filesystem::path path = folder / "DataOperation.xml";
-    const std::wstring widePath = WidePath::ToWide(path);
+    const std::wstring widePath = WidePath::ToWide(folder / "DataOperation.xml");
     const std::string bytes = R"(<?xml version="1.0" encoding="UTF-8"?>
 <DataOperation>
     <Version>7</Version>
@@ -159,34 +143,30 @@ TEST(HistoryOperationsTest, TheStoredFile)
 )";
     HistoryOperations operations = Parsed("7\n11,090701,4,0.05");
     operations.Save(widePath);
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), bytes);
+    EXPECT_EQ(folder.Read("DataOperation.xml"), bytes);
 
     HistoryOperations loaded = Parsed("1\n9,200102,7,0.9\n9,200102,7,0.9");
     EXPECT_TRUE(loaded.Load(widePath));
-    EXPECT_EQ(Shown(loaded), Shown(operations));
+    EXPECT_EQ(StoredText(loaded), StoredText(operations));
     EXPECT_EQ(loaded.begin()->GetDate(), NDateTime(2009, 7, 1));
 }
 
 TEST(HistoryOperationsTest, AFileThatDoesNotLoadChangesNothing)
 {
     const TemporaryFolder folder;
-    const std::filesystem::path path = folder / "DataOperation.xml";
-    const std::vector<std::string> files = {"", "<DataOperation><Version>1</Version>", "<Other/>",
-                                            "7\n1,210315,2,0.5"};
     HistoryOperations operations = Parsed("7\n11,090701,4,0.05");
-    const std::string before = Shown(operations);
+    const std::string before = StoredText(operations);
     EXPECT_FALSE(operations.Load(WidePath::ToWide(folder / "missing.xml")));
-    for (const std::string& bytes : files) {
+    const auto load = [&](const char* a_bytes) {
+        return operations.Load(WidePath::ToWide(folder.Write("DataOperation.xml", a_bytes)));
+    };
+    for (const char* bytes : {"", "<DataOperation><Version>1</Version>", "<Other/>", "7\n1,210315,2,0.5"}) {
         SCOPED_TRACE(bytes);
-        std::ofstream(path, std::ios::binary) << bytes;
-        EXPECT_FALSE(operations.Load(WidePath::ToWide(path)));
-        EXPECT_EQ(Shown(operations), before);
+        EXPECT_FALSE(load(bytes));
+        EXPECT_EQ(StoredText(operations), before);
     }
     // Missing values are zeros, as everywhere in stored trees.
-    std::ofstream(path, std::ios::binary)
-        << "<DataOperation><Operations><item/></Operations></DataOperation>";
-    EXPECT_TRUE(operations.Load(WidePath::ToWide(path)));
+    EXPECT_TRUE(load("<DataOperation><Operations><item/></Operations></DataOperation>"));
     EXPECT_EQ(operations.Version(), 0);
     ASSERT_EQ(CountOf(operations), 1U);
     EXPECT_EQ(operations.begin()->GetStoredFactor(), 0.0);
@@ -213,7 +193,7 @@ TEST(HistoryOperationsTest, AListIsUsableWhereCuttingItDropsNothing)
             EXPECT_EQ(usable.Version(), -5);
             HistoryOperations again = usable;
             again.Update(again);
-            EXPECT_EQ(Shown(again), Shown(usable));
+            EXPECT_EQ(StoredText(again), StoredText(usable));
         }
     }
     EXPECT_EQ(Parsed("-2147483648").PrapareOperationThatCanBeUse(NDateTime()).Version(),

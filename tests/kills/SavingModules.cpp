@@ -4,7 +4,6 @@
 #include "kills/SavedContents.h"
 #include "modules/IModuleRegistry.h"
 #include "modules/PluginDescription.h"
-#include "platform/FileTools.h"
 #include "support/Testing.h"
 
 #include <unistd.h>
@@ -17,11 +16,10 @@ struct Task {
     std::uint32_t first = 0;
 
     // The process ends by a failed save, which the test then sees.
-    void SaveForEver(EFile a_file,
-                     const std::function<bool(const std::filesystem::path&, std::uint32_t)>& a_save) const
+    void SaveForEver(EFile a_file) const
     {
         for (std::uint32_t number = first;; ++number) {
-            if (!a_save(folder / S_names[a_file], number))
+            if (!Save(a_file, folder, number))
                 _exit(2);
             const std::array<std::uint32_t, 2> message = {a_file, number};
             if (write(reports, message.data(), sizeof(message)) != sizeof(message))
@@ -29,24 +27,6 @@ struct Task {
         }
     }
 };
-
-bool SaveHistory(const std::filesystem::path& a_path, std::uint32_t a_number)
-{
-    std::error_code failure;
-    return FileTools::ReplaceFile(a_path, BytesOf(MakeHistory(a_number)), failure);
-}
-bool SaveOperations(const std::filesystem::path& a_path, std::uint32_t a_number)
-{
-    HistoryOperations operations;
-    if (!operations.Parse(MakeOperations(a_number)))
-        return false;
-    operations.Save(a_path.wstring());
-    return true;
-}
-bool SaveSettings(const std::filesystem::path& a_path, std::uint32_t a_number)
-{
-    return MakeSettings(a_number).SaveToFile(a_path.wstring(), "Root");
-}
 
 class SavingProvider : public TestProvider {
 public:
@@ -58,15 +38,14 @@ public:
     }
     bool Init() override
     {
-        m_threads[0] = std::thread([this] { m_task.SaveForEver(EHistory, &SaveHistory); });
-        m_threads[1] = std::thread([this] { m_task.SaveForEver(EOperations, &SaveOperations); });
-        m_threads[2] = std::thread([this] { m_task.SaveForEver(ESettings, &SaveSettings); });
+        for (const EFile file : {EHistory, EOperations, ESettings})
+            m_threads.at(file) = std::thread([this, file] { m_task.SaveForEver(file); });
         return true;
     }
 
 private:
     const Task m_task;
-    std::array<std::thread, 3> m_threads;
+    std::array<std::thread, EFileCount> m_threads;
 };
 
 void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)

@@ -40,99 +40,121 @@ void Await(kalvento::host::Host& a_host, const std::function<bool()>& a_done)
         RunFor(a_host, std::chrono::milliseconds(50));
 }
 
-std::uint64_t Measured(const ConsumerBase& a_consumer, const char* a_key)
-{
-    Settings measured;
-    a_consumer.SerialiseState(measured);
-    return static_cast<const Settings&>(measured)[a_key];
-}
-
 std::string Utf8(const std::wstring& a_text)
 {
     return std::filesystem::path(a_text).string();
+}
+
+struct Load {
+    unsigned int instruments = 500;
+    unsigned int rate = 50000;
+    unsigned int seconds = 60;
+
+    std::uint64_t CountRows() const { return std::uint64_t(rate) / 2 * seconds * 2; } // made by two threads
+};
+
+// The exit code where there is nothing to run.
+std::optional<int> ReadOptions(int a_count, char** a_arguments, Load& a_load)
+{
+    kalvento::tool::CommandLine line(
+        "Sends a market's rows through the host to three consumers and tells how long they took.",
+        "feed_load");
+    auto program = line.GetProgram();
+    program.AddOption("--instruments", a_load.instruments, "Instruments (default: 500)").Between(1U, 100000U);
+    program.AddOption("--rate", a_load.rate, "Rows a second, of all instruments together (default: 50000)")
+        .Between(1U, 10000000U);
+    program.AddOption("--seconds", a_load.seconds, "How long (default: 60)").Between(1U, 3600U);
+    switch (line.Parse({a_arguments + 1, a_arguments + a_count}, std::cout, std::cerr)) {
+    case kalvento::tool::CommandLine::EParsed:
+        return std::nullopt;
+    case kalvento::tool::CommandLine::EToldUser:
+        return 0;
+    default:
+        return 2;
+    }
+}
+
+// Whether the provider and the three consumers run; what doesn't is named.
+bool StartModules(kalvento::host::Host& a_host)
+{
+    a_host.Start();
+    for (const auto& report : a_host.GetReports())
+        if (report.state != kalvento::host::EPluginStateRunning)
+            std::fprintf(stderr, "%s: %s\n", Utf8(report.name).c_str(), Utf8(report.reason).c_str());
+    return a_host.GetProviders().size() == 1 && a_host.GetConsumers().size() == 3;
+}
+
+// Whether all consumers have got so much.
+bool HaveAll(const kalvento::host::Host& a_host, const char* a_key, std::uint64_t a_least)
+{
+    return std::ranges::all_of(a_host.GetConsumers(), [&](const ConsumerBase* a_consumer) {
+        Settings measured;
+        a_consumer->SerialiseState(measured);
+        return static_cast<std::uint64_t>(std::as_const(measured)[a_key]) >= a_least;
+    });
+}
+
+bool SubscribeAll(kalvento::host::Host& a_host, ProviderBase& a_provider, std::size_t a_instruments)
+{
+    a_provider.SwitchConnection(true);
+    Await(a_host, [&] { return a_provider.GetAssets().size() == a_instruments; });
+    for (ConsumerBase* consumer : a_host.GetConsumers())
+        for (const auto& asset : a_provider.GetAssets())
+            if (consumer->AddInstrument(nullptr, *asset) == 0)
+                return false;
+    Await(a_host, [&] { return HaveAll(a_host, "Synchronized", a_instruments); });
+    return true;
+}
+
+// Ends a consumer's subscriptions and says what it measured. Whether each row came once.
+bool TellOf(ConsumerBase& a_consumer, const Load& a_load)
+{
+    a_consumer.StopWork();
+    Settings measured;
+    a_consumer.SerialiseState(measured);
+    const Settings& told = measured;
+    const auto number = [&](const char* a_key) { return static_cast<unsigned long long>(told[a_key]); };
+    const auto micros = [&](const char* a_key) { return static_cast<double>(told[a_key]) / 1e3; };
+    std::printf("%-26s %12llu %10.1f %10.1f %10.1f %8llu\n", Utf8(a_consumer.GetName()).c_str(),
+                number("Rows"), micros("Half"), micros("Most"), micros("All"), number("Faults"));
+    return number("Faults") == 0 && number("Rows") == a_load.CountRows() &&
+           number("Synchronized") == a_load.instruments;
 }
 
 } // namespace
 
 int main(int a_count, char** a_arguments)
 {
-    unsigned int instruments = 500;
-    unsigned int rate = 50000;
-    unsigned int seconds = 60;
-    kalvento::tool::CommandLine line(
-        "Sends a market's rows through the host to three consumers and tells how long they took.",
-        "feed_load");
-    line.GetProgram()
-        .AddOption("--instruments", instruments, "Instruments (default: 500)")
-        .Between(1U, 100000U);
-    line.GetProgram()
-        .AddOption("--rate", rate, "Rows a second, of all instruments together (default: 50000)")
-        .Between(1U, 10000000U);
-    line.GetProgram().AddOption("--seconds", seconds, "How long (default: 60)").Between(1U, 3600U);
-    const auto outcome = line.Parse({a_arguments + 1, a_arguments + a_count}, std::cout, std::cerr);
-    if (outcome != kalvento::tool::CommandLine::EParsed)
-        return outcome == kalvento::tool::CommandLine::EToldUser ? 0 : 2;
-
+    Load load;
+    if (const auto over = ReadOptions(a_count, a_arguments, load))
+        return *over;
     KalventoPaths::Initialize(L"Kalvento");
     kalvento::host::HostOptions options;
     options.pluginFolder = std::filesystem::path(KALVENTO_LOAD_PLUGINS).wstring();
     Settings& market = options.pluginOptions["load_provider"];
-    market["Instruments"] = instruments;
-    market["Rate"] = rate;
-    market["Seconds"] = seconds;
+    market["Instruments"] = load.instruments;
+    market["Rate"] = load.rate;
+    market["Seconds"] = load.seconds;
     class View : public kalvento::host::IHostView {
     } view;
     kalvento::host::Host host(view, std::move(options));
-    host.Start();
-    for (const auto& report : host.GetReports())
-        if (report.state != kalvento::host::EPluginStateRunning)
-            std::fprintf(stderr, "%s: %s\n", Utf8(report.name).c_str(), Utf8(report.reason).c_str());
-    if (host.GetProviders().size() != 1 || host.GetConsumers().size() != 3)
+    if (!StartModules(host) || !SubscribeAll(host, *host.GetProviders().front(), load.instruments))
         return 1;
-    ProviderBase& provider = *host.GetProviders().front();
-    provider.SwitchConnection(true);
-    Await(host, [&] { return provider.GetAssets().size() == instruments; });
-    for (ConsumerBase* consumer : host.GetConsumers())
-        for (const auto& asset : provider.GetAssets())
-            if (consumer->AddInstrument(nullptr, *asset) == 0)
-                return 1;
-    const auto all = [&](const char* a_key, std::uint64_t a_least) {
-        return std::ranges::all_of(host.GetConsumers(), [&](const ConsumerBase* a_consumer) {
-            return Measured(*a_consumer, a_key) >= a_least;
-        });
-    };
-    Await(host, [&] { return all("Synchronized", instruments); });
-    provider.SetAuthorizationToken("begin");
 
-    const unsigned int warmUp = std::min(seconds, 5U);
+    host.GetProviders().front()->SetAuthorizationToken("begin");
+    const unsigned int warmUp = std::min(load.seconds, 5U);
     RunFor(host, std::chrono::seconds(warmUp));
     const double before = ResidentMegabytes();
-    RunFor(host, std::chrono::seconds(seconds - warmUp));
-    const std::uint64_t total = std::uint64_t(rate) / 2 * seconds * 2;
-    Await(host, [&] { return all("Rows", total); });
+    RunFor(host, std::chrono::seconds(load.seconds - warmUp));
+    Await(host, [&] { return HaveAll(host, "Rows", load.CountRows()); });
     const double after = ResidentMegabytes();
 
-    // All rows are told; consumers end their subscriptions, and say what they measured.
-    bool sound = true;
-    std::printf("%u instruments, %u rows a second, %u seconds\n", instruments, rate, seconds);
+    std::printf("%u instruments, %u rows a second, %u seconds\n", load.instruments, load.rate, load.seconds);
     std::printf("%-26s %12s %10s %10s %10s %8s\n", "consumer", "rows", "p50 us", "p99 us", "max us",
                 "faults");
-    for (ConsumerBase* consumer : host.GetConsumers()) {
-        consumer->StopWork();
-        Settings measured;
-        consumer->SerialiseState(measured);
-        const Settings& told = measured;
-        const std::uint64_t rows = told["Rows"];
-        const std::uint64_t faults = told["Faults"];
-        const std::uint64_t synchronized = told["Synchronized"];
-        const double half = told["Half"];
-        const double most = told["Most"];
-        const double longest = told["All"];
-        std::printf("%-26s %12llu %10.1f %10.1f %10.1f %8llu\n", Utf8(consumer->GetName()).c_str(),
-                    static_cast<unsigned long long>(rows), half / 1e3, most / 1e3, longest / 1e3,
-                    static_cast<unsigned long long>(faults));
-        sound = sound && faults == 0 && rows == total && synchronized == instruments;
-    }
+    bool sound = true;
+    for (ConsumerBase* consumer : host.GetConsumers())
+        sound = TellOf(*consumer, load) && sound;
     std::printf("memory: %.1f MB after %u seconds, %.1f MB at the end\n", before, warmUp, after);
     std::printf("%s\n", sound ? "each row came once" : "ROWS ARE MISSING OR CAME TWICE");
     host.Stop();

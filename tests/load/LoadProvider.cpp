@@ -3,7 +3,7 @@
 #include "modules/PluginDescription.h"
 #include "provider_kit/StoreProvider.h"
 #include "settings/Settings.h"
-#include "support/Testing.h"
+#include "support/TickMaker.h"
 
 namespace {
 
@@ -55,13 +55,8 @@ public:
     {
         std::vector<StoreInstrument> instruments;
         for (const auto& instrument : m_instruments) {
-            StoreInstrument listed;
-            listed.isin = listed.shortName = listed.longName = instrument->isin;
-            listed.market = "LOAD";
-            listed.series = S_properties();
-            listed.firstDay = listed.lastDay = NDateTime(2024, 1, 2);
-            listed.live = true;
-            instruments.push_back(std::move(listed));
+            instruments.push_back(TickMaker::Instrument(instrument->isin));
+            instruments.back().firstDay = instruments.back().lastDay = NDateTime(2024, 1, 2);
         }
         return instruments;
     }
@@ -81,7 +76,7 @@ public:
         const Instrument* instrument = Find(a_isin);
         a_last = std::min(a_last, GetRowCount(a_isin));
         if (instrument == nullptr || a_first >= a_last)
-            return {S_properties(), EIntervalTick, 1};
+            return {std::set<ESeriesId>{Price, Volume}, EIntervalTick, 1};
         std::vector<NDateTime> times(m_times.begin() + static_cast<std::ptrdiff_t>(a_first),
                                      m_times.begin() + static_cast<std::ptrdiff_t>(a_last));
         std::vector<double> prices;
@@ -104,7 +99,6 @@ private:
         std::vector<double> stamps; // written before `visible` rises over them
         std::atomic<std::uint64_t> visible = 1;
     };
-    static std::set<DSProp> S_properties() { return {DSProp(Price), DSProp(Volume)}; }
 
     Instrument* Find(const std::string& a_isin) const
     {

@@ -5,6 +5,7 @@
 #include "platform/CodePage.h"
 #include "platform/ThreadId.h"
 #include "support/IdleConsumer.h"
+#include "support/RaisedText.h"
 #include "support/Testing.h"
 #include "time/KalventoException.h"
 
@@ -15,14 +16,6 @@ public:
     explicit PlainModule(unsigned int a_kind = 1)
         : IdleConsumer(L"Moduł", static_cast<EGenericModule>(a_kind))
     {}
-    void OnStopWork() override
-    {
-        ++stops;
-        runningWhenStopped = IsRunning();
-    }
-
-    int stops = 0;
-    bool runningWhenStopped = true;
 };
 
 } // namespace
@@ -62,19 +55,6 @@ TEST(GenericModuleTest, LivingWindowsNeverShareAName)
     }
 }
 
-TEST(PluginBaseTest, AModuleRunsFromItsConstructionToItsStop)
-{
-    PlainModule module;
-    EXPECT_TRUE(module.IsRunning());
-    module.StopWork();
-    EXPECT_FALSE(module.IsRunning());
-    EXPECT_EQ(module.stops, 1);
-    EXPECT_FALSE(module.runningWhenStopped);
-    module.Run();
-    EXPECT_TRUE(module.IsRunning());
-    EXPECT_EQ(module.stops, 1);
-}
-
 TEST(PluginBaseTest, WithoutAMediatorTextsAreDropped)
 {
     ASSERT_FALSE(PluginBase::IsAppMediatorValid());
@@ -105,11 +85,7 @@ TEST(PluginBaseTest, TheMainThreadIsTheMediators)
     EXPECT_EQ(PluginBase::GetMainThreadId(), GetCurrentThreadId());
     std::string text;
     std::thread([&text] {
-        try {
-            PluginBase::CheckMainThreadCondition();
-        } catch (const KalventoException& failure) {
-            text = failure.what();
-        }
+        text = kalvento::tests::RaisedText<KalventoException>([] { PluginBase::CheckMainThreadCondition(); });
     }).join();
     EXPECT_TRUE(text.starts_with("PluginBase::CheckMainThreadCondition\t")) << text;
     EXPECT_TRUE(text.ends_with("Wywołanie operacji z wątku który nie jest wątkiem głównym"_cp1250)) << text;

@@ -19,8 +19,6 @@ class Folders {
 public:
     Folders()
     {
-        if (const char* home = std::getenv("HOME"))
-            m_before = home;
         ::setenv("HOME", m_home.GetPath().c_str(), 1);
         KalventoPaths::Initialize(L"ModulesTest");
     }
@@ -28,7 +26,6 @@ public:
     {
         for (const auto& path : m_made)
             std::filesystem::remove_all(path);
-        ::setenv("HOME", m_before.c_str(), 1);
     }
     Folders(const Folders&) = delete;
     Folders& operator=(const Folders&) = delete;
@@ -42,7 +39,6 @@ public:
 
 private:
     TemporaryFolder m_home;
-    std::string m_before;
     std::vector<std::filesystem::path> m_made;
 };
 
@@ -97,19 +93,6 @@ TEST(ProviderBaseTest, MessagesEndInAFullStop)
                                     L"Giełda:\n\nBrak danych\n", L"Giełda:\n\n.", L"Giełda:\n\nCzemu?."}));
 }
 
-TEST(ProviderBaseTest, InitSetsUpTheHistoryBelowTheModulesName)
-{
-    Folders folders;
-    TestProvider provider(folders.UniqueName());
-    ASSERT_TRUE(provider.Init());
-    const auto history =
-        folders.Made(KalventoPaths::Instance().GetNativeDataPath() + L"/" + folders.UniqueName());
-    EXPECT_TRUE(std::filesystem::is_directory(history));
-    const auto operations = WidePath::ToPath(provider.GetOperationFilePath("KGHM"));
-    EXPECT_EQ(operations, history / "KGHM" / "DataOperation.xml");
-    EXPECT_EQ(WidePath::ToPath(provider.GetHistorySymbolPath("KGHM")), history / "KGHM");
-}
-
 TEST(ProviderSettingsTest, WhatIsSavedIsLoadedAndNothingElse)
 {
     Folders folders;
@@ -131,26 +114,4 @@ TEST(ProviderSettingsTest, WhatIsSavedIsLoadedAndNothingElse)
 
     Settings stored;
     EXPECT_TRUE(stored.LoadFromFile(WidePath::ToWide(file), "Settings"));
-}
-
-TEST(ProviderSettingsTest, APluginThatStartsReadsItsFilesWhileOthersAreSaved)
-{
-    Folders folders;
-    const auto saveAndLoad = [&](const std::wstring& a_name, int a_server) {
-        PlainSettings settings;
-        for (int round = 0; round < 50; ++round) {
-            settings.server = a_server;
-            ASSERT_TRUE(settings.SaveState(a_name));
-            settings.server = 0;
-            ASSERT_TRUE(settings.LoadState(a_name));
-            ASSERT_EQ(settings.server, a_server);
-        }
-    };
-    const std::wstring running = folders.UniqueName();
-    const std::wstring starting = running + L" 2";
-    for (const std::wstring& name : {running, starting})
-        folders.Made(SettingsManager::GenerateSettingsFilePath(true, name));
-    std::thread starter([&] { saveAndLoad(starting, 1); });
-    saveAndLoad(running, 2);
-    starter.join();
 }

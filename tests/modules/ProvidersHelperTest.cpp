@@ -58,19 +58,18 @@ TEST(ProvidersHelperTest, TheFirstFailureIsTheOneLogged)
     const RequestParams valid(ParamsBase::S_kindDataRecord);
     const RequestParams invalid;
 
-    struct Case {
+    const std::string notRunning = "Dostawca nie pracuje"_cp1250;
+    const std::string foreign = "Subskrypcja waloru z innego dostawcy"_cp1250;
+    const std::string nobody = "Podczas subskrybcji nie podano odbiorcy"_cp1250;
+    const std::string badParams = "Niepoprawne parametry subskrybcji"_cp1250;
+    const struct {
         const char* what;
         const ProviderBase* provider;
         ProviderBase* assetsProvider;
         const IConsumer* consumer;
         const RequestParams* params;
         std::string message; // empty where the subscription is good
-    };
-    const std::string notRunning = "Dostawca nie pracuje"_cp1250;
-    const std::string foreign = "Subskrypcja waloru z innego dostawcy"_cp1250;
-    const std::string nobody = "Podczas subskrybcji nie podano odbiorcy"_cp1250;
-    const std::string badParams = "Niepoprawne parametry subskrybcji"_cp1250;
-    const std::vector<Case> cases = {
+    } cases[] = {
         {"no provider", nullptr, &mine, &consumer, &valid, notRunning},
         {"stopped, and all else wrong", &stopped, &stranger, nullptr, &invalid, notRunning},
         {"foreign asset, and all behind wrong", &mine, &stranger, nullptr, &invalid, foreign},

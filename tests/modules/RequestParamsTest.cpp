@@ -1,7 +1,6 @@
 #include "modules/RequestParams.h"
 
-#include "settings/Settings.h"
-#include "support/Testing.h"
+#include "support/StoredForm.h"
 
 namespace {
 
@@ -37,25 +36,12 @@ TEST(RequestParamsTest, OnlyHistoryIsHeldAgainstRangeAndInterval)
     }
 }
 
-TEST(RequestParamsTest, StoredFormReadsBack)
+TEST(RequestParamsTest, StoredForm)
 {
-    const RequestParams written(13, EIntervalMinute, 15, NDateTime(2021, 3, 1, 9, 30, 0, 7), S_to, true);
-    Settings settings;
-    const ParamsBase& base = written;
-    base.SerializeState(settings);
-    EXPECT_EQ(static_cast<unsigned int>(settings["KindData"]), 13U);
-    EXPECT_EQ(static_cast<unsigned int>(settings["Interval"]), 3U);
-    EXPECT_EQ(static_cast<unsigned int>(settings["Multipl"]), 15U);
-    EXPECT_EQ(static_cast<unsigned int>(settings["From"]["Millisecond"]), 7U);
-    EXPECT_EQ(static_cast<double>(settings["To"]["DateTime"]), 44260.0);
-    EXPECT_TRUE(static_cast<bool>(settings["DataOper"]));
-
-    const RequestParams read(settings);
-    EXPECT_EQ(read.GetKindData(), 13U);
-    EXPECT_EQ(read.GetInterval(), EIntervalMinute);
-    EXPECT_EQ(read.GetMultiplicity(), 15U);
-    EXPECT_TRUE(read.GetDates().from == written.GetDates().from);
-    EXPECT_TRUE(read.GetDates().to == written.GetDates().to);
-    EXPECT_TRUE(read.NeedsDataOperationInfo());
+    ExpectStoredAs(RequestParams(13, EIntervalMinute, 15, NDateTime(2021, 3, 1, 9, 0, 0, 0), S_to, true),
+                   "<settings><KindData>13</KindData><Interval>3</Interval><Multipl>15</Multipl>"
+                   "<From><DateTime>44256.375</DateTime><Millisecond>0</Millisecond></From>"
+                   "<To><DateTime>44260</DateTime><Millisecond>0</Millisecond></To>"
+                   "<DataOper>true</DataOper></settings>");
     EXPECT_FALSE(RequestParams(Settings()).IsValid());
 }

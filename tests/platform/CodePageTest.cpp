@@ -16,14 +16,10 @@ TEST(CodePageTest, EveryByteStringSurvivesWideText)
 
 TEST(CodePageTest, WideTextLosesOnlyWhatTheCodePageLacks)
 {
-    const std::wstring text = {L'ą',
-                               L'Ω',
-                               static_cast<wchar_t>(0xD800),
-                               static_cast<wchar_t>(0x1F600),
-                               static_cast<wchar_t>(0x10105),
-                               static_cast<wchar_t>(0xFFFFFFFF),
-                               L'z'};
-    EXPECT_EQ(CodePage::WideToCp1250(text), "\xB9?????z");
+    std::wstring text = L"ąΩz";
+    for (const std::uint32_t code : {0xD800U, 0x1F600U, 0x10105U, 0xFFFFFFFFU})
+        text += static_cast<wchar_t>(code);
+    EXPECT_EQ(CodePage::WideToCp1250(text), "\xB9?z????");
     EXPECT_FALSE(CodePage::FitsCp1250(text));
 }
 

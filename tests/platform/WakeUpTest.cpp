@@ -36,26 +36,22 @@ TEST(WakeUpTest, StaysUpUntilItIsLowered)
 
 TEST(WakeUpTest, WakesAThreadThatThenSeesWhatWasWritten)
 {
-    WakeUp there;
-    WakeUp back;
+    WakeUp ends[2];
     int word = 0; // no lock: the wake-ups alone order the two threads
-    std::thread thread([&] {
-        for (int turn = 1; turn <= 100; ++turn) {
-            Descriptors::Awaited awaited{there.GetFd()};
-            while (!there.Lower())
+    const auto takeTurns = [&](std::size_t a_end) {
+        for (int turn = 0; turn < 100; ++turn) {
+            Descriptors::Awaited awaited{ends[a_end].GetFd()};
+            while (!ends[a_end].Lower())
                 Descriptors::WaitForAny({&awaited, 1}, std::nullopt);
-            EXPECT_EQ(word, turn);
-            back.Raise();
+            EXPECT_EQ(word, 2 * turn + static_cast<int>(a_end));
+            ++word;
+            ends[1 - a_end].Raise();
         }
-    });
-    for (int turn = 1; turn <= 100; ++turn) {
-        word = turn;
-        there.Raise();
-        Descriptors::Awaited awaited{back.GetFd()};
-        EXPECT_TRUE(Descriptors::WaitForAny({&awaited, 1}, std::nullopt));
-        EXPECT_TRUE(back.Lower());
-    }
-    thread.join();
+    };
+    std::thread other([&] { takeTurns(1); });
+    ends[0].Raise();
+    takeTurns(0);
+    other.join();
 }
 
 TEST(DescriptorsTest, TellsWhichAreReadyAndPassesOverNone)

@@ -3,7 +3,7 @@
 #include "aggregation/Aggregator.h"
 #include "platform/CodePage.h"
 #include "series/History.h"
-#include "series/SeriesTestTools.h"
+#include "series/RandomTicks.h"
 #include "series/Synchronization.h"
 #include "support/Testing.h"
 #include "time/KalventoException.h"
@@ -13,21 +13,6 @@ using namespace kalvento::tests;
 namespace {
 
 using namespace std::string_view_literals;
-
-DataSeriesSet MakeTicks(std::size_t a_rows)
-{
-    DataSeriesSet set(EIntervalTick, 1, std::set<ESeriesId>{Price, Volume});
-    Record record = set.GetEmptyRecord();
-    for (std::size_t row = 0; row < a_rows; ++row) {
-        NDateTime time = At(9, 0);
-        time.ShiftSec(static_cast<int>(row));
-        record.SetTime(time);
-        record.SetData(Price, 10.0 + static_cast<double>(row % 7));
-        record.SetData(Volume, static_cast<double>(row));
-        EXPECT_TRUE(set.AddData(record));
-    }
-    return set;
-}
 
 DataSeriesSet ReadBack(std::string_view a_bytes)
 {
@@ -63,7 +48,7 @@ TEST(DataSeriesSetTest, BlockIsTheStoredFormByteForByte)
     set.AddNewSeries(Volume, {300.0});
     set.AddNewSeries(Price, {10.5});
     set.SetNewTimes({At(9, 30, 0, 7)});
-    EXPECT_EQ(S_block, Write(set));
+    EXPECT_EQ(S_block, BytesOf(set));
     EXPECT_TRUE(ReadBack(S_block).IsValid());
 }
 
@@ -87,23 +72,23 @@ TEST(DataSeriesSetTest, ReadGivesBackEveryBit)
             }
         set.SetNewTimes(times);
 
-        const std::string bytes = Write(set);
-        EXPECT_EQ(bytes, Write(ReadBack(bytes)));
+        const std::string bytes = BytesOf(set);
+        EXPECT_EQ(bytes, BytesOf(ReadBack(bytes)));
         std::istringstream forHistory(bytes);
-        EXPECT_EQ(bytes, Write(History(forHistory)));
+        EXPECT_EQ(bytes, BytesOf(History(forHistory)));
     }
 }
 
 TEST(DataSeriesSetTest, TruncatedBlockReadsAsZerosBehindTheCut)
 {
-    const std::string whole = Write(MakeTicks(5));
+    const std::string whole = BytesOf(RandomTicks(5, 1));
     for (std::size_t length = sizeof(std::int32_t); length < whole.size(); ++length) {
         SCOPED_TRACE(length);
         const DataSeriesSet set = ReadBack(std::string_view(whole).substr(0, length));
         EXPECT_EQ(length > whole.size() - 4, set.IsValid()) << "only zeros are missing from the multiplicity";
         // As long as the counts were whole, the shape is that of the whole block and its missing bytes are zeros.
         if (length >= whole.size() - 8 - 5 * sizeof(NDateTime)) {
-            EXPECT_EQ(whole.substr(0, length) + std::string(whole.size() - length, '\0'), Write(set));
+            EXPECT_EQ(whole.substr(0, length) + std::string(whole.size() - length, '\0'), BytesOf(set));
         }
     }
     EXPECT_THROW(ReadBack({}), KalventoException);
@@ -134,7 +119,7 @@ TEST(DataSeriesSetTest, LyingCountsTakeNoMemory)
 
 TEST(DataSeriesSetTest, ReadKeepsColumnsAndReplacesTheRest)
 {
-    DataSeriesSet set = MakeTicks(3);
+    DataSeriesSet set = RandomTicks(3, 1);
     std::istringstream stream{std::string(S_block)};
     set.Read(stream);
     EXPECT_EQ(4U, set.SeriesCount());
@@ -194,9 +179,9 @@ TEST(DataSeriesSetTest, NewSeriesReplaceOrPrepend)
 
 TEST(DataSeriesSetTest, LastAndEmptyRecords)
 {
-    const Record last = MakeTicks(3).GetLastRecord();
-    EXPECT_EQ(2.0, last.find(Volume)->second);
-    EXPECT_EQ(At(9, 0, 2), last.GetTime());
+    const DataSeriesSet ticks = RandomTicks(3, 1);
+    EXPECT_EQ(ticks.find(Volume)->second.back(), ticks.GetLastRecord().find(Volume)->second);
+    EXPECT_EQ(ticks.TimeSeries().back(), ticks.GetLastRecord().GetTime());
     const DataSeriesSet bare(EIntervalTick, 1);
     EXPECT_STREQ("Obiekt nie zawiera danych",
                  RaisedText<std::exception>([&] { bare.GetLastRecord(); }).c_str());
@@ -208,19 +193,19 @@ TEST(DataSeriesSetTest, LastAndEmptyRecords)
 
 TEST(DataSeriesSetTest, CandleColumnsComeOnceAndGoTogether)
 {
-    DataSeriesSet set = MakeTicks(3);
+    DataSeriesSet set = RandomTicks(3, 1);
     set.AddAggregationSeries();
     EXPECT_EQ((std::set<ESeriesId>{Price, Volume, IntervalOpen, IntervalMax, IntervalMin}), set.GetSeries());
     EXPECT_EQ((std::vector<double>{0.0, 0.0, 0.0}), set.find(IntervalMax)->second);
     for (const auto& [id, name] :
          {std::pair(IntervalOpen, "open"), {IntervalMax, "max"}, {IntervalMin, "min"}}) {
-        DataSeriesSet one = MakeTicks(3);
+        DataSeriesSet one = RandomTicks(3, 1);
         one.AddNewSeries(id, {});
         EXPECT_EQ("Obiekt zawiera już serie "_cp1250 + std::string(name),
                   RaisedText<std::runtime_error>([&] { one.AddAggregationSeries(); }));
     }
     set.DeleteAggregationSeries();
-    EXPECT_TRUE(SameBits(MakeTicks(3), set));
+    EXPECT_TRUE(SameBits(RandomTicks(3, 1), set));
 }
 
 TEST(DataSeriesSetTest, ValidityTable)
@@ -228,12 +213,7 @@ TEST(DataSeriesSetTest, ValidityTable)
     const std::set<ESeriesId> tick{Price};
     const std::set<ESeriesId> candle{Price, IntervalOpen, IntervalMax, IntervalMin};
     const std::set<ESeriesId> half{Price, IntervalOpen, IntervalMin};
-    const struct {
-        EInterval interval;
-        unsigned int multiplicity;
-        std::set<ESeriesId> series;
-        bool valid;
-    } table[] = {
+    const std::tuple<EInterval, unsigned int, std::set<ESeriesId>, bool> table[] = {
         {EIntervalTick, 1, tick, true},      {EIntervalTick, 1, half, false},
         {EIntervalTick, 2, tick, false},     {EIntervalTick, 0xFFFFFFFFU, candle, true},
         {EIntervalMinute, 5, tick, false},   {EIntervalMinute, 5, half, false},
@@ -241,11 +221,10 @@ TEST(DataSeriesSetTest, ValidityTable)
         {EIntervalMonth, 12, candle, false}, {EIntervalEmpty, 1, candle, false},
         {EIntervalTick, 0, tick, false},     {EInterval(9), 2, candle, false},
     };
-    for (const auto& row : table) {
-        SCOPED_TRACE(testing::Message()
-                     << row.interval << " x " << row.multiplicity << ", " << row.series.size());
-        DataSeriesSet set(row.interval, row.multiplicity, row.series);
-        EXPECT_EQ(row.valid, set.IsValid());
+    for (const auto& [interval, multiplicity, series, valid] : table) {
+        SCOPED_TRACE(testing::Message() << interval << " x " << multiplicity << ", " << series.size());
+        DataSeriesSet set(interval, multiplicity, series);
+        EXPECT_EQ(valid, set.IsValid());
         set.SetNewTimes({At(9, 0)});
         EXPECT_FALSE(set.IsValid()) << "columns shorter than the times";
     }
@@ -255,16 +234,16 @@ TEST(DataSeriesSetTest, UnfitColumnsAreRefusedBeforeTheyAreTouched)
 {
     Aggregator aggregator(EIntervalMinute, 1, ELastRecordTime, {EAggrTypeOhlc, EAggrTypeSum});
     const auto refuses = [&](DataSeriesSet a_set, std::size_t a_columnCount) {
-        const std::string before = Write(a_set);
+        const std::string before = BytesOf(a_set);
         std::vector<double*> columns(a_columnCount);
         EXPECT_FALSE(a_set.AgregateData(Price, aggregator, columns));
-        return before == Write(a_set);
+        return before == BytesOf(a_set);
     };
-    DataSeriesSet candles = MakeTicks(3);
+    DataSeriesSet candles = RandomTicks(3, 1);
     candles.AddAggregationSeries();
     EXPECT_TRUE(refuses(candles, 4)) << "too few fields";
     EXPECT_TRUE(refuses(candles, 6)) << "too many fields";
-    EXPECT_TRUE(refuses(MakeTicks(3), 2)) << "no candle columns";
+    EXPECT_TRUE(refuses(RandomTicks(3, 1), 2)) << "no candle columns";
     // The main series twice; a candle series twice and another missing.
     for (const auto& series : {std::vector{Price, Price, IntervalOpen, IntervalMax, IntervalMin},
                                {Price, Volume, IntervalOpen, IntervalOpen, IntervalMin}}) {

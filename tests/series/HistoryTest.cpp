@@ -1,7 +1,7 @@
 #include "series/History.h"
 
 #include "platform/CodePage.h"
-#include "series/SeriesTestTools.h"
+#include "series/RandomTicks.h"
 #include "support/Testing.h"
 
 using namespace kalvento::tests;
@@ -29,18 +29,13 @@ History MakeHistory(NDateTime a_first, std::size_t a_rows, unsigned int a_seed)
 
 History FilterDays(const History& a_history, const NDateTime& a_from, const NDateTime& a_to)
 {
-    History kept(S_series, EIntervalTick, 1);
-    for (std::size_t row = 0; row < a_history.GetRecordsCount(); ++row) {
-        const NDateTime& time = a_history.TimeSeries()[row];
-        if (time.GetAbsoluteDay() < a_from.GetAbsoluteDay() || time.GetAbsoluteDay() > a_to.GetAbsoluteDay())
-            continue;
-        Record record = kept.GetEmptyRecord();
-        record.SetTime(time);
-        for (const auto& [seriesId, values] : a_history)
-            record.SetData(seriesId, values[row]);
-        EXPECT_TRUE(kept.AddData(record));
-    }
-    return kept;
+    const auto count = [&](auto a_isBefore) {
+        return static_cast<std::size_t>(std::ranges::count_if(a_history.TimeSeries(), a_isBefore));
+    };
+    return Slice<History>(
+        a_history,
+        count([&](const NDateTime& a_time) { return a_time.GetAbsoluteDay() < a_from.GetAbsoluteDay(); }),
+        count([&](const NDateTime& a_time) { return a_time.GetAbsoluteDay() <= a_to.GetAbsoluteDay(); }));
 }
 
 } // namespace
@@ -77,15 +72,8 @@ TEST(HistoryTest, OlderRowsGoInFront)
     const History whole = MakeHistory(At(9, 0), 60, 9);
     for (std::size_t cut = 0; cut <= whole.GetRecordsCount(); ++cut) {
         SCOPED_TRACE(cut);
-        History older(S_series, EIntervalTick, 1);
-        History newer(S_series, EIntervalTick, 1);
-        const auto middle = static_cast<std::ptrdiff_t>(cut);
-        older.SetNewTimes(whole.TimeSeries().begin(), whole.TimeSeries().begin() + middle);
-        newer.SetNewTimes(whole.TimeSeries().begin() + middle, whole.TimeSeries().end());
-        for (const auto& [seriesId, values] : whole) {
-            older.AddNewSeries(seriesId, values.begin(), values.begin() + middle);
-            newer.AddNewSeries(seriesId, values.begin() + middle, values.end());
-        }
+        const History older = Slice<History>(whole, 0, cut);
+        auto newer = Slice<History>(whole, cut, whole.GetRecordsCount());
         ASSERT_TRUE(newer.InsertedHistoryAtTheBeginning(older));
         EXPECT_TRUE(SameBits(whole, newer));
     }
@@ -94,9 +82,9 @@ TEST(HistoryTest, OlderRowsGoInFront)
 TEST(HistoryTest, BlocksThatDontFitLeaveEverythingAsItWas)
 {
     History history = MakeHistory(At(9, 0), 5, 2);
-    const std::string before = Write(history);
+    const std::string before = BytesOf(history);
     const auto refuses = [&](const History& a_older) {
-        return !history.InsertedHistoryAtTheBeginning(a_older) && Write(history) == before;
+        return !history.InsertedHistoryAtTheBeginning(a_older) && BytesOf(history) == before;
     };
     History touching = MakeHistory(NDateTime(2021, 1, 1), 1, 2);
     touching.SetNewTimes({At(9, 0)});

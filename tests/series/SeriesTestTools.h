@@ -2,23 +2,16 @@
 
 #include "series/DSProp.h"
 #include "series/DataSeriesSet.h"
+#include "support/BlockTools.h"
 #include "support/RaisedText.h"
 #include "support/Testing.h"
 
 namespace kalvento::tests {
 
-/// Bytes of the binary form.
-inline std::string Write(const DataSeriesSet& a_set)
-{
-    std::ostringstream stream;
-    a_set.Write(stream);
-    return stream.str();
-}
-
 /// Equal in every bit: columns, times with their reserved bytes, interval data.
 inline bool SameBits(const DataSeriesSet& a_left, const DataSeriesSet& a_right)
 {
-    return Write(a_left) == Write(a_right);
+    return BytesOf(a_left) == BytesOf(a_right);
 }
 
 /// Everything that a property says of its series.

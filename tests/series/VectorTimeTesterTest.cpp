@@ -10,12 +10,7 @@ TEST(VectorTimeTesterTest, IntegrityTable)
     const NDateTime day = At(17, 0);
     const NDateTime otherDay(2021, 3, 5);
     const NDateTime yesterday(2021, 3, 3, 10, 0, 0, 0);
-    const struct {
-        const char* what;
-        std::vector<NDateTime> times;
-        const NDateTime* day;
-        bool passes;
-    } table[] = {
+    const std::tuple<const char*, std::vector<NDateTime>, const NDateTime*, bool> table[] = {
         {"no times", {}, &otherDay, true},
         {"one time of another day", {At(10, 0)}, &otherDay, true},
         {"equal neighbours", {At(10, 0), At(10, 0), At(10, 1)}, &day, true},
@@ -26,8 +21,8 @@ TEST(VectorTimeTesterTest, IntegrityTable)
         {"ends the day after", {At(10, 0), otherDay}, &day, false},
         {"any days without a day", {yesterday, otherDay}, nullptr, true},
     };
-    for (const auto& row : table)
-        EXPECT_EQ(row.passes, VectorTimeTester::CheckIntegrity(row.times, row.day)) << row.what;
+    for (const auto& [what, times, dayOfAll, passes] : table)
+        EXPECT_EQ(passes, VectorTimeTester::CheckIntegrity(times, dayOfAll)) << what;
 }
 
 TEST(VectorTimeTesterTest, RangesAreWholeDays)
@@ -46,13 +41,9 @@ TEST(VectorTimeTesterTest, RangesAreWholeDays)
 TEST(VectorTimeTesterTest, DayNumbersBeyondEveryIntegerAreNoTrap)
 {
     const auto raw = [](double a_dayNumber) {
-        NDateTime time;
-        std::memcpy(static_cast<void*>(&time), &a_dayNumber, sizeof a_dayNumber);
-        return time;
+        return kalvento::internal::NDateTimeWords::Make(a_dayNumber, COleDateTime::valid, 0, 0);
     };
-    const std::vector<NDateTime> times{raw(1e300), raw(-1e300),
-                                       raw(std::numeric_limits<double>::quiet_NaN())};
+    const std::vector<NDateTime> times{raw(1e300), raw(-1e300), raw(std::nan(""))};
     EXPECT_TRUE(VectorTimeTester::ChangeRange(times, At(0, 0), At(0, 0)));
-    EXPECT_FALSE(
-        VectorTimeTester::ChangeRange(times, raw(0.0), raw(std::numeric_limits<double>::infinity())));
+    EXPECT_FALSE(VectorTimeTester::ChangeRange(times, raw(0.0), raw(HUGE_VAL)));
 }

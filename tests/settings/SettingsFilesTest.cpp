@@ -66,76 +66,65 @@ protected:
 
 } // namespace
 
-TEST_F(SettingsFilesTest, AFirstStartCopiesTheFactoryFile)
+TEST_F(SettingsFilesTest, WhatAStartMakesOfTheTwoFiles)
 {
-    m_folder.Write("factory.xml", m_factory);
-    EXPECT_TRUE(m_settings.Prepare());
-    EXPECT_EQ(m_settings.m_colour, "red");
-    EXPECT_NE(m_folder.Read("user.xml").find("<Colour>red</Colour>"), std::string::npos);
-    EXPECT_EQ(m_folder.Read("factory.xml"), m_factory);
-    EXPECT_EQ(m_folder.CountFiles(), 2U);
-
-    m_folder.Write("factory.xml", "<Module><Colour>unusable</Colour></Module>");
-    std::filesystem::remove(m_folder / "user.xml");
-    EXPECT_FALSE(m_settings.Prepare()); // what LoadSettings answers
+    const std::string blue = "<Module><Colour>blue</Colour><Version>1</Version></Module>";
+    const std::string unusable = "<Module><Colour>unusable</Colour></Module>";
+    const struct {
+        const char* what;
+        std::optional<std::string> factory;
+        std::optional<std::string> user;
+        const char* colour; // that is loaded
+        const char* part;   // of the user's file afterwards; the file stays as it was where it is null
+        std::size_t aside;
+    } cases[] = {{"a first start", m_factory, {}, "red", "<Colour>red</Colour>", 0},
+                 {"refused by the module", unusable, {}, "unusable", "unusable", 0},
+                 {"the user's file wins", m_factory, blue, "blue", nullptr, 0},
+                 {"a newer factory file", "<Module><Version>2</Version></Module>", blue, "blue",
+                  "<Version>2</Version>", 0},
+                 {"no factory file", {}, blue, "none", nullptr, 0},
+                 {"a damaged file that nothing replaces", {}, S_damaged, "none", nullptr, 0},
+                 {"broken", m_factory, S_damaged, "red", "<Colour>red</Colour>", 1},
+                 {"another root", m_factory, "<Other/>", "red", "<Colour>red</Colour>", 1},
+                 {"empty", m_factory, "", "red", "<Colour>red</Colour>", 1}};
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.what);
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.GetPath()))
+            std::filesystem::remove(entry);
+        if (one.factory)
+            m_folder.Write("factory.xml", *one.factory);
+        if (one.user)
+            m_folder.Write("user.xml", *one.user);
+        ModuleSettings settings(m_folder.GetPath());
+        EXPECT_EQ(settings.Prepare(), std::string(one.colour) != "none" && one.factory != unusable);
+        EXPECT_EQ(settings.m_colour, one.colour);
+        if (one.part != nullptr)
+            EXPECT_NE(m_folder.Read("user.xml").find(one.part), std::string::npos);
+        else
+            EXPECT_EQ(m_folder.Read("user.xml"), *one.user);
+        const std::vector<std::string> aside = KeptAside();
+        ASSERT_EQ(aside.size(), one.aside);
+        if (one.aside > 0) {
+            EXPECT_EQ(m_folder.Read(aside[0]), *one.user);
+        }
+        EXPECT_EQ(m_folder.CountFiles(), (one.factory ? 2U : 1U) + one.aside);
+    }
 }
 
-TEST_F(SettingsFilesTest, TheUsersFileWinsAndIsWrittenOnlyByAnUpdate)
-{
-    const std::string user = "<Module><Colour>blue</Colour><Version>1</Version></Module>";
-    m_folder.Write("factory.xml", m_factory);
-    m_folder.Write("user.xml", user);
-    EXPECT_TRUE(m_settings.Prepare());
-    EXPECT_EQ(m_settings.m_colour, "blue");
-    EXPECT_EQ(m_folder.Read("user.xml"), user);
-
-    m_folder.Write("factory.xml", "<Module><Colour>red</Colour><Version>2</Version></Module>");
-    EXPECT_TRUE(m_settings.Prepare());
-    EXPECT_EQ(m_settings.m_colour, "blue");
-    EXPECT_NE(m_folder.Read("user.xml").find("<Version>2</Version>"), std::string::npos);
-    EXPECT_EQ(m_folder.CountFiles(), 2U);
-}
-
-TEST_F(SettingsFilesTest, WithoutTheFactoryFileTheUsersIsNotTakenOver)
+TEST_F(SettingsFilesTest, EitherFileIsReadByItself)
 {
     m_folder.Write("user.xml", "<Module><Colour>blue</Colour></Module>");
-    EXPECT_FALSE(m_settings.Prepare());
-    EXPECT_EQ(m_settings.m_colour, "none");
     EXPECT_NE(m_settings.LoadCurrentSettingsNode(), nullptr);
     EXPECT_EQ(m_settings.LoadFabricSettingsNode(), nullptr);
-}
-
-TEST_F(SettingsFilesTest, ADamagedFileOfTheUserIsKeptAside)
-{
+    // A second damage within the second takes nothing from the first.
     m_folder.Write("factory.xml", m_factory);
-    // Broken, of another root, empty.
-    const std::vector<std::string> files = {S_damaged, "<Other/>", ""};
-    for (std::size_t place = 0; place < files.size(); ++place) {
-        SCOPED_TRACE(files[place]);
-        m_folder.Write("user.xml", files[place]);
+    for (int damage = 0; damage < 3; ++damage) {
+        m_folder.Write("user.xml", S_damaged);
         const auto node = m_settings.LoadCurrentSettingsNode();
         ASSERT_NE(node, nullptr);
         EXPECT_EQ(static_cast<const std::string&>((*node)["Colour"]), "red");
-        EXPECT_NE(m_folder.Read("user.xml").find("<Colour>red</Colour>"), std::string::npos);
-        const std::vector<std::string> aside = KeptAside();
-        ASSERT_EQ(aside.size(), 1U);
-        EXPECT_EQ(m_folder.Read(aside[0]), files[place]);
-        std::filesystem::remove(m_folder / aside[0]);
-    }
-    // A second damage within the second takes nothing from the first.
-    for (int damage = 0; damage < 3; ++damage) {
-        m_folder.Write("user.xml", S_damaged);
-        m_settings.LoadCurrentSettingsNode();
     }
     EXPECT_EQ(KeptAside().size(), 3U);
-}
-
-TEST_F(SettingsFilesTest, ADamagedFileStaysWhereNothingReplacesIt)
-{
-    m_folder.Write("user.xml", S_damaged);
-    EXPECT_EQ(m_settings.LoadCurrentSettingsNode(), nullptr);
-    EXPECT_EQ(m_folder.Read("user.xml"), S_damaged);
-    EXPECT_EQ(m_folder.CountFiles(), 1U);
 }
 
 TEST_F(SettingsFilesTest, SavingOverADamagedFileKeepsItToo)

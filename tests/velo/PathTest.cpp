@@ -57,10 +57,3 @@ TEST(PathTest, FilesAndFolders)
     EXPECT_TRUE(Path::RemovePath(top + L"/b.xml"));
     EXPECT_FALSE(Path::RemovePath(L""));
 }
-
-TEST(PathTest, DocumentsPathIsBuiltOfItsParts)
-{
-    const std::wstring documents = Path::GetCurrentUserDocumentPath({}, {});
-    EXPECT_EQ(Path::GetCurrentUserDocumentPath(L"Terminal", {}), documents + L"/Terminal");
-    EXPECT_EQ(Path::GetCurrentUserDocumentPath(L"Terminal", L"/b"), documents + L"/Terminal/b");
-}

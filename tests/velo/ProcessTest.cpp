@@ -4,6 +4,7 @@
 #include "platform/WidePath.h"
 #include "support/TemporaryFolder.h"
 #include "support/Testing.h"
+#include "support/Threads.h"
 
 #include <sys/wait.h>
 
@@ -134,18 +135,13 @@ TEST(ChildProcessTest, ForcesWhatDoesNotListen)
 TEST(ChildProcessTest, StartsFromManyThreadsAtOnce)
 {
     const auto before = CountOpenFiles();
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 6; ++thread) {
-        threads.emplace_back([] {
-            for (int count = 0; count < 10; ++count) {
-                const auto process = ChildProcess::Start("true", {});
-                ASSERT_TRUE(process);
-                EXPECT_TRUE(process->Wait(S_patience));
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    RunOnThreads(6, [] {
+        for (int count = 0; count < 10; ++count) {
+            const auto process = ChildProcess::Start("true", {});
+            ASSERT_TRUE(process);
+            EXPECT_TRUE(process->Wait(S_patience));
+        }
+    });
     EXPECT_EQ(CountOpenFiles(), before);
     ExpectNoChildren();
 }

@@ -1,5 +1,5 @@
 #include "apps/kalvento/RunToolHere.h"
-#include "series/DataSeriesSet.h"
+#include "support/BlockTools.h"
 #include "support/Testing.h"
 #include "time/NDateTime.h"
 
@@ -15,9 +15,7 @@ NDateTime At(unsigned int a_second, unsigned int a_counter = 0)
 std::string BlockBytes(EInterval a_interval, unsigned int a_multiplicity, std::vector<NDateTime> a_times,
                        DataSeriesSet::Columns a_columns)
 {
-    std::ostringstream stream;
-    DataSeriesSet(a_interval, a_multiplicity, std::move(a_times), std::move(a_columns)).Write(stream);
-    return stream.str();
+    return BytesOf(DataSeriesSet(a_interval, a_multiplicity, std::move(a_times), std::move(a_columns)));
 }
 
 } // namespace
@@ -32,13 +30,7 @@ TEST(CheckCommandTest, SaysWhatIsWrongWithABlockAndWhere)
     const std::size_t times = std::size_t{12} + 2 * (12 + 24) + 8;
     badStatus[times + 2 * 24 + 8] = 1;
 
-    struct Case {
-        const char* name;
-        std::string bytes;
-        int exitCode;
-        const char* text;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::string, int, const char*> cases[] = {
         {"good", good, EExitOk, "good"},
         {"empty ticks", BlockBytes(EIntervalTick, 1, {}, {{Price, {}}}), EExitOk, "good"},
         {"end missing", good.substr(0, good.size() - 1), EExitBadData, "ends early, at byte 171"},
@@ -63,12 +55,12 @@ TEST(CheckCommandTest, SaysWhatIsWrongWithABlockAndWhere)
          "series 2 stands behind 3"},
         {"huge count", good.substr(0, 4) + std::string(8, '\xFF') + good.substr(12), EExitBadData, "block"},
     };
-    for (const Case& block : cases) {
-        SCOPED_TRACE(block.name);
+    for (const auto& [name, bytes, exitCode, text] : cases) {
+        SCOPED_TRACE(name);
         const TemporaryFolder folder;
-        const ToolRun run = RunToolHere({"check", folder.Write("rows.block", block.bytes)});
-        EXPECT_EQ(run.exitCode, block.exitCode) << run.out << run.err;
-        EXPECT_NE((run.out + run.err).find(block.text), std::string::npos) << run.out << run.err;
+        const ToolRun run = RunToolHere({"check", folder.Write("rows.block", bytes)});
+        EXPECT_EQ(run.exitCode, exitCode) << run.out << run.err;
+        EXPECT_NE((run.out + run.err).find(text), std::string::npos) << run.out << run.err;
     }
 }
 

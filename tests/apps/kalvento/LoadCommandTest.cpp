@@ -33,12 +33,8 @@ protected:
 
 TEST_F(LoadCommandTest, WhatIsThereIsSkippedAndWhatFollowsIsAdded)
 {
-    const struct {
-        const char* what;
-        std::string rows;
-        int exitCode;
-        std::uint64_t count; // afterwards
-    } S_steps[] = {
+    // The exit code, and how many rows there are afterwards.
+    const std::tuple<const char*, std::string, int, std::uint64_t> steps[] = {
         {"a beginning", S_first, 0, 3},
         {"the same again", S_first, 0, 3},
         {"the file has grown", S_first + S_then, 0, 5},
@@ -50,11 +46,11 @@ TEST_F(LoadCommandTest, WhatIsThereIsSkippedAndWhatFollowsIsAdded)
         {"rows left out", S_first + "2024-05-07 09:00:00,13,5\n", 3, 5},
         {"an overlap, then more", "2024-05-07 09:00:00,13,5\n2024-05-07 09:00:01,14,6\n", 0, 6},
     };
-    for (const auto& step : S_steps) {
-        SCOPED_TRACE(step.what);
-        const ToolRun run = Load({m_folder.Write("PKO.csv", S_header + step.rows)});
-        EXPECT_EQ(run.exitCode, step.exitCode) << run.err;
-        EXPECT_EQ(m_writer->GetRowCount("PKO"), step.count);
+    for (const auto& [what, rows, exitCode, count] : steps) {
+        SCOPED_TRACE(what);
+        const ToolRun run = Load({m_folder.Write("PKO.csv", S_header + rows)});
+        EXPECT_EQ(run.exitCode, exitCode) << run.err;
+        EXPECT_EQ(m_writer->GetRowCount("PKO"), count);
     }
 }
 

@@ -1,19 +1,12 @@
 #include "kalvento/SessionGenerator.h"
 
 #include "apps/kalvento/RunToolHere.h"
+#include "series/Series.h"
 #include "support/Testing.h"
 
 using namespace kalvento::tool;
 
 namespace {
-
-std::uint64_t HashOf(const std::string& a_bytes)
-{
-    std::uint64_t hash = 0xcbf29ce484222325U;
-    for (const char byte : a_bytes)
-        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
-    return hash;
-}
 
 std::vector<GeneratedTrade> TradesOf(const GeneratorOptions& a_options)
 {
@@ -32,30 +25,24 @@ TEST(SessionGeneratorTest, ASeedGivesTheSameBytesForEver)
 {
     const ToolRun run = RunToolHere({"generate", "--rows", "5000", "--sessions", "3", "--seed", "42"});
     ASSERT_EQ(run.exitCode, EExitOk) << run.err;
-    EXPECT_EQ(HashOf(run.out), 17313132055169582695U);
+    EXPECT_EQ(static_cast<std::uint32_t>(VeloTools::Series::GenerateId(run.out)), 298829415U);
     EXPECT_NE(RunToolHere({"generate", "--rows", "5000", "--sessions", "3", "--seed", "43"}).out, run.out);
 }
 
 TEST(SessionGeneratorTest, EverySessionLooksLikeADayOfAnExchange)
 {
-    struct Case {
-        std::uint64_t rows;
-        std::uint32_t sessions;
-        Decimal price;
-        Decimal tick;
-    };
-    const Case cases[] = {{1, 1, {100, 0}, {1, 2}},         {7, 7, {100, 0}, {1, 2}},
-                          {2331, 1, {1351, 2}, {1, 5}},     {30000, 12, {1, 2}, {1, 2}},
-                          {3000000, 1, {2450, 0}, {25, 2}}, {10, 3, {999999999, 9}, {1, 9}}};
-    for (const Case& shape : cases) {
-        SCOPED_TRACE(std::to_string(shape.rows) + " rows, " + std::to_string(shape.sessions) + " sessions");
+    const std::tuple<std::uint64_t, std::uint32_t, Decimal, Decimal> cases[] = {
+        {1, 1, {100, 0}, {1, 2}},    {7, 7, {100, 0}, {1, 2}},         {2331, 1, {1351, 2}, {1, 5}},
+        {30000, 12, {1, 2}, {1, 2}}, {3000000, 1, {2450, 0}, {25, 2}}, {10, 3, {999999999, 9}, {1, 9}}};
+    for (const auto& [rows, sessions, price, tick] : cases) {
+        SCOPED_TRACE(std::to_string(rows) + " rows, " + std::to_string(sessions) + " sessions");
         GeneratorOptions options;
-        options.rows = shape.rows;
-        options.sessions = shape.sessions;
-        options.startPrice = shape.price;
-        options.tickSize = shape.tick;
+        options.rows = rows;
+        options.sessions = sessions;
+        options.startPrice = price;
+        options.tickSize = tick;
         const auto trades = TradesOf(options);
-        ASSERT_EQ(trades.size(), shape.rows);
+        ASSERT_EQ(trades.size(), rows);
 
         std::set<std::chrono::sys_days> days;
         std::uint32_t inSecond = 0;
@@ -82,55 +69,48 @@ TEST(SessionGeneratorTest, EverySessionLooksLikeADayOfAnExchange)
                 ASSERT_EQ(trade.priceInTicks, trades[row - 1].priceInTicks);
             }
         }
-        EXPECT_EQ(days.size(), shape.sessions);
+        EXPECT_EQ(days.size(), sessions);
     }
 }
 
 TEST(SessionGeneratorTest, OptionsThatMakeNoMarketAreRefused)
 {
     using Options = GeneratorOptions;
-    const std::vector<void (*)(Options&)> changes = {
-        [](Options& a_options) { a_options.rows = 0; },
-        [](Options& a_options) { a_options.sessions = 0; },
-        [](Options& a_options) {
-            a_options.rows = 4;
-            a_options.sessions = 5;
-        },
-        [](Options& a_options) { a_options.rows = SessionGenerator::S_maxRows + 1; },
-        [](Options& a_options) { a_options.rows = SessionGenerator::S_maxRowsPerSession + 1; },
-        [](Options& a_options) {
-            a_options.tickSize = Decimal{0, 2};
-        },
-        [](Options& a_options) {
-            a_options.startPrice = Decimal{4, 3};
-        },
-        [](Options& a_options) {
-            a_options.startPrice = Decimal{999'999'999'999'999, 0};
-        },
-        [](Options& a_options) { a_options.from = std::chrono::sys_days(std::chrono::year(9999) / 12 / 29); },
-        [](Options& a_options) {
-            a_options.from = std::chrono::sys_days(std::chrono::year(1899) / 12 / 29);
-        }};
-    for (const auto& change : changes) {
+    using namespace std::chrono;
+    const auto with = [](auto Options::*a_member, auto a_value) {
         Options options;
-        change(options);
-        EXPECT_THROW(SessionGenerator{options}, std::invalid_argument) << &change - changes.data();
-    }
+        options.*a_member = a_value;
+        return options;
+    };
+    Options fewerRowsThanSessions;
+    fewerRowsThanSessions.rows = 4;
+    fewerRowsThanSessions.sessions = 5;
+    const Options refused[] = {fewerRowsThanSessions,
+                               with(&Options::rows, 0U),
+                               with(&Options::sessions, 0U),
+                               with(&Options::rows, SessionGenerator::S_maxRows + 1),
+                               with(&Options::rows, SessionGenerator::S_maxRowsPerSession + 1),
+                               with(&Options::tickSize, Decimal{0, 2}),
+                               with(&Options::startPrice, Decimal{4, 3}),
+                               with(&Options::startPrice, Decimal{999'999'999'999'999, 0}),
+                               with(&Options::from, sys_days(year(9999) / 12 / 29)),
+                               with(&Options::from, sys_days(year(1899) / 12 / 29))};
+    for (const Options& options : refused)
+        EXPECT_THROW(SessionGenerator{options}, std::invalid_argument) << &options - refused;
 }
 
 TEST(SessionGeneratorTest, DecimalsKeepTheirPlaces)
 {
-    struct Case {
-        const char* text;
-        Decimal number;
-    };
-    for (const Case& shape : {Case{"100", {100, 0}}, Case{"0.05", {5, 2}}, Case{".5", {5, 1}},
-                              Case{"7.", {7, 0}}, Case{"1.20", {120, 2}}}) {
-        SCOPED_TRACE(shape.text);
-        const auto number = Decimal::Parse(shape.text);
+    for (const auto& [text, expected] : {std::pair("100", Decimal{100, 0}),
+                                         {"0.05", {5, 2}},
+                                         {".5", {5, 1}},
+                                         {"7.", {7, 0}},
+                                         {"1.20", {120, 2}}}) {
+        SCOPED_TRACE(text);
+        const auto number = Decimal::Parse(text);
         ASSERT_TRUE(number);
-        EXPECT_EQ(number->digits, shape.number.digits);
-        EXPECT_EQ(number->scale, shape.number.scale);
+        EXPECT_EQ(number->digits, expected.digits);
+        EXPECT_EQ(number->scale, expected.scale);
     }
     for (const char* text : {"", ".", "-1", "1e3", "1.2.3", "1,5", "0.0000000001", "1234567890123456"})
         EXPECT_FALSE(Decimal::Parse(text)) << text;

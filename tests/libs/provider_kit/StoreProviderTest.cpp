@@ -4,10 +4,11 @@
 #include "assets/AssetParams.h"
 #include "assets/AssetsGroup.h"
 #include "contract_kit/TestMediator.h"
-#include "folding/AggregatorWrapper.h"
+#include "folding/FoldingTestTools.h"
 #include "modules/RequestParams.h"
 #include "modules/Subscribe.h"
 #include "provider_kit/DamagedData.h"
+#include "support/BlockTools.h"
 #include "support/CandlesConsumer.h"
 #include "support/Testing.h"
 
@@ -18,11 +19,8 @@ constexpr const char* S_isin = "PLTEST000001";
 /// All rows folded at once.
 std::string FoldOfAll(IntervalAndMultiplicity a_interval, std::size_t a_rows)
 {
-    History all = TickMaker::Rows(0, a_rows);
-    AggregatorWrapper wrapper(TickMaker::Instrument(S_isin).series, ELastRecordTime, a_interval.GetInterval(),
-                              static_cast<unsigned short>(a_interval.GetMultiplicity()));
-    EXPECT_TRUE(wrapper.AgregateHistory(all));
-    return BytesOf(all);
+    return BytesOf(kalvento::tests::Folded(TickMaker::Rows(0, a_rows), TickMaker::Instrument(S_isin).series,
+                                           a_interval));
 }
 
 RequestParams RequestOf(unsigned int a_kinds, IntervalAndMultiplicity a_interval = {EIntervalTick, 1},
@@ -58,6 +56,7 @@ struct Subscribed {
         EXPECT_TRUE(consumer.WaitForTime(TickMaker::TimeOf(a_rows - 1)));
         quotes.provider.StopWork();
         EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
+        EXPECT_TRUE(consumer.AllFitted());
         EXPECT_TRUE(BytesOf(consumer.Candles()) == a_expected);
     }
 

@@ -6,18 +6,15 @@
 TEST(SqlRowFormTest, NumbersComeBackBitForBit)
 {
     using Limits = std::numeric_limits<double>;
-    const std::vector<double> values = {0.0,
-                                        -0.0,
-                                        0.1,
-                                        1.0 / 3,
-                                        1e300,
-                                        Limits::denorm_min(),
-                                        Limits::max(),
-                                        Limits::lowest(),
-                                        Limits::infinity(),
-                                        -Limits::infinity(),
-                                        Limits::quiet_NaN(),
-                                        45418.123456789012};
+    std::vector<double> values = {0.0,           -0.0,
+                                  0.1,           1.0 / 3,
+                                  1e300,         Limits::denorm_min(),
+                                  Limits::max(), HUGE_VAL,
+                                  -HUGE_VAL,     Limits::quiet_NaN()};
+    std::mt19937_64 random(3);
+    for (int count = 0; count < 1000; ++count)
+        values.push_back(static_cast<double>(random()) *
+                         std::ldexp(1.0, static_cast<int>(random() % 1800) - 960));
     std::vector<double> back = {5.0, 6.0};
     SqlRowForm::ReadNumbers(SqlRowForm::WriteNumbers(values), back);
     ASSERT_EQ(back.size(), values.size());

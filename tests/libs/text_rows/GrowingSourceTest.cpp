@@ -41,15 +41,6 @@ TEST_F(GrowingSourceTest, HalfALineWaitsForItsEnd)
     EXPECT_EQ(ReadAll(*source), "2024\n");
 }
 
-TEST_F(GrowingSourceTest, AnAppendEndsTheWaiting)
-{
-    const auto source = GrowingSource::Open(m_folder.Write("ticks", "a\n"));
-    EXPECT_EQ(ReadAll(*source), "a\n");
-    m_folder.Append("ticks", "b\n");
-    EXPECT_EQ(source->Wait(std::nullopt, -1), GrowingSource::EWaitMore);
-    EXPECT_EQ(ReadAll(*source), "b\n");
-}
-
 TEST_F(GrowingSourceTest, ACutFileIsReadAgain)
 {
     const auto source = GrowingSource::Open(m_folder.Write("ticks", "a\nlong line\nhalf"));

@@ -57,45 +57,40 @@ TEST(NumberTextTest, NumbersInOtherForms)
 
 TEST(TimeTextTest, TakesTheUsualForms)
 {
-    struct Row {
-        const char* text;
-        std::int64_t seconds;
-        std::int32_t nanoseconds;
-        bool absolute;
-    };
     const std::int64_t midnight = S_august8 * S_day;
     const std::int64_t quarter = midnight + 86055;
-    const std::array<Row, 24> rows = {{{"2024-08-08", midnight, 0, false},
-                                       {"2024/8/8", midnight, 0, false},
-                                       {"2024.08.08", midnight, 0, false},
-                                       {"08.08.2024 23:54:15", quarter, 0, false},
-                                       {"20240808", midnight, 0, false},
-                                       {"20240808235415", quarter, 0, false},
-                                       {"202408082354", quarter - 15, 0, false},
-                                       {"20240808 235415", quarter, 0, false},
-                                       {"2024-08-08 23:54", quarter - 15, 0, false},
-                                       {"2024-08-08T23:54:15.342", quarter, 342000000, false},
-                                       {"2024-08-08 23:54:15.123456789", quarter, 123456789, false},
-                                       {"2024-08-08 23:54:15.1234567891", quarter, 123456789, false},
-                                       {"2024-08-08T23:54:15Z", quarter, 0, true},
-                                       {"2024-08-09T01:54:15+02:00", quarter, 0, true},
-                                       {"2024-08-08T18:24:15-0530", quarter, 0, true},
-                                       {"2024-08-09 01:54:15 +02", quarter, 0, true},
-                                       {"1723161255", quarter, 0, true},
-                                       {"1723161255.5", quarter, 500000000, true},
-                                       {"1723161255342", quarter, 342000000, true},
-                                       {"1723161255342001", quarter, 342001000, true},
-                                       {"1723161255342001002", quarter, 342001002, true},
-                                       {"1969-12-31 23:59:59", -1, 0, false},
-                                       {"0100-01-01", -59011459200, 0, false},
-                                       {"4095-12-31", 67090032000, 0, false}}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.text);
-        const auto time = ParseTimeText(row.text);
+    const std::tuple<const char*, std::int64_t, std::int32_t, bool> rows[] = {
+        {"2024-08-08", midnight, 0, false},
+        {"2024/8/8", midnight, 0, false},
+        {"2024.08.08", midnight, 0, false},
+        {"08.08.2024 23:54:15", quarter, 0, false},
+        {"20240808", midnight, 0, false},
+        {"20240808235415", quarter, 0, false},
+        {"202408082354", quarter - 15, 0, false},
+        {"20240808 235415", quarter, 0, false},
+        {"2024-08-08 23:54", quarter - 15, 0, false},
+        {"2024-08-08T23:54:15.342", quarter, 342000000, false},
+        {"2024-08-08 23:54:15.123456789", quarter, 123456789, false},
+        {"2024-08-08 23:54:15.1234567891", quarter, 123456789, false},
+        {"2024-08-08T23:54:15Z", quarter, 0, true},
+        {"2024-08-09T01:54:15+02:00", quarter, 0, true},
+        {"2024-08-08T18:24:15-0530", quarter, 0, true},
+        {"2024-08-09 01:54:15 +02", quarter, 0, true},
+        {"1723161255", quarter, 0, true},
+        {"1723161255.5", quarter, 500000000, true},
+        {"1723161255342", quarter, 342000000, true},
+        {"1723161255342001", quarter, 342001000, true},
+        {"1723161255342001002", quarter, 342001002, true},
+        {"1969-12-31 23:59:59", -1, 0, false},
+        {"0100-01-01", -59011459200, 0, false},
+        {"4095-12-31", 67090032000, 0, false}};
+    for (const auto& [text, seconds, nanoseconds, absolute] : rows) {
+        SCOPED_TRACE(text);
+        const auto time = ParseTimeText(text);
         ASSERT_TRUE(time);
-        EXPECT_EQ(time->seconds, row.seconds);
-        EXPECT_EQ(time->nanoseconds, row.nanoseconds);
-        EXPECT_EQ(time->absolute, row.absolute);
+        EXPECT_EQ(time->seconds, seconds);
+        EXPECT_EQ(time->nanoseconds, nanoseconds);
+        EXPECT_EQ(time->absolute, absolute);
     }
 }
 

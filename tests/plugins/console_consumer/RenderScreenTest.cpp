@@ -5,19 +5,22 @@
 
 namespace {
 
+void AddCandle(History& a_candles, const NDateTime& a_time, double a_open, double a_step, double a_volume)
+{
+    EXPECT_TRUE(a_candles.AddData({a_time,
+                                   {{Price, a_open + a_step / 2},
+                                    {Volume, a_volume},
+                                    {IntervalOpen, a_open},
+                                    {IntervalMax, a_open + a_step},
+                                    {IntervalMin, a_open - a_step}}}));
+}
+
 ScreenModel MakeModel()
 {
     History candles(std::set<ESeriesId>{Price, Volume, IntervalOpen, IntervalMax, IntervalMin},
                     EIntervalMinute, 1);
-    for (unsigned int minute = 0; minute < 50; ++minute) {
-        const double open = 99.0 + minute % 7;
-        EXPECT_TRUE(candles.AddData({NDateTime(2021, 3, 4, 10, minute, 59, 0),
-                                     {{Price, open + 0.5},
-                                      {Volume, 1000.0},
-                                      {IntervalOpen, open},
-                                      {IntervalMax, open + 1},
-                                      {IntervalMin, open - 1}}}));
-    }
+    for (unsigned int minute = 0; minute < 50; ++minute)
+        AddCandle(candles, NDateTime(2021, 3, 4, 10, minute, 59, 0), 99.0 + minute % 7, 1.0, 1000.0);
     ScreenModel model;
     model.symbol = L"PKO";
     model.name = L"Bank próbny";
@@ -68,12 +71,7 @@ std::string Drawn(const ScreenCells& a_cells)
 void AddDay(ScreenModel& a_model)
 {
     for (unsigned int minute = 0; minute < 9; ++minute)
-        EXPECT_TRUE(a_model.data.candles.AddData({NDateTime(2021, 3, 5, 9, minute, 30, 0),
-                                                  {{Price, 99.0},
-                                                   {Volume, 10.0},
-                                                   {IntervalOpen, 99.0},
-                                                   {IntervalMax, 99.0},
-                                                   {IntervalMin, 99.0}}}));
+        AddCandle(a_model.data.candles, NDateTime(2021, 3, 5, 9, minute, 30, 0), 99.0, 0.0, 10.0);
 }
 
 } // namespace

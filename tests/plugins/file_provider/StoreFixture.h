@@ -2,7 +2,7 @@
 
 #include "file_provider/FileStore.h"
 #include "platform/WidePath.h"
-#include "support/CandlesConsumer.h"
+#include "support/BlockTools.h"
 #include "support/MarketData.h"
 #include "support/NotingListener.h"
 #include "support/TemporaryFolder.h"

@@ -2,10 +2,11 @@
 
 #include "contract_kit/ProviderContract.h"
 #include "sql_store/SqlWriter.h"
+#include "support/CandlesConsumer.h"
 #include "support/LogWatch.h"
 #include "support/PostgresCluster.h"
-#include "support/SqlTestTools.h"
 #include "support/Testing.h"
+#include "support/TickMaker.h"
 
 #include <pqxx/pqxx>
 
@@ -20,8 +21,8 @@ public:
           m_provider(m_connection)
     {
         for (const char* isin : {"PLSQL0000001", "PLSQL0000002"}) {
-            m_writer.CreateInstrument(TickInstrument(isin));
-            m_writer.AppendRows(isin, 0, RowsOf(19'900, 20'100));
+            m_writer.CreateInstrument(TickMaker::Instrument(isin));
+            m_writer.AppendRows(isin, 0, TickMaker::Rows(0, 200));
         }
         m_provider.SwitchConnection(true);
         while (m_provider.GetConnectionStatus() != EConnectionStatusConnected ||
@@ -33,7 +34,7 @@ public:
     {
         const std::lock_guard lock(m_mutex);
         const std::uint64_t next = m_writer.GetRowCount(a_asset.GetIsin());
-        m_writer.AppendRows(a_asset.GetIsin(), next, RowsOf(19'900 + next, 19'901 + next));
+        m_writer.AppendRows(a_asset.GetIsin(), next, TickMaker::Rows(next, next + 1));
         return true;
     }
 
@@ -56,7 +57,7 @@ void AppendStubbornly(SqlWriter& a_writer, std::uint64_t a_number)
 {
     for (;;) {
         try {
-            a_writer.AppendRows("A", a_number, RowsOf(a_number, a_number + 1));
+            a_writer.AppendRows("A", a_number, TickMaker::Rows(a_number, a_number + 1));
             return;
         } catch (const SqlConflict&) {
             throw;
@@ -66,6 +67,59 @@ void AppendStubbornly(SqlWriter& a_writer, std::uint64_t a_number)
     }
 }
 
+class SqlProviderTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        m_cluster = PostgresCluster::Get();
+        if (m_cluster == nullptr)
+            GTEST_SKIP() << "no PostgreSQL server here: install the package postgresql";
+        m_connection = m_cluster->NewDatabase();
+        m_writer.emplace(m_connection);
+    }
+    void AddInstrument(const std::string& a_isin, std::size_t a_rows)
+    {
+        m_writer->CreateInstrument(TickMaker::Instrument(a_isin));
+        m_writer->AppendRows(a_isin, 0, TickMaker::Rows(0, a_rows));
+    }
+    /// The provider, once it has so many instruments.
+    SqlProvider& Connect(std::size_t a_instruments)
+    {
+        m_provider.emplace(m_connection,
+                           SqlStore::Pauses{std::chrono::milliseconds(5), std::chrono::milliseconds(50)});
+        m_provider->SwitchConnection(true);
+        while (m_provider->GetAssets().size() < a_instruments)
+            std::this_thread::yield();
+        return *m_provider;
+    }
+    void Start(CheckingConsumer& a_consumer, unsigned int a_number, const std::string& a_isin,
+               unsigned int a_kinds)
+    {
+        const RequestParams params(a_kinds, EIntervalTick, 1, NDateTime(1990, 1, 1), NDateTime(2099, 12, 31),
+                                   false);
+        a_consumer.Open(a_number, params);
+        EXPECT_TRUE(m_provider->StartSubscription(
+            {&a_consumer, a_number, *m_provider->GetAssetByIsin(a_isin), params}));
+    }
+    /// Damages the instrument HURT, whose number the statements get as current_setting('test.hurt').
+    void Hurt(const std::string& a_statements)
+    {
+        pqxx::connection connection(m_connection);
+        pqxx::nontransaction transaction(connection);
+        const int number =
+            transaction.exec1("SELECT number FROM kalvento.instruments WHERE isin = 'HURT'")[0].as<int>();
+        transaction.exec_params("SELECT set_config('test.hurt', $1, false)", number);
+        transaction.exec("SET search_path = kalvento; " + a_statements);
+    }
+
+    PostgresCluster* m_cluster = nullptr;
+    std::string m_connection;
+    std::optional<SqlWriter> m_writer;
+    const TestMediator m_mediator;
+    CandlesConsumer m_keeper{TickMaker::Instrument("A").series, {EIntervalTick, 1}}; // before the provider
+    std::optional<SqlProvider> m_provider;
+};
+
 } // namespace
 
 INSTANTIATE_TEST_SUITE_P(Databases, ProviderContract, testing::ValuesIn(Cases()),
@@ -73,36 +127,19 @@ INSTANTIATE_TEST_SUITE_P(Databases, ProviderContract, testing::ValuesIn(Cases())
 
 // Whoever writes repeats what was not acknowledged; whoever reads has each row once, in order, though the server died
 // in the midst of all of it.
-TEST(SqlProviderTest, AServerThatIsKilledLosesNoRowAndDoublesNone)
+TEST_F(SqlProviderTest, AServerThatIsKilledLosesNoRowAndDoublesNone)
 {
-    PostgresCluster* cluster = PostgresCluster::Get();
-    if (cluster == nullptr)
-        GTEST_SKIP() << "no PostgreSQL server here: install the package postgresql";
     constexpr std::uint64_t past = 500;
     constexpr std::uint64_t between = 200; // rows between two kills
     constexpr int kills = 5;
-    const std::string connection = cluster->NewDatabase();
-    SqlWriter first(connection);
-    first.CreateInstrument(TickInstrument("A"));
-    first.AppendRows("A", 0, RowsOf(0, past));
-
-    const TestMediator mediator;
-    CandlesConsumer keeper(TickInstrument("A").series, {EIntervalTick, 1});
-    SqlProvider provider(connection, {std::chrono::milliseconds(5), std::chrono::milliseconds(50)});
-    provider.SwitchConnection(true);
-    while (provider.GetAssets().empty())
-        std::this_thread::yield();
-    const auto asset = provider.GetAssetByIsin("A");
-    RequestParams params(15);
-    params.SetIntervalAndMultiplicity(EIntervalTick, 1);
-    params.SetDates(asset->GetParams().begin()->second.GetDates());
-    keeper.Open(1, params);
-    ASSERT_TRUE(provider.StartSubscription({&keeper, 1, *asset, params}));
+    AddInstrument("A", past);
+    SqlProvider& provider = Connect(1);
+    Start(m_keeper, 1, "A", 15);
 
     constexpr std::uint64_t all = past + between * (kills + 1);
     std::atomic<std::uint64_t> acknowledged = past;
     std::thread writing([&] {
-        SqlWriter writer(connection);
+        SqlWriter writer(m_connection);
         for (std::uint64_t number = past; number < all; ++number) {
             AppendStubbornly(writer, number);
             acknowledged = number + 1;
@@ -114,85 +151,55 @@ TEST(SqlProviderTest, AServerThatIsKilledLosesNoRowAndDoublesNone)
                provider.GetConnectionStatus() != EConnectionStatusConnected)
             std::this_thread::yield();
         if (kill % 2 == 1)
-            cluster->Kill();
+            m_cluster->Kill();
         else
-            cluster->StopAtOnce();
-        cluster->Start();
+            m_cluster->StopAtOnce();
+        m_cluster->Start();
     }
     writing.join();
-    EXPECT_TRUE(keeper.WaitForTime(TimeOfRow(all - 1), std::chrono::seconds(90)));
-    provider.StopSubscription({&keeper, 1, *asset, std::nullopt});
-    EXPECT_EQ(keeper.Candles().find(Volume)->second, RowsOf(0, all).find(Volume)->second);
-    EXPECT_EQ(keeper.Violations(), std::vector<std::string>());
+    EXPECT_TRUE(m_keeper.WaitForTime(TickMaker::TimeOf(all - 1), std::chrono::seconds(90)));
     provider.StopWork();
+    EXPECT_TRUE(m_keeper.AllFitted());
+    EXPECT_EQ(m_keeper.Candles().find(Volume)->second, TickMaker::Rows(0, all).find(Volume)->second);
+    EXPECT_EQ(m_keeper.Violations(), std::vector<std::string>());
 }
 
 // What can't be read ends the subscriptions that came upon it, says which instrument and row, and breaks no connection.
-TEST(SqlProviderTest, ADamagedRowConcernsItsInstrumentAlone)
+TEST_F(SqlProviderTest, ADamagedRowConcernsItsInstrumentAlone)
 {
-    PostgresCluster* cluster = PostgresCluster::Get();
-    if (cluster == nullptr)
-        GTEST_SKIP() << "no PostgreSQL server here: install the package postgresql";
-    const std::string connection = cluster->NewDatabase();
-    SqlWriter writer(connection);
-    for (const char* isin : {"GOOD", "HURT"}) {
-        writer.CreateInstrument(TickInstrument(isin));
-        writer.AppendRows(isin, 0, RowsOf(0, 200));
-    }
-    pqxx::connection raw(connection);
-    const auto hurt = [&](const std::string& a_statements) {
-        pqxx::nontransaction transaction(raw);
-        const int number =
-            transaction.exec1("SELECT number FROM kalvento.instruments WHERE isin = 'HURT'")[0].as<int>();
-        transaction.exec_params("SELECT set_config('test.hurt', $1, false)", number);
-        transaction.exec("SET search_path = kalvento; " + a_statements);
-    };
-    hurt(
+    for (const char* isin : {"GOOD", "HURT"})
+        AddInstrument(isin, 200);
+    Hurt(
         "UPDATE rows SET values = '{1}' WHERE position = 50 AND instrument = current_setting('test.hurt')::int");
-
     const LogWatch log;
-    const TestMediator mediator;
     CheckingConsumer consumer;
-    SqlProvider provider(connection, {std::chrono::milliseconds(5), std::chrono::milliseconds(50)});
-    provider.SwitchConnection(true);
-    while (provider.GetAssets().size() < 2)
-        std::this_thread::yield();
-    const auto start = [&](unsigned int a_number, const std::string& a_isin, unsigned int a_kinds) {
-        const RequestParams params(a_kinds, EIntervalTick, 1, NDateTime(1990, 1, 1), NDateTime(2099, 12, 31),
-                                   false);
-        consumer.Open(a_number, params);
-        EXPECT_TRUE(
-            provider.StartSubscription({&consumer, a_number, *provider.GetAssetByIsin(a_isin), params}));
-    };
+    SqlProvider& provider = Connect(2);
     constexpr unsigned int live = ParamsBase::S_kindDataSynchro | ParamsBase::S_kindDataRecord;
-    start(1, "GOOD", live);
-    start(2, "HURT", live); // begins behind the damage
-    start(3, "HURT", ParamsBase::S_kindDataHistory);
+    Start(consumer, 1, "GOOD", live);
+    Start(consumer, 2, "HURT", live); // begins after the damage
+    Start(consumer, 3, "HURT", ParamsBase::S_kindDataHistory);
     EXPECT_TRUE(consumer.WaitFor(1, CheckingConsumer::ESynchronization));
     EXPECT_TRUE(consumer.WaitFor(2, CheckingConsumer::ESynchronization));
     EXPECT_TRUE(consumer.WaitForEnd(3));
     EXPECT_EQ(consumer.Events(3).back(), CheckingConsumer::ERefused);
 
     // One that the server itself can't compute with, and live.
-    hurt("INSERT INTO rows SELECT instrument, 200, 'infinity', second, counter, day_number, values FROM rows"
+    Hurt("INSERT INTO rows SELECT instrument, 200, 'infinity', second, counter, day_number, values FROM rows"
          " WHERE position = 199 AND instrument = current_setting('test.hurt')::int;"
          "UPDATE instruments SET row_count = 201 WHERE isin = 'HURT';"
          "SELECT pg_notify('kalvento_rows', current_setting('test.hurt'))");
     EXPECT_TRUE(consumer.WaitForEnd(2));
     EXPECT_EQ(consumer.Events(2).back(), CheckingConsumer::EEnded);
 
-    hurt("UPDATE instruments SET interval_kind = -1 WHERE isin = 'HURT'; NOTIFY kalvento_instruments");
+    Hurt("UPDATE instruments SET interval_kind = -1 WHERE isin = 'HURT'; NOTIFY kalvento_instruments");
     while (provider.GetAssetByIsin("HURT") != nullptr)
         std::this_thread::yield();
-    writer.AppendRows("GOOD", 200, RowsOf(200, 201));
+    m_writer->AppendRows("GOOD", 200, TickMaker::Rows(200, 201));
     EXPECT_TRUE(consumer.WaitFor(1, CheckingConsumer::ERecord));
     provider.StopWork();
     EXPECT_EQ(consumer.Count(1, CheckingConsumer::ESynchronization), 1U) << "a break brings another one";
     EXPECT_EQ(consumer.Violations(), std::vector<std::string>());
     for (const char* told :
          {"HURT w bazie: wiersz 50:", "HURT w bazie: wiersze od 200 do 200:", "opis waloru HURT"})
-        EXPECT_TRUE(std::ranges::any_of(
-            log.lines, [&](const std::string& a_line) { return a_line.find(told) != std::string::npos; }))
-            << told << "\n"
-            << testing::PrintToString(log.lines);
+        EXPECT_TRUE(log.Has(told)) << told << "\n" << testing::PrintToString(log.lines);
 }
