@@ -10,7 +10,7 @@ namespace StandardStreams = kalvento::internal::StandardStreams;
 int main(int a_count, char** a_arguments)
 {
     // A closed pipe then shows as a failed write, and the run can end without leaving a half-written file.
-    StandardStreams::IgnoreClosedPipes();
+    StandardStreams::LetWritesFail();
     std::ios::sync_with_stdio(false);
     std::cin.tie(nullptr);
 

@@ -3,6 +3,7 @@
 #include "host/HostOptions.h"
 #include "host/Plugin.h"
 #include "platform/CodePage.h"
+#include "platform/ErrorText.h"
 #include "platform/WidePath.h"
 #include "settings/KalventoPaths.h"
 
@@ -74,9 +75,9 @@ std::vector<std::filesystem::path> PluginLoader::FindFiles()
         if (file->path().extension() == ".so")
             files.push_back(file->path());
     if (error)
-        m_reports.push_back(
-            Report(EPluginStateMissing, folder, folder.filename().wstring(),
-                   L"nie można przejrzeć folderu wtyczek: " + CodePage::Utf8ToWide(error.message())));
+        m_reports.push_back(Report(EPluginStateMissing, folder, folder.filename().wstring(),
+                                   L"nie można przejrzeć folderu wtyczek: " +
+                                       CodePage::Cp1250ToWide(internal::ErrorText(error))));
     std::ranges::sort(files);
 
     const auto hasStem = [](const std::string& a_stem) {

@@ -63,7 +63,7 @@ bool ReceiveValue(int a_fd, Value& a_value)
 [[noreturn]] void RunProgram(const std::string& a_program, char* const* a_arguments, int a_failure)
 {
     // The program must not start deaf: ignored and blocked signals would pass over to it.
-    for (const int number : {SIGPIPE, SIGCHLD, SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+    for (const int number : {SIGPIPE, SIGXFSZ, SIGCHLD, SIGINT, SIGTERM, SIGHUP, SIGQUIT})
         ::signal(number, SIG_DFL);
     sigset_t none;
     ::sigemptyset(&none);

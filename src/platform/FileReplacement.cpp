@@ -3,11 +3,14 @@
 #include "platform/SystemCall.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <mutex>
+#include <set>
 #include <string>
 
 namespace kalvento::internal {
@@ -44,6 +47,40 @@ std::filesystem::path FolderOf(const std::filesystem::path& a_path)
     return a_path.has_parent_path() ? a_path.parent_path() : ".";
 }
 
+constexpr std::string_view S_nameStart = ".kalvento-";
+constexpr std::string_view S_nameEnd = ".tmp";
+
+// Whoever waits with a file holds a lock on it, which the system takes away with the process, on whatever machine.
+bool Lock(const UniqueFd& a_file)
+{
+    return Retry([&] { return ::flock(a_file.Get(), LOCK_EX | LOCK_NB); }) == 0;
+}
+
+// Removes what killed processes of this user left in the folder; once for each folder, since only others leave something.
+void RemoveLeftovers(const std::filesystem::path& a_folder)
+{
+    static auto& S_mutex = *new std::mutex; // never destroyed: static objects may save while they die
+    static auto& S_done = *new std::set<std::filesystem::path>;
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::absolute(a_folder, error);
+    {
+        const std::lock_guard lock(S_mutex);
+        if (error || !S_done.insert(folder).second)
+            return;
+    }
+    for (std::filesystem::directory_iterator entry(a_folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (!name.starts_with(S_nameStart) || !name.ends_with(S_nameEnd))
+            continue;
+        const UniqueFd file = internal::Open(entry->path(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+        struct stat info {};
+        if (file.IsOpen() && ::fstat(file.Get(), &info) == 0 && S_ISREG(info.st_mode) &&
+            info.st_uid == ::geteuid() && Lock(file))
+            ::unlink(entry->path().c_str());
+    }
+}
+
 // The system's own name for a file that has none.
 std::string NameOf(const UniqueFd& a_file)
 {
@@ -76,12 +113,21 @@ std::error_code FileReplacement::Open(const std::filesystem::path& a_path, EPath
     if (exists && !S_ISREG(old.st_mode) && !S_ISLNK(old.st_mode))
         return std::make_error_code(std::errc::not_supported);
 
+    RemoveLeftovers(FolderOf(m_target));
     m_file = internal::Open(FolderOf(m_target), O_WRONLY | O_TMPFILE);
+    if (m_file.IsOpen())
+        Lock(m_file); // where locks aren't to be had, nobody else gets one either
     // Not every file system has files without a name, and not every process has the folder that names them later.
     if (!m_file.IsOpen() || ::access(NameOf(m_file).c_str(), F_OK) != 0)
         TakeName([this](const std::filesystem::path& a_name) {
             m_file = internal::Open(a_name, O_WRONLY | O_CREAT | O_EXCL);
-            return m_file.IsOpen();
+            struct stat info {};
+            // Another process may have taken it for a leftover before it was locked.
+            if (m_file.IsOpen() && Lock(m_file) && ::fstat(m_file.Get(), &info) == 0 && info.st_nlink == 0)
+                errno = EEXIST;
+            else if (m_file.IsOpen())
+                return true;
+            return false;
         });
     return ErrorUnless(m_file.IsOpen() && (!exists || !S_ISREG(old.st_mode) || TakeRightsOf(old)));
 }
@@ -104,8 +150,9 @@ bool FileReplacement::TakeName(const Attempt& a_attempt)
 {
     static std::atomic<unsigned int> S_number = 0;
     for (int attempt = 0; attempt < S_mostNames; ++attempt) {
-        std::filesystem::path name = FolderOf(m_target) / (".kalvento-" + std::to_string(::getpid()) + "-" +
-                                                           std::to_string(++S_number) + ".tmp");
+        std::filesystem::path name =
+            FolderOf(m_target) / (std::string(S_nameStart) + std::to_string(::getpid()) + "-" +
+                                  std::to_string(++S_number) + std::string(S_nameEnd));
         if (a_attempt(name)) {
             m_path = std::move(name);
             return true;

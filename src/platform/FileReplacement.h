@@ -15,8 +15,8 @@ namespace kalvento::internal {
 /// A file that takes the place of another whole or not at all: a kill, a full disk or a power cut at any moment leaves
 /// the old or the new one. Rights and, where permitted, owner are those of the old file; other hard links keep the old
 /// bytes. The new bytes wait in a file without a name, which the system clears away; where the file system has none,
-/// and for the moment of the exchange, in a file ".kalvento-<process>-<number>.tmp" of the same folder, which a kill
-/// may leave behind. Destroyed before it took its place, it leaves nothing. One thread at a time; any number of them
+/// and for the moment of the exchange, in a file ".kalvento-<process>-<number>.tmp" of the same folder. What a killed
+/// process left of those, another removes when it first replaces a file of that folder. Destroyed before it took its place, it leaves nothing. One thread at a time; any number of them
 /// for one path, of which the last one stays. Operations return the error, empty where they succeeded; call none after
 /// one failed.
 class KALVENTO_API FileReplacement {

@@ -31,7 +31,8 @@ public:
     /// The file of that name now; empty where there is none, or that can't be told.
     static std::optional<State> LookAt(const std::filesystem::path& a_path);
 
-    /// A named pipe waits for its writer, unless a_mayWait is false.
+    /// A named pipe waits for its writer, unless a_mayWait is false. Neither this nor Read waits on after a signal that an
+    /// Interruption caught: errc::interrupted.
     std::error_code Open(const std::filesystem::path& a_path, bool a_mayWait = true);
     /// The process's own input, which stays open for others when this is closed.
     std::error_code OpenStandardInput();
@@ -46,7 +47,10 @@ public:
     int GetFd() const { return m_file.Get(); }
 
 private:
+    void NoteKind();
+
     UniqueFd m_file;
+    bool m_mayWait = false; // a read waits for somebody who writes
 };
 
 } // namespace kalvento::internal

@@ -1,5 +1,6 @@
 #include "platform/StandardStreams.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -25,9 +26,20 @@ bool HasInput()
     return ::ioctl(EInput, FIONREAD, &count) == 0 && count > 0;
 }
 
-void IgnoreClosedPipes()
+void LetWritesFail()
 {
     ::signal(SIGPIPE, SIG_IGN);
+    ::signal(SIGXFSZ, SIG_IGN);
+}
+
+void TakePlaces()
+{
+    for (const EStream stream : {EInput, EOutput, EErrors}) {
+        // The lowest free number is the one that is given out.
+        if (::fcntl(stream, F_GETFD) < 0) {
+            [[maybe_unused]] const int place = ::open("/dev/null", stream == EInput ? O_WRONLY : O_RDONLY);
+        }
+    }
 }
 
 } // namespace kalvento::internal::StandardStreams

@@ -17,7 +17,11 @@ KALVENTO_API bool IsTerminal(EStream a_stream);
 KALVENTO_API std::optional<std::pair<int, int>> GetTerminalSize();
 /// Whether bytes wait on standard input. If it is ready to be read and there are none, none will come.
 KALVENTO_API bool HasInput();
-/// From now on a write to a pipe that nobody reads fails and doesn't end the process.
-KALVENTO_API void IgnoreClosedPipes();
+/// From now on a write to a pipe that nobody reads, or beyond the greatest size of a file, fails and doesn't end the
+/// process.
+KALVENTO_API void LetWritesFail();
+/// Where the process was started without one of them, its place is taken by what can neither be read nor written, so that
+/// no file that is opened later gets its number. Call it before all else.
+KALVENTO_API void TakePlaces();
 
 } // namespace kalvento::internal::StandardStreams

@@ -1,6 +1,7 @@
 #include "settings/SettingsManager.h"
 
 #include "platform/CodePage.h"
+#include "platform/ErrorText.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
 #include "settings/KalventoPaths.h"
@@ -28,7 +29,7 @@ bool KeepDamagedFileAside(std::wstring_view a_path)
         aside ? fmt::format(fmt::runtime("Uszkodzony plik ustawień {} zachowano jako {}"_cp1250),
                             CodePage::WideToCp1250(a_path), CodePage::WideToCp1250(WidePath::ToWide(*aside)))
               : fmt::format(fmt::runtime("Nie można zachować uszkodzonego pliku ustawień {}: {}"_cp1250),
-                            CodePage::WideToCp1250(a_path), error.message()));
+                            CodePage::WideToCp1250(a_path), kalvento::internal::ErrorText(error)));
     return aside.has_value();
 }
 

@@ -1,5 +1,6 @@
 // A tree as a text and as a file: part of the class Settings, but apart from its source, on which the written form is
 // built.
+#include "platform/ErrorText.h"
 #include "settings/Settings.h"
 
 #include "platform/CodePage.h"
@@ -71,7 +72,7 @@ bool Settings::LoadFromFile(std::wstring_view a_path, std::string_view a_rootNam
         const std::string name = CodePage::WideToCp1250(a_path);
         if (text)
             return LoadFromBytes(*text, name, a_rootName).empty();
-        LogUnread(name, error.message());
+        LogUnread(name, kalvento::internal::ErrorText(error));
     } catch (...) {
         LogAllExceptions("Settings::LoadFromFile", __LINE__);
     }
@@ -109,7 +110,7 @@ bool Settings::SaveToFile(std::wstring_view a_path, std::string_view a_rootName)
         VeloTools::Log::Instance().Write(
             "Settings::SaveToFile", __LINE__,
             fmt::format(fmt::runtime("Nie można zapisać pliku {}: {}"_cp1250), CodePage::WideToCp1250(a_path),
-                        written.problem.empty() ? error.message() : written.problem));
+                        written.problem.empty() ? kalvento::internal::ErrorText(error) : written.problem));
     } catch (...) {
         LogAllExceptions("Settings::SaveToFile", __LINE__);
     }

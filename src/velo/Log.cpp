@@ -1,6 +1,8 @@
 #include "velo/Log.h"
 
 #include "platform/CodePage.h"
+#include "platform/ErrorText.h"
+#include "platform/ShownText.h"
 
 #include <fmt/format.h>
 #include <spdlog/pattern_formatter.h>
@@ -12,6 +14,7 @@
 #include <cstdio>
 #include <mutex>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -32,24 +35,12 @@ std::string Escape(std::string_view a_text)
 {
     std::string plain;
     plain.reserve(a_text.size());
-    for (const char character : a_text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (character == '\n')
-            plain += "\\n";
-        else if (character == '\r')
-            plain += "\\r";
-        else if (character == '\t')
-            plain += "\\t";
-        else if (character == '\\')
-            plain += "\\\\";
-        // The bytes that the code page leaves undefined would become control characters of the terminal.
-        else if (byte < 0x20 || byte == 0x7F || byte == 0x81 || byte == 0x83 || byte == 0x88 ||
-                 byte == 0x90 || byte == 0x98)
-            plain += fmt::format("\\x{:02X}", byte);
-        else
-            plain += character;
+    for (const wchar_t character : CodePage::Cp1250ToWide(a_text)) {
+        if (character == L'\\')
+            plain += '\\'; // two, so that an escape can be told from a text that looks like one
+        kalvento::internal::ShownText::Append(plain, character);
     }
-    return CodePage::Cp1250ToUtf8(plain);
+    return plain;
 }
 
 std::shared_ptr<spdlog::sinks::sink> WithPattern(std::shared_ptr<spdlog::sinks::sink> a_target)
@@ -164,8 +155,10 @@ bool Log::SetLogFolder(const std::filesystem::path& a_folder) noexcept
         const std::lock_guard lock(m_impl->mutex);
         m_impl->file.swap(file);
         return true;
-    } catch (const std::exception& failure) {
-        Write("Log::SetLogFolder", __LINE__, failure.what());
+    } catch (const std::system_error& failure) {
+        Write("Log::SetLogFolder", __LINE__,
+              "Nie można utworzyć folderu dziennika: "_cp1250 +
+                  kalvento::internal::ErrorText(failure.code()));
     } catch (...) {
         Write("Log::SetLogFolder", __LINE__, "Nie można otworzyć pliku dziennika"_cp1250);
     }

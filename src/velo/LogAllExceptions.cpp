@@ -1,14 +1,18 @@
 #include "velo/LogAllExceptions.h"
 
 #include "platform/CodePage.h"
+#include "platform/ErrorText.h"
+#include "platform/WidePath.h"
 #include "velo/Log.h"
 
 #include <cxxabi.h>
 
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <typeinfo>
 
 namespace {
@@ -26,6 +30,18 @@ std::string TypeName(const std::type_info* a_type)
     return status == 0 && name ? name.get() : a_type->name();
 }
 
+// The files that it is about; their names are UTF-8.
+std::string PathsOf(const std::system_error& a_exception)
+{
+    std::string text;
+    const auto* const files = dynamic_cast<const std::filesystem::filesystem_error*>(&a_exception);
+    for (const std::filesystem::path& path : {files != nullptr ? files->path1() : std::filesystem::path(),
+                                              files != nullptr ? files->path2() : std::filesystem::path()})
+        if (!path.empty())
+            text += (text.empty() ? ": " : ", ") + CodePage::WideToCp1250(WidePath::ToWide(path));
+    return text;
+}
+
 // Text of the exception in flight; a_cause takes what it was wrapped around, null where nothing.
 std::string Describe(std::exception_ptr& a_cause)
 {
@@ -37,6 +53,9 @@ std::string Describe(std::exception_ptr& a_cause)
     };
     try {
         throw;
+    } catch (const std::system_error& exception) {
+        a_cause = causeOf(exception);
+        return type + ": " + kalvento::internal::ErrorText(exception.code()) + PathsOf(exception);
     } catch (const std::exception& exception) {
         a_cause = causeOf(exception);
         return type + ": " + exception.what();

@@ -1,6 +1,7 @@
 #include "velo/Path.h"
 
 #include "platform/CodePage.h"
+#include "platform/ErrorText.h"
 #include "platform/ModulePath.h"
 #include "platform/UserFolders.h"
 #include "platform/WidePath.h"
@@ -82,7 +83,7 @@ bool RemovePath(std::wstring_view a_path)
         return removed > 0;
     Log::Instance().Write("Path::RemovePath", __LINE__,
                           fmt::format(fmt::runtime("Nie można usunąć {}: {}"_cp1250),
-                                      CodePage::WideToCp1250(a_path), error.message()));
+                                      CodePage::WideToCp1250(a_path), kalvento::internal::ErrorText(error)));
     return false;
 }
 

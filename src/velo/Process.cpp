@@ -2,6 +2,7 @@
 
 #include "platform/ChildProcess.h"
 #include "platform/CodePage.h"
+#include "platform/ErrorText.h"
 #include "platform/WidePath.h"
 #include "velo/Log.h"
 
@@ -86,7 +87,8 @@ OpenProcessResult OpenProcess(std::wstring_view a_program, std::wstring_view a_a
     const std::error_code error(errno, std::generic_category());
     Log::Instance().Write("Process::OpenProcess", __LINE__,
                           fmt::format(fmt::runtime("Nie można uruchomić programu {}: {}"_cp1250),
-                                      CodePage::WideToCp1250(a_program), error.message()));
+                                      CodePage::WideToCp1250(a_program),
+                                      kalvento::internal::ErrorText(error)));
     return {};
 }
 

@@ -1,9 +1,12 @@
 #include "platform/FileReplacement.h"
 
+#include "platform/UniqueFd.h"
 #include "support/TemporaryFolder.h"
 #include "support/Testing.h"
 
+#include <fcntl.h>
 #include <sched.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -128,6 +131,19 @@ TEST_F(FileReplacementTest, OnlyATypedPathMayBeADevice)
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "full"));
     EXPECT_EQ(m_folder.CountFiles(), 1U);
+}
+
+TEST_F(FileReplacementTest, WhatAKilledProcessLeftGoesAndWhatAnotherWaitsWithStays)
+{
+    m_folder.Write(".kalvento-1-1.tmp", "left");
+    m_folder.Write(".kalvento-1-2.tmp", "in use");
+    m_folder.Write(".kalvento-notes", "a user's");
+    const kalvento::internal::UniqueFd used(::open((m_folder / ".kalvento-1-2.tmp").c_str(), O_RDONLY));
+    ASSERT_EQ(::flock(used.Get(), LOCK_EX), 0);
+    EXPECT_FALSE(Replace(m_folder / "file", FileReplacement::EPathOwn, "new"));
+    EXPECT_FALSE(std::filesystem::exists(m_folder / ".kalvento-1-1.tmp"));
+    EXPECT_EQ(m_folder.Read(".kalvento-1-2.tmp"), "in use");
+    EXPECT_EQ(m_folder.CountFiles(), 3U);
 }
 
 // Without /proc a file can't get its name later: it has one of its own from the start.

@@ -1,5 +1,6 @@
 #include "platform/StandardStreams.h"
 
+#include "platform/OutputBuffer.h"
 #include "platform/UniqueFd.h"
 #include "support/Testing.h"
 
@@ -54,4 +55,29 @@ TEST(StandardStreamsTest, KnowAPipeAndWhetherItHolds)
     EXPECT_FALSE(StandardStreams::HasInput());
     ASSERT_EQ(::write(writer.Get(), "x", 1), 1);
     EXPECT_TRUE(StandardStreams::HasInput());
+}
+
+// What was written first arrives, the reason of the first failure stays, and nothing comes after a gap.
+TEST(OutputBufferTest, TellsAFullDiskFromAReaderThatWent)
+{
+    StandardStreams::LetWritesFail();
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_NONBLOCK | O_CLOEXEC), 0);
+    UniqueFd reader(ends[0]);
+    const UniqueFd writer(ends[1]);
+    const UniqueFd full(::open("/dev/full", O_WRONLY));
+    OutputBuffer toPipe(writer.Get(), false);
+    OutputBuffer toFull(full.Get(), true);
+    std::ostream piped(&toPipe);
+    std::ostream refused(&toFull);
+    EXPECT_TRUE(piped << "first" << std::flush);
+    std::array<char, 8> bytes{};
+    EXPECT_EQ(::read(reader.Get(), bytes.data(), bytes.size()), 5);
+    EXPECT_EQ(OutputBuffer::ErrorOf(piped), std::error_code());
+    reader.Close();
+    EXPECT_FALSE(piped << std::string(200000, 'x') << std::flush);
+    EXPECT_EQ(OutputBuffer::ErrorOf(piped), std::errc::broken_pipe);
+    EXPECT_FALSE(refused << "x" << std::flush);
+    EXPECT_EQ(OutputBuffer::ErrorOf(refused), std::errc::no_space_on_device);
+    EXPECT_EQ(OutputBuffer::ErrorOf(std::ostringstream()), std::error_code());
 }

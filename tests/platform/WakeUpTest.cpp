@@ -86,9 +86,15 @@ TEST(InterruptionTest, SignalsArriveAtTheDescriptorOfTheirOwnTime)
         SCOPED_TRACE(number);
         const Interruption interruption;
         EXPECT_FALSE(IsReady(interruption.GetFd())) << "what came to an earlier one is no news";
+        EXPECT_NO_THROW(Interruption::Check());
         ::raise(number);
+        {
+            const Interruption inner;
+            EXPECT_TRUE(IsReady(inner.GetFd())) << "it ends the work within, too";
+        }
         EXPECT_TRUE(IsReady(interruption.GetFd()));
-        EXPECT_TRUE(IsReady(interruption.GetFd()));
+        EXPECT_EQ(Interruption::GetSignal(), number);
+        EXPECT_THROW(Interruption::Check(), kalvento::internal::Interrupted);
     }
 }
 

@@ -147,14 +147,17 @@ TEST(LogAllExceptionsTest, TellsTypeAndText)
 {
     const LogWatch listener;
     LogWhat([] { throw std::out_of_range("too far"); });
+    LogWhat([] { std::filesystem::create_directory("/proc/ŻÓŁĆ/x"); });
     LogWhat([] { throw std::string("a string"); });
     LogWhat([] { throw "a literal"; });
     LogWhat([] { throw 42; });
     LogWhat([] { throw OddType(); });
     LogAllExceptions("Test", 2);
-    EXPECT_THAT(listener.lines, ElementsAre(HasSubstr("std::out_of_range: too far"), HasSubstr("a string"),
-                                            HasSubstr("a literal"), HasSubstr("int: 42"),
-                                            HasSubstr("OddType"), EndsWith(": Brak wyj\xB9tku w locie")));
+    EXPECT_THAT(listener.lines,
+                ElementsAre(HasSubstr("std::out_of_range: too far"),
+                            EndsWith("nie ma takiego pliku ani folderu: /proc/ŻÓŁĆ/x"_cp1250),
+                            HasSubstr("a string"), HasSubstr("a literal"), HasSubstr("int: 42"),
+                            HasSubstr("OddType"), EndsWith(": Brak wyj\xB9tku w locie")));
 }
 
 TEST(LogAllExceptionsTest, UnwindsCausesButNotForEver)
