@@ -25,7 +25,7 @@ Options ParseOptions(const std::string& a_connection)
     // The library's message quotes pieces of the text, and a piece may be the password.
     if (!parsed)
         throw std::invalid_argument(
-            "Zły opis połączenia z bazą; przyjmowane jest: host=KOMPUTER port=PORT dbname=BAZA user=KTO password=HASŁO albo postgresql://KTO@KOMPUTER/BAZA"_cp1250);
+            "Zły opis połączenia z bazą; przyjmowane jest: host=KOMPUTER port=PORT dbname=BAZA user=KTO albo postgresql://KTO@KOMPUTER/BAZA"_cp1250);
     Options options;
     for (const PQconninfoOption* option = parsed.get(); option->keyword != nullptr; ++option) {
         if (option->val != nullptr)
@@ -53,11 +53,18 @@ std::string ValueOr(const Options& a_options, std::string_view a_key, std::strin
 
 } // namespace
 
+GivenPassword::GivenPassword()
+    : std::invalid_argument(
+          "Hasło w opisie połączenia z bazą zobaczyliby inni (spis procesów, plik ustawień); należy je wpisać do pliku ~/.pgpass albo pliku wskazanego przez passfile="_cp1250)
+{}
+
 SqlAddress::SqlAddress(const std::string& a_connection)
 {
     if (a_connection.find_first_not_of(" \t\r\n") == std::string::npos)
         return;
     Options options = ParseOptions(a_connection);
+    if (options.contains("password") || options.contains("sslpassword"))
+        throw GivenPassword();
     m_description = ValueOr(options, "dbname", ValueOr(options, "user", "?")) + " @ " +
                     ValueOr(options, "host", ValueOr(options, "hostaddr", "localhost"));
 

@@ -119,7 +119,7 @@ std::optional<SqlQueries::Shape> SqlQueries::FindShape(pqxx::transaction_base& a
 {
     const pqxx::result found = a_transaction.exec_params(
         "SELECT number, interval_kind, multiplicity, row_count FROM instruments WHERE isin = $1",
-        SqlRowForm::WriteBytes(a_isin));
+        SqlRowForm::WriteName(a_isin));
     if (found.empty())
         return std::nullopt;
     return Shape{found[0][0].as<int>(),
@@ -133,7 +133,7 @@ std::vector<StoreInstrument> SqlQueries::ReadInstruments(pqxx::transaction_base&
 {
     std::vector<StoreInstrument> instruments;
     const std::string where =
-        a_isin ? " WHERE isin = " + a_transaction.quote(SqlRowForm::WriteBytes(*a_isin)) : "";
+        a_isin ? " WHERE isin = " + a_transaction.quote(SqlRowForm::WriteName(*a_isin)) : "";
     const pqxx::result found = a_transaction.exec(
         "SELECT number, isin, short_name, long_name, market, interval_kind, multiplicity, live,"
         " to_char(earliest.day, 'YYYY-MM-DD'), to_char(latest.day, 'YYYY-MM-DD') FROM instruments"
@@ -149,10 +149,12 @@ std::vector<StoreInstrument> SqlQueries::ReadInstruments(pqxx::transaction_base&
         if (ownSeries == series.end())
             continue; // it came or went between the statements
         StoreInstrument instrument;
-        instrument.isin = SqlRowForm::ReadBytes(row[1]);
-        instrument.shortName = SqlRowForm::ReadBytes(row[2]);
-        instrument.longName = SqlRowForm::ReadBytes(row[3]);
-        instrument.market = SqlRowForm::ReadBytes(row[4]);
+        ReadPart(number, damages, [&] {
+            instrument.isin = SqlRowForm::ReadName(row[1]);
+            instrument.shortName = SqlRowForm::ReadName(row[2]);
+            instrument.longName = SqlRowForm::ReadName(row[3]);
+            instrument.market = SqlRowForm::ReadName(row[4]);
+        });
         instrument.live = row[7].as<bool>();
         // Never given out twice: an instrument that was removed and recreated has other rows.
         instrument.generation = static_cast<std::uint64_t>(number);

@@ -19,8 +19,8 @@ using Words = kalvento::internal::NDateTimeWords;
 
 [[noreturn]] void RaiseUnreadable(std::string_view a_text)
 {
-    throw DamagedData(std::string("Nieczytelna wartość w bazie: "_cp1250) +
-                      std::string(a_text.substr(0, 60)));
+    const std::wstring shown = CodePage::Utf8ToWide(a_text).substr(0, 60); // whole letters
+    throw DamagedData(std::string("Nieczytelna wartość w bazie: "_cp1250) + CodePage::WideToCp1250(shown));
 }
 
 template<class Number>
@@ -118,24 +118,29 @@ void SqlRowForm::ReadNumbers(std::string_view a_text, std::vector<double>& a_val
     }
 }
 
-pqxx::binarystring SqlRowForm::WriteBytes(std::string_view a_bytes)
-{
-    return {a_bytes.data(), a_bytes.size()};
-}
-
-std::string SqlRowForm::ReadBytes(const pqxx::field& a_field)
-{
-    return pqxx::binarystring(a_field).str();
-}
-
 pqxx::binarystring SqlRowForm::WriteText(std::wstring_view a_text)
 {
-    return WriteBytes(CodePage::WideToUtf8(a_text));
+    const std::string utf8 = CodePage::WideToUtf8(a_text);
+    return {utf8.data(), utf8.size()};
 }
 
 std::wstring SqlRowForm::ReadText(const pqxx::field& a_field)
 {
-    return CodePage::Utf8ToWide(ReadBytes(a_field));
+    return CodePage::Utf8ToWide(pqxx::binarystring(a_field).str());
+}
+
+pqxx::binarystring SqlRowForm::WriteName(std::string_view a_name)
+{
+    return WriteText(CodePage::Cp1250ToWide(a_name));
+}
+
+std::string SqlRowForm::ReadName(const pqxx::field& a_field)
+{
+    const std::wstring wide = ReadText(a_field);
+    std::string name = CodePage::WideToCp1250(wide);
+    if (!CodePage::FitsCp1250(wide))
+        throw DamagedData("nazwa z literami spoza strony kodowej CP1250: "_cp1250 + name);
+    return name;
 }
 
 std::string SqlRowForm::ToLogText(std::string_view a_utf8)

@@ -38,12 +38,12 @@ std::string WriteNumbers(const std::vector<double>& a_values);
 /// Replaces the contents of a_values, so that its memory can be used for many rows.
 void ReadNumbers(std::string_view a_text, std::vector<double>& a_values);
 
-/// Opaque bytes, written as a parameter and read from a column of type bytea.
-pqxx::binarystring WriteBytes(std::string_view a_bytes);
-std::string ReadBytes(const pqxx::field& a_field);
-/// Wide text is stored in bytea as UTF-8.
+/// Text is stored in bytea as UTF-8.
 pqxx::binarystring WriteText(std::wstring_view a_text);
 std::wstring ReadText(const pqxx::field& a_field);
+/// Narrow names: CP1250 here, UTF-8 in the database. DamagedData for a name that CP1250 can't hold.
+pqxx::binarystring WriteName(std::string_view a_name);
+std::string ReadName(const pqxx::field& a_field);
 
 /// Texts of libpqxx and of the server are UTF-8, those of this program's log CP1250.
 std::string ToLogText(std::string_view a_utf8);

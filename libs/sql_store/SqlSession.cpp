@@ -150,7 +150,11 @@ std::string SqlSession::FindIsin(SqlConnection& a_connection, const std::string&
             .exec_params("SELECT isin FROM instruments WHERE number::text = $1", a_number);
     if (found.empty())
         return {};
-    return m_isins[a_number] = SqlRowForm::ReadBytes(found[0][0]);
+    try {
+        return m_isins[a_number] = SqlRowForm::ReadName(found[0][0]);
+    } catch (const DamagedData&) {
+        return {}; // left out, which ReadInstruments has told
+    }
 }
 
 void SqlSession::TellBroken(const std::string& a_reason)

@@ -123,7 +123,7 @@ HistoryOperations SqlStore::ReadOperations(const std::string& a_isin)
         const pqxx::result found = a_transaction.exec_params(
             "SELECT operations_version, id, kind, day_number, counter, factor FROM instruments"
             " LEFT JOIN operations ON instrument = number WHERE isin = $1 ORDER BY place",
-            SqlRowForm::WriteBytes(a_isin));
+            SqlRowForm::WriteName(a_isin));
         for (const pqxx::row& row : found) {
             list[HistoryOperations::XML_VERSION] = row[0].as<int>();
             if (row[1].is_null())
@@ -184,7 +184,7 @@ std::optional<Offers> SqlStore::ReadOffers(const std::string& a_isin)
         const pqxx::result found = a_transaction.exec_params(
             std::string("SELECT ") + SqlRowForm::S_timeColumns +
                 ", series, values FROM books JOIN instruments ON number = instrument WHERE isin = $1",
-            SqlRowForm::WriteBytes(a_isin));
+            SqlRowForm::WriteName(a_isin));
         if (found.empty())
             return offers;
         offers.emplace();

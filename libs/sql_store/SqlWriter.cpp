@@ -46,7 +46,7 @@ Target LockInstrument(pqxx::transaction_base& a_transaction, const std::string& 
 {
     const pqxx::result found = a_transaction.exec_params(
         "SELECT number, row_count, interval_kind, multiplicity FROM instruments WHERE isin = $1 FOR UPDATE",
-        SqlRowForm::WriteBytes(a_isin));
+        SqlRowForm::WriteName(a_isin));
     if (found.empty())
         RaiseNoInstrument(a_isin);
     return {found[0][0].as<int>(), found[0][1].as<std::uint64_t>(),
@@ -246,7 +246,7 @@ void SqlWriter::CreateInstrument(const StoreInstrument& a_instrument)
 {
     CheckShape(a_instrument);
     m_session->Transact([&](pqxx::work& a_transaction) {
-        const auto isin = SqlRowForm::WriteBytes(a_instrument.isin);
+        const auto isin = SqlRowForm::WriteName(a_instrument.isin);
         const pqxx::result added = a_transaction.exec_params(
             "INSERT INTO instruments (isin, short_name, long_name, market, interval_kind, multiplicity, live)"
             " VALUES ($1, '', '', '', $2, $3, false) ON CONFLICT DO NOTHING RETURNING number",
@@ -262,8 +262,8 @@ void SqlWriter::CreateInstrument(const StoreInstrument& a_instrument)
                               " jest już w bazie z innymi seriami lub interwałem"_cp1250);
         a_transaction.exec_params(
             "UPDATE instruments SET short_name = $2, long_name = $3, market = $4, live = $5 WHERE number = $1",
-            target.number, SqlRowForm::WriteBytes(a_instrument.shortName),
-            SqlRowForm::WriteBytes(a_instrument.longName), SqlRowForm::WriteBytes(a_instrument.market),
+            target.number, SqlRowForm::WriteName(a_instrument.shortName),
+            SqlRowForm::WriteName(a_instrument.longName), SqlRowForm::WriteName(a_instrument.market),
             a_instrument.live);
         a_transaction.exec_params("DELETE FROM groups WHERE instrument = $1", target.number);
         WriteGroups(a_transaction, target.number, a_instrument.groups);
@@ -276,7 +276,7 @@ bool SqlWriter::RemoveInstrument(const std::string& a_isin)
     return m_session->Transact([&](pqxx::work& a_transaction) {
         // The instrument first: it locks out those who append.
         const pqxx::result gone = a_transaction.exec_params(
-            "DELETE FROM instruments WHERE isin = $1 RETURNING number", SqlRowForm::WriteBytes(a_isin));
+            "DELETE FROM instruments WHERE isin = $1 RETURNING number", SqlRowForm::WriteName(a_isin));
         if (gone.empty())
             return false;
         a_transaction.exec_params("DELETE FROM rows WHERE instrument = $1", gone[0][0].as<int>());
