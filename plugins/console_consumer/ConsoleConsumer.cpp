@@ -57,8 +57,8 @@ bool CallGuarded(const char* a_place, const Asset& a_asset, const std::function<
 void EndAndTell(Watch& a_watch, std::wstring_view a_reason)
 {
     if (a_watch.End(a_reason))
-        PluginBase::ShowNotificationMessage(CodePage::Utf8ToWide(a_watch.GetAsset().GetShortName()) + L": " +
-                                            std::wstring(a_reason));
+        PluginBase::ShowNotificationMessage(CodePage::Cp1250ToWide(a_watch.GetAsset().GetShortName()) +
+                                            L": " + std::wstring(a_reason));
 }
 
 } // namespace
@@ -471,7 +471,7 @@ void ConsoleConsumer::Paint()
             return;
         const Asset& asset = watch->GetAsset();
         ScreenModel model;
-        model.symbol = CodePage::Utf8ToWide(asset.GetShortName());
+        model.symbol = CodePage::Cp1250ToWide(asset.GetShortName());
         model.name = CodePage::Cp1250ToWide(asset.GetLongName());
         model.provider = asset.GetProvider()->GetName();
         model.status = asset.GetProvider()->GetConnectionStatus();

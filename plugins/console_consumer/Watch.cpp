@@ -3,6 +3,8 @@
 #include "assets/AssetParams.h"
 #include "console_consumer/PlainLines.h"
 #include "modules/ProviderBase.h"
+#include "platform/CodePage.h"
+#include "platform/ShownText.h"
 #include "series/CurrentState.h"
 #include "series/Synchronization.h"
 
@@ -36,6 +38,7 @@ std::unique_ptr<Watch> Watch::Make(const Asset& a_asset, IntervalAndMultiplicity
 Watch::Watch(const Asset& a_asset, const std::set<DSProp>& a_series, RequestParams a_request,
              const kalvento::host::ScreenOptions& a_options)
     : m_asset(a_asset),
+      m_symbol(kalvento::internal::ShownText::OneLine(CodePage::Cp1250ToUtf8(a_asset.GetShortName()))),
       m_request(std::move(a_request)),
       m_options(a_options),
       m_model(a_series, m_request.GetInterval(), static_cast<unsigned short>(m_request.GetMultiplicity())),
@@ -90,8 +93,7 @@ void Watch::SetSynchronization(Synchronization&& a_synchronization)
         while (place < std::min(m_model.GetCount(), before.GetRecordsCount()) && isSame())
             ++place;
         for (; place < m_model.GetCount(); ++place)
-            m_lines += PlainLines::Candle(m_asset.GetShortName(),
-                                          place < before.GetRecordsCount() ? "changed" : "new",
+            m_lines += PlainLines::Candle(m_symbol, place < before.GetRecordsCount() ? "changed" : "new",
                                           m_model.GetCandle(place));
     }
     NoteLastCandle();
@@ -108,7 +110,7 @@ void Watch::PrintPast()
     const std::size_t shown =
         m_options.candles == 0 ? count : std::min<std::size_t>(count, m_options.candles);
     for (std::size_t place = count - shown; place < count; ++place)
-        m_lines += PlainLines::Candle(m_asset.GetShortName(), "history", m_model.GetCandle(place));
+        m_lines += PlainLines::Candle(m_symbol, "history", m_model.GetCandle(place));
 }
 
 void Watch::AddRecord(const Record& a_record)
@@ -120,8 +122,7 @@ void Watch::AddRecord(const Record& a_record)
     NotePrice(change->candle.find(Price)->second);
     NoteTime(a_record.GetTime());
     if (m_options.plain)
-        m_lines +=
-            PlainLines::Candle(m_asset.GetShortName(), change->isNew ? "new" : "changed", change->candle);
+        m_lines += PlainLines::Candle(m_symbol, change->isNew ? "new" : "changed", change->candle);
 }
 
 void Watch::SetState(const CurrentState& a_state)
@@ -145,7 +146,7 @@ void Watch::SetOffers(const Offers& a_offers)
     else
         m_offers->MergeChangesValues(a_offers);
     if (m_options.plain && m_options.book)
-        m_lines += PlainLines::Book(m_asset.GetShortName(), *m_offers, m_time);
+        m_lines += PlainLines::Book(m_symbol, *m_offers, m_time);
 }
 
 void Watch::SetTrades(const LatestRecords& a_trades)
@@ -161,7 +162,7 @@ void Watch::SetTrades(const LatestRecords& a_trades)
                        a_trade.volume == m_trades.front().volume;
             });
         while (known != trades.begin())
-            m_lines += PlainLines::Trade(m_asset.GetShortName(), *--known);
+            m_lines += PlainLines::Trade(m_symbol, *--known);
     }
     m_trades = std::move(trades);
     if (!m_trades.empty())

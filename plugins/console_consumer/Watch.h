@@ -75,6 +75,7 @@ private:
     void PrintPast();
 
     const Asset m_asset;
+    const std::string m_symbol; // for lines
     const RequestParams m_request;
     const kalvento::host::ScreenOptions m_options;
     int m_decimals = 2;

@@ -2,6 +2,7 @@
 
 #include "file_provider/StoreLog.h"
 #include "platform/CodePage.h"
+#include "platform/ShownText.h"
 #include "platform/WidePath.h"
 #include "series/Series.h"
 #include "text_rows/RowSeries.h"
@@ -63,8 +64,12 @@ void AddInstrument(Catalog& a_catalog, const std::shared_ptr<RowCache>& a_cache,
     Catalog::Instrument instrument;
     StoreInstrument& info = instrument.info;
     info.isin = a_catalog.instruments.contains(name) ? source.name + "." + name : name;
-    info.shortName = info.isin;
-    info.longName = CodePage::WideToCp1250(CodePage::Utf8ToWide(called));
+    const std::wstring letters = CodePage::Utf8ToWide(called);
+    info.longName = CodePage::WideToCp1250(letters);
+    // Its own letters, unless another instrument has the name already, or they can't be shown.
+    const bool isOwn = info.isin == SafeName(called) && CodePage::FitsCp1250(letters) &&
+                       std::ranges::none_of(letters, internal::ShownText::IsControl);
+    info.shortName = isOwn ? info.longName : info.isin;
     info.market = source.market;
     info.groups = {S_all};
     if (!source.group.empty())

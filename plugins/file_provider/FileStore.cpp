@@ -5,6 +5,7 @@
 #include "file_provider/MarketClock.h"
 #include "file_provider/StoreLog.h"
 #include "platform/CodePage.h"
+#include "platform/ErrorText.h"
 #include "platform/FileTools.h"
 #include "platform/WidePath.h"
 #include "text_rows/TimeText.h"
@@ -301,14 +302,14 @@ HistoryOperations FileStore::ReadOperations(const std::string& a_isin)
     HistoryOperations operations;
     if (!place || !place->operations)
         return operations;
-    const std::filesystem::path& path = *place->operations;
+    const std::string name = CodePage::WideToCp1250(WidePath::ToWide(*place->operations));
     std::error_code error;
-    const auto text = FileTools::ReadFile(path, S_mostOperationsBytes, error);
+    const auto text = FileTools::ReadFile(*place->operations, S_mostOperationsBytes, error);
     if (!text)
-        throw std::runtime_error(path.string() + ": " + error.message());
+        throw std::runtime_error(name + ": " + kalvento::internal::ErrorText(error));
     // An empty list would replace the one that is kept.
     if (!operations.Parse(*text))
-        throw std::runtime_error(path.string() + ": " + "nie można odczytać listy operacji"_cp1250);
+        throw std::runtime_error(name + ": " + "nie można odczytać listy operacji"_cp1250);
     return operations;
 }
 

@@ -2,6 +2,8 @@
 
 #include "file_provider/Fingerprint.h"
 #include "file_provider/StoreLog.h"
+#include "platform/CodePage.h"
+#include "platform/ErrorText.h"
 #include "platform/FileTools.h"
 #include "text_rows/RowSeries.h"
 
@@ -99,7 +101,8 @@ void PartWriter::Write(std::size_t a_symbol, History a_rows)
         part.kept = std::make_shared<const History>(std::move(a_rows));
         if (!m_failureTold.exchange(true))
             WriteLog(__LINE__, "Nie można zapisać historii w folderze " + m_files.GetFolder().string() +
-                                   " (" + error.message() + "); dane pozostają w pamięci");
+                                   " (" + CodePage::Cp1250ToUtf8(internal::ErrorText(error)) +
+                                   "); dane pozostają w pamięci");
     }
     symbol.rows += part.rows;
     symbol.parts.push_back(std::move(part));

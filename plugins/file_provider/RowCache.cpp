@@ -5,6 +5,7 @@
 #include "file_provider/RowIndex.h"
 #include "file_provider/StoreLog.h"
 #include "platform/CodePage.h"
+#include "platform/ErrorText.h"
 #include "platform/FileTools.h"
 #include "series/Offers.h"
 #include "text_rows/ByteSource.h"
@@ -141,7 +142,8 @@ void RowCache::Repair(const std::shared_ptr<const CacheContents>& a_damaged,
     WriteLog(__LINE__,
              a_path.string() + ": uszkodzony blok historii; plik źródłowy zostanie wczytany ponownie");
     if (StampOf(a_path) && !FileTools::KeepAside(a_path, std::chrono::system_clock::now(), error))
-        WriteLog(__LINE__, a_path.string() + ": nie można odłożyć uszkodzonego bloku: " + error.message());
+        WriteLog(__LINE__, a_path.string() + ": nie można odłożyć uszkodzonego bloku: " +
+                               CodePage::Cp1250ToUtf8(internal::ErrorText(error)));
     auto contents = MakeContents({});
     // Readers have seen these rows: they must not change without their knowledge.
     if (contents->fingerprint != a_damaged->fingerprint || !HasSameShape(*contents, *a_damaged))
