@@ -1,5 +1,6 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/Note.h"
 #include "kalvento/OpenInput.h"
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
@@ -10,6 +11,7 @@
 #include "kalvento/RowFolding.h"
 #include "kalvento/RowWriter.h"
 #include "kalvento/WordFault.h"
+#include "platform/Interruption.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
 
@@ -283,12 +285,14 @@ struct FileJob {
         try {
             RaiseToolErrors(
                 [&] { CandlesRun(a_options, std::vector<std::string>{file}, output, context).Run(); });
+        } catch (const internal::Interrupted&) { // told once, for all files
+            exitCode = EExitFailure;
         } catch (const ToolError& failure) {
             exitCode = failure.GetExitCode();
-            notes << "kalvento: " << failure.what() << '\n';
+            Note(context, failure.what());
         } catch (const std::exception& failure) {
             exitCode = EExitFailure;
-            notes << "kalvento: " << file << ": " << failure.what() << '\n';
+            Note(context, file + ": " + failure.what());
         }
     }
 };
@@ -312,11 +316,11 @@ int RunEachFile(const CandlesOptions& a_options, ToolContext& a_context)
         for (std::size_t place = next++; place < jobs.size(); place = next++)
             jobs[place].Run(a_options, a_context);
     };
-    std::vector<std::thread> helpers;
+    std::vector<std::jthread> helpers; // joined even where the next one can't be started
     for (std::size_t count = 1; count < std::min<std::size_t>(a_options.jobs, jobs.size()); ++count)
         helpers.emplace_back(work);
     work();
-    for (std::thread& helper : helpers)
+    for (std::jthread& helper : helpers)
         helper.join();
 
     int exitCode = EExitOk;
@@ -324,6 +328,7 @@ int RunEachFile(const CandlesOptions& a_options, ToolContext& a_context)
         a_context.err << job.notes.str();
         exitCode = exitCode == EExitOk ? job.exitCode : exitCode;
     }
+    internal::Interruption::Check();
     return exitCode;
 }
 

@@ -1,9 +1,12 @@
 #include "kalvento/CommandLine.h"
 
+#include "platform/ShownText.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <optional>
+#include <sstream>
 
 namespace kalvento::tool {
 
@@ -162,7 +165,11 @@ CommandLine::EOutcome CommandLine::Parse(std::vector<std::string> a_arguments, s
         m_app->parse(std::move(a_arguments));
         return EParsed;
     } catch (const CLI::ParseError& failure) {
-        return m_app->exit(failure, a_out, a_err) == 0 ? EToldUser : ERefused;
+        // It repeats what was typed, which a script may have taken from the name of a file.
+        std::ostringstream err;
+        const bool isTold = m_app->exit(failure, a_out, err) == 0;
+        a_err << internal::ShownText::Lines(err.str());
+        return isTold ? EToldUser : ERefused;
     }
 }
 

@@ -2,6 +2,7 @@
 #include "kalvento/Commands.h"
 #include "kalvento/OptionValues.h"
 #include "kalvento/SessionGenerator.h"
+#include "platform/Interruption.h"
 #include "time/DateTimeTools.h"
 #include "time/TimeParts.h"
 
@@ -63,6 +64,7 @@ public:
 
     void Flush()
     {
+        internal::Interruption::Check();
         m_target.Write(m_buffer);
         m_buffer.clear();
     }
@@ -96,6 +98,7 @@ void WriteBlock(SessionGenerator& a_generator, const GenerateOptions& a_options,
         if (!times.empty())
             DateTimeTools::ShiftTimeIfNeed(times.back(), time);
         times.push_back(time);
+        internal::Interruption::Check();
         // One division of whole numbers gives the same double as reading the decimal text would.
         prices.push_back(static_cast<double>(trade.priceInTicks * a_options.market.tickSize.digits) / unit);
         volumes.push_back(static_cast<double>(trade.volume));

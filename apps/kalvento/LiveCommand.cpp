@@ -2,12 +2,14 @@
 #include "folding/PieceFolder.h"
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/Note.h"
 #include "kalvento/OpenInput.h"
 #include "kalvento/OptionValues.h"
 #include "kalvento/OutputTarget.h"
 #include "kalvento/ReadNotes.h"
 #include "kalvento/TextForms.h"
 #include "platform/Interruption.h"
+#include "platform/ShownText.h"
 #include "series/Series.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
@@ -107,8 +109,9 @@ private:
         m_text += a_isNew ? "new      " : "changed  ";
         m_text += FormatTime(a_candle.GetTime(), m_datesOnly);
         if (m_symbols) {
-            m_text += "  " + a_symbol;
-            m_text.append(a_symbol.size() < 10 ? 10 - a_symbol.size() : 0, ' ');
+            const std::string symbol = internal::ShownText::OneLine(a_symbol);
+            const std::size_t width = ShownWidth(symbol);
+            m_text += "  " + symbol + std::string(width < 10 ? 10 - width : 0, ' ');
         }
         for (const ESeriesId series : m_order)
             Cell(FormatNumber(a_candle.find(series)->second));
@@ -120,7 +123,7 @@ private:
         m_text += a_isNew ? "new," : "changed,";
         m_text += FormatTime(a_candle.GetTime(), m_datesOnly);
         if (m_symbols)
-            m_text += ',' + a_symbol;
+            m_text += ',' + QuoteField(a_symbol);
         for (const ESeriesId series : m_order)
             m_text += ',' + FormatNumber(a_candle.find(series)->second);
         m_text += '\n';
@@ -211,7 +214,7 @@ private:
 void LiveRun::Say(const std::string& a_text) const
 {
     if (!m_context.quiet)
-        m_context.err << "kalvento: " << m_source->GetName() << ": " << a_text << std::endl;
+        Note(m_context, m_source->GetName() + ": " + a_text);
 }
 
 void LiveRun::Run()

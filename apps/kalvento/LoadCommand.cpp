@@ -77,6 +77,11 @@ public:
         try {
             m_description = SqlAddress(a_connection).GetDescription();
             m_writer = std::make_unique<SqlWriter>(a_connection);
+        } catch (const GivenPassword&) {
+            throw ToolError(
+                EExitUsage,
+                "--database: holds a password, which everybody who lists the processes can see; "
+                "put it into ~/.pgpass (or a file named by passfile=, or PGPASSWORD) and leave it out");
         } catch (const std::invalid_argument&) {
             // Nothing of the text is repeated: it may hold a password.
             throw ToolError(EExitUsage,
@@ -107,12 +112,21 @@ private:
 /// The rows of one instrument out of one file.
 class InstrumentLoad {
 public:
-    InstrumentLoad(Database& a_database, const RowLayout& a_layout, std::string a_place, std::string a_isin)
-        : m_database(a_database), m_layout(a_layout), m_place(std::move(a_place)), m_isin(std::move(a_isin))
+    /// a_isin: UTF-8, as it stands in the file or was typed.
+    InstrumentLoad(Database& a_database, const RowLayout& a_layout, std::string a_place,
+                   const std::string& a_isin)
+        : m_database(a_database),
+          m_layout(a_layout),
+          m_place(std::move(a_place)),
+          m_isin(CodePage::WideToCp1250(CodePage::Utf8ToWide(a_isin)))
     {
+        if (!CodePage::FitsCp1250(CodePage::Utf8ToWide(a_isin)))
+            throw ToolError(EExitBadData,
+                            m_place + ": found the symbol \"" + a_isin +
+                                "\", expected letters of the code page CP1250; --symbol gives another one");
         if (!StoreProvider::IsServable(m_isin))
-            throw ToolError(EExitBadData, m_place + ": found the symbol \"" + m_isin +
-                                              "\", expected 1 to 120 bytes without '/', '\\' and control "
+            throw ToolError(EExitBadData, m_place + ": found the symbol \"" + a_isin +
+                                              "\", expected 1 to 120 letters without '/', '\\' and control "
                                               "characters; --symbol gives another one");
         Forget();
     }
@@ -203,8 +217,8 @@ private:
 
     Database& m_database;
     const RowLayout& m_layout;
-    const std::string m_place; // for refusals
-    const std::string m_isin;
+    const std::string m_place;               // for refusals
+    const std::string m_isin;                // CP1250
     std::optional<std::uint64_t> m_position; // of the next row; known from the first flush on
     std::vector<NDateTime> m_times;
     DataSeriesSet::Columns m_columns;
@@ -248,7 +262,7 @@ void LoadRun::Run()
             RaiseToolErrors([&] { LoadFile(source, m_options.files[file], bytes); });
             bytes += source.GetSize();
         }
-    } catch (const ToolError&) {
+    } catch (...) {
         m_progress.reset();
         PrintTallies(); // what is in the database stays there
         throw;
@@ -330,7 +344,7 @@ void LoadRun::PrintTallies()
     Tally all;
     for (const std::string& isin : m_isins) {
         const Tally& tally = m_tallies[isin];
-        add(isin, tally);
+        add(CodePage::Cp1250ToUtf8(isin), tally);
         all.added += tally.added;
         all.there += tally.there;
         all.count += tally.count;
@@ -363,7 +377,7 @@ void AddLoadCommand(Command a_app, ToolContext& a_context)
         .AddOption(
             "--database", options->database,
             "How to connect: \"host=... dbname=... user=...\" or postgresql://user@host/name; a password "
-            "is better kept in ~/.pgpass")
+            "is taken from ~/.pgpass")
         .Required()
         .TypeName("CONNECTION");
     command.AddOption(

@@ -15,7 +15,8 @@ namespace kalvento::tool {
 /// Rows that are read at once: they lie in the second cache of a core until they are worked on.
 inline constexpr std::size_t S_blockRows = 8192;
 
-// A path, or "-" for the context's input, which then outlives the source. They raise RowsFault.
+// A path, or "-" for the context's input, which then outlives the source. They raise RowsFault; a read of
+// OpenInput's raises Interrupted after a signal.
 
 std::unique_ptr<ByteSource> OpenInput(const std::string& a_path, ToolContext& a_context);
 std::unique_ptr<GrowingSource> OpenGrowingInput(const std::string& a_path, ToolContext& a_context);

@@ -1,4 +1,5 @@
 #include "kalvento/Commands.h"
+#include "kalvento/Note.h"
 #include "kalvento/OperationsFile.h"
 #include "kalvento/OutputOptions.h"
 #include "kalvento/OutputTarget.h"
@@ -75,7 +76,7 @@ void RunOperations(const OperationsOptions& a_options, ToolContext& a_context)
     target.Commit();
     a_context.out.flush();
     for (const std::string& oddity : file.oddities)
-        a_context.err << "kalvento: " << file.name << ": " << oddity << '\n';
+        Note(a_context, file.name + ": " + oddity);
     if (!file.oddities.empty())
         a_context.exitCode = EExitBadData;
 }

@@ -1,5 +1,6 @@
 #include "kalvento/OperationsFile.h"
 
+#include "kalvento/Note.h"
 #include "kalvento/OpenInput.h"
 #include "kalvento/TextForms.h"
 #include "kalvento/ToolContext.h"
@@ -131,7 +132,7 @@ HistoryOperations ReadOperationsForRows(const std::string& a_path, std::string_v
     OperationsFile file = ReadOperationsFile(a_path, a_context);
     if (!a_context.quiet) {
         for (const std::string& oddity : file.oddities)
-            a_context.err << "kalvento: " << file.name << ": " << oddity << '\n';
+            Note(a_context, file.name + ": " + oddity);
     }
     return std::move(file.list);
 }

@@ -1,5 +1,7 @@
 #include "kalvento/OutputTarget.h"
 
+#include "platform/OutputBuffer.h"
+
 #include <ostream>
 
 namespace kalvento::tool {
@@ -14,6 +16,16 @@ void Check(const std::error_code& a_error, const std::string& a_path, const char
 
 } // namespace
 
+void CheckStandardOutput(const ToolContext& a_context)
+{
+    if (a_context.out)
+        return;
+    const std::error_code error = internal::OutputBuffer::ErrorOf(a_context.out);
+    if (!error || error == std::errc::broken_pipe)
+        throw OutputClosed();
+    Check(error, "standard output", "written");
+}
+
 OutputTarget::OutputTarget(const std::string& a_path, ToolContext& a_context) : m_context(a_context)
 {
     if (a_path.empty() || a_path == "-")
@@ -26,8 +38,7 @@ void OutputTarget::Write(std::string_view a_bytes)
 {
     if (m_path.empty()) {
         m_context.out.write(a_bytes.data(), static_cast<std::streamsize>(a_bytes.size()));
-        if (!m_context.out)
-            throw OutputClosed();
+        CheckStandardOutput(m_context);
         return;
     }
     Check(m_file.Write(a_bytes), m_path, "written");
@@ -37,8 +48,7 @@ void OutputTarget::Commit()
 {
     if (m_path.empty()) {
         m_context.out.flush();
-        if (!m_context.out)
-            throw OutputClosed();
+        CheckStandardOutput(m_context);
         return;
     }
     Check(m_file.Flush(), m_path, "written");

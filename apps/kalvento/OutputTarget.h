@@ -8,6 +8,10 @@
 
 namespace kalvento::tool {
 
+/// Raises where what was written to standard output did not arrive: OutputClosed where its reader went away, else
+/// ToolError (EExitFailure).
+void CheckStandardOutput(const ToolContext& a_context);
+
 /// Where a command's result goes: standard output, or a file that appears whole or not at all, put in its place
 /// by Commit; without Commit nothing is left. Standard output is written as the result comes.
 /// A full disk raises ToolError (EExitFailure), a reader that left standard output OutputClosed.

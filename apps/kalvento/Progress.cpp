@@ -1,5 +1,7 @@
 #include "kalvento/Progress.h"
 
+#include "platform/Interruption.h"
+
 #include <algorithm>
 #include <ostream>
 #include <string>
@@ -29,6 +31,8 @@ Progress::~Progress()
 
 void Progress::Show(std::uint64_t a_bytes, std::uint64_t a_rows)
 {
+    m_context.rowsRead = a_rows;
+    internal::Interruption::Check();
     if (!m_wanted)
         return;
     const auto now = std::chrono::steady_clock::now();

@@ -17,6 +17,7 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
+    /// Raises Interrupted after a signal.
     void Show(std::uint64_t a_bytes, std::uint64_t a_rows);
 
 private:

@@ -1,8 +1,7 @@
 #include "kalvento/ReadNotes.h"
 
+#include "kalvento/Note.h"
 #include "text_rows/ByteSource.h"
-
-#include <ostream>
 
 namespace kalvento::tool {
 
@@ -16,8 +15,8 @@ ReadHooks ReadNotes::HooksFor(const ByteSource& a_input) const
 {
     ReadHooks hooks;
     if (!m_context.quiet)
-        hooks.passedOver = [&err = m_context.err, name = a_input.GetName()](const std::string& a_columns) {
-            err << "kalvento: " << name << ": columns passed over: " << a_columns << '\n';
+        hooks.passedOver = [&context = m_context, name = a_input.GetName()](const std::string& a_columns) {
+            Note(context, name + ": columns passed over: " + a_columns);
         };
     if (m_rejects)
         hooks.setAside = [rejects = m_rejects.get()](std::string_view a_line) {
@@ -34,14 +33,13 @@ void ReadNotes::Finish(const RowCounts& a_counts)
         return;
     const auto note = [this](std::uint64_t a_count, const char* a_text) {
         if (a_count > 0)
-            m_context.err << "kalvento: " << a_count << ' ' << a_text << '\n';
+            Note(m_context, std::to_string(a_count) + ' ' + a_text);
     };
     note(a_counts.bad, "lines set aside that could not be read");
     note(a_counts.dropped, "rows left out, their times not later than the ones before");
     note(a_counts.raised, "rows with falling times moved up behind the ones before");
     if (a_counts.rows == 0)
-        m_context.err << "kalvento: no rows" << (a_counts.outside > 0 ? " between --from and --to" : "")
-                      << '\n';
+        Note(m_context, std::string("no rows") + (a_counts.outside > 0 ? " between --from and --to" : ""));
 }
 
 } // namespace kalvento::tool

@@ -29,20 +29,6 @@ std::vector<OutputColumn> OrderColumns(const RowLayout& a_layout)
     return columns;
 }
 
-/// A field of CSV text, in quotes where it needs them.
-std::string QuoteField(std::string_view a_text)
-{
-    if (a_text.find_first_of(",\"\r\n#") == std::string_view::npos)
-        return std::string(a_text);
-    std::string quoted = "\"";
-    for (const char sign : a_text) {
-        if (sign == '"')
-            quoted += '"';
-        quoted += sign;
-    }
-    return quoted + '"';
-}
-
 class LineWriter : public RowWriter {
 public:
     LineWriter(const RowLayout& a_layout, bool a_dateOnly, OutputTarget& a_target)

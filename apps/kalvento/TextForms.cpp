@@ -1,5 +1,7 @@
 #include "kalvento/TextForms.h"
 
+#include "platform/CodePage.h"
+#include "platform/ShownText.h"
 #include "time/NDateTime.h"
 
 #include <boost/json/serialize.hpp>
@@ -19,14 +21,6 @@ namespace kalvento::tool {
 namespace {
 
 constexpr std::size_t S_mostDecimals = 8;
-
-// Characters as a terminal shows them: every byte but the continuations of a UTF-8 sequence.
-std::size_t Width(std::string_view a_text)
-{
-    return static_cast<std::size_t>(std::count_if(a_text.begin(), a_text.end(), [](char a_byte) {
-        return (static_cast<unsigned char>(a_byte) & 0xC0U) != 0x80U;
-    }));
-}
 
 std::size_t Decimals(std::string_view a_number)
 {
@@ -103,7 +97,30 @@ std::string ShownCount(std::uint64_t a_count)
 
 std::string JsonText(std::string_view a_utf8)
 {
+    if (CodePage::FindMalformedUtf8(a_utf8) != a_utf8.size())
+        return JsonText(CodePage::WideToUtf8(CodePage::Utf8ToWide(a_utf8)));
     return boost::json::serialize(boost::json::string(a_utf8.data(), a_utf8.size()));
+}
+
+std::string QuoteField(std::string_view a_text)
+{
+    if (a_text.find_first_of(",\"\r\n#") == std::string_view::npos)
+        return std::string(a_text);
+    std::string quoted = "\"";
+    for (const char sign : a_text) {
+        if (sign == '"')
+            quoted += '"';
+        quoted += sign;
+    }
+    return quoted + '"';
+}
+
+std::size_t ShownWidth(std::string_view a_utf8)
+{
+    // Every byte but the continuations of a sequence.
+    return static_cast<std::size_t>(std::count_if(a_utf8.begin(), a_utf8.end(), [](char a_byte) {
+        return (static_cast<unsigned char>(a_byte) & 0xC0U) != 0x80U;
+    }));
 }
 
 TextTable::TextTable(std::vector<std::string> a_header, std::vector<EColumn> a_columns)
@@ -114,6 +131,8 @@ TextTable::TextTable(std::vector<std::string> a_header, std::vector<EColumn> a_c
 
 void TextTable::Add(std::vector<std::string> a_cells)
 {
+    for (std::string& cell : a_cells)
+        cell = internal::ShownText::OneLine(cell);
     m_rows.push_back(std::move(a_cells));
 }
 
@@ -154,7 +173,7 @@ std::string TextTable::ToText(std::size_t a_indent) const
         decimals[column] = CommonDecimals(column);
         for (const auto& row : m_rows)
             if (column < row.size())
-                widths[column] = std::max(widths[column], Width(Cell(row, column, decimals[column])));
+                widths[column] = std::max(widths[column], ShownWidth(Cell(row, column, decimals[column])));
     }
 
     std::string text;
@@ -162,7 +181,7 @@ std::string TextTable::ToText(std::size_t a_indent) const
         std::string line(a_indent, ' ');
         for (std::size_t column = 0; column < row.size(); ++column) {
             const std::string cell = Cell(row, column, decimals[column]);
-            const std::string blanks(widths[column] - Width(cell), ' ');
+            const std::string blanks(widths[column] - ShownWidth(cell), ' ');
             line += column > 0 ? "  " : "";
             line += m_columns[column] == EColumnText ? cell + blanks : blanks + cell;
         }

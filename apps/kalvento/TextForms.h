@@ -24,8 +24,12 @@ std::string ShownNumber(double a_value);
 std::string ShownTimeWithCounter(const NDateTime& a_time);
 /// "1 234 567": thousands set apart, for people.
 std::string ShownCount(std::uint64_t a_count);
-/// A JSON string with its quotes.
+/// A JSON string with its quotes, in valid UTF-8 whatever the bytes: U+FFFD for those that aren't.
 std::string JsonText(std::string_view a_utf8);
+/// A field of CSV, in quotes where it needs them.
+std::string QuoteField(std::string_view a_text);
+/// How many characters a terminal shows of it.
+std::size_t ShownWidth(std::string_view a_utf8);
 
 /// A table of text whose columns are as wide as their widest cell, in characters and not in bytes.
 class TextTable {
@@ -39,6 +43,7 @@ public:
     };
 
     TextTable(std::vector<std::string> a_header, std::vector<EColumn> a_columns);
+    /// Cells from outside may hold anything: each stays one line, without controls.
     void Add(std::vector<std::string> a_cells);
     /// Lines with two blanks between columns, none at a line's end; a_indent blanks before each.
     std::string ToText(std::size_t a_indent = 0) const;

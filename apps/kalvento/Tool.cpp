@@ -1,8 +1,11 @@
 #include "kalvento/Tool.h"
 
 #include "kalvento/Commands.h"
+#include "kalvento/Note.h"
+#include "kalvento/OutputTarget.h"
 #include "kalvento/WordFault.h"
 #include "platform/CodePage.h"
+#include "platform/Interruption.h"
 
 #include <exception>
 #include <new>
@@ -13,10 +16,43 @@ namespace kalvento::tool {
 
 namespace {
 
-int Report(ToolContext& a_context, EExitCode a_code, const std::string& a_message)
+// Takes no memory itself.
+void ReportNoMemory(ToolContext& a_context) noexcept
 {
-    a_context.err << "kalvento: " << a_message << '\n';
-    return a_code;
+    a_context.exitCode = EExitFailure;
+    a_context.err << "kalvento: not enough memory\n";
+}
+
+void Report(ToolContext& a_context, EExitCode a_code, std::string_view a_message)
+{
+    a_context.exitCode = a_code;
+    try {
+        Note(a_context, a_message);
+    } catch (const std::bad_alloc&) {
+        ReportNoMemory(a_context);
+    }
+}
+
+void ReportEnd(ToolContext& a_context, const internal::Interrupted& a_end)
+{
+    a_context.err << "kalvento: ended by " << a_end.what();
+    if (a_context.rowsRead > 0)
+        a_context.err << " after " << a_context.rowsRead << " rows";
+    a_context.err << '\n';
+    a_context.exitCode = EExitFailure;
+    a_context.endedBy = a_end.GetSignal();
+}
+
+void ReportOther(ToolContext& a_context, const std::exception& a_failure)
+{
+    // Texts of the library are in its own code page; those of the system and of plain ASCII stay what they are.
+    const std::string_view text = a_failure.what();
+    try {
+        const bool isUtf8 = CodePage::FindMalformedUtf8(text) == text.size();
+        Report(a_context, EExitFailure, isUtf8 ? std::string(text) : CodePage::Cp1250ToUtf8(text));
+    } catch (const std::bad_alloc&) {
+        ReportNoMemory(a_context);
+    }
 }
 
 int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
@@ -48,21 +84,22 @@ int Run(std::vector<std::string> a_arguments, ToolContext& a_context)
 int RunTool(const std::vector<std::string>& a_arguments, ToolContext& a_context)
 {
     try {
+        const internal::Interruption interruption;
         RaiseToolErrors([&] { a_context.exitCode = Run(a_arguments, a_context); });
         a_context.out.flush();
+        CheckStandardOutput(a_context);
     } catch (const OutputClosed&) {
         a_context.exitCode = EExitOk;
+    } catch (const internal::Interrupted& end) {
+        ReportEnd(a_context, end);
     } catch (const ToolError& failure) {
-        a_context.exitCode = Report(a_context, failure.GetExitCode(), failure.what());
+        Report(a_context, failure.GetExitCode(), failure.what());
     } catch (const std::bad_alloc&) {
-        a_context.exitCode = Report(a_context, EExitFailure, "not enough memory");
+        ReportNoMemory(a_context);
     } catch (const std::exception& failure) {
-        // Texts of the library are in its own code page; those of the system and of plain ASCII stay what they are.
-        const std::string_view text = failure.what();
-        const bool isUtf8 = CodePage::WideToUtf8(CodePage::Utf8ToWide(text)) == text;
-        a_context.exitCode =
-            Report(a_context, EExitFailure, isUtf8 ? std::string(text) : CodePage::Cp1250ToUtf8(text));
+        ReportOther(a_context, failure);
     }
+    a_context.out.flush();
     return a_context.exitCode;
 }
 

@@ -2,6 +2,7 @@
 
 #include "kalvento/ExitCodes.h"
 
+#include <cstdint>
 #include <iosfwd>
 #include <stdexcept>
 #include <string>
@@ -21,8 +22,10 @@ struct ToolContext {
     std::ostream& err;          ///< Notes, errors, progress.
     bool errIsTerminal = false; ///< Progress is shown only then.
     bool outIsTerminal = false;
-    bool quiet = false;     ///< Neither notes nor progress; errors always.
-    int exitCode = EExitOk; ///< Set by a command that ends without raising.
+    bool quiet = false;         ///< Neither notes nor progress; errors always.
+    int exitCode = EExitOk;     ///< Set by a command that ends without raising.
+    std::uint64_t rowsRead = 0; ///< By what shows its progress.
+    int endedBy = 0;            ///< The signal that ended a command before its work was done; 0: none.
 };
 
 /// Ends the command with an exit code and a text for standard error. The text says what, where, and what would be

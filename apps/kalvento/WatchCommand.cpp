@@ -7,17 +7,21 @@
 #include "host/MainThreadExecutor.h"
 #include "host/ScreenOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/Note.h"
 #include "kalvento/OptionValues.h"
 #include "modules/ConsumerBase.h"
 #include "modules/ProviderBase.h"
 #include "platform/CodePage.h"
 #include "platform/Descriptors.h"
 #include "platform/Interruption.h"
+#include "platform/ShownText.h"
 #include "platform/WakeUp.h"
 #include "platform/WidePath.h"
 #include "settings/KalventoPaths.h"
+#include "sql_store/SqlAddress.h"
 #include "text_rows/TimeText.h"
 #include "velo/Log.h"
+#include "velo/String.h"
 
 #include <algorithm>
 #include <array>
@@ -53,13 +57,12 @@ struct WatchOptions {
     bool list = false;
 };
 
-// ASCII letters only, since symbols are made of them.
-std::string Lower(std::string a_text)
+using VeloTools::String::ToLower;
+
+// What the user typed, as names are written inside.
+std::string NameOf(const std::string& a_typed)
 {
-    for (char& letter : a_text)
-        if (letter >= 'A' && letter <= 'Z')
-            letter = static_cast<char>(letter - 'A' + 'a');
-    return a_text;
+    return ToLower(CodePage::WideToCp1250(CodePage::Utf8ToWide(a_typed)));
 }
 
 /// Passes what modules say to the console's message line, or to standard error as long as there is none.
@@ -77,7 +80,7 @@ private:
         if (m_line != nullptr)
             m_line->ShowMessageLine(a_text);
         else if (!m_context.quiet)
-            m_context.err << "kalvento: " << CodePage::WideToUtf8(a_text) << '\n';
+            Note(m_context, CodePage::WideToUtf8(a_text));
     }
 
     ToolContext& m_context;
@@ -115,10 +118,10 @@ private:
 host::HostOptions MakeHostOptions(const WatchOptions& a_options)
 {
     host::HostOptions options;
-    options.pluginFolder = CodePage::Utf8ToWide(a_options.pluginFolder);
+    options.pluginFolder = WidePath::ToWide(a_options.pluginFolder);
     Settings& file = options.pluginOptions["file_provider"];
     if (!a_options.folder.empty())
-        file["Folder"] = CodePage::Utf8ToWide(std::filesystem::absolute(a_options.folder).string());
+        file["Folder"] = WidePath::ToWide(std::filesystem::absolute(a_options.folder));
     if (!a_options.day.empty())
         file["Day"] = a_options.day;
     if (!a_options.start.empty())
@@ -138,9 +141,8 @@ void ReportFailures(const host::Host& a_host, ToolContext& a_context)
 {
     for (const host::PluginReport& report : a_host.GetReports())
         if (report.state != host::EPluginStateRunning)
-            a_context.err << "kalvento: wtyczka " << CodePage::WideToUtf8(report.name) << ": "
-                          << CodePage::WideToUtf8(report.phase) << ": " << CodePage::WideToUtf8(report.reason)
-                          << '\n';
+            Note(a_context, CodePage::WideToUtf8(L"wtyczka " + report.name + L": " + report.phase + L": " +
+                                                 report.reason));
 }
 
 /// The providers that may serve the symbols: all, or the one of that name.
@@ -153,7 +155,7 @@ std::vector<ProviderBase*> ChooseProviders(const host::Host& a_host, const Watch
     for (const ProviderBase* provider : providers)
         known += (known.empty() ? "" : ", ") + CodePage::WideToUtf8(provider->GetName());
     std::erase_if(providers, [&](const ProviderBase* a_provider) {
-        return Lower(CodePage::WideToUtf8(a_provider->GetName())) != Lower(a_options.provider);
+        return ToLower(CodePage::WideToCp1250(a_provider->GetName())) != NameOf(a_options.provider);
     });
     if (providers.empty())
         throw ToolError(EExitUsage, "no provider \"" + a_options.provider +
@@ -180,11 +182,14 @@ std::vector<std::shared_ptr<Asset>> AssetsOf(const ProviderBase& a_provider)
 
 std::shared_ptr<Asset> FindAsset(const std::vector<ProviderBase*>& a_providers, const std::string& a_symbol)
 {
+    // What the code page lacks is in no name, and must not match a question mark.
+    if (!CodePage::FitsCp1250(CodePage::Utf8ToWide(a_symbol)))
+        return nullptr;
+    const std::string name = NameOf(a_symbol);
     for (const ProviderBase* provider : a_providers)
         for (const auto& asset : AssetsOf(*provider))
-            if (Lower(asset->GetShortName()) == Lower(a_symbol) ||
-                Lower(asset->GetIsin()) == Lower(a_symbol) ||
-                CodePage::Cp1250ToUtf8(asset->GetLongName()) == a_symbol)
+            if (ToLower(asset->GetShortName()) == name || ToLower(asset->GetIsin()) == name ||
+                ToLower(asset->GetLongName()) == name)
                 return asset;
     return nullptr;
 }
@@ -209,11 +214,12 @@ std::size_t Distance(const std::string& a_left, const std::string& a_right)
 /// The provider's status field in one line.
 std::string StatusText(const ProviderBase& a_provider)
 {
-    std::string text;
-    for (const char letter : CodePage::WideToUtf8(a_provider.GetStatusToolTip()))
-        text += letter == '\n' ? std::string("; ") : std::string(1, letter);
-    return text.empty() ? CodePage::WideToUtf8(a_provider.GetName() + L": " + a_provider.GetStatusLabel())
-                        : text;
+    std::wstring text;
+    for (const wchar_t letter : a_provider.GetStatusToolTip())
+        text += letter == L'\n' ? std::wstring(L"; ") : std::wstring(1, letter);
+    if (text.empty())
+        text = a_provider.GetName() + L": " + a_provider.GetStatusLabel();
+    return internal::ShownText::OneLine(CodePage::WideToUtf8(text));
 }
 
 std::string NearNames(const std::vector<ProviderBase*>& a_providers, const std::string& a_symbol)
@@ -221,12 +227,12 @@ std::string NearNames(const std::vector<ProviderBase*>& a_providers, const std::
     std::vector<std::pair<std::size_t, std::string>> names;
     for (const ProviderBase* provider : a_providers)
         for (const auto& asset : AssetsOf(*provider))
-            names.emplace_back(Distance(Lower(asset->GetShortName()), Lower(a_symbol)),
-                               asset->GetShortName());
+            names.emplace_back(Distance(ToLower(asset->GetShortName()), NameOf(a_symbol)),
+                               CodePage::Cp1250ToUtf8(asset->GetShortName()));
     std::string statuses;
     for (const ProviderBase* provider : a_providers)
         if (names.empty() || provider->GetStatusLevel() == EStatusLevelProblem)
-            statuses += "\n  " + StatusText(*provider);
+            statuses += "; " + StatusText(*provider);
     if (names.empty())
         return "there are none at all" + statuses;
     std::sort(names.begin(), names.end());
@@ -236,13 +242,19 @@ std::string NearNames(const std::vector<ProviderBase*>& a_providers, const std::
     return text + statuses;
 }
 
+// A narrow name for the terminal.
+std::string Shown(const std::string& a_name)
+{
+    return internal::ShownText::OneLine(CodePage::Cp1250ToUtf8(a_name));
+}
+
 void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
 {
     for (const ProviderBase* provider : a_providers) {
         a_context.out << StatusText(*provider) << '\n';
         for (const auto& asset : AssetsOf(*provider))
-            a_context.out << "  " << asset->GetShortName() << "\t" << asset->GetIsin() << "\t"
-                          << CodePage::Cp1250ToUtf8(asset->GetLongName()) << '\n';
+            a_context.out << "  " << Shown(asset->GetShortName()) << "\t" << Shown(asset->GetIsin()) << "\t"
+                          << Shown(asset->GetLongName()) << '\n';
     }
 }
 
@@ -311,20 +323,31 @@ void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options,
 
     ConsumerBase& console = FindConsole(a_host);
     std::vector<std::shared_ptr<Asset>> assets;
+    std::string unknown;
     for (const std::string& symbol : a_options.symbols) {
-        assets.push_back(FindAsset(providers, symbol));
+        const auto asset = FindAsset(providers, symbol);
         if (a_host.GetMediator().GetExitCode())
             return;
-        if (!assets.back())
-            throw ToolError(EExitNoInput, "no instrument \"" + symbol + "\" at any provider; " +
-                                              NearNames(providers, symbol));
+        if (asset)
+            assets.push_back(asset);
+        else
+            unknown += (unknown.empty() ? "" : "; ") +
+                       ("no instrument \"" + symbol + "\" at any provider; ") + NearNames(providers, symbol);
     }
+    if (assets.empty())
+        throw ToolError(EExitNoInput, unknown);
+    // The others are shown all the same.
+    if (!unknown.empty())
+        Note(a_context, unknown);
     a_view.SetMessageLine(a_options.console.plain ? nullptr : dynamic_cast<host::IScreenModule*>(&console));
     for (const auto& asset : assets)
         if (console.AddInstrument({}, *asset) == 0)
-            throw ToolError(EExitNoInput, "the provider doesn't serve \"" + asset->GetShortName() + '"');
+            throw ToolError(EExitNoInput,
+                            "the provider doesn't serve \"" + Shown(asset->GetShortName()) + '"');
     a_context.exitCode = a_host.Run();
     a_view.SetMessageLine(nullptr);
+    if (!unknown.empty() && a_context.exitCode == EExitOk)
+        a_context.exitCode = EExitNoInput;
 }
 
 // The provider accepts what it is told and writes what makes no sense to its log, where a user who has just typed it
@@ -342,6 +365,15 @@ void CheckPlayback(const WatchOptions& a_options)
         throw ToolError(EExitUsage, "--speed: expected a number above 0, or 0 for the whole day at once");
 }
 
+void CheckDatabase(const WatchOptions& a_options)
+{
+    try {
+        const SqlAddress address(a_options.database);
+    } catch (const std::invalid_argument& failure) {
+        throw ToolError(EExitUsage, "--database: " + CodePage::Cp1250ToUtf8(failure.what()));
+    }
+}
+
 void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
 {
     if (a_options.symbols.empty() && !a_options.list)
@@ -354,6 +386,7 @@ void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
                             "--book, --trades and --candles go with --plain; the screen shows them all");
     }
     CheckPlayback(a_options);
+    CheckDatabase(a_options);
     KalventoPaths::Initialize(L"Kalvento");
     // Log lines would run across the screen.
     VeloTools::Log::Instance().SetLogFolder(WidePath::ToPath(KalventoPaths::Instance().GetNativeLogPath()));

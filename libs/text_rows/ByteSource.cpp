@@ -1,6 +1,7 @@
 #include "text_rows/ByteSource.h"
 
 #include "platform/InputFile.h"
+#include "platform/Interruption.h"
 #include "text_rows/RowsFault.h"
 
 #include <istream>
@@ -14,6 +15,13 @@ namespace {
     throw RowsFault({.kind = EFaultNoInput, .found = std::move(a_found), .file = a_path});
 }
 
+[[noreturn]] void Fail(const std::string& a_path, const char* a_what, const std::error_code& a_error)
+{
+    if (a_error == std::errc::interrupted)
+        internal::Interruption::Check();
+    Fail(a_path, a_what + a_error.message());
+}
+
 class FileSource final : public ByteSource {
 public:
     FileSource(std::string a_path, internal::InputFile a_file, std::uint64_t a_size)
@@ -24,7 +32,7 @@ public:
     {
         std::size_t count = 0;
         if (const std::error_code error = m_file.Read(a_bytes, a_size, count))
-            Fail(GetName(), "can't be read: " + error.message());
+            Fail(GetName(), "can't be read: ", error);
         return count;
     }
 
@@ -56,7 +64,7 @@ std::unique_ptr<ByteSource> ByteSource::Open(const std::string& a_path)
 {
     internal::InputFile file;
     if (const std::error_code error = file.Open(a_path))
-        Fail(a_path, "can't be opened: " + error.message());
+        Fail(a_path, "can't be opened: ", error);
     internal::InputFile::State state;
     file.GetState(state); // what can't be measured may still be read
     if (state.isFolder)
@@ -64,6 +72,14 @@ std::unique_ptr<ByteSource> ByteSource::Open(const std::string& a_path)
     if (state.isRegular)
         file.ExpectAllToBeRead();
     return std::make_unique<FileSource>(a_path, std::move(file), state.size);
+}
+
+std::unique_ptr<ByteSource> ByteSource::OfProcessInput(std::string a_name)
+{
+    internal::InputFile file;
+    if (const std::error_code error = file.OpenStandardInput())
+        Fail(a_name, "can't be read: ", error);
+    return std::make_unique<FileSource>(std::move(a_name), std::move(file), 0);
 }
 
 std::unique_ptr<ByteSource> ByteSource::FromStream(std::istream& a_stream, std::string a_name)

@@ -12,7 +12,8 @@ namespace kalvento::rows {
 class ByteSource {
 public:
     virtual ~ByteSource() = default;
-    /// Reads up to a_size bytes and returns how many; 0 only at the end. Raises RowsFault (EFaultNoInput) on a failure.
+    /// Reads up to a_size bytes and returns how many; 0 only at the end. Raises RowsFault (EFaultNoInput) on a failure,
+    /// and Interrupted where a signal ends the wait.
     virtual std::size_t Read(char* a_bytes, std::size_t a_size) = 0;
 
     /// The name to show: a path, or "standard input".
@@ -22,6 +23,8 @@ public:
 
     /// A file. Raises RowsFault (EFaultNoInput) when it can't be opened.
     static std::unique_ptr<ByteSource> Open(const std::string& a_path);
+    /// The process's own input. Raises RowsFault (EFaultNoInput) when there is none.
+    static std::unique_ptr<ByteSource> OfProcessInput(std::string a_name);
     /// Any stream, which must outlive the source.
     static std::unique_ptr<ByteSource> FromStream(std::istream& a_stream, std::string a_name);
 
