@@ -5,6 +5,7 @@
 #include "text_rows/RowSeries.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -42,34 +43,57 @@ void Expect(bool a_holds)
         std::abort();
 }
 
+// Three bytes choose among all options.
+ReadOptions ChooseOptions(const std::uint8_t* a_choices)
+{
+    const unsigned form = a_choices[0];
+    const unsigned more = a_choices[1];
+    const unsigned signs = a_choices[2];
+    ReadOptions options;
+    options.order = static_cast<EOrderRule>(form % 3);
+    options.badLines = (form & 4U) != 0 ? EBadLinesReject : EBadLinesStop;
+    if ((form & 8U) != 0)
+        options.symbolColumn = "symbol";
+    if ((form & 16U) != 0) {
+        options.zone = "Europe/Warsaw";
+        options.outputZone = "America/New_York";
+    }
+    if ((form & 32U) != 0) {
+        options.header = false;
+        options.columns = {{"time", "1"}, {"price", "2"}};
+    }
+    options.findSymbols = (more & 1U) != 0;
+    options.strict = (more & 2U) != 0;
+    if ((more & 4U) != 0) {
+        options.from = "2024-08-08";
+        options.to = "2024-10-27";
+    }
+    options.inputInterval = (more & 8U) != 0 ? "1min" : "";
+    options.stampedWithEnd = (more & 16U) != 0;
+    options.growing = (more & 32U) != 0;
+    if ((more & 64U) != 0)
+        options.folds = {{"price", "ohlclast"}, {"volume", "last"}};
+    if ((more & 128U) != 0)
+        options.pricesFrom = {Bid1, Ask1};
+    constexpr std::array<const char*, 6> formats = {"",       "%Y%m%d %H%M%S", "unix",
+                                                    "unixms", "unixus",        "unixns"};
+    options.timeFormat = (form & 64U) != 0 ? "%d.%m.%y %H:%M:%S.%f" : formats[signs % formats.size()];
+    options.delimiter = "\0,;\t|"[signs / 6 % 5];
+    options.decimal = "\0.,"[signs / 30 % 3];
+    return options;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_size)
 {
-    if (a_size < 1)
+    constexpr std::size_t choices = 3;
+    if (a_size < choices)
         return 0;
-    // The first byte chooses among the options.
-    const unsigned choice = a_data[0];
-    ReadOptions options;
-    options.order = static_cast<EOrderRule>(choice % 3);
-    options.badLines = (choice & 4U) != 0 ? EBadLinesReject : EBadLinesStop;
-    if ((choice & 8U) != 0)
-        options.symbolColumn = "symbol";
-    if ((choice & 16U) != 0) {
-        options.zone = "Europe/Warsaw";
-        options.outputZone = "America/New_York";
-    }
-    if ((choice & 32U) != 0) {
-        options.header = false;
-        options.columns = {{"time", "1"}, {"price", "2"}};
-    }
-    if ((choice & 64U) != 0)
-        options.timeFormat = "%d.%m.%y %H:%M:%S.%f";
-
-    BytesSource source(std::string_view(reinterpret_cast<const char*>(a_data) + 1, a_size - 1),
-                       (choice & 128U) != 0 ? 5 : std::numeric_limits<std::size_t>::max());
+    BytesSource source(std::string_view(reinterpret_cast<const char*>(a_data) + choices, a_size - choices),
+                       (a_data[0] & 128U) != 0 ? 5 : std::numeric_limits<std::size_t>::max());
     try {
-        RowReader reader(source, options);
+        RowReader reader(source, ChooseOptions(a_data));
         RowBlock rows;
         RowBlock candles;
         const RowLayout& layout = reader.GetLayout();
@@ -89,7 +113,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
     } catch (const RowsFault&) {
     } catch (const std::exception&) {
         // What the library refuses in a block: another version, a length that no vector can have.
-        Expect(a_size > 4 && std::memcmp(a_data + 1, "\x01\0\0\0", 4) == 0);
+        Expect(a_size > choices + 3 && std::memcmp(a_data + choices, "\x01\0\0\0", 4) == 0);
     }
     return 0;
 }

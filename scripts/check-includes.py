@@ -46,7 +46,7 @@ ROOTS = {
     "apps": ["src", "libs", "apps"],
     "tests": ["src", "libs", "testkit", "plugins", "apps", "tests"],
     "bench": ["src", "libs", "testkit", "."],
-    "fuzz": ["src", "libs", "testkit", "apps", "tests"],
+    "fuzz": ["src", "libs", "testkit", "apps", "plugins", "tests"],
     "examples": ["src", "libs", "testkit"],
 }
 # All that an outside project finds installed.

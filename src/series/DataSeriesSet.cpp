@@ -27,6 +27,8 @@ static_assert(std::numeric_limits<double>::is_iec559 && sizeof(double) == 8);
 
 // Entries read at a time, and the most that a list may hold beyond what its stream had.
 constexpr std::size_t S_pieceEntries = 32768;
+// Empty columns that a count may claim beyond what its stream had.
+constexpr std::size_t S_mostMissingColumns = 64;
 
 class NoDataException : public std::exception {
 public:
@@ -319,7 +321,7 @@ void DataSeriesSet::Read_v1(std::istream& a_stream)
     const auto columnCount = ReadNumber<std::uint64_t>(a_stream);
     CheckCount(columnCount, m_columns.max_size() - m_columns.size());
     std::size_t missing = 0;
-    for (std::uint64_t column = 0; column < columnCount && missing < S_pieceEntries; ++column) {
+    for (std::uint64_t column = 0; column < columnCount && missing < S_mostMissingColumns; ++column) {
         const auto seriesId = static_cast<ESeriesId>(ReadNumber<std::uint32_t>(a_stream));
         std::vector<double> values;
         ReadList(a_stream, values);

@@ -114,7 +114,7 @@ public:
     /// Reads the binary form and appends to the columns that are there already; times and interval data are replaced.
     /// Another version raises KalventoException. Nothing is validated: call IsValid afterwards. What a stream that ends
     /// early lacks is zero; a list that claims more than that gets at most 32,768 zero entries beyond what was there,
-    /// so that a false count takes no memory. A count that no vector can hold raises std::length_error.
+    /// and a set at most 64 empty columns, so that a false count takes no memory. A count that no vector can hold raises std::length_error.
     void Read(std::istream& a_stream);
     /// Writes the binary form. Stream errors stay with the stream.
     void Write(std::ostream& a_stream) const;
