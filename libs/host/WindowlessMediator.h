@@ -45,7 +45,7 @@ private:
         int GetWindowMargin() const override { return 0; }
         std::uint32_t GetFlashTime() const override { return 0; }
     };
-    const GeneralSettings m_generalSettings;
+    const GeneralSettings m_generalSettings{};
 };
 
 } // namespace kalvento::host
