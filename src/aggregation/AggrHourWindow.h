@@ -2,8 +2,6 @@
 
 #include "aggregation/SlotWindow.h"
 
-#include <vector>
-
 /// Windows of 1 to 24 hours, counted from midnight.
 /// Made by AggrWindowsFactory only.
 class KALVENTO_API AggrHourWindow : public kalvento::internal::SlotWindow<AggrHourWindow, 24> {
@@ -16,8 +14,4 @@ private:
     AggrHourWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult);
 
     static std::size_t PlaceOf(const NDateTime& a_time) { return a_time.GetHour(); }
-    NDateTime AtSlot(const NDateTime& a_time, std::size_t a_slot) const;
-
-    // By slot: the time of day at which it begins. Lookups, so that no window start needs a calendar conversion.
-    std::vector<unsigned short> m_hourBySlot;
 };

@@ -3,8 +3,6 @@
 #include "aggregation/SlotWindow.h"
 #include "time/TimeParts.h"
 
-#include <vector>
-
 /// Windows of 1 to 59 minutes, counted from midnight.
 /// Made by AggrWindowsFactory only.
 class KALVENTO_API AggrMinuteWindow
@@ -18,9 +16,4 @@ private:
     AggrMinuteWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult);
 
     static std::size_t PlaceOf(const NDateTime& a_time) { return a_time.GetHour() * 60 + a_time.GetMinute(); }
-    NDateTime AtSlot(const NDateTime& a_time, std::size_t a_slot) const;
-
-    // By slot: the time of day at which it begins. Lookups, so that no window start needs a calendar conversion.
-    std::vector<unsigned short> m_hourBySlot;
-    std::vector<unsigned short> m_minuteBySlot;
 };

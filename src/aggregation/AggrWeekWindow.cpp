@@ -5,6 +5,7 @@
 #include "time/KalventoException.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 
 using namespace kalvento::internal;
@@ -15,6 +16,55 @@ constexpr std::size_t S_weeks = 54;
 constexpr std::size_t S_days = 366;
 } // namespace
 
+/// The weeks of a year: number, first month and first day. There are but 14 kinds of years.
+struct AggrWeekWindow::YearTable {
+    std::array<unsigned int, S_weeks> startMonthByWeek{};
+    std::array<unsigned int, S_weeks> startDayByWeek{};
+    std::array<int, S_days> weekByDay{}; // by day of year, from 0
+    std::size_t weeks = 0;
+    std::size_t days = 0;
+
+    static const YearTable& Of(unsigned int a_year);
+
+private:
+    void Fill(std::chrono::year a_year);
+};
+
+void AggrWeekWindow::YearTable::Fill(std::chrono::year a_year)
+{
+    using namespace std::chrono;
+    const sys_days first{a_year / January / 1};
+    const sys_days behind{(a_year + years(1)) / January / 1};
+    for (sys_days day = first; day < behind; day += std::chrono::days(1)) {
+        // The week of 1 January is week 0 however short it is; a 1 January that is a Monday opens no second one.
+        if (day == first || weekday(day) == Monday) {
+            const year_month_day date(day);
+            startMonthByWeek[weeks] = static_cast<unsigned int>(date.month());
+            startDayByWeek[weeks] = static_cast<unsigned int>(date.day());
+            ++weeks;
+        }
+        weekByDay[days++] = static_cast<int>(weeks) - 1;
+    }
+}
+
+const AggrWeekWindow::YearTable& AggrWeekWindow::YearTable::Of(unsigned int a_year)
+{
+    using namespace std::chrono;
+    const auto kindOf = [](year a_of) {
+        const std::size_t begins = weekday(sys_days(a_of / January / 1)).c_encoding();
+        return begins + (a_of.is_leap() ? 7U : 0U);
+    };
+    // The calendar repeats after 28 years, of which there is no exception between 1972 and 1999.
+    static const auto S_tables = [&kindOf] {
+        std::array<YearTable, 14> tables;
+        for (int each = 1972; each < 2000; ++each)
+            if (YearTable& table = tables[kindOf(year(each))]; table.days == 0)
+                table.Fill(year(each));
+        return tables;
+    }();
+    return S_tables[kindOf(year(static_cast<int>(a_year)))];
+}
+
 AggrWeekWindow::AggrWeekWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
     : WindowOfYear(a_multiplicity, a_timeResult)
 {
@@ -23,32 +73,25 @@ AggrWeekWindow::AggrWeekWindow(unsigned short a_multiplicity, EAggrTimeResult a_
                                 "Wyjątek AggrWeekWindow! Zbyt duża krotność interwału tygodniowego."_cp1250);
 
     m_slotsPerDay = S_weeks;
-    m_startMonthByWeek.resize(S_weeks);
-    m_startDayByWeek.resize(S_weeks);
-    m_weekByDay.resize(S_days);
+    static const YearTable S_noYear;
+    m_table = &S_noYear;
 }
 
-void AggrWeekWindow::FillTables(unsigned int a_year) const
+void AggrWeekWindow::TakeTable(unsigned int a_year) const
 {
     if (a_year == m_tablesYear)
         return;
     m_tablesYear = a_year;
+    m_table = &YearTable::Of(a_year);
+    if (m_table->days == S_days)
+        m_weekOfDay366 = m_table->weekByDay.back();
+    m_hadWeek53 = m_hadWeek53 || m_table->weeks == S_weeks;
+}
 
-    using namespace std::chrono;
-    const sys_days first{year(static_cast<int>(a_year)) / January / 1};
-    const sys_days behind{year(static_cast<int>(a_year) + 1) / January / 1};
-    std::size_t week = 0;
-    for (sys_days day = first; day < behind; day += days(1)) {
-        // The week of 1 January is week 0 however short it is; a 1 January that is a Monday opens no second one.
-        const bool opensWeek = day == first || weekday(day) == Monday;
-        if (opensWeek) {
-            week += day == first ? 0 : 1;
-            const year_month_day date(day);
-            m_startMonthByWeek[week] = static_cast<unsigned int>(date.month());
-            m_startDayByWeek[week] = static_cast<unsigned int>(date.day());
-        }
-        m_weekByDay[static_cast<std::size_t>((day - first).count())] = static_cast<int>(week);
-    }
+int AggrWeekWindow::WeekOfDay(std::size_t a_day) const
+{
+    const std::size_t day = a_day < S_days ? a_day : 0;
+    return day + 1 == S_days ? m_weekOfDay366 : m_table->weekByDay[day];
 }
 
 void AggrWeekWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin, NDateTime* a_end) const
@@ -61,16 +104,17 @@ void AggrWeekWindow::GetWindowLimits(const NDateTime& a_time, NDateTime* a_begin
 
 int AggrWeekWindow::GetWindowNumber(const NDateTime& a_time) const
 {
-    FillTables(static_cast<unsigned int>(a_time.GetYear()));
-    const std::size_t day = a_time.GetDayOfYear() - 1;
-    return m_weekByDay[day < S_days ? day : 0] / m_multiplicity;
+    TakeTable(static_cast<unsigned int>(a_time.GetYear()));
+    return WeekOfDay(a_time.GetDayOfYear() - 1) / m_multiplicity;
 }
 
 NDateTime AggrWeekWindow::GetBeginingOfWindowTime(const NDateTime& a_time, int a_window) const
 {
     const std::int64_t place = std::int64_t{m_multiplicity} * a_window;
     const auto week = static_cast<std::size_t>(std::clamp<std::int64_t>(place, 0, S_weeks - 1));
-    return {a_time.GetYear(), m_startMonthByWeek[week], m_startDayByWeek[week]};
+    if (week + 1 == S_weeks && m_hadWeek53)
+        return {a_time.GetYear(), 12, 31}; // there is one only in years that end on its Monday
+    return {a_time.GetYear(), m_table->startMonthByWeek[week], m_table->startDayByWeek[week]};
 }
 
 NDateTime AggrWeekWindow::GetBorderOfWindowTime(const NDateTime& a_time, int a_window) const

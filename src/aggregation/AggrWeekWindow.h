@@ -2,7 +2,7 @@
 
 #include "aggregation/WindowOfYear.h"
 
-#include <vector>
+#include <cstddef>
 
 /// Windows of 1 to 51 weeks from Monday to Sunday, counted from 1 January, whose week may be short.
 /// Made by AggrWindowsFactory only.
@@ -18,12 +18,14 @@ private:
     friend class AggrWindowsFactory;
     AggrWeekWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult);
 
-    /// Weeks of a year: number, first month and first day.
-    void FillTables(unsigned int a_year) const;
+    struct YearTable;
+    void TakeTable(unsigned int a_year) const;
+    int WeekOfDay(std::size_t a_day) const;
 
-    // The tables of one year at a time; rebuilt for a row of another year.
-    mutable std::vector<unsigned int> m_startMonthByWeek;
-    mutable std::vector<unsigned int> m_startDayByWeek;
-    mutable std::vector<int> m_weekByDay; // by day of year, from 0
+    // The weeks of one year at a time, in a table that all windows share. Charts were stored by windows that wrote each
+    // year over the one before, so the places that only some years have keep what the last year with them left there.
+    mutable const YearTable* m_table;
     mutable unsigned int m_tablesYear = 0;
+    mutable int m_weekOfDay366 = 0;
+    mutable bool m_hadWeek53 = false;
 };

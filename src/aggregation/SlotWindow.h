@@ -2,17 +2,16 @@
 
 #include "aggregation/AggrBase.h"
 #include "aggregation/DayClock.h"
+#include "aggregation/DayTable.h"
 #include "time/TimeParts.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace kalvento::internal {
 
 /// What windows of seconds, minutes and hours share: a day is a row of slots, and a window is a fixed number of them,
-/// counted from midnight. Window gives `PlaceOf(time)`, the place of a time in the day, and `AtSlot(time, slot)`, the
-/// start of a slot on the date of a time.
+/// counted from midnight. Window gives `PlaceOf(time)`, the place of a time in the day.
 template<typename Window, int Slots>
 class SlotWindow : public AggrBase {
 public:
@@ -41,25 +40,38 @@ public:
 
     int GetWindowNumber(const NDateTime& a_time) const override
     {
-        return WindowOfSlot(EntryOrFirst(m_slotByPlace, Window::PlaceOf(a_time)), m_multiplicity);
+        return WindowOfSlot(EntryOrFirst(m_table.slot, Window::PlaceOf(a_time)), m_multiplicity);
     }
 
 protected:
     SlotWindow(unsigned short a_multiplicity, EAggrTimeResult a_timeResult)
-        : AggrBase(a_multiplicity, a_timeResult)
+        : AggrBase(a_multiplicity, a_timeResult), m_table(Table())
     {
         m_slotsPerDay = Slots;
     }
 
-    std::vector<int> m_slotByPlace; // by second, minute or hour of the day
+    NDateTime AtSlot(const NDateTime& a_time, std::size_t a_slot) const
+    {
+        return TimeParts::AtTimeOfDay(a_time, m_table.hour[a_slot], m_table.minute[a_slot],
+                                      m_table.second[a_slot]);
+    }
+
+    const DayTable& m_table;
 
 private:
+    // One for each class: a million symbols have two windows each.
+    static const DayTable& Table()
+    {
+        static const DayTable S_table(Slots);
+        return S_table;
+    }
+
     NDateTime BeginOf(const NDateTime& a_time, std::int64_t a_window) const
     {
         const std::int64_t first = FirstSlot(a_window, m_multiplicity);
         if (first >= Slots)
             return TimeParts::NextMidnight(a_time);
-        return static_cast<const Window&>(*this).AtSlot(a_time, static_cast<std::size_t>(first));
+        return AtSlot(a_time, static_cast<std::size_t>(first));
     }
 };
 

@@ -22,6 +22,21 @@ auto Window(EInterval a_interval, unsigned short a_multiplicity)
 } // namespace
 
 // Of the others the law below tells.
+// They share their tables, of which each looks into those of its own year.
+TEST(AggrWindowsTest, WindowsOfWeeksDoNotDisturbEachOther)
+{
+    const auto one = Window(EIntervalWeek, 1);
+    const auto other = Window(EIntervalWeek, 1);
+    const NDateTime lastOfLeapYear(2012, 12,
+                                   31); // 2012 began on a Sunday: its 31 December is a week of its own
+    const NDateTime lastOfYear(2013, 12, 31);
+    EXPECT_EQ(one->GetWindowNumber(lastOfLeapYear), 53);
+    EXPECT_EQ(other->GetWindowNumber(lastOfYear), 52);
+    EXPECT_EQ(one->GetBeginingOfWindowTime(lastOfLeapYear, 52), NDateTime(2012, 12, 24));
+    EXPECT_EQ(other->GetBeginingOfWindowTime(lastOfYear, 52), NDateTime(2013, 12, 30));
+    EXPECT_EQ(one->GetWindowNumber(lastOfLeapYear), 53);
+}
+
 TEST(AggrWindowsTest, LimitsOfWeeks)
 {
     const std::tuple<unsigned short, NDateTime, NDateTime, NDateTime> cases[] = {
