@@ -50,7 +50,11 @@ ReadOptions ChooseOptions(const std::uint8_t* a_choices)
     const unsigned more = a_choices[1];
     const unsigned signs = a_choices[2];
     ReadOptions options;
-    options.order = static_cast<EOrderRule>(form % 3);
+    options.order = static_cast<EOrderRule>(form % 4);
+    options.sort = form % 5 == 0;
+    options.dropRepeated = form % 7 == 0;
+    options.fractions = form % 11 == 0;
+    options.symbol = more % 13 == 0 ? "A" : "";
     options.badLines = (form & 4U) != 0 ? EBadLinesReject : EBadLinesStop;
     if ((form & 8U) != 0)
         options.symbolColumn = "symbol";
@@ -93,7 +97,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
     BytesSource source(std::string_view(reinterpret_cast<const char*>(a_data) + choices, a_size - choices),
                        (a_data[0] & 128U) != 0 ? 5 : std::numeric_limits<std::size_t>::max());
     try {
-        RowReader reader(source, ChooseOptions(a_data));
+        const ReadOptions options = ChooseOptions(a_data); // outlives the reader
+        RowReader reader(source, options);
         RowBlock rows;
         RowBlock candles;
         const RowLayout& layout = reader.GetLayout();

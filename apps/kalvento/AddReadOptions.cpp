@@ -81,8 +81,10 @@ void AddTimeOptions(const Command& a_command, ReadOptions& a_options)
                         "Zone in which windows lie and times are written (default: that of the input)");
     a_command.AddOption("--from", a_options.from, "First day taken, YYYY-MM-DD");
     a_command.AddOption("--to", a_options.to, "Last day taken, YYYY-MM-DD, whole");
-    a_command.AddOption("--symbol-column", a_options.symbolColumn,
-                        "Column that tells several instruments in one file apart");
+    a_command.AddOption(
+        "--symbol-column", a_options.symbolColumn,
+        "Column that tells several instruments in one file apart (default: symbol, ticker, instrument, papier, "
+        "walor, nazwa, name or isin, where there is one)");
     a_command.AddOption("--input-interval", a_options.inputInterval,
                         "Interval of input candles (default: the smallest step between the first rows)");
     a_command.AddChoice<bool>(
@@ -97,8 +99,13 @@ void AddRules(const Command& a_command, InputOptions& a_options)
         .AddChoice<EOrderRule>(
             "--order", a_options.order,
             {{"raise", EOrderRaise}, {"refuse", EOrderRefuse}, {"drop", EOrderDrop}},
-            "A row not later than the one before: raise (move it up behind), refuse, drop (default: raise)")
+            "A row not later than the one before: raise (move it up past it), refuse, drop (default: raise, unless more than "
+            "1 row in 1000 is earlier)")
         .TypeName("RULE");
+    a_command.AddFlag("--sort", a_options.sort,
+                      "Sort the rows by their times, by way of the disk where they are many");
+    a_command.AddFlag("--drop-repeated", a_options.dropRepeated,
+                      "Leave out rows that repeat one of the same time exactly, and files given twice");
     a_command
         .AddChoice<EBadLines>(
             "--bad-lines", a_options.badLines, {{"stop", EBadLinesStop}, {"reject", EBadLinesReject}},
@@ -108,6 +115,12 @@ void AddRules(const Command& a_command, InputOptions& a_options)
 }
 
 } // namespace
+
+void AddSymbolOption(const Command& a_command, InputOptions& a_options)
+{
+    a_command.Under("Reading").AddOption("--symbol", a_options.symbol,
+                                         "Only rows of this instrument, of several in one file");
+}
 
 void AddReadOptions(const Command& a_command, InputOptions& a_options)
 {

@@ -29,11 +29,11 @@ void RunAdjust(const AdjustOptions& a_options, ToolContext& a_context)
 {
     if (a_options.history == "-" && a_options.operations == "-")
         throw ToolError(EExitUsage, "standard input can be read only once");
-    HistoryOperations operations =
-        ReadOperationsForRows(a_options.operations, a_options.read.symbolColumn, a_context);
+    RefuseOtherForm(a_options.output, a_options.format);
+    HistoryOperations operations = ReadOperationsForRows(a_options.operations, a_context);
 
     const auto source = OpenInput(a_options.history, a_context);
-    ReadNotes notes(a_context, a_options.read.rejectFile);
+    ReadNotes notes(a_context, a_options.read);
     RowReader reader(*source, a_options.read, notes.HooksFor(*source));
     const RowLayout& layout = reader.GetLayout();
     RowAdjuster adjuster(std::move(operations), layout);
@@ -47,8 +47,10 @@ void RunAdjust(const AdjustOptions& a_options, ToolContext& a_context)
         writer->Write(rows, {});
         progress.Show(reader.GetBytesRead(), reader.GetCounts().rows);
     }
+    reader.ExpectSymbol();
     writer->Finish();
     target.Commit();
+    notes.Say(a_options.output, writer->GetNote());
     notes.Finish(reader.GetCounts());
 }
 
@@ -79,6 +81,9 @@ void AddAdjustCommand(Command a_app, ToolContext& a_context)
         .TypeName("FILE");
     AddOutputOptions(command, options->format, options->output);
     AddReadOptions(command, options->read);
+    AddSymbolOption(command, options->read);
+    options->read.oneSymbol = true;
+    options->read.fractions = true;
     command.SetFooter(S_help + ExitCodesHelp());
     command.OnRun([options, &a_context] { RunAdjust(*options, a_context); });
 }

@@ -48,11 +48,16 @@ struct CandlesOptions {
     InputOptions read;
 };
 
+// Rows of a symbol wait until they are so many: most files of very many symbols have only a few rows of each, and a
+// folder takes more memory than they do.
+constexpr std::size_t S_waitingRows = 64;
+
 /// One symbol's way from rows to candles.
 struct SymbolFold {
-    std::optional<PieceFolder> folder;
+    std::unique_ptr<PieceFolder> folder; // null as long as no rows were folded
     RowBlock rows;
-    RowBlock candles; // all of them, since the output goes symbol by symbol
+    std::unique_ptr<RowBlock>
+        candles; // all of them, since the output goes symbol by symbol; null where there are none
 };
 
 /// A symbol as a file's name: what a path or a shell could take for something else is written as %XX.
@@ -95,13 +100,15 @@ public:
 private:
     void Start(const RowReader& a_reader, const std::string& a_file);
     void Open(const RowLayout& a_layout, const std::string& a_path);
-    void Close();
+    void Close(const std::string& a_path, const ReadNotes& a_notes);
     bool ShowsDatesOnly() const;
     void FoldFile(RowReader& a_reader, std::uint64_t a_bytesBefore, Progress& a_progress);
     void FoldSymbols(const RowBlock& a_rows);
-    void FinishSymbols(const std::vector<std::string>& a_symbols);
+    void FinishSymbols(const std::vector<std::string>& a_symbols, const ReadNotes& a_notes);
+    void WriteSymbol(SymbolFold& a_fold, const std::string& a_symbol);
 
     const CandlesOptions& m_options;
+    InputOptions m_read; // the options for reading, with what the others imply
     const std::vector<std::string>& m_files;
     std::string m_output;
     ToolContext& m_context;
@@ -129,32 +136,43 @@ void CandlesRun::Run()
     m_interval = *interval;
     // Charts and exchanges stamp a candle with its window's begin; ticks have no window in time.
     m_stamp = m_options.stamp.value_or(m_interval.IsTick() ? ELastRecordTime : EWindowBegin);
-    if (!m_options.operations.empty())
-        m_operations = ReadOperationsForRows(m_options.operations, m_options.read.symbolColumn, m_context);
+    m_read = m_options.read;
+    m_read.fractions = m_interval.IsSingleTick();
+    if (!m_options.operations.empty()) {
+        m_operations = ReadOperationsForRows(m_options.operations, m_context);
+        m_read.oneSymbol = true;
+    }
 
-    const Inputs inputs = OpenInputs(m_files, m_context);
-    ReadNotes notes(m_context, m_options.read.rejectFile);
+    const Inputs inputs = FindInputs(m_files, m_read.dropRepeated, m_context);
+    ReadNotes notes(m_context, m_options.read);
     Progress progress(m_context, inputs.size);
+    std::unique_ptr<ByteSource> sourceBefore; // outlives its reader
     std::unique_ptr<RowReader> before;
     std::uint64_t bytes = 0;
-    for (std::size_t file = 0; file < inputs.sources.size(); ++file) {
-        ByteSource& source = *inputs.sources[file];
-        auto reader = std::make_unique<RowReader>(source, m_options.read, notes.HooksFor(source));
+    for (const std::string& path : inputs.paths) {
+        auto source = OpenInput(path, m_context);
+        auto reader = std::make_unique<RowReader>(*source, m_read, notes.HooksFor(*source));
         if (before)
             reader->ContinueFrom(*before);
-        Start(*reader, m_files[file]);
-        FoldFile(*reader, bytes, progress);
+        Start(*reader, path);
+        // Files that are sorted come out together.
+        if (m_read.sort && &path != &inputs.paths.back())
+            reader->Collect();
+        else
+            FoldFile(*reader, bytes, progress);
         m_counts.Add(reader->GetCounts());
         bytes += reader->GetBytesRead();
         before = std::move(reader);
+        sourceBefore = std::move(source);
     }
+    before->ExpectSymbol();
     if (m_input.hasSymbols) {
-        FinishSymbols(before->GetSymbols());
+        FinishSymbols(before->GetSymbols(), notes);
     } else {
         m_rows.rows = m_kept;
         m_folder->Fold(m_rows, true, m_candles);
         m_writer->Write(m_candles, {});
-        Close();
+        Close(m_output, notes);
     }
     notes.Finish(m_counts);
 }
@@ -175,11 +193,8 @@ void CandlesRun::Start(const RowReader& a_reader, const std::string& a_file)
         m_adjuster = std::make_unique<RowAdjuster>(*m_operations, layout);
     if (!layout.hasSymbols) {
         if (!m_options.splitFolder.empty())
-            throw ToolError(EExitUsage, "--split needs --symbol-column");
+            throw ToolError(EExitUsage, "--split needs a column of symbols; --symbol-column names one");
         Open(CandleLayout(layout, m_interval, *m_folder), m_output);
-    } else if (m_options.format == EOutputBlock && m_options.splitFolder.empty()) {
-        throw ToolError(EExitUsage,
-                        "a series block holds one instrument; --split DIR writes one file a symbol");
     }
 }
 
@@ -195,10 +210,11 @@ void CandlesRun::Open(const RowLayout& a_layout, const std::string& a_path)
     m_writer = RowWriter::Make(m_options.format, a_layout, ShowsDatesOnly(), *m_target);
 }
 
-void CandlesRun::Close()
+void CandlesRun::Close(const std::string& a_path, const ReadNotes& a_notes)
 {
     m_writer->Finish();
     m_target->Commit();
+    a_notes.Say(a_path, m_writer->GetNote());
     m_writer.reset();
     m_target.reset();
 }
@@ -210,6 +226,8 @@ void CandlesRun::FoldFile(RowReader& a_reader, std::uint64_t a_bytesBefore, Prog
             m_adjuster->Adjust(m_rows, m_kept);
         if (m_input.hasSymbols) {
             FoldSymbols(m_rows);
+        } else if (m_interval.IsSingleTick()) {
+            m_writer->Write(m_rows, {});
         } else {
             m_kept = m_folder->Fold(m_rows, false, m_candles);
             m_writer->Write(m_candles, {});
@@ -229,7 +247,7 @@ void CandlesRun::FoldSymbols(const RowBlock& a_rows)
             ++end;
         if (symbol >= m_symbols.size())
             m_symbols.resize(symbol + 1);
-        m_symbols[symbol].rows.Append(a_rows, begin, end);
+        m_symbols[symbol].rows.AppendRows(a_rows, begin, end);
         touched.push_back(symbol);
         begin = end;
     }
@@ -237,37 +255,62 @@ void CandlesRun::FoldSymbols(const RowBlock& a_rows)
     touched.erase(std::unique(touched.begin(), touched.end()), touched.end());
     for (const std::uint32_t symbol : touched) {
         SymbolFold& fold = m_symbols[symbol];
+        if (m_interval.IsSingleTick() || fold.rows.rows < S_waitingRows)
+            continue; // ticks pass as they are
         if (!fold.folder)
-            fold.folder.emplace(FolderOf(m_input, m_interval, m_stamp));
+            fold.folder = std::make_unique<PieceFolder>(FolderOf(m_input, m_interval, m_stamp));
         fold.rows.rows = fold.folder->Fold(fold.rows, false, m_candles);
-        fold.candles.Append(m_candles, 0, m_candles.rows);
+        if (!fold.candles)
+            fold.candles = std::make_unique<RowBlock>();
+        fold.candles->Append(m_candles, 0, m_candles.rows);
     }
 }
 
-void CandlesRun::FinishSymbols(const std::vector<std::string>& a_symbols)
+void CandlesRun::FinishSymbols(const std::vector<std::string>& a_symbols, const ReadNotes& a_notes)
 {
     RowLayout layout = CandleLayout(m_input, m_interval, *m_folder);
     const bool split = !m_options.splitFolder.empty();
-    layout.hasSymbols = !split;
+    const bool isBlock = m_options.format == EOutputBlock;
+    if (isBlock && !split && a_symbols.size() > 1)
+        throw ToolError(EExitBadData,
+                        m_files.front() + ": holds several instruments, \"" + a_symbols[0] + "\" and \"" +
+                            a_symbols[1] +
+                            "\" at least, and a series block one; --symbol NAME takes one, --split "
+                            "DIR writes one file a symbol");
+    // A column that nobody asked for and that holds one name says nothing about the rows.
+    layout.hasSymbols = !split && !isBlock && (!m_input.symbolsFound || a_symbols.size() > 1);
     if (split)
         MakeFolder(m_options.splitFolder);
     else
         Open(layout, m_output);
     for (std::size_t symbol = 0; symbol < m_symbols.size(); ++symbol) {
         SymbolFold& fold = m_symbols[symbol];
-        if (!fold.folder)
+        if (fold.rows.rows == 0)
             continue;
+        const std::string path =
+            split ? OutputPath(m_options.splitFolder, FileNameOf(a_symbols[symbol]), m_options.format)
+                  : m_output;
         if (split)
-            Open(layout, OutputPath(m_options.splitFolder, FileNameOf(a_symbols[symbol]), m_options.format));
-        fold.folder->Fold(fold.rows, true, m_candles);
-        m_writer->Write(fold.candles, a_symbols[symbol]);
-        m_writer->Write(m_candles, a_symbols[symbol]);
+            Open(layout, path);
+        WriteSymbol(fold, a_symbols[symbol]);
         if (split)
-            Close();
+            Close(path, a_notes);
         fold = SymbolFold();
     }
     if (!split)
-        Close();
+        Close(m_output, a_notes);
+}
+
+void CandlesRun::WriteSymbol(SymbolFold& a_fold, const std::string& a_symbol)
+{
+    if (m_interval.IsSingleTick())
+        return m_writer->Write(a_fold.rows, a_symbol);
+    if (!a_fold.folder)
+        a_fold.folder = std::make_unique<PieceFolder>(FolderOf(m_input, m_interval, m_stamp));
+    a_fold.folder->Fold(a_fold.rows, true, m_candles);
+    if (a_fold.candles)
+        m_writer->Write(*a_fold.candles, a_symbol);
+    m_writer->Write(m_candles, a_symbol);
 }
 
 /// Folds one file of --out-dir with streams of its own, since several run at once.
@@ -336,6 +379,7 @@ void RunCandles(const CandlesOptions& a_options, ToolContext& a_context)
 {
     if (std::count(a_options.files.begin(), a_options.files.end(), "-") + (a_options.operations == "-") > 1)
         throw ToolError(EExitUsage, "standard input can be read only once");
+    RefuseOtherForm(a_options.output, a_options.format);
     if (!a_options.splitFolder.empty() && (!a_options.output.empty() || !a_options.outFolder.empty()))
         throw ToolError(EExitUsage, "--split names its own files; leave --output and --out-dir out");
     if (a_options.outFolder.empty()) {
@@ -356,8 +400,10 @@ constexpr const char* S_examples = R"(Examples:
       hours from minutes that bear their window's end
   kalvento candles export.csv -i 1d --columns time=Date,price=Last --zone UTC --output-zone Europe/Warsaw
       Warsaw days from other column names and times in UTC
-  kalvento candles stocks.csv -i 1min --symbol-column symbol --split candles/
-      one file for each instrument
+  kalvento candles stocks.csv -i 1min --split candles/
+      one file for each instrument of the column symbol
+  kalvento candles stocks.csv -i 1min --symbol PKO
+      one of them
   kalvento candles shares.csv -i 1week --operations operations.txt
       weeks on the scale of the present, corrected for splits and dividends
   zcat ticks.csv.gz | kalvento candles - -i 30s --format jsonl
@@ -392,7 +438,9 @@ void AddCandlesCommand(Command a_app, ToolContext& a_context)
             "below a day only) or the border (last instant inside); default: begin, for ticks last")
         .TypeName("TIME");
     AddOutputOptions(command, options->format, options->output);
-    command.AddOption("--split", options->splitFolder, "Folder for one file a symbol (with --symbol-column)")
+    command
+        .AddOption("--split", options->splitFolder,
+                   "Folder for one file a symbol (where the files have symbols)")
         .TypeName("DIR");
     command.AddOption("--out-dir", options->outFolder, "Folder for one output a file, each folded on its own")
         .TypeName("DIR");
@@ -404,6 +452,7 @@ void AddCandlesCommand(Command a_app, ToolContext& a_context)
                    "List of corporate operations to correct the rows by before they are folded")
         .TypeName("FILE");
     AddReadOptions(command, options->read);
+    AddSymbolOption(command, options->read);
     command.SetFooter(S_examples + ExitCodesHelp());
     command.OnRun([options, &a_context] { RunCandles(*options, a_context); });
 }

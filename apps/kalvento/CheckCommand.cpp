@@ -2,6 +2,7 @@
 #include "kalvento/BlockFile.h"
 #include "kalvento/Commands.h"
 #include "kalvento/LogCollector.h"
+#include "kalvento/MarketCheck.h"
 #include "kalvento/OpenInput.h"
 #include "kalvento/OptionValues.h"
 #include "kalvento/OutputTarget.h"
@@ -49,6 +50,12 @@ public:
         m_target.Write(line + "\n");
         m_bad += a_good ? 0 : 1;
     }
+    void Answers(const MarketCheck& a_market)
+    {
+        for (const MarketCheck::Answer& answer : a_market.GetAnswers())
+            Answer(answer.question, answer.fault.empty(),
+                   answer.fault.empty() ? answer.remark : answer.fault);
+    }
     /// The last line; gives the exit code.
     int Finish()
     {
@@ -56,6 +63,8 @@ public:
         m_target.Commit();
         return m_bad == 0 ? EExitOk : EExitBadData;
     }
+
+    bool IsBad() const { return m_bad > 0; }
 
 private:
     OutputTarget m_target;
@@ -109,6 +118,24 @@ std::optional<std::string> FindEqualTime(const BlockFile& a_block)
     return std::nullopt;
 }
 
+/// The rows of a block that is sound otherwise.
+void JudgeMarket(const CheckOptions& a_options, Report& a_report, ToolContext& a_context)
+{
+    const auto source = OpenInput(a_options.input, a_context);
+    RowReader reader(*source, a_options.read);
+    MarketCheck market(reader.GetLayout(),
+                       [](std::uint64_t a_row) { return "row " + std::to_string(a_row); });
+    RowBlock block;
+    std::vector<MarketCheck::Origin> origins;
+    for (std::uint64_t row = 0; reader.Read(block, S_blockRows); row += origins.size()) {
+        origins.clear();
+        for (std::size_t each = 0; each < block.rows; ++each)
+            origins.push_back({reader.GetCounts().outside + row + each + 1, block.times[each]});
+        market.Add(block, origins);
+    }
+    a_report.Answers(market);
+}
+
 int CheckBlock(const CheckOptions& a_options, ToolContext& a_context)
 {
     const BlockFile block = ReadBlockFile(a_options.input, a_context);
@@ -142,52 +169,141 @@ int CheckBlock(const CheckOptions& a_options, ToolContext& a_context)
         if (good && !place)
             report.Answer("times strictly rising", FindEqualTime(block));
     }
+    if (!report.IsBad())
+        JudgeMarket(a_options, report, a_context);
     return report.Finish();
 }
 
-int CheckText(const CheckOptions& a_options, ToolContext& a_context)
-{
-    const auto source = OpenInput(a_options.input, a_context);
-    RowReader reader(*source, a_options.read, ReadNotes(a_context).HooksFor(*source));
-    RowBlock block;
-    std::optional<NDateTime> first;
-    NDateTime last;
-    while (reader.Read(block, S_blockRows)) {
-        if (!first)
-            first = block.times.front();
-        last = block.times[block.rows - 1];
+/// The rows of a text on their way through a MarketCheck, with what becomes of their lines.
+class TextCheck {
+public:
+    TextCheck(const CheckOptions& a_options, ToolContext& a_context)
+        : m_options(a_options),
+          m_read(a_options.read),
+          m_source(OpenInput(a_options.input, a_context)),
+          m_notes(a_context, a_options.read),
+          m_report(a_context)
+    {
+        m_read.fractions = true;
+        // Rows out of order are an answer, not the end.
+        if (m_read.order == EOrderRaiseFew)
+            m_read.order = EOrderRaise;
+        ReadHooks hooks = m_notes.HooksFor(*m_source);
+        hooks.turned = [this] { m_isTurned = true; };
+        m_reader.emplace(*m_source, m_read, std::move(hooks));
+        m_market.emplace(m_reader->GetLayout(), [this](std::uint64_t a_line) { return PlaceOf(a_line); });
     }
 
-    const RowLayout& layout = reader.GetLayout();
-    const RowCounts& counts = reader.GetCounts();
+    int Run();
+
+private:
+    std::string PlaceOf(std::uint64_t a_line) const
+    {
+        return m_source->GetName() + ":" + std::to_string(a_line) + ":1";
+    }
+    void ReadRows();
+    std::string Title() const;
+    void AnswerSymbols();
+    void AnswerOrder();
+
+    const CheckOptions& m_options;
+    InputOptions m_read;
+    std::unique_ptr<ByteSource> m_source;
+    const ReadNotes m_notes;
+    Report m_report;
+    bool m_isTurned = false;
+    std::optional<RowReader> m_reader;
+    std::optional<MarketCheck> m_market;
+    std::uint64_t m_secondSymbol = 0; // the line of its first row
+    std::optional<NDateTime> m_first;
+    NDateTime m_last;
+};
+
+void TextCheck::ReadRows()
+{
+    std::vector<MarketCheck::Origin> origins;
+    m_reader->WatchLines([&](const LineFate& a_fate) {
+        if (a_fate.fate > LineFate::EFateRaised)
+            return;
+        origins.push_back({a_fate.line, a_fate.written});
+        if (a_fate.symbol > 0 && (m_secondSymbol == 0 || a_fate.line < m_secondSymbol))
+            m_secondSymbol = a_fate.line;
+    });
+    RowBlock block;
+    while (m_reader->Read(block, S_blockRows)) {
+        m_market->Add(block, origins);
+        origins.clear();
+        if (!m_first)
+            m_first = block.times.front();
+        m_last = block.times[block.rows - 1];
+    }
+    m_reader->ExpectSymbol();
+}
+
+std::string TextCheck::Title() const
+{
+    const RowLayout& layout = m_reader->GetLayout();
     std::string columns;
     for (const ESeriesId series : layout.series)
         columns += (columns.empty() ? "" : ", ") + ColumnName(series, !layout.interval.IsSingleTick());
-    Report report(a_context);
-    report.Title(source->GetName() + ": text, " + FormatInterval(layout.interval) + ", " +
-                 ShownCount(counts.rows) + " rows" +
-                 (layout.hasSymbols ? " of " + ShownCount(reader.GetSymbols().size()) + " symbols" : "") +
-                 ", columns " + columns);
-    report.Answer("lines", counts.bad == 0, counts.bad == 0 ? "" : ShownCount(counts.bad) + " can't be read");
-    report.Answer("order of times", counts.raised == 0,
-                  counts.raised == 0
-                      ? ""
-                      : ShownCount(counts.raised) + " rows are earlier than the one before; the first is " +
-                            source->GetName() + ":" + std::to_string(counts.firstRaised) + ":1");
-    if (a_options.day && first) {
-        const LogCollector log;
-        const bool good = VectorTimeTester::CheckIntegrity({*first, last}, &*a_options.day);
-        report.Answer(
-            "CheckIntegrity", good,
-            Reason(log.GetText(), "the rows run from " + FormatTime(*first) + " to " + FormatTime(last)));
+    return m_source->GetName() + ": text, " + FormatInterval(layout.interval) + ", " +
+           ShownCount(m_reader->GetCounts().rows) + " rows" +
+           (layout.hasSymbols ? " of " + ShownCount(m_reader->GetSymbols().size()) + " symbols" : "") +
+           ", columns " + columns;
+}
+
+// Several instruments are sound where the user says that there are several.
+void TextCheck::AnswerSymbols()
+{
+    const std::vector<std::string>& symbols = m_reader->GetSymbols();
+    if (!m_reader->GetLayout().symbolsFound || symbols.size() < 2 || !m_read.symbol.empty())
+        return;
+    m_report.Answer("one instrument", false,
+                    ShownCount(symbols.size()) + " symbols; the second, \"" + symbols[1] + "\", begins at " +
+                        PlaceOf(m_secondSymbol) + " (--symbol-column says that several are meant)");
+}
+
+void TextCheck::AnswerOrder()
+{
+    const RowCounts& counts = m_reader->GetCounts();
+    const std::uint64_t astray = m_isTurned || m_read.sort ? counts.misplaced : counts.raised;
+    if (astray == 0) {
+        m_report.Answer("order of times", true,
+                        m_isTurned ? "from the newest to the oldest, and so turned" : "");
+        return;
     }
-    return report.Finish();
+    const std::uint64_t first = m_isTurned || m_read.sort ? counts.firstMisplaced : counts.firstRaised;
+    m_report.Answer("order of times", false,
+                    ShownCount(astray) + (m_isTurned ? " rows are later" : " rows are earlier") +
+                        " than the one before; the first is " + PlaceOf(first));
+}
+
+int TextCheck::Run()
+{
+    ReadRows();
+    m_report.Title(Title());
+    const RowCounts& counts = m_reader->GetCounts();
+    m_report.Answer("lines", counts.bad == 0,
+                    counts.bad == 0 ? "" : ShownCount(counts.bad) + " can't be read");
+    AnswerSymbols();
+    AnswerOrder();
+    m_report.Answers(*m_market);
+    if (m_options.day && m_first) {
+        const LogCollector log;
+        const bool good = VectorTimeTester::CheckIntegrity({*m_first, m_last}, &*m_options.day);
+        m_report.Answer(
+            "CheckIntegrity", good,
+            Reason(log.GetText(), "the rows run from " + FormatTime(*m_first) + " to " + FormatTime(m_last)));
+    }
+    return m_report.Finish();
 }
 
 constexpr const char* S_help =
     R"(Tells whether a series block or a text file of rows is sound, and where the first fault lies. A block is judged as
 the library judges it (DataSeriesSet::IsValid, VectorTimeTester::CheckIntegrity), its length and the order of
-its columns beside that; of a text every line must be readable and no time may fall.
+its columns beside that; of a text every line must be readable and no time may fall. Of both
+the market data are judged: high and low, prices and volumes, days that repeat or are missing, doubled rows, several
+instruments, none.
 Ends with 0 for a sound file and with 3 for any other.
 
 Examples:
@@ -213,10 +329,11 @@ void AddCheckCommand(Command a_app, ToolContext& a_context)
             "The rows must begin and end on this day")
         .TypeName("DAY");
     AddReadOptions(command, options->read);
+    AddSymbolOption(command, options->read);
     command.SetFooter(S_help + ExitCodesHelp());
     command.OnRun([options, &a_context] {
-        a_context.exitCode =
-            IsBlockFile(options->input) ? CheckBlock(*options, a_context) : CheckText(*options, a_context);
+        a_context.exitCode = IsBlockFile(options->input) ? CheckBlock(*options, a_context)
+                                                         : TextCheck(*options, a_context).Run();
     });
 }
 

@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <utility>
@@ -36,7 +37,6 @@ struct ExplainOptions {
     std::string input;
     IntervalAndMultiplicity interval;
     std::string at;
-    std::string symbol;
     std::optional<std::int64_t> day; // of a time of day alone, since 1970-01-01
     std::size_t rows = 20;
     bool json = false;
@@ -50,53 +50,27 @@ struct Rows {
     bool fromBlock = false;
 };
 
-/// The place of the symbol asked for among those of the input.
-std::uint32_t PlaceOfSymbol(const std::vector<std::string>& a_symbols, const std::string& a_symbol)
-{
-    const auto found = std::find(a_symbols.begin(), a_symbols.end(), a_symbol);
-    if (found != a_symbols.end())
-        return static_cast<std::uint32_t>(found - a_symbols.begin());
-    std::string names;
-    for (std::size_t place = 0; place < std::min<std::size_t>(a_symbols.size(), 20); ++place)
-        names += (place > 0 ? ", " : "") + a_symbols[place];
-    throw ToolError(EExitUsage, (a_symbol.empty() ? std::string("--symbol is missing")
-                                                  : "--symbol " + a_symbol + " is none of the file's") +
-                                    "; expected one of " + names + (a_symbols.size() > 20 ? ", ..." : ""));
-}
-
-/// Reads the rows of the symbol asked for, and what became of the lines that gave none.
-Rows ReadRows(RowReader& a_reader, const std::string& a_symbol)
+/// Reads the rows, and what became of the lines that gave none.
+Rows ReadRows(RowReader& a_reader)
 {
     Rows all;
-    std::vector<Explanation::Source> sources;
     a_reader.WatchLines([&](const LineFate& a_fate) {
         if (a_fate.fate > LineFate::EFateRaised)
             all.others.push_back(a_fate);
         else
-            sources.push_back({a_fate.line, a_fate.written});
+            all.sources.push_back({a_fate.line, a_fate.written});
     });
     RowBlock block;
     while (a_reader.Read(block, S_rowsAtOnce, block.rows)) {
     }
+    a_reader.ExpectSymbol();
     // A block has no lines, so its rows are counted, those before --from included.
-    all.fromBlock = sources.empty() && block.rows > 0;
-    for (std::size_t row = sources.size(); row < block.rows; ++row)
-        sources.push_back({a_reader.GetCounts().outside + row + 1, block.times[row]});
-
-    const RowLayout& layout = a_reader.GetLayout();
-    const std::uint32_t symbol =
-        layout.hasSymbols ? PlaceOfSymbol(a_reader.GetSymbols(), a_symbol) : std::uint32_t{0};
-    std::vector<std::size_t> rows;
-    for (std::size_t row = 0; row < block.rows; ++row) {
-        if (layout.hasSymbols && block.symbols[row] != symbol)
-            continue;
-        rows.push_back(row);
-        all.sources.push_back(sources[row]);
-    }
-    all.series = SeriesOf(block, layout, rows);
-    std::erase_if(all.others, [&](const LineFate& a_fate) {
-        return layout.hasSymbols && a_fate.fate != LineFate::EFateBad && a_fate.symbol != symbol;
-    });
+    all.fromBlock = all.sources.empty() && block.rows > 0;
+    for (std::size_t row = all.sources.size(); row < block.rows; ++row)
+        all.sources.push_back({a_reader.GetCounts().outside + row + 1, block.times[row]});
+    std::vector<std::size_t> rows(block.rows);
+    std::iota(rows.begin(), rows.end(), std::size_t{0});
+    all.series = SeriesOf(block, a_reader.GetLayout(), rows);
     return all;
 }
 
@@ -114,7 +88,8 @@ public:
         : m_options(a_options),
           m_context(a_context),
           m_source(OpenInput(a_options.input, a_context)),
-          m_reader(*m_source, a_options.read, ReadNotes(a_context).HooksFor(*m_source)),
+          m_notes(a_context, a_options.read),
+          m_reader(*m_source, a_options.read, m_notes.HooksFor(*m_source)),
           m_layout(m_reader.GetLayout())
     {}
 
@@ -139,6 +114,7 @@ private:
     const ExplainOptions& m_options;
     ToolContext& m_context;
     std::unique_ptr<ByteSource> m_source;
+    ReadNotes m_notes;
     RowReader m_reader;
     const RowLayout& m_layout;
     Rows m_rows;
@@ -147,7 +123,7 @@ private:
 
 std::string ExplainRun::Title() const
 {
-    return m_source->GetName() + (m_options.symbol.empty() ? "" : ", " + m_options.symbol) + ", " +
+    return m_source->GetName() + (m_options.read.symbol.empty() ? "" : ", " + m_options.read.symbol) + ", " +
            FormatInterval(m_options.interval);
 }
 
@@ -191,9 +167,7 @@ void ExplainRun::Run()
 {
     // Raises for intervals that the rows don't reach.
     FolderOf(m_layout, m_options.interval, ELastRecordTime);
-    if (!m_layout.hasSymbols && !m_options.symbol.empty())
-        throw ToolError(EExitUsage, "--symbol needs --symbol-column");
-    m_rows = ReadRows(m_reader, m_options.symbol);
+    m_rows = ReadRows(m_reader);
     std::vector<Explanation::Source> refused;
     for (const LineFate& line : m_rows.others)
         refused.push_back({line.line, line.written});
@@ -366,8 +340,8 @@ std::string ExplainRun::Json(const Told& a_told) const
     const Explanation::Candle& candle = a_told.candle;
     const Explanation::Span& span = candle.rows;
     boost::json::object object{{"file", m_source->GetName()}};
-    if (!m_options.symbol.empty())
-        object["symbol"] = m_options.symbol;
+    if (!m_options.read.symbol.empty())
+        object["symbol"] = m_options.read.symbol;
     object["interval"] = FormatInterval(m_options.interval);
     object["candle"] = CandleText(candle.place);
     boost::json::object window;
@@ -406,7 +380,7 @@ Lines that can't be read are set aside unless --bad-lines stop is given. Ends wi
 Examples:
   kalvento explain trades.csv --interval 5min --at 10:05
   kalvento explain trades.csv -i 1h --at "2024-01-02 10:00" --rows 100
-  kalvento explain stocks.csv -i 1min --at 16:00 --symbol-column symbol --symbol TSLA -f json
+  kalvento explain stocks.csv -i 1min --at 16:00 --symbol TSLA -f json
 
 )";
 
@@ -434,7 +408,6 @@ void AddExplainCommand(Command a_app, ToolContext& a_context)
             "--day", [options](const std::string& a_text) { options->day = DayOption(a_text, "--day"); },
             "Day of a time of day (default: the first with a candle then)")
         .TypeName("DAY");
-    command.AddOption("--symbol", options->symbol, "The instrument (with --symbol-column)").TypeName("NAME");
     command.AddOption("--rows", options->rows, "How many rows are listed at most (default: 20)")
         .TypeName("N");
     command
@@ -443,7 +416,9 @@ void AddExplainCommand(Command a_app, ToolContext& a_context)
         .TypeName("FORMAT");
     // Lines that can't be read are part of the answer, not its end.
     options->read.badLines = EBadLinesReject;
+    options->read.oneSymbol = true;
     AddReadOptions(command, options->read);
+    AddSymbolOption(command, options->read);
     command.SetFooter(S_help + ExitCodesHelp());
     command.OnRun([options, &a_context] { ExplainRun(*options, a_context).Run(); });
 }

@@ -26,6 +26,7 @@
 #include <ostream>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -179,8 +180,15 @@ public:
         : m_options(a_options),
           m_context(a_context),
           m_source(OpenGrowingInput(a_options.input, a_context)),
+          m_read(a_options.read),
+          m_notes(a_context, a_options.read),
           m_caughtUp(!m_source->IsFile())
-    {}
+    {
+        // What a file holds can be put in order; what comes live comes as it comes.
+        m_read.turn = m_source->IsFile();
+        if (m_read.sort && !m_source->IsFile())
+            throw ToolError(EExitUsage, "--sort: rows that come live can't be sorted; give a file");
+    }
 
     void Run();
 
@@ -193,18 +201,24 @@ private:
     void FoldRow(std::size_t a_row);
     void Print(bool a_isNew, Instrument& a_instrument, Record& a_candle);
     Instrument& InstrumentOf(std::size_t a_row);
+    Instrument& InstrumentOf(const std::string& a_name);
     void Say(const std::string& a_text) const;
 
     const LiveOptions& m_options;
     ToolContext& m_context;
     std::unique_ptr<GrowingSource> m_source;
-    bool m_caughtUp; // the content that was there at the start is folded
+    InputOptions m_read;
+    ReadNotes m_notes;
+    RowCounts m_counts; // of readers before a restart
+    bool m_caughtUp;    // the content that was there at the start is folded
     std::unique_ptr<RowReader> m_reader;
     std::optional<RowLayout> m_layout;
     std::set<DSProp> m_properties;
     std::optional<Record> m_emptyRow;
     std::optional<ChangeWriter> m_writer;
     std::vector<std::unique_ptr<Instrument>> m_instruments;
+    std::unordered_map<std::string, Instrument*> m_byName;
+    std::vector<Instrument*> m_bySymbol; // by the reader's numbers, as far as they were met
     RowBlock m_block;
     ColumnBlock m_candles;
     bool m_restarted = false;
@@ -233,6 +247,9 @@ void LiveRun::Run()
     while (!endsAtEnd && WaitForMore(interruption.GetFd()));
     if (m_skipped > 0)
         Say(ShownCount(m_skipped) + " rows were earlier than rows before the restart and left out");
+    if (m_reader)
+        m_counts.Add(m_reader->GetCounts());
+    m_notes.Finish(m_counts);
 }
 
 // False when nothing is to come.
@@ -250,7 +267,10 @@ bool LiveRun::WaitForMore(int a_interruption)
                 ? "the file was cut short; reading it again from its start, rows already seen are left out"
                 : "another file bears the name now; going on with its start");
         m_source->Restart();
+        if (m_reader)
+            m_counts.Add(m_reader->GetCounts());
         m_reader.reset();
+        m_bySymbol.clear(); // a reader numbers symbols in the order of their first row
         m_restarted = true;
         return true;
     case GrowingSource::EWaitEnded:
@@ -295,8 +315,7 @@ void LiveRun::TakeRows(bool a_isLast)
 
 void LiveRun::OpenReader()
 {
-    m_reader =
-        std::make_unique<RowReader>(*m_source, m_options.read, ReadNotes(m_context).HooksFor(*m_source));
+    m_reader = std::make_unique<RowReader>(*m_source, m_read, m_notes.HooksFor(*m_source));
     const RowLayout& layout = m_reader->GetLayout();
     if (m_layout) {
         if (layout.series != m_layout->series || layout.hasSymbols != m_layout->hasSymbols)
@@ -321,25 +340,34 @@ void LiveRun::OpenReader()
 
 Instrument& LiveRun::InstrumentOf(std::size_t a_row)
 {
-    // A reader numbers symbols in the order of their first row, so after a restart the numbers differ.
-    const std::string* symbol =
-        m_layout->hasSymbols ? &m_reader->GetSymbols()[m_block.symbols[a_row]] : nullptr;
-    for (const auto& instrument : m_instruments)
-        if (symbol == nullptr || instrument->symbol == *symbol)
-            return *instrument;
+    const std::size_t symbol = m_layout->hasSymbols ? m_block.symbols[a_row] : 0;
+    if (symbol >= m_bySymbol.size())
+        m_bySymbol.resize(symbol + 1);
+    if (m_bySymbol[symbol] == nullptr)
+        m_bySymbol[symbol] = &InstrumentOf(m_layout->hasSymbols ? m_reader->GetSymbols()[symbol] : "");
+    return *m_bySymbol[symbol];
+}
+
+Instrument& LiveRun::InstrumentOf(const std::string& a_name)
+{
+    Instrument*& known = m_byName[a_name];
+    if (known != nullptr)
+        return *known;
     m_instruments.push_back(std::make_unique<Instrument>(
-        Instrument{symbol != nullptr ? *symbol : std::string(),
+        Instrument{a_name,
                    AggregatorWrapper(m_properties, ELastRecordTime, m_options.interval.GetInterval(),
                                      static_cast<unsigned short>(m_options.interval.GetMultiplicity())),
                    NDateTime(),
                    PieceFolder(m_properties, m_layout->interval, m_options.interval),
                    {},
                    {}}));
-    return *m_instruments.back();
+    known = m_instruments.back().get();
+    return *known;
 }
 
 void LiveRun::FoldPiece()
 {
+    std::set<Instrument*> touched;
     std::size_t begin = 0;
     while (begin < m_block.rows) {
         std::size_t end = begin + 1;
@@ -349,9 +377,10 @@ void LiveRun::FoldPiece()
         Instrument& instrument = InstrumentOf(begin);
         instrument.last = m_block.times[end - 1];
         instrument.rows.Append(m_block, begin, end);
+        touched.insert(&instrument);
         begin = end;
     }
-    for (const auto& instrument : m_instruments) {
+    for (Instrument* const instrument : touched) {
         instrument->rows.rows = instrument->folder.Fold(instrument->rows, false, m_candles);
         instrument->candles.Append(m_candles, 0, m_candles.rows);
     }
@@ -461,6 +490,7 @@ void AddLiveCommand(Command a_app, ToolContext& a_context)
         .Between(0, 100000000)
         .TypeName("SECONDS");
     AddReadOptions(command, options->read);
+    AddSymbolOption(command, options->read);
     command.SetFooter(S_help + ExitCodesHelp());
     options->read.growing = true;
     command.OnRun([options, &a_context] { LiveRun(*options, a_context).Run(); });

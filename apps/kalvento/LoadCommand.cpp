@@ -234,6 +234,7 @@ public:
     void Run();
 
 private:
+    void ExpectOrder(const std::string& a_path) const;
     void LoadFile(ByteSource& a_source, const std::string& a_path, std::uint64_t a_bytesBefore);
     std::string SymbolOf(const std::string& a_path, const RowReader& a_reader, std::size_t a_symbol) const;
     void Flush(InstrumentLoad& a_load);
@@ -251,17 +252,20 @@ private:
 
 void LoadRun::Run()
 {
-    const Inputs inputs = OpenInputs(m_options.files, m_context);
-    m_notes = std::make_unique<ReadNotes>(m_context, m_options.read.rejectFile);
+    const Inputs inputs = FindInputs(m_options.files, m_options.read.dropRepeated, m_context);
+    m_notes = std::make_unique<ReadNotes>(m_context, m_options.read);
     m_progress = std::make_unique<Progress>(m_context, inputs.size);
 
     std::uint64_t bytes = 0;
     try {
-        for (std::size_t file = 0; file < inputs.sources.size(); ++file) {
-            ByteSource& source = *inputs.sources[file];
-            RaiseToolErrors([&] { LoadFile(source, m_options.files[file], bytes); });
-            bytes += source.GetSize();
-        }
+        for (const std::string& path : inputs.paths)
+            RaiseToolErrors([&] {
+                const auto source = OpenInput(path, m_context);
+                if (source->GetSize() > 0)
+                    ExpectOrder(path);
+                LoadFile(*source, path, bytes);
+                bytes += source->GetSize();
+            });
     } catch (...) {
         m_progress.reset();
         PrintTallies(); // what is in the database stays there
@@ -283,6 +287,18 @@ std::string LoadRun::SymbolOf(const std::string& a_path, const RowReader& a_read
                                         a_reader.GetSymbols()[0] + "\" and \"" + a_reader.GetSymbols()[1] +
                                         "\" at least; without it each gets its own name");
     return m_options.symbol;
+}
+
+// What is in the database stays there, so a file that turns out to be in no order must be refused beforehand.
+void LoadRun::ExpectOrder(const std::string& a_path) const
+{
+    if (m_options.read.sort)
+        return;
+    const auto source = OpenInput(a_path, m_context);
+    RowReader reader(*source, m_options.read);
+    RowBlock block;
+    while (reader.Read(block, S_blockRows)) {
+    }
 }
 
 void LoadRun::LoadFile(ByteSource& a_source, const std::string& a_path, std::uint64_t a_bytesBefore)
@@ -356,9 +372,9 @@ void LoadRun::PrintTallies()
 
 constexpr const char* S_help =
     "Rows that are in the database already are skipped, so that a file that has grown, or whose loading broke off, is\n"
-    "loaded again as a whole. Rows are only added behind the last one that is there: older ones are refused, and so is a\n"
-    "file that says otherwise than the database. Several instruments in one file are told apart by a column symbol,\n"
-    "ticker, instrument or papier (or --symbol-column). The tables are made where there are none.\n\n"
+    "loaded again as a whole. Rows are only added after the last one that is there: older ones are refused, and so is a\n"
+    "file that says otherwise than the database. Several instruments in one file are told apart by a column of symbols.\n"
+    "The tables are made where there are none.\n\n"
     "Examples:\n"
     "  kalvento load pko.csv --database \"host=serwer dbname=kursy user=jan\"\n"
     "  kalvento load 2024-*.csv --symbol PKO --database postgresql://jan@serwer/kursy\n"
@@ -370,7 +386,6 @@ void AddLoadCommand(Command a_app, ToolContext& a_context)
 {
     Command command = a_app.AddCommand("load", "Put rows of files into a PostgreSQL database");
     const auto options = std::make_shared<LoadOptions>();
-    options->read.findSymbols = true;
     command.AddOption("files", options->files, "Text files or series blocks, - for standard input")
         .Required();
     command

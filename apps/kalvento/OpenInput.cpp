@@ -1,8 +1,12 @@
 #include "kalvento/OpenInput.h"
 
+#include "kalvento/Note.h"
+#include "platform/InputFile.h"
 #include "platform/Interruption.h"
 
 #include <iostream>
+#include <optional>
+#include <set>
 #include <utility>
 
 namespace kalvento::tool {
@@ -51,16 +55,26 @@ std::unique_ptr<GrowingSource> OpenGrowingInput(const std::string& a_path, ToolC
                                       : GrowingSource::FromStream(a_context.in, S_standardInput);
 }
 
-Inputs OpenInputs(const std::vector<std::string>& a_paths, ToolContext& a_context)
+Inputs FindInputs(const std::vector<std::string>& a_paths, bool a_dropRepeated, ToolContext& a_context)
 {
     Inputs inputs;
-    bool known = true;
+    std::set<std::pair<std::uint64_t, std::uint64_t>> known;
+    bool isSizeKnown = true;
     for (const std::string& path : a_paths) {
-        inputs.sources.push_back(OpenInput(path, a_context));
-        inputs.size += inputs.sources.back()->GetSize();
-        known = known && inputs.sources.back()->GetSize() > 0;
+        // A pipe would lose what another one who opened it was sent.
+        const auto state = path == "-" ? std::nullopt : internal::InputFile::LookAt(path);
+        const bool isPipe = path == "-" || (state && !state->isRegular && !state->isFolder);
+        const std::uint64_t size = isPipe ? 0 : ByteSource::Open(path)->GetSize();
+        const bool isNew = !state || isPipe || known.emplace(state->device, state->number).second;
+        if (!isNew && !a_context.quiet)
+            Note(a_context, path + ": is given twice" + (a_dropRepeated ? " and read once" : ""));
+        if (!isNew && a_dropRepeated)
+            continue;
+        inputs.paths.push_back(path);
+        inputs.size += size;
+        isSizeKnown = isSizeKnown && size > 0;
     }
-    inputs.size = known ? inputs.size : 0;
+    inputs.size = isSizeKnown ? inputs.size : 0;
     return inputs;
 }
 

@@ -21,11 +21,13 @@ inline constexpr std::size_t S_blockRows = 8192;
 std::unique_ptr<ByteSource> OpenInput(const std::string& a_path, ToolContext& a_context);
 std::unique_ptr<GrowingSource> OpenGrowingInput(const std::string& a_path, ToolContext& a_context);
 
-/// Several inputs of one run.
+/// Several inputs of one run, to be opened one after the other by OpenInput: they may be more than a process may have
+/// open.
 struct Inputs {
-    std::vector<std::unique_ptr<ByteSource>> sources;
+    std::vector<std::string> paths;
     std::uint64_t size = 0; ///< Bytes of all; 0 where the size of one isn't known.
 };
-Inputs OpenInputs(const std::vector<std::string>& a_paths, ToolContext& a_context);
+/// Raises RowsFault for a path that can't be opened. A file given twice is told; a_dropRepeated: and left out.
+Inputs FindInputs(const std::vector<std::string>& a_paths, bool a_dropRepeated, ToolContext& a_context);
 
 } // namespace kalvento::tool

@@ -123,12 +123,8 @@ OperationsFile ReadOperationsFile(const std::string& a_path, ToolContext& a_cont
     return file;
 }
 
-HistoryOperations ReadOperationsForRows(const std::string& a_path, std::string_view a_symbolColumn,
-                                        ToolContext& a_context)
+HistoryOperations ReadOperationsForRows(const std::string& a_path, ToolContext& a_context)
 {
-    if (!a_symbolColumn.empty())
-        throw ToolError(EExitUsage,
-                        "--operations: a list is that of one instrument; leave --symbol-column out");
     OperationsFile file = ReadOperationsFile(a_path, a_context);
     if (!a_context.quiet) {
         for (const std::string& oddity : file.oddities)

@@ -23,10 +23,9 @@ struct OperationsFile {
 /// ToolError: EExitNoInput for what can't be opened, EExitBadData for what the library refuses, with the line.
 OperationsFile ReadOperationsFile(const std::string& a_path, ToolContext& a_context);
 
-/// Reads a list to adjust rows by; its oddities go to the context's notes. a_symbolColumn: raises ToolError
-/// (EExitUsage) where it isn't empty, since a list belongs to one instrument.
-HistoryOperations ReadOperationsForRows(const std::string& a_path, std::string_view a_symbolColumn,
-                                        ToolContext& a_context);
+/// Reads a list to adjust rows by; its oddities go to the context's notes. It is that of one instrument, so the rows
+/// are to be read with ReadOptions::oneSymbol.
+HistoryOperations ReadOperationsForRows(const std::string& a_path, ToolContext& a_context);
 
 /// The bytes of the XML form.
 std::string OperationsXml(const HistoryOperations& a_operations);

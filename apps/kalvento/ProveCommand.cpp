@@ -237,6 +237,7 @@ std::vector<Ticks> ReadTicks(RowReader& a_reader)
     RowBlock block;
     while (a_reader.Read(block, S_rowsAtOnce, block.rows)) {
     }
+    a_reader.ExpectSymbol();
     const RowLayout& layout = a_reader.GetLayout();
     const std::size_t count = layout.hasSymbols ? a_reader.GetSymbols().size() : 1;
     std::vector<std::vector<std::size_t>> rowsOf(count);
@@ -276,7 +277,8 @@ Proved Prove(const Ticks& a_ticks, const RowLayout& a_layout, IntervalAndMultipl
 void RunProve(const ProveOptions& a_options, ToolContext& a_context)
 {
     const auto source = OpenInput(a_options.input, a_context);
-    RowReader reader(*source, a_options.read, ReadNotes(a_context).HooksFor(*source));
+    ReadNotes notes(a_context, a_options.read);
+    RowReader reader(*source, a_options.read, notes.HooksFor(*source));
     const RowLayout& layout = reader.GetLayout();
     if (!layout.interval.IsSingleTick())
         throw ToolError(EExitUsage, source->GetName() + ": holds candles of " +
@@ -297,6 +299,7 @@ void RunProve(const ProveOptions& a_options, ToolContext& a_context)
             writer.Write(proved);
         }
     writer.Finish();
+    notes.Finish(reader.GetCounts());
 }
 
 constexpr const char* S_help =
@@ -307,7 +310,7 @@ Prints `identical` with what was compared, or the first difference with the rule
 Examples:
   kalvento prove trades.csv --interval 5min
   kalvento prove trades.csv -i 1min -i 1h -i 1d --samples 5000
-  kalvento prove stocks.csv -i 1min --symbol-column symbol --format jsonl
+  kalvento prove stocks.csv -i 1min --symbol PKO --format jsonl
 
 )";
 
@@ -340,6 +343,7 @@ void AddProveCommand(Command a_app, ToolContext& a_context)
                          "text, or jsonl: one JSON object for each instrument and interval (default: text)")
         .TypeName("FORMAT");
     AddReadOptions(command, options->read);
+    AddSymbolOption(command, options->read);
     command.SetFooter(S_help + ExitCodesHelp());
     command.OnRun([options, &a_context] { RunProve(*options, a_context); });
 }

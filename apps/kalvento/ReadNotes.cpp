@@ -5,10 +5,11 @@
 
 namespace kalvento::tool {
 
-ReadNotes::ReadNotes(ToolContext& a_context, const std::string& a_rejectFile) : m_context(a_context)
+ReadNotes::ReadNotes(ToolContext& a_context, const InputOptions& a_options)
+    : m_context(a_context), m_dropsRepeated(a_options.dropRepeated)
 {
-    if (!a_rejectFile.empty())
-        m_rejects = std::make_unique<OutputTarget>(a_rejectFile, a_context);
+    if (!a_options.rejectFile.empty())
+        m_rejects = std::make_unique<OutputTarget>(a_options.rejectFile, a_context);
 }
 
 ReadHooks ReadNotes::HooksFor(const ByteSource& a_input) const
@@ -18,11 +19,21 @@ ReadHooks ReadNotes::HooksFor(const ByteSource& a_input) const
         hooks.passedOver = [&context = m_context, name = a_input.GetName()](const std::string& a_columns) {
             Note(context, name + ": columns passed over: " + a_columns);
         };
+    if (!m_context.quiet)
+        hooks.turned = [&context = m_context, name = a_input.GetName()] {
+            Note(context, name + ": the rows run from the newest to the oldest; they are turned");
+        };
     if (m_rejects)
         hooks.setAside = [rejects = m_rejects.get()](std::string_view a_line) {
             rejects->Write(std::string(a_line) + "\n");
         };
     return hooks;
+}
+
+void ReadNotes::Say(const std::string& a_file, std::string_view a_note) const
+{
+    if (!a_note.empty() && !m_context.quiet)
+        Note(m_context, (a_file.empty() ? "standard output" : a_file) + ": " + std::string(a_note));
 }
 
 void ReadNotes::Finish(const RowCounts& a_counts)
@@ -37,7 +48,11 @@ void ReadNotes::Finish(const RowCounts& a_counts)
     };
     note(a_counts.bad, "lines set aside that could not be read");
     note(a_counts.dropped, "rows left out, their times not later than the ones before");
-    note(a_counts.raised, "rows with falling times moved up behind the ones before");
+    note(a_counts.raised, "rows with falling times moved up past the ones before");
+    note(a_counts.misplaced, "rows out of order put in their places");
+    note(a_counts.repeated, m_dropsRepeated
+                                ? "rows left out that repeat another one exactly"
+                                : "rows repeat another one exactly (--drop-repeated leaves them out)");
     if (a_counts.rows == 0)
         Note(m_context, std::string("no rows") + (a_counts.outside > 0 ? " between --from and --to" : ""));
 }

@@ -34,6 +34,7 @@ RowLayout CandleLayout(const RowLayout& a_rows, IntervalAndMultiplicity a_candle
     layout.series = a_folder.GetSeries();
     layout.interval = a_candles;
     layout.hasSymbols = a_rows.hasSymbols;
+    layout.fractionDigits = a_candles.IsSingleTick() ? a_rows.fractionDigits : 0;
     return layout;
 }
 

@@ -52,6 +52,7 @@ struct WatchOptions {
     std::string day;
     std::string start;
     std::optional<double> speed;
+    bool sort = false;
     std::string database;
     unsigned int patience = 15;
     bool list = false;
@@ -128,6 +129,8 @@ host::HostOptions MakeHostOptions(const WatchOptions& a_options)
         file["Start"] = a_options.start;
     if (a_options.speed)
         file["Speed"] = *a_options.speed;
+    if (a_options.sort)
+        file["Sort"] = true;
     if (!a_options.database.empty())
         options.pluginOptions["sql_provider"]["Connection"] = a_options.database;
 
@@ -429,6 +432,8 @@ void AddWatchCommand(Command a_app, ToolContext& a_context)
     command.AddOption("--start", options->start, "Files: time of day at which the play begins");
     command.AddOption("--speed", options->speed,
                       "Files: how many times faster than it was; 0: the whole day at once");
+    command.AddFlag("--sort", options->sort,
+                    "Files: sort those that aren't in the order of their times, instead of leaving them out");
     command.AddOption("--database", options->database, "Database: how to connect");
     command.AddFlag("--plain", options->console.plain, "Lines on standard output instead of a screen");
     command.AddFlag("--book", options->console.book, "With --plain: the order book too");

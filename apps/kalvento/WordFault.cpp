@@ -12,21 +12,26 @@ namespace {
 
 using OptionText = std::pair<EReadOption, std::string_view>;
 
-constexpr std::array<OptionText, 10> S_names = {{{EOptionColumns, "--columns: "},
+constexpr std::array<OptionText, 12> S_names = {{{EOptionColumns, "--columns: "},
                                                  {EOptionFolds, "--fold: "},
                                                  {EOptionFrom, "--from: "},
                                                  {EOptionInputInterval, "--input-interval: "},
                                                  {EOptionOutputZone, "--output-zone: "},
                                                  {EOptionStampedWithEnd, "--input-stamp end: "},
+                                                 {EOptionSort, "--sort: "},
+                                                 {EOptionSymbol, "--symbol: "},
                                                  {EOptionSymbolColumn, "--symbol-column: "},
                                                  {EOptionTimeFormat, "--time-format "},
                                                  {EOptionTo, "--to: "},
                                                  {EOptionZone, "--zone: "}}};
 
-constexpr std::array<OptionText, 4> S_advice = {
+constexpr std::array<OptionText, 7> S_advice = {
     {{EOptionDelimiter, "; give --delimiter"},
      {EOptionOrder, " (--order raise or drop takes such rows)"},
+     {EOptionSort, " (--sort puts the rows in order, --order raise takes them as they come)"},
      {EOptionStrict, "; name them by --columns, or leave --strict out to pass over them"},
+     {EOptionSymbol, " (--symbol NAME takes one of them; --symbol-column names another column of symbols)"},
+     {EOptionSymbolColumn, "; --symbol-column names one"},
      {EOptionTimeFormat, " (--time-format for others)"}}};
 
 std::string TextOf(std::span<const OptionText> a_texts, EReadOption a_option)

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <istream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -35,7 +36,11 @@ BlockRows::BlockRows(std::string_view a_start, ByteSource& a_source)
 {
     SourceStreambuf bytes(a_source, a_start);
     std::istream stream(&bytes);
-    m_rows.Read(stream);
+    try {
+        m_rows.Read(stream);
+    } catch (const std::length_error&) {
+        Fail(a_source, "a damaged series block: it claims more rows or columns than any memory holds");
+    }
     if (stream.fail() || !m_rows.IsValid())
         Fail(a_source, "a damaged series block: expected columns and times of one "
                        "length, a valid interval, and open, high and low in candles");

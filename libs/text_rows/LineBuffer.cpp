@@ -27,7 +27,9 @@ void LineBuffer::Fill()
     m_filled -= m_begin;
     m_begin = 0;
     m_lineEnd = 0;
-    while (!m_atEnd && m_lineEnd == 0) {
+    // The first piece is a full one, so that what the first rows show doesn't depend on how a pipe hands them over.
+    const bool isFirst = m_bytesRead == 0 && !m_growing;
+    while (!m_atEnd && (m_lineEnd == 0 || (isFirst && m_filled < S_readSize))) {
         if (m_filled > S_longestLine)
             Fail({.found = "the line is longer than 16 MB",
                   .expected = "lines of text or a binary series block"});

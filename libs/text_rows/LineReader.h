@@ -35,7 +35,7 @@ public:
     /// Place of the row's symbol; 0 where there are none.
     std::uint32_t GetSymbol(std::size_t a_row) const
     {
-        return m_shape.layout.hasSymbols ? m_symbolRows[a_row] : 0;
+        return m_shape.hasSymbolColumn ? m_symbolRows[a_row] : 0;
     }
     const SymbolTable& GetSymbols() const { return m_symbols; }
     void ContinueFrom(const LineReader& a_before) { m_symbols = a_before.m_symbols; }

@@ -11,7 +11,10 @@ namespace kalvento::rows {
 
 /// What happens to a row whose time isn't later than the time before it.
 enum EOrderRule : std::uint8_t {
-    EOrderRaise,  ///< It is moved up to just after the one before by the ordering counter, as live rows are.
+    /// It is moved up to just after the one before by the ordering counter, as live rows are. Where more than one row in
+    /// 1,000 (and more than three) is earlier than one before it, the run ends: then the input has another order.
+    EOrderRaiseFew,
+    EOrderRaise,  ///< It is moved up, however many there are.
     EOrderRefuse, ///< The run ends and names the place.
     EOrderDrop    ///< It is left out and counted.
 };
@@ -41,10 +44,17 @@ struct ReadOptions {
     std::string to;         ///< Last whole day, included.
     std::string symbolColumn;  ///< The column that tells instruments apart; empty: one instrument.
     bool findSymbols = false;  ///< Without symbolColumn: a column of a usual name for that, if there is one.
+    std::string symbol;        ///< Only rows of this instrument are taken; empty: all.
+    bool oneSymbol = false;    ///< A second instrument is refused at its first row.
     std::string inputInterval; ///< Interval of candles; empty: the smallest step between the first rows.
     bool stampedWithEnd = false; ///< Candles bear the end of their window.
-    EOrderRule order = EOrderRaise;
+    EOrderRule order = EOrderRaiseFew;
     EBadLines badLines = EBadLinesStop;
+    bool sort = false; ///< Rows are sorted by their times first, equal times staying in their order.
+    bool turn =
+        true; ///< Rows that run from the newest to the oldest are turned; if not, EOrderRaiseFew refuses them.
+    bool fractions = false;    ///< Fills RowBlock::fractions.
+    bool dropRepeated = false; ///< Rows that repeat another one exactly are left out.
     bool growing = false; ///< The source may grow: a last line waits for its line feed, and no end is final.
 };
 

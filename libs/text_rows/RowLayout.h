@@ -16,8 +16,10 @@ struct RowLayout {
     std::vector<EAggrType> folds;  ///< How each of them folds.
     IntervalAndMultiplicity
         interval; ///< (EIntervalTick, 1) for ticks; a candle interval where there are open, high and low.
-    bool hasSymbols = false;
-    ESeriesId priceMeans = Price; ///< What the column of the prices holds (ReadOptions::pricesFrom).
+    bool hasSymbols = false;   ///< Rows of several instruments may come, told apart by RowBlock::symbols.
+    bool symbolsFound = false; ///< Their column was found by its name, nobody asked for it.
+    unsigned int fractionDigits = 0; ///< Of the first rows' seconds: 0, 3, 6 or 9.
+    ESeriesId priceMeans = Price;    ///< What the column of the prices holds (ReadOptions::pricesFrom).
 
     /// Whether there is a column of that series.
     bool Has(ESeriesId a_series) const;

@@ -3,6 +3,7 @@
 #include "text_rows/TextFields.h"
 #include "time/TimeParts.h"
 
+#include <algorithm>
 #include <string>
 
 namespace kalvento::rows {
@@ -58,56 +59,61 @@ RowOrder::RowOrder(const ReadOptions& a_options) : m_options(a_options)
                          .value = m_options.to});
     if (m_to)
         *m_to += TimeParts::S_secondsOfDay;
+    m_firstTaken = std::max(S_firstSecond, m_from.value_or(S_firstSecond));
+    m_endTaken = std::min(S_endSecond, m_to.value_or(S_endSecond));
 }
 
-RowOrder::Verdict RowOrder::Take(const WallTime& a_time, std::uint32_t a_symbol, NDateTime& a_taken)
+std::int64_t RowOrder::Convert(const WallTime& a_time)
 {
     std::int64_t seconds = a_time.seconds;
-    if (m_convertAll || a_time.absolute) {
-        if (!a_time.absolute && m_inputZone)
-            seconds = m_inputZone->ToUtc(seconds);
-        seconds -= m_stampShift;
-        if (m_outputZone)
-            seconds = m_outputZone->ToLocal(seconds);
-    } else {
-        seconds -= m_stampShift;
-    }
-    if (seconds < S_firstSecond || seconds >= S_endSecond) {
-        m_fault = {.found = "the time lies outside of the years 100 to 4095"};
-        return {LineFate::EFateBad, seconds};
-    }
-    if ((m_from && seconds < *m_from) || (m_to && seconds >= *m_to))
-        return {LineFate::EFateOutside, seconds};
+    if (!a_time.absolute && m_inputZone)
+        seconds = m_inputZone->ToUtc(seconds);
+    seconds -= m_stampShift;
+    return m_outputZone ? m_outputZone->ToLocal(seconds) : seconds;
+}
 
+RowOrder::Verdict RowOrder::LeaveOut(std::int64_t a_seconds)
+{
+    if (a_seconds >= S_firstSecond && a_seconds < S_endSecond)
+        return {LineFate::EFateOutside, false, 0, a_seconds};
+    m_fault = {.found = "the time lies outside of the years 100 to 4095"};
+    return {LineFate::EFateBad, false, 0, a_seconds};
+}
+
+RowOrder::Verdict RowOrder::Rank(std::int64_t a_seconds, std::int32_t a_nanoseconds, std::uint32_t a_symbol,
+                                 NDateTime& a_taken)
+{
     if (a_symbol >= m_last.size())
         m_last.resize(a_symbol + 1);
     LastRow& before = m_last[a_symbol];
     bool falls = false;
-    if (seconds < before.seconds || (seconds == before.seconds && a_time.nanoseconds <= before.nanoseconds)) {
-        falls = seconds < before.seconds || a_time.nanoseconds < before.nanoseconds;
+    bool repeats = false;
+    if (a_seconds < before.seconds || (a_seconds == before.seconds && a_nanoseconds <= before.nanoseconds)) {
+        repeats = a_seconds == before.seconds && a_nanoseconds == before.nanoseconds;
+        falls = !repeats;
         if (m_options.order == EOrderDrop)
-            return {LineFate::EFateDropped, seconds};
+            return {LineFate::EFateDropped, repeats, before.nanoseconds, a_seconds};
         if (m_options.order == EOrderRefuse) {
             m_fault = {.help = EOptionOrder,
                        .found =
                            falls ? "the time falls behind the one before" : "the time equals the one before",
                        .expected = "rising times"};
-            return {LineFate::EFateBad, seconds};
+            return {LineFate::EFateBad, repeats, before.nanoseconds, a_seconds};
         }
     } else {
-        before.seconds = seconds;
-        before.nanoseconds = a_time.nanoseconds;
+        before.seconds = a_seconds;
+        before.nanoseconds = a_nanoseconds;
     }
-    if (seconds > before.shownSecond) {
-        before.shownSecond = seconds;
-        before.time = m_maker.Make(seconds);
+    if (a_seconds > before.shownSecond) {
+        before.shownSecond = a_seconds;
+        before.time = m_maker.Make(a_seconds);
     } else if (before.time.GetMilliSec() < S_greatestCounter && before.time.ToDouble() >= 0.0) {
         // Below day number zero a step would move the time back, and the engine would leave the row out as a late one:
         // rows of one second share their time there.
         before.time = kalvento::internal::TimeMaker::NextStep(before.time);
     }
     a_taken = before.time;
-    return {falls ? LineFate::EFateRaised : LineFate::EFateTaken, seconds};
+    return {falls ? LineFate::EFateRaised : LineFate::EFateTaken, repeats, before.nanoseconds, a_seconds};
 }
 
 } // namespace kalvento::rows

@@ -21,15 +21,35 @@ public:
     /// What becomes of a row. Small enough to be returned in registers, since one is made for each row.
     struct Verdict {
         LineFate::EFate fate;
-        std::int64_t seconds; ///< The row's own time in the output's zone.
+        bool repeatsTime;         ///< Its time is that of the symbol's row before.
+        std::int32_t nanoseconds; ///< Of a row that is taken, those that it is to be shown with.
+        std::int64_t seconds;     ///< The row's own time in the output's zone.
     };
 
     /// Raises RowsFault (EFaultOptions) for an unknown zone and for impossible days. a_options outlives this.
     explicit RowOrder(const ReadOptions& a_options);
     /// Candles that bear the end of their window are moved back by so many seconds.
     void SetStampShift(std::int64_t a_seconds) { m_stampShift = a_seconds; }
-    /// Judges the next row of a symbol, and sets a_taken where it is taken.
-    Verdict Take(const WallTime& a_time, std::uint32_t a_symbol, NDateTime& a_taken);
+    /// Where a time lies: taken, bad or outside.
+    Verdict Place(const WallTime& a_time)
+    {
+        const bool isPlain = !m_convertAll && !a_time.absolute;
+        const std::int64_t seconds = isPlain ? a_time.seconds - m_stampShift : Convert(a_time);
+        if (seconds >= m_firstTaken && seconds < m_endTaken)
+            return {LineFate::EFateTaken, false, a_time.nanoseconds, seconds};
+        return LeaveOut(seconds);
+    }
+    /// Judges the next row of a symbol, whose time was placed, and sets a_taken where it is taken.
+    Verdict Rank(std::int64_t a_seconds, std::int32_t a_nanoseconds, std::uint32_t a_symbol,
+                 NDateTime& a_taken);
+    /// Both in one.
+    Verdict Take(const WallTime& a_time, std::uint32_t a_symbol, NDateTime& a_taken)
+    {
+        const Verdict placed = Place(a_time);
+        return placed.fate == LineFate::EFateTaken
+                   ? Rank(placed.seconds, a_time.nanoseconds, a_symbol, a_taken)
+                   : placed;
+    }
     /// Why the last row that was judged EFateBad is that.
     const RowsFault::Parts& GetFault() const { return m_fault; }
     /// Times must be later than the last rows of another one.
@@ -50,6 +70,9 @@ private:
         NDateTime time;
     };
 
+    std::int64_t Convert(const WallTime& a_time);
+    Verdict LeaveOut(std::int64_t a_seconds);
+
     const ReadOptions& m_options;
     std::optional<TimeZone> m_inputZone;
     std::optional<TimeZone> m_outputZone;
@@ -57,6 +80,9 @@ private:
     std::int64_t m_stampShift = 0;
     std::optional<std::int64_t> m_from;
     std::optional<std::int64_t> m_to;
+    // What all these leave of the times that the library can hold.
+    std::int64_t m_firstTaken = 0;
+    std::int64_t m_endTaken = 0;
     RowsFault::Parts m_fault;
     kalvento::internal::TimeMaker m_maker;
     std::vector<LastRow> m_last;

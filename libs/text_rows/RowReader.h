@@ -20,6 +20,10 @@ class ByteSource;
 
 /// Reads rows of one text input (delimited columns) or of a binary series block, which it recognises by itself.
 ///
+/// Rows that run from the newest to the oldest are turned, others sorted where ReadOptions::sort says so; both keep what
+/// doesn't fit into memory in a temporary file, and raise std::system_error where the disk refuses it. An input out of
+/// order otherwise raises RowsFault at its end (EOrderRaiseFew).
+///
 /// Rows come out strictly rising in time (for each symbol): whole seconds, with the ordering counter telling rows of
 /// one second apart, given as DateTimeTools::ShiftTimeIfNeed gives it. From the 50,001st row of one second on, rows
 /// share their time: a greater counter would come within half a second of the next second, where times no longer
@@ -35,8 +39,10 @@ public:
     RowReader& operator=(const RowReader&) = delete;
 
     /// This input goes on where another one of the same series ended: times must be later than its last rows, symbols
-    /// keep their places. Call it before the first Read.
-    void ContinueFrom(const RowReader& a_before);
+    /// keep their places, and rows that it collected come out of this one. Call it before the first Read.
+    void ContinueFrom(RowReader& a_before);
+    /// With ReadOptions::sort, in place of Read: keeps all rows for the reader that continues from this one.
+    void Collect();
 
     /// From now on a_watcher is called for each line of a text, in order, from within Read. It must not raise.
     void WatchLines(std::function<void(const LineFate&)> a_watcher);
@@ -46,6 +52,8 @@ public:
     /// where the source has no more, with no new rows. With ReadOptions::growing that isn't final: the next call asks
     /// the source again, and the rows go on where they stopped.
     bool Read(RowBlock& a_block, std::size_t a_limit, std::size_t a_keep = 0);
+    /// Raises RowsFault (EFaultOptions) where ReadOptions::symbol is none of those that came so far.
+    void ExpectSymbol() const;
     /// Symbols in the order of their first row, so far.
     const std::vector<std::string>& GetSymbols() const;
     const RowCounts& GetCounts() const;
@@ -53,6 +61,8 @@ public:
     std::uint64_t GetBytesRead() const;
 
 private:
+    void RefuseToSort() const;
+
     struct Impl;
     std::unique_ptr<Impl> m_impl;
 };

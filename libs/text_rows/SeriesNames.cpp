@@ -27,7 +27,7 @@ constexpr Aliases S_aliases[] = {
     {IntervalOpen, {"o"}},
     {IntervalMax, {"h"}},
     {IntervalMin, {"l"}},
-    {Lop, {"oi", "openinterest"}},
+    {Lop, {"oi", "openinterest", "openint"}},
     {VolumeTotal, {"dayvolume"}},
     {Bid1, {"bid", "bidprice"}},
     {Ask1, {"ask", "askprice"}},
@@ -39,22 +39,14 @@ constexpr Aliases S_aliases[] = {
     {Settlement, {"settle"}},
 };
 
-std::string Plain(std::string_view a_name)
-{
-    std::string plain = LowerCase(a_name);
-    std::erase_if(
-        plain, [](char a_sign) { return std::string_view(" _-\t").find(a_sign) != std::string_view::npos; });
-    return plain;
-}
-
 std::unordered_map<std::string, ESeriesId> MakeNames()
 {
     std::unordered_map<std::string, ESeriesId> names;
     for (const kalvento::internal::SeriesInfo& info : kalvento::internal::SeriesTable())
-        names.emplace(Plain(info.name), info.id);
+        names.emplace(PlainName(info.name), info.id);
     for (const kalvento::internal::SeriesInfo& info : kalvento::internal::SeriesTable()) {
         if (!info.key.empty())
-            names.emplace(Plain(info.key), info.id);
+            names.emplace(PlainName(info.key), info.id);
     }
     for (const Aliases& aliases : S_aliases) {
         for (const std::string_view name : aliases.names)
@@ -65,6 +57,15 @@ std::unordered_map<std::string, ESeriesId> MakeNames()
 }
 
 } // namespace
+
+std::string PlainName(std::string_view a_name)
+{
+    std::string plain = LowerCase(a_name);
+    std::erase_if(plain, [](char a_sign) {
+        return std::string_view(" _-\t<>").find(a_sign) != std::string_view::npos;
+    });
+    return plain;
+}
 
 std::string ColumnName(ESeriesId a_series, bool a_candles)
 {
@@ -78,7 +79,7 @@ std::string ColumnName(ESeriesId a_series, bool a_candles)
 std::optional<ESeriesId> SeriesFromName(std::string_view a_name)
 {
     static const std::unordered_map<std::string, ESeriesId> S_names = MakeNames();
-    const std::string plain = Plain(a_name);
+    const std::string plain = PlainName(a_name);
     if (const auto found = S_names.find(plain); found != S_names.end())
         return found->second;
     if (!plain.starts_with(S_generatedPrefix))

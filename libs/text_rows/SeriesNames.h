@@ -14,8 +14,11 @@ namespace kalvento::rows {
 /// (generated numbers) read "series_123".
 std::string ColumnName(ESeriesId a_series, bool a_candles);
 
+/// A column name as names are compared: small letters, without blanks, '_', '-', '<' and '>'.
+std::string PlainName(std::string_view a_name);
+
 /// The series that a column name means: a series key ("kurs", "wolumen", "kupi2"), an English name as ColumnName gives
-/// it or as exchanges write it ("last", "qty", "open"), or "series_123". Letter case, blanks, '_' and '-' don't matter.
+/// it or as exchanges write it ("last", "qty", "open"), or "series_123". Goes by PlainName.
 /// Time for the names of a column that holds the whole time. Empty for a name that means no series.
 std::optional<ESeriesId> SeriesFromName(std::string_view a_name);
 

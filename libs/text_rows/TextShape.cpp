@@ -18,6 +18,7 @@
 #include <limits>
 #include <optional>
 #include <set>
+#include <unordered_map>
 #include <utility>
 
 namespace kalvento::rows {
@@ -118,7 +119,8 @@ private:
     void PlanColumns(const std::vector<Field>& a_header);
     void TakeChosenColumns();
     void PlanTimeColumn(ColumnPlan& a_column);
-    bool IsSymbolColumn(const ColumnPlan& a_column) const;
+    void PlanSymbols();
+    void FindSymbolColumn();
     [[noreturn]] void FailNoColumn(EReadOption a_option, const std::string& a_header) const;
     std::string InTheHeader() const;
     void PlanByPlaces(std::size_t a_count);
@@ -126,6 +128,7 @@ private:
     void TakeSessionCandles();
     void SortSeries();
     void Peek();
+    std::optional<WallTime> PeekTime(bool& a_comma) const;
     void PlanInterval(std::int64_t a_smallestStep);
 
     LineBuffer& m_lines;
@@ -236,12 +239,42 @@ void ShapeFinder::TakeChosenColumns()
     }
 }
 
-bool ShapeFinder::IsSymbolColumn(const ColumnPlan& a_column) const
+void ShapeFinder::FindSymbolColumn()
 {
-    if (!m_options.symbolColumn.empty())
-        return a_column.header == m_options.symbolColumn;
-    return m_options.findSymbols && !m_shape.Has(ESymbol) &&
-           IsNamed(a_column.header, {"symbol", "ticker", "<ticker>", "instrument", "papier"});
+    if (m_options.symbolColumn.empty() && (!m_options.findSymbols || m_shape.Has(ESymbol)))
+        return;
+    const auto take = [this](const std::string& a_name, bool a_asWritten) {
+        const auto found = std::ranges::find_if(m_shape.columns, [&](const ColumnPlan& a_plan) {
+            return a_plan.kind == ESkip && (a_asWritten ? a_plan.header : PlainName(a_plan.header)) == a_name;
+        });
+        if (found == m_shape.columns.end())
+            return false;
+        found->kind = ESymbol;
+        return true;
+    };
+    if (!m_options.symbolColumn.empty()) {
+        if (!take(m_options.symbolColumn, true))
+            FailNoColumn(EOptionSymbolColumn, m_options.symbolColumn);
+        return;
+    }
+    // The likeliest first: a file may have a name and an ISIN.
+    for (const char* name : {"symbol", "ticker", "instrument", "papier", "walor", "nazwa", "name", "isin"}) {
+        if (take(name, false)) {
+            m_shape.layout.symbolsFound = true;
+            return;
+        }
+    }
+}
+
+void ShapeFinder::PlanSymbols()
+{
+    m_shape.hasSymbolColumn = m_shape.Has(ESymbol);
+    m_shape.layout.hasSymbols = m_shape.hasSymbolColumn && m_options.symbol.empty() && !m_options.oneSymbol;
+    if (!m_options.symbol.empty() && !m_shape.hasSymbolColumn)
+        m_lines.Fail({.kind = EFaultOptions,
+                      .wrong = EOptionSymbol,
+                      .help = EOptionSymbolColumn,
+                      .found = "there is no column of symbols" + InTheHeader()});
 }
 
 void ShapeFinder::PlanTimeColumn(ColumnPlan& a_column)
@@ -262,15 +295,14 @@ void ShapeFinder::PlanColumns(const std::vector<Field>& a_header)
     for (std::size_t place = 0; place < m_shape.columns.size(); ++place)
         m_shape.columns[place].header = a_header[place].text;
     TakeChosenColumns();
+    FindSymbolColumn();
     const bool timeGiven = m_shape.Has(EWholeTime) || m_shape.Has(EDatePart);
     std::string skipped;
     for (ColumnPlan& column : m_shape.columns) {
         if (column.kind != ESkip)
             continue;
         const auto series = SeriesFromName(column.header);
-        if (IsSymbolColumn(column)) {
-            column.kind = ESymbol;
-        } else if (series == Time) {
+        if (series == Time) {
             if (!timeGiven)
                 PlanTimeColumn(column);
         } else if (series && !(m_shape.Has(*series) && m_chosen.contains(*series))) {
@@ -280,8 +312,6 @@ void ShapeFinder::PlanColumns(const std::vector<Field>& a_header)
             skipped += (skipped.empty() ? "" : ", ") + column.header;
         }
     }
-    if (!m_options.symbolColumn.empty() && !m_shape.Has(ESymbol))
-        FailNoColumn(EOptionSymbolColumn, m_options.symbolColumn);
     if (!m_shape.Has(EWholeTime) && !m_shape.Has(EDatePart))
         m_lines.Fail({.help = EOptionColumns,
                       .found = "no column of times" + InTheHeader(),
@@ -359,17 +389,84 @@ void ShapeFinder::SortSeries()
         column.expected = ExpectedOf(column.kind);
         if (column.kind != ESkip)
             m_shape.columnsNeeded = place + 1;
-        if (column.kind == ESymbol)
-            m_shape.layout.hasSymbols = true;
     }
+    PlanSymbols();
 }
 
-// Looks through the first rows without taking them: the decimal sign and the step of the candles show there.
+/// In which direction the times of the first rows run, each symbol for itself, and their smallest step.
+class Direction {
+public:
+    void Add(const std::string& a_symbol, const WallTime& a_time)
+    {
+        const auto [place, isFirst] = m_last.try_emplace(a_symbol, a_time);
+        if (isFirst)
+            return;
+        const WallTime before = std::exchange(place->second, a_time);
+        const std::int64_t step = a_time.seconds - before.seconds;
+        if (step > 0)
+            m_smallestRise = std::min(m_smallestRise, step);
+        else if (step < 0)
+            m_smallestFall = std::min(m_smallestFall, -step);
+        m_rises += step > 0 || (step == 0 && a_time.nanoseconds > before.nanoseconds) ? 1 : 0;
+        m_falls += step < 0 || (step == 0 && a_time.nanoseconds < before.nanoseconds) ? 1 : 0;
+    }
+    /// A few rows may be out of place.
+    bool IsNewestFirst() const { return m_falls > 100 * m_rises; }
+    /// In seconds; the greatest number where there is none.
+    std::int64_t GetSmallestStep() const { return IsNewestFirst() ? m_smallestFall : m_smallestRise; }
+
+private:
+    std::unordered_map<std::string, WallTime> m_last;
+    std::size_t m_rises = 0;
+    std::size_t m_falls = 0;
+    std::int64_t m_smallestRise = std::numeric_limits<std::int64_t>::max();
+    std::int64_t m_smallestFall = std::numeric_limits<std::int64_t>::max();
+};
+
+// The time of the row in m_fields, as far as its columns show it; the decimal sign is found on the way.
+std::optional<WallTime> ShapeFinder::PeekTime(bool& a_comma) const
+{
+    WallTime time;
+    bool timed = true;
+    const auto add = [&](const std::optional<WallTime>& a_part) {
+        timed = timed && a_part;
+        time.seconds += a_part.value_or(WallTime()).seconds;
+        time.nanoseconds += a_part.value_or(WallTime()).nanoseconds;
+    };
+    for (std::size_t column = 0; column < m_shape.columnsNeeded; ++column) {
+        const std::string& field = m_fields[column].text;
+        switch (m_shape.columns[column].kind) {
+        case ESeries:
+            if (field.find('.') == std::string::npos)
+                a_comma = a_comma || std::count(field.begin(), field.end(), ',') == 1;
+            break;
+        case EDatePart: {
+            const auto days = ParseDateText(field);
+            add(days ? std::optional(WallTime{*days * TimeParts::S_secondsOfDay}) : std::nullopt);
+            break;
+        }
+        case EClockPart:
+            add(ParseClockText(field));
+            break;
+        case EWholeTime:
+            add(m_options.timeFormat.empty() ? ParseTimeText(field)
+                                             : ParseTimeByFormat(field, m_options.timeFormat));
+            break;
+        default:
+            break;
+        }
+    }
+    return timed ? std::optional(time) : std::nullopt;
+}
+
+// Looks through the first rows without taking them: the decimal sign, the order of the rows and the step of candles
+// show there.
 void ShapeFinder::Peek()
 {
     bool comma = false;
-    std::int64_t smallest = std::numeric_limits<std::int64_t>::max();
-    std::optional<std::int64_t> before;
+    Direction direction;
+    const auto symbolColumn = static_cast<std::size_t>(
+        std::ranges::find(m_shape.columns, ESymbol, &ColumnPlan::kind) - m_shape.columns.begin());
     m_lines.HaveLine();
     const char* place = m_lines.GetPlace();
     for (std::size_t row = 0; row < S_peekedRows && place < m_lines.GetEnd(); ++row) {
@@ -378,33 +475,12 @@ void ShapeFinder::Peek()
         if (text.empty() || text.front() == '#' || !SplitLine(text, m_shape.delimiter, m_fields) ||
             m_fields.size() < m_shape.columnsNeeded)
             continue;
-        WallTime time;
-        bool timed = true;
-        for (std::size_t column = 0; column < m_shape.columnsNeeded; ++column) {
-            const std::string& field = m_fields[column].text;
-            if (m_shape.columns[column].kind == ESeries && field.find('.') == std::string::npos)
-                comma = comma || std::count(field.begin(), field.end(), ',') == 1;
-            if (m_shape.columns[column].kind == EDatePart) {
-                const auto days = ParseDateText(field);
-                timed = timed && days;
-                time.seconds += days.value_or(0) * TimeParts::S_secondsOfDay;
-            } else if (m_shape.columns[column].kind == EClockPart) {
-                const auto clock = ParseClockText(field);
-                timed = timed && clock;
-                time.seconds += clock.value_or(WallTime()).seconds;
-            } else if (m_shape.columns[column].kind == EWholeTime) {
-                const auto whole = m_options.timeFormat.empty()
-                                       ? ParseTimeText(field)
-                                       : ParseTimeByFormat(field, m_options.timeFormat);
-                timed = timed && whole;
-                time.seconds += whole.value_or(WallTime()).seconds;
-            }
-        }
-        if (!timed)
+        const auto time = PeekTime(comma);
+        if (!time)
             continue;
-        if (before && time.seconds > *before)
-            smallest = std::min(smallest, time.seconds - *before);
-        before = time.seconds;
+        m_shape.layout.fractionDigits =
+            std::max(m_shape.layout.fractionDigits, FractionDigits(time->nanoseconds));
+        direction.Add(m_shape.hasSymbolColumn ? m_fields[symbolColumn].text : std::string(), *time);
     }
     m_shape.decimal = m_options.decimal;
     if (m_shape.decimal == 0)
@@ -413,7 +489,8 @@ void ShapeFinder::Peek()
         throw RowsFault({.kind = EFaultOptions,
                          .help = EOptionDelimiter,
                          .found = "the comma can't be both decimal sign and delimiter"});
-    PlanInterval(smallest);
+    m_shape.newestFirst = direction.IsNewestFirst();
+    PlanInterval(direction.GetSmallestStep());
 }
 
 void ShapeFinder::PlanInterval(std::int64_t a_smallestStep)

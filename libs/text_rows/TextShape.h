@@ -32,6 +32,8 @@ struct TextShape {
     std::string header; ///< The line itself; empty where there is none.
     std::vector<ColumnPlan> columns;
     std::size_t columnsNeeded = 0; ///< One past the last column that isn't skipped.
+    bool newestFirst = false;      ///< The first rows run from the newest to the oldest.
+    bool hasSymbolColumn = false;  ///< RowLayout::hasSymbols, unless only one instrument is taken.
     std::int64_t stampShift =
         0; ///< By how many seconds candles are stamped late (ReadOptions::stampedWithEnd).
 

@@ -306,6 +306,15 @@ private:
 
 } // namespace
 
+unsigned int FractionDigits(std::int32_t a_nanoseconds)
+{
+    if (a_nanoseconds == 0)
+        return 0;
+    if (a_nanoseconds % 1'000'000 == 0)
+        return 3;
+    return a_nanoseconds % 1'000 == 0 ? 6 : 9;
+}
+
 std::optional<std::int64_t> DaysFromDate(int a_year, int a_month, int a_day)
 {
     using namespace std::chrono;

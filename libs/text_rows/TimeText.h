@@ -14,6 +14,9 @@ struct WallTime {
     bool absolute = false; ///< The text has a zone or an offset, or counts from the Unix epoch.
 };
 
+/// How many digits a fraction of a second is written with: 0, 3, 6 or 9.
+unsigned int FractionDigits(std::int32_t a_nanoseconds);
+
 /// Days since 1970-01-01 of a real calendar date of the years 100 to 4095, those that a time of the library can hold.
 std::optional<std::int64_t> DaysFromDate(int a_year, int a_month, int a_day);
 

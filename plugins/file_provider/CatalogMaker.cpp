@@ -6,6 +6,7 @@
 #include "platform/WidePath.h"
 #include "series/Series.h"
 #include "text_rows/RowSeries.h"
+#include "text_rows/RowsFault.h"
 #include "text_rows/TimeText.h"
 #include "time/DateTimeTools.h"
 #include "time/TimeParts.h"
@@ -109,8 +110,11 @@ void ReadSource(Catalog& a_catalog, const Catalog& a_before, const std::shared_p
         if (isKept)
             a_catalog.caches.insert(*before);
         // The text says file, line and what would be accepted.
-        WriteLog(__LINE__,
-                 (isKept ? "Zmiany w pliku pominięto: " : "Plik pominięto: ") + std::string(failure.what()));
+        const auto* const fault = dynamic_cast<const rows::RowsFault*>(&failure);
+        const bool sortsIt = fault != nullptr && fault->GetParts().help == rows::EOptionSort;
+        WriteLog(__LINE__, (isKept ? "Zmiany w pliku pominięto: " : "Plik pominięto: ") +
+                               std::string(failure.what()) +
+                               (sortsIt ? "; można je uporządkować opcją Sort (kalvento watch --sort)" : ""));
     }
 }
 

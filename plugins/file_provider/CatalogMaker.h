@@ -16,7 +16,9 @@ public:
     /// Both outlive the maker.
     CatalogMaker(const FileStoreOptions& a_options, const FileStoreHost& a_host)
         : m_options(a_options), m_host(a_host)
-    {}
+    {
+        m_cacheHost->sorts = a_options.sort;
+    }
 
     /// a_before: what was served so far, empty at first. Its files aren't read again unless they changed, and an
     /// instrument keeps its generation as long as no row that was seen has changed. What can't be read is left out

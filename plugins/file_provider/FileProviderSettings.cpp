@@ -31,6 +31,7 @@ void FileProviderSettings::WriteSettings(Settings& a_settings) const
 {
     a_settings[XML_FOLDER] = WidePath::ToWide(options.folder);
     a_settings[XML_DAY] = options.day;
+    a_settings[XML_SORT] = options.sort;
     a_settings[XML_SPEED] = options.speed;
     a_settings[XML_START] = options.start;
 }
@@ -41,6 +42,7 @@ void FileProviderSettings::ReadSettings(const Settings& a_settings)
     TakeSetting(a_settings, XML_FOLDER, folder);
     options.folder = WidePath::ToPath(folder);
     TakeSetting(a_settings, XML_DAY, options.day);
+    TakeSetting(a_settings, XML_SORT, options.sort);
     TakeSpeed(a_settings, options.speed);
     TakeSetting(a_settings, XML_START, options.start);
 }

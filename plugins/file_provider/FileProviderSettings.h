@@ -8,6 +8,7 @@ class FileProviderSettings : public ProviderSettings {
 public:
     static constexpr const char* XML_FOLDER = "Folder";
     static constexpr const char* XML_DAY = "Day";
+    static constexpr const char* XML_SORT = "Sort";
     static constexpr const char* XML_SPEED = "Speed";
     static constexpr const char* XML_START = "Start";
 

@@ -26,9 +26,10 @@ namespace {
 constexpr std::size_t S_readRows = 4096;
 
 /// How rows of a source are read. A book has no prices of its own: the first of its columns stands in for them.
-rows::ReadOptions OptionsFor(const SourceFile& a_source)
+rows::ReadOptions OptionsFor(const SourceFile& a_source, bool a_sorts)
 {
     rows::ReadOptions options;
+    options.sort = a_sorts;
     options.findSymbols = !a_source.isBook;
     if (a_source.isBook)
         options.pricesFrom = Offers::Series;
@@ -89,8 +90,13 @@ std::shared_ptr<const CacheContents> RowCache::MakeContents(const std::stop_toke
     ++m_host->textsRead;
     const auto file = rows::ByteSource::Open(m_source.path.string());
     FingerprintSource source(*file, m_source.stamp.size, older ? older->stamp.size : 0, a_stop);
-    const rows::ReadOptions options = OptionsFor(m_source);
-    rows::RowReader reader(source, options);
+    const rows::ReadOptions options = OptionsFor(m_source, m_host->sorts);
+    rows::ReadHooks hooks;
+    hooks.turned = [this] {
+        WriteLog(__LINE__, m_source.path.string() +
+                               ": wiersze biegną od najnowszego do najstarszego; zostały odwrócone");
+    };
+    rows::RowReader reader(source, options, std::move(hooks));
     contents->interval = reader.GetLayout().interval;
     contents->series = reader.GetLayout().series;
     contents->priceMeans = reader.GetLayout().priceMeans;

@@ -16,6 +16,7 @@ namespace kalvento::files {
 
 /// What the caches of one store share.
 struct CacheHost {
+    bool sorts = false; ///< FileStoreOptions::sort.
     BlockShelf shelf{std::uint64_t{4} << 20U};
     std::atomic<bool> writeFailureTold = false; ///< One line in the log is enough.
     std::atomic<std::uint64_t> textsRead = 0;   ///< How many files of rows were read.

@@ -32,7 +32,8 @@ TEST(CheckCommandTest, SaysWhatIsWrongWithABlockAndWhere)
 
     const std::tuple<const char*, std::string, int, const char*> cases[] = {
         {"good", good, EExitOk, "good"},
-        {"empty ticks", BlockBytes(EIntervalTick, 1, {}, {{Price, {}}}), EExitOk, "good"},
+        {"empty ticks", BlockBytes(EIntervalTick, 1, {}, {{Price, {}}}), EExitBadData,
+         "rows: there are none"},
         {"end missing", good.substr(0, good.size() - 1), EExitBadData, "ends early, at byte 171"},
         {"middle missing", good.substr(0, 40), EExitBadData, "ends early, at byte 40"},
         {"one byte more", good + "x", EExitBadData, "the block ends at byte 172, the input at 173"},
@@ -73,9 +74,12 @@ TEST(CheckCommandTest, NoDamageOfABlockEndsTheTool)
         std::string bytes = good;
         bytes[place] = static_cast<char>(~bytes[place]);
         const std::string file = folder.Write("rows.block", bytes);
-        for (const char* command : {"check", "show"}) {
-            const int exitCode = RunToolHere({command, file}).exitCode;
-            ASSERT_TRUE(exitCode == EExitOk || exitCode == EExitBadData) << command << place;
+        for (const std::vector<std::string>& command :
+             {std::vector<std::string>{"check"}, {"show"}, {"candles", "-i", "1y"}}) {
+            std::vector<std::string> arguments = command;
+            arguments.push_back(file);
+            const int exitCode = RunToolHere(arguments).exitCode;
+            ASSERT_TRUE(exitCode == EExitOk || exitCode == EExitBadData) << command[0] << place;
         }
         folder.Write("rows.block", good.substr(0, place));
         ASSERT_EQ(RunToolHere({"check", file}).exitCode, EExitBadData) << place;

@@ -67,6 +67,7 @@ protected:
 
 TEST_F(RowReaderTest, WhereReadsEndDoesNotMatter)
 {
+    options.order = EOrderRaise; // many of the rows are late
     std::string text = "time,price,volume,note\n";
     for (int row = 0; row < 200; ++row)
         text += "2024-08-08 10:" + std::to_string(10 + row / 60) + ":" + std::to_string(10 + row % 50) + "," +
@@ -159,4 +160,40 @@ TEST_F(RowReaderTest, AGrowingSourceGoesOnWhereItStopped)
     ASSERT_EQ(block.rows, 1U);
     EXPECT_EQ(block.columns[0][0], 2.0);
     EXPECT_EQ(block.times[0].GetSecond(), 1U);
+}
+
+TEST_F(RowReaderTest, TheNewestFirstComesOutAsTheOldestFirst)
+{
+    std::string forward;
+    std::string backward;
+    for (int row = 0; row < 3000; ++row) {
+        const std::string line = "2024-08-" + std::to_string(10 + row / 300) + " 10:00:0" +
+                                 std::to_string(row / 50 % 6) + "," + std::to_string(row) + "\n";
+        forward += line;
+        backward.insert(0, line);
+    }
+    Read("time,price\n" + forward);
+    const auto expected = std::make_pair(times, columns);
+    Read("time,price\n" + backward);
+    EXPECT_EQ(times, expected.first);
+    EXPECT_EQ(columns, expected.second);
+    EXPECT_EQ(counts.misplaced, 0U);
+}
+
+// A few late rows are usual; an input of another order is none that was asked for.
+TEST_F(RowReaderTest, AboveOneLateRowInAThousandTheInputIsRefused)
+{
+    const auto textOf = [](int a_rows, int a_late) {
+        std::string text = "time,price\n2024-08-08 10:00:00,1\n2024-08-08 12:00:00,1\n";
+        for (int row = 2; row < a_rows; ++row)
+            text += row < 2 + a_late ? "2024-08-08 11:00:00,1\n" : "2024-08-08 12:00:01,1\n";
+        return text;
+    };
+    EXPECT_NO_THROW(Read(textOf(10, 3)));
+    EXPECT_EQ(counts.raised, 3U);
+    EXPECT_THROW(Read(textOf(10, 4)), RowsFault);
+    EXPECT_NO_THROW(Read(textOf(5000, 5)));
+    EXPECT_THROW(Read(textOf(5000, 6)), RowsFault);
+    options.order = EOrderRaise;
+    EXPECT_NO_THROW(Read(textOf(10, 6)));
 }
