@@ -12,6 +12,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 
@@ -102,7 +103,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
         RowBlock rows;
         RowBlock candles;
         const RowLayout& layout = reader.GetLayout();
-        PieceFolder folder(PropertiesOf(layout), layout.interval, {EIntervalYear, 1}, EWindowBegin);
+        // Rows may be candles of many years.
+        std::optional<PieceFolder> folder;
+        if (!layout.hasSymbols && PieceFolder::Reaches(layout.interval, {EIntervalYear, 1}))
+            folder.emplace(PropertiesOf(layout), layout.interval, IntervalAndMultiplicity(EIntervalYear, 1),
+                           EWindowBegin);
         std::size_t kept = 0;
         while (reader.Read(rows, 7, kept)) {
             Expect(rows.rows > kept);
@@ -111,8 +116,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
             if (reader.GetLayout().hasSymbols) {
                 for (std::size_t row = 0; row < rows.rows; ++row)
                     Expect(rows.symbols[row] < reader.GetSymbols().size());
-            } else {
-                kept = folder.Fold(rows, false, candles);
+            } else if (folder) {
+                kept = folder->Fold(rows, false, candles);
             }
         }
     } catch (const RowsFault&) {
