@@ -1,5 +1,6 @@
 #include "kalvento/AddReadOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/DatabaseOption.h"
 #include "kalvento/OpenInput.h"
 #include "kalvento/Progress.h"
 #include "kalvento/ReadNotes.h"
@@ -8,7 +9,6 @@
 #include "platform/CodePage.h"
 #include "provider_kit/StoreProvider.h"
 #include "series/History.h"
-#include "sql_store/SqlAddress.h"
 #include "sql_store/SqlWriter.h"
 #include "text_rows/IntervalNotation.h"
 #include "text_rows/RowReader.h"
@@ -74,20 +74,11 @@ class Database {
 public:
     explicit Database(const std::string& a_connection)
     {
-        try {
-            m_description = SqlAddress(a_connection).GetDescription();
-            m_writer = std::make_unique<SqlWriter>(a_connection);
-        } catch (const GivenPassword&) {
-            throw ToolError(
-                EExitUsage,
-                "--database: holds a password, which everybody who lists the processes can see; "
-                "put it into ~/.pgpass (or a file named by passfile=, or PGPASSWORD) and leave it out");
-        } catch (const std::invalid_argument&) {
-            // Nothing of the text is repeated: it may hold a password.
-            throw ToolError(EExitUsage,
-                            "--database: can't be read; expected \"host=HOST dbname=NAME user=USER\" or "
-                            "postgresql://USER@HOST/NAME");
-        }
+        const SqlAddress address = DatabaseOption(a_connection);
+        if (address.IsEmpty())
+            throw ToolError(EExitUsage, "--database: names none");
+        m_description = address.GetDescription();
+        m_writer = std::make_unique<SqlWriter>(a_connection);
     }
 
     /// Calls that operation of the writer; SqlConflict passes through.

@@ -7,6 +7,7 @@
 #include "host/MainThreadExecutor.h"
 #include "host/ScreenOptions.h"
 #include "kalvento/Commands.h"
+#include "kalvento/DatabaseOption.h"
 #include "kalvento/Note.h"
 #include "kalvento/OptionValues.h"
 #include "modules/ConsumerBase.h"
@@ -18,7 +19,6 @@
 #include "platform/WakeUp.h"
 #include "platform/WidePath.h"
 #include "settings/KalventoPaths.h"
-#include "sql_store/SqlAddress.h"
 #include "text_rows/TimeText.h"
 #include "velo/Log.h"
 #include "velo/String.h"
@@ -368,15 +368,6 @@ void CheckPlayback(const WatchOptions& a_options)
         throw ToolError(EExitUsage, "--speed: expected a number above 0, or 0 for the whole day at once");
 }
 
-void CheckDatabase(const WatchOptions& a_options)
-{
-    try {
-        const SqlAddress address(a_options.database);
-    } catch (const std::invalid_argument& failure) {
-        throw ToolError(EExitUsage, "--database: " + CodePage::Cp1250ToUtf8(failure.what()));
-    }
-}
-
 void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
 {
     if (a_options.symbols.empty() && !a_options.list)
@@ -389,7 +380,7 @@ void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
                             "--book, --trades and --candles go with --plain; the screen shows them all");
     }
     CheckPlayback(a_options);
-    CheckDatabase(a_options);
+    DatabaseOption(a_options.database); // refused here, where the user looks
     KalventoPaths::Initialize(L"Kalvento");
     // Log lines would run across the screen.
     VeloTools::Log::Instance().SetLogFolder(WidePath::ToPath(KalventoPaths::Instance().GetNativeLogPath()));
