@@ -10,6 +10,9 @@ using HINSTANCE = HInstanceTag*;
 struct HFontTag;
 using HFONT = HFontTag*;
 
+/// A font or another object that things are painted with.
+using HGDIOBJ = void*;
+
 /// A window. Valid only within the run of one process; a stale one is never a window again.
 struct HWndTag;
 using HWND = HWndTag*;
