@@ -1,0 +1,3 @@
+#include "styles/ISkinCatalogue.h"
+
+ISkinCatalogue::~ISkinCatalogue() = default;
