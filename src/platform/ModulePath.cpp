@@ -2,7 +2,9 @@
 
 #include <dlfcn.h>
 #include <link.h>
+#include <sys/auxv.h>
 
+#include <bit>
 #include <system_error>
 
 namespace ModulePath {
@@ -22,6 +24,15 @@ std::filesystem::path GetFile(HINSTANCE a_module)
         return executable();
     const std::filesystem::path file = std::filesystem::canonical(map->l_name, error);
     return error ? std::filesystem::path(map->l_name) : file;
+}
+
+const void* GetBase(HINSTANCE a_module)
+{
+    // The executable's own headers lie inside it.
+    const void* const inside =
+        a_module != nullptr ? a_module : std::bit_cast<const void*>(::getauxval(AT_PHDR));
+    Dl_info info{};
+    return ::dladdr(inside, &info) == 0 ? nullptr : info.dli_fbase;
 }
 
 } // namespace ModulePath
