@@ -255,6 +255,7 @@ void StyleTextField::UpdateChangedParameters(const std::shared_ptr<StyleTextFiel
     UpdateChangedValueParameter(a_base, EFontHeight);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): plug-ins call it with this signature.
 void StyleTextField::CopySettingsFromSelectedStyle(std::shared_ptr<StyleTextField> a_source)
 {
     if (!a_source)
