@@ -32,6 +32,23 @@ endif()
 # Folding must give the same bits on every machine: no fused multiply-add behind our back.
 target_compile_options(kalvento_warnings INTERFACE -ffp-contract=off)
 
+# What makes a slip in memory a crash instead of a way in. The linker's part costs nothing and is always there; the
+# compiler's needs an optimised build, and the sanitizers look for the same in earnest.
+include(CheckPIESupported)
+check_pie_supported()
+add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+if(NOT KALVENTO_SANITIZE AND NOT KALVENTO_FUZZ)
+    add_compile_options("$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
+    include(CheckCXXCompilerFlag)
+    foreach(flag IN ITEMS stack-clash-protection cf-protection)
+        string(MAKE_C_IDENTIFIER "KALVENTO_HAS_${flag}" has)
+        check_cxx_compiler_flag("-f${flag}" ${has}) # not on every processor
+        if(${has})
+            add_compile_options("$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-f${flag}>")
+        endif()
+    endforeach()
+endif()
+
 if(KALVENTO_SANITIZE)
     add_compile_options(-fsanitize=${KALVENTO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${KALVENTO_SANITIZE})
