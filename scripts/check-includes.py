@@ -75,7 +75,7 @@ STANDARD = set("""
 TOOLS_OF_TESTS = ["testkit", "tests"]
 PACKAGES = [
     # The operating system's own.
-    (r"(unistd|poll|sched|fcntl|dlfcn|link|signal|pwd|grp)\.h$|(sys|linux|netinet|arpa)/",
+    (r"(unistd|poll|sched|spawn|fcntl|dlfcn|link|signal|pwd|grp)\.h$|(sys|linux|netinet|arpa)/",
      ["src/platform", "fuzz", *TOOLS_OF_TESTS]),
     (r"(ncurses|term|langinfo)\.h$", ["plugins/console_consumer"]),
     # The compiler's.

@@ -6,13 +6,36 @@
 
 #include <bit>
 #include <system_error>
+#include <utility>
 
 namespace ModulePath {
+
+namespace {
+
+std::filesystem::path& Program()
+{
+    static std::filesystem::path S_program; // empty: the real one
+    return S_program;
+}
+
+} // namespace
+
+std::filesystem::path GetLibrary()
+{
+    return GetFile(reinterpret_cast<HINSTANCE>(&Program()));
+}
+
+void SetProgram(std::filesystem::path a_file)
+{
+    Program() = std::move(a_file);
+}
 
 std::filesystem::path GetFile(HINSTANCE a_module)
 {
     std::error_code error;
-    const auto executable = [&error] { return std::filesystem::read_symlink("/proc/self/exe", error); };
+    const auto executable = [&error] {
+        return Program().empty() ? std::filesystem::read_symlink("/proc/self/exe", error) : Program();
+    };
     if (a_module == nullptr)
         return executable();
     Dl_info info{};

@@ -15,4 +15,11 @@ KALVENTO_API std::filesystem::path GetFile(HINSTANCE a_module);
 /// where the address belongs to no module.
 KALVENTO_API const void* GetBase(HINSTANCE a_module);
 
+/// File of this library; that of the executable where the library is a part of it.
+KALVENTO_API std::filesystem::path GetLibrary();
+
+/// From now on that file is the main executable for GetFile: for a program that tries something in another's stead.
+/// Once, before there is another thread.
+KALVENTO_API void SetProgram(std::filesystem::path a_file);
+
 } // namespace ModulePath

@@ -1,5 +1,7 @@
 #include "platform/StandardStreams.h"
 
+#include "platform/SystemCall.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/ioctl.h>
@@ -24,6 +26,16 @@ bool HasInput()
 {
     int count = 0;
     return ::ioctl(EInput, FIONREAD, &count) == 0 && count > 0;
+}
+
+void WriteErrorsNow(std::string_view a_bytes)
+{
+    while (!a_bytes.empty()) {
+        const auto written = Retry([&] { return ::write(EErrors, a_bytes.data(), a_bytes.size()); });
+        if (written <= 0)
+            return; // there is nobody else to tell
+        a_bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
 }
 
 void LetWritesFail()

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 /// What a process is born with: standard input, output and errors.
@@ -17,6 +18,8 @@ KALVENTO_API bool IsTerminal(EStream a_stream);
 KALVENTO_API std::optional<std::pair<int, int>> GetTerminalSize();
 /// Whether bytes wait on standard input. If it is ready to be read and there are none, none will come.
 KALVENTO_API bool HasInput();
+/// Writes to standard error at once and past all buffers, whose locks a thread that hangs may hold.
+KALVENTO_API void WriteErrorsNow(std::string_view a_bytes);
 /// From now on a write to a pipe that nobody reads, or beyond the greatest size of a file, fails and doesn't end the
 /// process.
 KALVENTO_API void LetWritesFail();

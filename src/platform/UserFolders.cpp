@@ -24,17 +24,31 @@ std::filesystem::path Variable(const char* a_name)
     return value != nullptr ? value : "";
 }
 
-} // namespace
-
-std::filesystem::path GetHome()
+// The home folder in the system's user list.
+std::filesystem::path ListedHome()
 {
-    if (std::filesystem::path home = Variable("HOME"); home.is_absolute())
-        return home;
     std::vector<char> buffer(16384);
     passwd entry{};
     passwd* found = nullptr;
     ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
     return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "/";
+}
+
+} // namespace
+
+std::filesystem::path GetHome()
+{
+    const std::filesystem::path home = Variable("HOME");
+    return home.is_absolute() ? home : ListedHome();
+}
+
+std::vector<std::filesystem::path> GetDataCandidates()
+{
+    constexpr const char* below = ".local/share";
+    std::vector<std::filesystem::path> folders = {Variable("XDG_DATA_HOME"), GetHome() / below,
+                                                  ListedHome() / below};
+    std::erase_if(folders, [](const std::filesystem::path& folder) { return !folder.is_absolute(); });
+    return folders;
 }
 
 std::filesystem::path ReadDocumentsFolder(std::string_view a_text, const std::filesystem::path& a_home)

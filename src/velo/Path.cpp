@@ -2,7 +2,9 @@
 
 #include "platform/CodePage.h"
 #include "platform/ErrorText.h"
+#include "platform/FolderTools.h"
 #include "platform/ModulePath.h"
+#include "platform/ProgramTree.h"
 #include "platform/UserFolders.h"
 #include "platform/WidePath.h"
 #include "velo/Log.h"
@@ -66,9 +68,7 @@ bool DirectoryExist(const std::filesystem::path& a_path)
 
 bool CreateDirectoryIfNotExist(const std::filesystem::path& a_path)
 {
-    std::error_code error;
-    std::filesystem::create_directories(a_path, error);
-    return DirectoryExist(a_path);
+    return FolderTools::MakeFolder(a_path);
 }
 
 bool RemovePath(std::wstring_view a_path)
@@ -89,7 +89,8 @@ bool RemovePath(std::wstring_view a_path)
 
 std::wstring GetModulePath(HINSTANCE a_module)
 {
-    return WidePath::ToWide(ModulePath::GetFile(a_module).parent_path());
+    return WidePath::ToWide(a_module == nullptr ? kalvento::internal::ProgramTree::GetProgramFolder()
+                                                : ModulePath::GetFile(a_module).parent_path());
 }
 
 std::wstring GetFileFolder(std::wstring_view a_path)

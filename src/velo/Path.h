@@ -16,12 +16,12 @@ namespace VeloTools::Path {
 /// True for anything but a folder that is there; a symbolic link counts as its target.
 KALVENTO_API bool FileExist(const std::filesystem::path& a_path);
 KALVENTO_API bool DirectoryExist(const std::filesystem::path& a_path);
-/// Makes the folder and its missing parents. True where the folder is there afterwards.
+/// Makes the folder and its missing parents, for the user to write in. True where it is there afterwards.
 KALVENTO_API bool CreateDirectoryIfNotExist(const std::filesystem::path& a_path);
 /// Removes a file, or a folder with all that is in it; of a symbolic link, only the link. False where there was
 /// nothing, or something could not be removed. Refuses the root folder.
 KALVENTO_API bool RemovePath(std::wstring_view a_path);
-/// Folder of a module, of the main executable for null; empty for an address in no module.
+/// Folder of a module, for null of the main executable as ProgramTree has it; empty for an address in no module.
 KALVENTO_API std::wstring GetModulePath(HINSTANCE a_module);
 /// The part before the last '/', without it; "/" for what lies in the root folder, empty where there is no '/'.
 KALVENTO_API std::wstring GetFileFolder(std::wstring_view a_path);
