@@ -2,11 +2,13 @@
 
 #include "platform/CodePage.h"
 #include "platform/ErrorText.h"
+#include "platform/FolderTools.h"
+#include "platform/RotatingFile.h"
 #include "platform/ShownText.h"
 
 #include <fmt/format.h>
 #include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 
 #include <algorithm>
@@ -22,7 +24,7 @@ namespace VeloTools {
 
 namespace {
 
-constexpr std::size_t S_fileSize = std::size_t{10} * 1024 * 1024;
+constexpr std::uint64_t S_fileSize = std::uint64_t{10} * 1024 * 1024;
 constexpr std::size_t S_olderFiles = 4;
 constexpr const char* S_fileName = "Kalvento.log";
 // Local time, thread and our text, separated by tabs: a text holds none, so a line can be split into its parts.
@@ -43,6 +45,31 @@ std::string Escape(std::string_view a_text)
     return plain;
 }
 
+// spdlog has a sink that rotates, but it cuts off what another process has just written when both rotate at once.
+class FileSink : public spdlog::sinks::base_sink<std::mutex> {
+public:
+    explicit FileSink(std::filesystem::path a_path) : m_file(std::move(a_path), S_fileSize, S_olderFiles)
+    {
+        Check(m_file.Open());
+    }
+
+private:
+    void sink_it_(const spdlog::details::log_msg& a_message) override
+    {
+        spdlog::memory_buf_t line;
+        formatter_->format(a_message, line);
+        Check(m_file.Write({line.data(), line.size()}));
+    }
+    void flush_() override {}
+    static void Check(std::error_code a_error)
+    {
+        if (a_error)
+            throw std::system_error(a_error);
+    }
+
+    kalvento::internal::RotatingFile m_file;
+};
+
 std::shared_ptr<spdlog::sinks::sink> WithPattern(std::shared_ptr<spdlog::sinks::sink> a_target)
 {
     a_target->set_formatter(std::make_unique<spdlog::pattern_formatter>(
@@ -50,8 +77,7 @@ std::shared_ptr<spdlog::sinks::sink> WithPattern(std::shared_ptr<spdlog::sinks::
     return a_target;
 }
 
-// True where the operating system is known to have the text: a full disk shows only when the file's buffer is handed
-// over, so that is done for every line.
+// True where the operating system is known to have the text.
 bool WriteTo(spdlog::sinks::sink& a_target, const std::string& a_text) noexcept
 {
     try {
@@ -148,9 +174,10 @@ bool Log::SetLogFolder(const std::filesystem::path& a_folder) noexcept
     try {
         std::shared_ptr<spdlog::sinks::sink> file;
         if (!a_folder.empty()) {
-            std::filesystem::create_directories(a_folder);
-            file = WithPattern(std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-                (a_folder / S_fileName).string(), S_fileSize, S_olderFiles));
+            // Where others can write, one could lay a link under the log's name, and we would write where it leads.
+            if (!FolderTools::MakeFolder(a_folder) || !FolderTools::IsUsersOwn(a_folder))
+                throw std::system_error(std::make_error_code(std::errc::permission_denied));
+            file = WithPattern(std::make_shared<FileSink>(a_folder / S_fileName));
         }
         const std::lock_guard lock(m_impl->mutex);
         m_impl->file.swap(file);

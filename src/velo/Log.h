@@ -30,7 +30,7 @@ public:
     void Write(std::string_view a_source, int a_line, std::string_view a_message) noexcept;
 
     /// From now on lines go to Kalvento.log in that folder, which is created; five files of 10 MiB are kept. False
-    /// where the file can't be opened: then nothing changes. An empty path goes back to standard error.
+    /// where it can't be opened, or others can write there: nothing changes then. Empty: back to standard error.
     bool SetLogFolder(const std::filesystem::path& a_folder) noexcept;
     /// Hands what was written so far to the operating system.
     void Flush() noexcept;

@@ -70,6 +70,21 @@ TEST(LogTest, UnwritableFileGivesWayToStandardError)
     EXPECT_TRUE(Log::Instance().SetLogFolder({}));
 }
 
+TEST(LogTest, NoFolderIsTakenThatOthersWriteInto)
+{
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "open");
+    std::filesystem::permissions(folder / "open", std::filesystem::perms::all);
+    folder.Write("other", "bytes of another");
+    std::filesystem::create_directory(folder / "linked");
+    std::filesystem::create_hard_link(folder / "other", folder / "linked" / "Kalvento.log");
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(Log::Instance().SetLogFolder(folder / "open"));
+    EXPECT_FALSE(Log::Instance().SetLogFolder(folder / "linked")) << "a second name for another file";
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(folder.Read("other"), "bytes of another");
+}
+
 TEST(LogTest, ASinkMayWriteRaiseRemoveItselfAndAddAnother)
 {
     std::vector<std::string> told;
