@@ -48,6 +48,7 @@ struct WatchOptions {
     host::ScreenOptions console;
     std::string provider;
     std::string pluginFolder;
+    std::vector<std::string> retry;
     std::string folder;
     std::string day;
     std::string start;
@@ -88,12 +89,10 @@ private:
     host::IScreenModule* m_line = nullptr;
 };
 
-/// Requests the host's exit when the user interrupts.
+/// Requests the host's end when the user interrupts.
 class ExitOnInterruption {
 public:
-    explicit ExitOnInterruption(host::HostMediator& a_mediator)
-        : m_thread([this, &a_mediator] { Wait(a_mediator); })
-    {}
+    explicit ExitOnInterruption(host::Host& a_host) : m_thread([this, &a_host] { Wait(a_host); }) {}
     ExitOnInterruption(const ExitOnInterruption&) = delete;
     ExitOnInterruption& operator=(const ExitOnInterruption&) = delete;
     ~ExitOnInterruption()
@@ -103,12 +102,12 @@ public:
     }
 
 private:
-    void Wait(host::HostMediator& a_mediator) const
+    void Wait(host::Host& a_host) const
     {
         std::array<internal::Descriptors::Awaited, 2> awaited = {{{m_interruption.GetFd()}, {m_end.GetFd()}}};
         internal::Descriptors::WaitForAny(awaited, std::nullopt);
         if (awaited[0].isReady)
-            a_mediator.RequestExit(EExitOk);
+            a_host.RequestEnd(EExitOk);
     }
 
     const internal::Interruption m_interruption;
@@ -120,6 +119,7 @@ host::HostOptions MakeHostOptions(const WatchOptions& a_options)
 {
     host::HostOptions options;
     options.pluginFolder = WidePath::ToWide(a_options.pluginFolder);
+    options.retry = a_options.retry;
     Settings& file = options.pluginOptions["file_provider"];
     if (!a_options.folder.empty())
         file["Folder"] = WidePath::ToWide(std::filesystem::absolute(a_options.folder));
@@ -142,10 +142,16 @@ host::HostOptions MakeHostOptions(const WatchOptions& a_options)
 
 void ReportFailures(const host::Host& a_host, ToolContext& a_context)
 {
-    for (const host::PluginReport& report : a_host.GetReports())
-        if (report.state != host::EPluginStateRunning)
-            Note(a_context, CodePage::WideToUtf8(L"wtyczka " + report.name + L": " + report.phase + L": " +
-                                                 report.reason));
+    for (const host::PluginReport& report : a_host.GetReports()) {
+        for (const std::wstring& notice : report.notices)
+            Note(a_context, CodePage::WideToUtf8(notice));
+        if (report.state == host::EPluginStateRunning)
+            continue;
+        std::wstring text = L"wtyczka " + report.name + L": " + report.phase + L": " + report.reason;
+        if (report.state == host::EPluginStateLeftOut)
+            text += L"; --retry " + WidePath::ToWide(report.path.stem()) + L" uruchomi ją ponownie";
+        Note(a_context, CodePage::WideToUtf8(text));
+    }
 }
 
 /// The providers that may serve the symbols: all, or the one of that name.
@@ -387,7 +393,7 @@ void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
 
     WatchView view(a_context);
     host::Host host(view, MakeHostOptions(a_options));
-    const ExitOnInterruption exitOnInterruption(host.GetMediator());
+    const ExitOnInterruption exitOnInterruption(host);
     try {
         Watch(host, view, a_options, a_context);
     } catch (...) {
@@ -396,10 +402,6 @@ void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
         throw;
     }
     host.Stop();
-    if (host.IsLoaderBlocked()) {
-        a_context.out.flush();
-        std::_Exit(a_context.exitCode);
-    }
 }
 
 } // namespace
@@ -435,6 +437,11 @@ void AddWatchCommand(Command a_app, ToolContext& a_context)
                       "End when nothing has come for so many seconds");
     command.AddOption("--wait", options->patience, "How many seconds to wait for the provider").ShowDefault();
     command.AddOption("--plugins", options->pluginFolder, "Folder of the plug-ins");
+    command
+        .AddOption("--retry", options->retry,
+                   "Start a plug-in that was left out, since the program ended in its code last time")
+        .TypeName("NAME")
+        .OneValueEach();
     command.AddFlag("--list", options->list, "List the providers and their instruments, and end");
     command.SetFooter("Example:\n  kalvento watch PKO PEO --interval 5min --folder notowania --speed 60");
     command.OnRun([options, &a_context] { RunWatch(*options, a_context); });

@@ -12,10 +12,13 @@ class ProviderBase;
 
 namespace kalvento::host {
 
+class CallRecords;
+class CallWatch;
 class HostMediator;
 class IHostView;
 class MainThreadExecutor;
 class ModuleDirectory;
+class ModuleStates;
 class PluginLoader;
 
 /// A program's plug-ins, from their files to their end; docs/plugins.md describes the whole life. One per process at a
@@ -35,9 +38,12 @@ public:
     /// Stops.
     ~Host();
 
-    /// Loads the plug-ins in the order of their file names and initialises their modules, all providers before all
-    /// consumers. Meanwhile the main thread serves its executor, so the view gets its calls. A plug-in that fails is
-    /// reported, and the others run. Once.
+    /// Tries the plug-ins' files in processes of their own, loads those that passed in the order of their file names,
+    /// initialises their modules, all providers before all consumers, and gives them the state of the last run back. A
+    /// plug-in that fails is reported, and the others run. Once.
+    ///
+    /// Here and in Stop a plug-in that doesn't return holds up the main thread: past HostOptions::callDeadline a line on
+    /// standard error names it, and RequestEnd ends the process. Whoever starts next leaves it out.
     void Start();
 
     /// What became of each plug-in, in the order of the file names; those that aren't there come last.
@@ -52,23 +58,24 @@ public:
     /// one's loop instead.
     int Run();
 
-    /// StopWork of the modules, consumers first, and of the mediator; then the executor is closed, the modules are
+    /// The user wants the program to end (Ctrl-C, SIGTERM): requests the exit, ends a trial that runs, and where a
+    /// plug-in's call is overdue, or becomes so, ends the process with a failure. Any thread, not a signal handler.
+    void RequestEnd(int a_exitCode);
+
+    /// Keeps the modules' states. StopWork of the modules, consumers first, and of the mediator; then the executor is closed, the modules are
     /// destroyed, and the plug-ins unloaded. Both groups go in the reverse order of their arrival. What a module raises
     /// is logged with its name. May be called again. Before that the program lets go of what it got from modules, such
     /// as shared pointers to assets: the code that destroys it is the plug-ins'.
-    ///
-    /// Where a plug-in was abandoned, the mediator stays, does nothing, and stays known: the plug-in's thread may come
-    /// back at any time and ask it something.
     void Stop();
-
-    /// A plug-in hangs in its static initialisers and with it the system's loader. Other plug-ins run, but nothing more
-    /// can be loaded or unloaded, and a program that returns from main would wait for ever: it ends by std::_Exit.
-    bool IsLoaderBlocked() const;
 
 private:
     const std::shared_ptr<MainThreadExecutor> m_executor;
     const std::shared_ptr<ModuleDirectory> m_directory;
+    const std::shared_ptr<const HostOptions> m_options;
+    const std::shared_ptr<const CallRecords> m_records;
+    const std::shared_ptr<CallWatch> m_watch;
     std::shared_ptr<HostMediator> m_mediator;
+    std::unique_ptr<ModuleStates> m_states; // null before the start
     const std::unique_ptr<PluginLoader> m_loader;
     bool m_stopped = false;
 };

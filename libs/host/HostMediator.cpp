@@ -1,5 +1,6 @@
 #include "host/HostMediator.h"
 
+#include "host/CallWatch.h"
 #include "host/IHostView.h"
 #include "host/MainThreadExecutor.h"
 #include "host/ModuleDirectory.h"
@@ -27,7 +28,11 @@ IGenericModule* HostMediator::GetModuleByName(const std::wstring& a_name)
 
 int HostMediator::ShowMessage(std::wstring_view a_caption, std::wstring_view a_text, unsigned int a_flags)
 {
-    return m_executor->CallAndWait([&] { return m_view.Ask(a_caption, a_text, a_flags); }).value_or(-1);
+    const auto ask = [&] {
+        const CallWatch::Question question(m_watch.get());
+        return m_view.Ask(a_caption, a_text, a_flags);
+    };
+    return m_executor->CallAndWait(ask).value_or(-1);
 }
 
 void HostMediator::ShowMessage(std::wstring_view a_text)

@@ -6,9 +6,11 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 namespace kalvento::host {
 
+class CallWatch;
 class IHostView;
 class MainThreadExecutor;
 class ModuleDirectory;
@@ -42,6 +44,8 @@ public:
 
     /// Whether the exit that was asked for has come. Main thread.
     bool HasExited() const { return m_hasExited; }
+    /// From now on the time that a question to the user is open doesn't count for a plug-in's call. Before the start.
+    void SetCallWatch(std::shared_ptr<CallWatch> a_watch) { m_watch = std::move(a_watch); }
     /// Empty until RequestExit. Any thread.
     std::optional<int> GetExitCode() const;
 
@@ -56,6 +60,7 @@ private:
     IHostView& m_view;
     const std::shared_ptr<MainThreadExecutor> m_executor;
     const std::shared_ptr<ModuleDirectory> m_directory;
+    std::shared_ptr<CallWatch> m_watch;       // null without a host
     bool m_hasExited = false;                 // main thread only
     std::atomic<bool> m_statusPosted = false; // a change of status is on its way to the view
     std::atomic<bool> m_progressPosted = false;

@@ -16,11 +16,17 @@ struct HostOptions {
     /// Names of plug-ins or stems of their files, UTF-8: only these are started. Empty: all. Where stems name all of
     /// them, no other file is opened.
     std::vector<std::string> only;
+    /// The same, of those that may start even though a process ended in their code last time. Those of `only` may, too.
+    std::vector<std::string> retry;
     /// What each plug-in's createModules gets, by the plug-in's name; a plug-in that isn't here gets an empty node.
     std::map<std::string, Settings> pluginOptions;
-    /// How long a plug-in may take to load, make its modules and initialise its providers; and once more to initialise
-    /// its consumers.
-    std::chrono::milliseconds initDeadline = std::chrono::seconds(10);
+    /// How long the trial of a plug-in's file may take before it is ended, and how long a call into a plug-in before the
+    /// user is told of it.
+    std::chrono::milliseconds callDeadline = std::chrono::seconds(10);
+    /// Where the host keeps what it remembers from run to run; empty: UserSettings of the installation (KalventoPaths).
+    std::wstring memoryFolder;
+    /// The program that tries the files of plug-ins; empty: kalvento_plugin_trial, which lies beside the library.
+    std::wstring trialProgram;
 };
 
 } // namespace kalvento::host

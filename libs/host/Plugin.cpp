@@ -2,7 +2,9 @@
 
 #include "host/CallModule.h"
 #include "host/HostOptions.h"
+#include "host/IPluginCalls.h"
 #include "host/ModuleDirectory.h"
+#include "host/ModuleStates.h"
 #include "modules/ConsumerBase.h"
 #include "modules/PluginDescription.h"
 #include "modules/ProviderBase.h"
@@ -10,7 +12,6 @@
 #include "velo/Log.h"
 
 #include <algorithm>
-#include <chrono>
 #include <exception>
 #include <string_view>
 #include <utility>
@@ -21,15 +22,13 @@ namespace {
 
 const std::wstring S_phaseLoading = L"ładowanie";
 const std::wstring S_phaseMaking = L"tworzenie modułów";
+constexpr const wchar_t* S_givingBack = L"oddanie ustawień";
 
 // Why a plug-in isn't for this host.
 struct Refusal {
     EPluginState state;
     std::wstring reason;
 };
-
-// The host went on without the plug-in, which has returned now.
-struct TooLate {};
 
 void WriteLog(int a_line, std::wstring_view a_text)
 {
@@ -46,109 +45,107 @@ std::wstring LoadError(const std::filesystem::path& a_path, const std::string& a
     return L"nie można wczytać pliku: " + CodePage::Utf8ToWide(a_error);
 }
 
-template<typename Module>
-void StopAll(std::vector<Module*>& a_modules)
-{
-    for (; !a_modules.empty(); a_modules.pop_back())
-        CallModule(*a_modules.back(), L"StopWork", [&] { a_modules.back()->StopWork(); });
-}
-
 } // namespace
 
 Plugin::Plugin(std::filesystem::path a_path, std::shared_ptr<const HostOptions> a_options,
-               std::shared_ptr<MainThreadExecutor> a_executor, std::shared_ptr<ModuleDirectory> a_directory)
+               std::shared_ptr<ModuleDirectory> a_directory, std::shared_ptr<IPluginCalls> a_calls)
     : m_path(std::move(a_path)),
       m_options(std::move(a_options)),
       m_directory(a_directory),
-      m_modules(std::move(a_directory)),
-      m_thread(std::move(a_executor))
+      m_calls(std::move(a_calls)),
+      m_modules(std::move(a_directory))
 {
-    const std::string stem = m_path.stem().native();
-    const auto& only = m_options->only;
-    m_isWanted = only.empty() || std::ranges::find(only, stem) != only.end();
     m_report.path = m_path;
-    m_report.name = CodePage::Utf8ToWide(stem);
+    m_report.name = CodePage::Utf8ToWide(m_path.stem().native());
 }
 
 Plugin::~Plugin()
 {
-    m_thread.End();
     DestroyConsumers();
     DestroyProviders();
     Unload();
 }
 
-void Plugin::Start()
+void Plugin::Load()
 {
-    if (!RunStep(&Plugin::DoStart))
-        return;
-    for (ProviderBase* const provider : m_providers)
-        m_directory->Enter(*provider);
+    Guarded([this] { DoLoad(); });
+}
+
+void Plugin::MakeModules()
+{
+    Guarded([this] { DoMakeModules(); });
+}
+
+void Plugin::StartProviders()
+{
+    Guarded([this] { Start(m_modules.GetProviders(), m_providers); });
 }
 
 void Plugin::StartConsumers()
 {
-    if (IsRunning() && RunStep(&Plugin::DoStartConsumers))
-        for (ConsumerBase* const consumer : m_consumers)
-            m_directory->Enter(*consumer);
-    m_thread.End();
+    Guarded([this] { Start(m_modules.GetConsumers(), m_consumers); });
+}
+
+void Plugin::GiveProvidersTheirStates(ModuleStates& a_states)
+{
+    for (ProviderBase* const provider : m_providers)
+        CallOne(*provider, S_givingBack, [&] { a_states.GiveBack(*provider); });
+}
+
+void Plugin::GiveConsumersTheirStates(ModuleStates& a_states)
+{
+    for (ConsumerBase* const consumer : m_consumers)
+        CallOne(*consumer, S_givingBack, [&] { a_states.GiveBack(*consumer); });
+}
+
+void Plugin::TakeStates(ModuleStates& a_states)
+{
+    const auto take = [&](const IGenericModule* module) {
+        CallOne(*module, L"zapis ustawień", [&] { a_states.Take(*module); });
+    };
+    std::ranges::for_each(m_providers, take);
+    std::ranges::for_each(m_consumers, take);
 }
 
 void Plugin::StopConsumers()
 {
-    if (!m_abandoned)
-        StopAll(m_consumers);
+    StopAll(m_consumers);
 }
 
 void Plugin::StopProviders()
 {
-    if (!m_abandoned)
-        StopAll(m_providers);
+    StopAll(m_providers);
 }
 
 void Plugin::DestroyConsumers()
 {
-    if (!m_abandoned)
-        m_modules.DestroyConsumers();
+    Enter(L"usuwanie modułów");
+    m_modules.DestroyConsumers();
+    m_calls->Leave();
 }
 
 void Plugin::DestroyProviders()
 {
-    if (!m_abandoned)
-        m_modules.DestroyProviders();
+    Enter(L"usuwanie modułów");
+    m_modules.DestroyProviders();
+    m_calls->Leave();
 }
 
 void Plugin::Unload()
 {
-    if (m_abandoned)
-        return;
+    Enter(L"zwalnianie pliku");
     m_description = nullptr;
     m_library.Unload();
-}
-
-bool Plugin::RunStep(void (Plugin::*a_step)())
-{
-    const auto deadline = std::chrono::steady_clock::now() + m_options->initDeadline;
-    if (!m_thread.Run([self = shared_from_this(), a_step] { self->Guarded(a_step); }, deadline)) {
-        const std::lock_guard lock(m_mutex);
-        m_abandoned = true;
-        m_blocksLoader = m_report.phase == S_phaseLoading;
-        m_report.state = EPluginStateAbandoned;
-        m_report.reason = L"nie wraca od " + std::to_wstring(m_options->initDeadline.count()) +
-                          L" ms; program działa dalej bez tej wtyczki";
-    }
-    if (IsRunning())
-        return true;
-
-    WriteLog(__LINE__, L"Wtyczka " + m_report.name + L", " + m_report.phase + L": " + m_report.reason);
-    Drop();
-    return false;
+    m_calls->Leave();
 }
 
 // What it made is destroyed and unloaded at the end only: somebody may have found one, and an asset holds its provider
 // by a bare pointer.
-void Plugin::Drop()
+void Plugin::Fail(EPluginState a_state, std::wstring a_reason)
 {
+    m_report.state = a_state;
+    m_report.reason = std::move(a_reason);
+    WriteLog(__LINE__, L"Wtyczka " + m_report.name + L", " + m_report.phase + L": " + m_report.reason);
     m_modules.Withdraw();
     StopConsumers();
     StopProviders();
@@ -156,14 +153,19 @@ void Plugin::Drop()
         Unload();
 }
 
-void Plugin::Guarded(void (Plugin::*a_step)())
+void Plugin::Enter(std::wstring a_phase)
 {
+    m_calls->Enter({m_path, m_report.name, std::move(a_phase)});
+}
+
+template<typename Step>
+void Plugin::Guarded(const Step& a_step)
+{
+    if (!IsRunning())
+        return;
     try {
-        (this->*a_step)();
-        EnterPhase({});
-    } catch (const TooLate&) {
-        WriteLog(__LINE__, L"Wtyczka z pliku " + CodePage::Utf8ToWide(m_path.native()) +
-                               L" wróciła po terminie; pozostaje odłączona");
+        a_step();
+        m_report.phase.clear();
     } catch (const Refusal& refusal) {
         Fail(refusal.state, refusal.reason);
     } catch (const std::exception& exception) {
@@ -171,57 +173,50 @@ void Plugin::Guarded(void (Plugin::*a_step)())
     } catch (...) {
         Fail(EPluginStateFailed, L"wyjątek nieznanego typu");
     }
+    m_calls->Leave();
 }
 
-void Plugin::Fail(EPluginState a_state, std::wstring a_reason)
+template<typename Call>
+void Plugin::CallOne(const IGenericModule& a_module, const wchar_t* a_what, const Call& a_call)
 {
-    const std::lock_guard lock(m_mutex);
-    if (m_abandoned)
-        return;
-    m_report.state = a_state;
-    m_report.reason = std::move(a_reason);
-}
-
-void Plugin::EnterPhase(std::wstring a_phase)
-{
-    const std::lock_guard lock(m_mutex);
-    if (m_abandoned)
-        throw TooLate();
-    m_report.phase = std::move(a_phase);
-}
-
-void Plugin::DoStart()
-{
-    EnterPhase(S_phaseLoading);
-    Load();
-    if (!m_isWanted)
-        return;
-
-    EnterPhase(S_phaseMaking);
-    const auto options = m_options->pluginOptions.find(m_description->name);
-    m_description->createModules(m_modules,
-                                 options != m_options->pluginOptions.end() ? options->second : Settings());
-    Init(m_modules.GetProviders(), m_providers);
-}
-
-void Plugin::DoStartConsumers()
-{
-    Init(m_modules.GetConsumers(), m_consumers);
+    Enter(std::wstring(a_what) + L" modułu " + a_module.GetName());
+    const std::wstring fault = CallModule(a_module, a_what, a_call);
+    if (!fault.empty())
+        m_report.notices.push_back(fault);
+    m_calls->Leave();
 }
 
 template<typename Module>
-void Plugin::Init(const std::vector<Module*>& a_modules, std::vector<Module*>& a_ready)
+void Plugin::StopAll(std::vector<Module*>& a_modules)
+{
+    for (; !a_modules.empty(); a_modules.pop_back())
+        CallOne(*a_modules.back(), L"StopWork", [&] { a_modules.back()->StopWork(); });
+}
+
+void Plugin::DoMakeModules()
+{
+    Enter(m_report.phase = S_phaseMaking);
+    const auto options = m_options->pluginOptions.find(m_description->name);
+    m_description->createModules(m_modules,
+                                 options != m_options->pluginOptions.end() ? options->second : Settings());
+}
+
+template<typename Module>
+void Plugin::Start(const std::vector<Module*>& a_modules, std::vector<Module*>& a_ready)
 {
     for (Module* const module : a_modules) {
-        EnterPhase(L"Init modułu " + module->GetName());
+        Enter(m_report.phase = L"Init modułu " + module->GetName());
         if (!module->Init())
             throw Refusal{EPluginStateFailed, L"moduł odmówił pracy"};
         a_ready.push_back(module);
     }
+    for (Module* const module : a_ready)
+        m_directory->Enter(*module);
 }
 
-void Plugin::Load()
+void Plugin::DoLoad()
 {
+    Enter(m_report.phase = S_phaseLoading);
     const std::string error = m_library.Load(m_path);
     if (!error.empty())
         throw Refusal{EPluginStateRefused, LoadError(m_path, error)};
@@ -232,13 +227,8 @@ void Plugin::Load()
                                                CodePage::Utf8ToWide(PluginDescription::S_symbol)};
     CheckDescription(*description);
 
-    const std::string_view name = description->name;
-    const std::lock_guard lock(m_mutex);
-    if (m_abandoned)
-        throw TooLate();
     m_description = description;
-    m_isWanted = m_isWanted || std::ranges::find(m_options->only, name) != m_options->only.end();
-    m_report.name = CodePage::Utf8ToWide(name);
+    m_report.name = CodePage::Utf8ToWide(description->name);
     m_report.version = CodePage::Utf8ToWide(description->version);
 }
 

@@ -1,61 +1,63 @@
 #pragma once
 
+#include "host/CallRecords.h"
 #include "host/PluginReport.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
 namespace kalvento::host {
 
 struct HostOptions;
-class MainThreadExecutor;
+class IPluginCalls;
 class ModuleDirectory;
+class ModuleStates;
 class Plugin;
+class PluginTrial;
 
 /// Takes the plug-ins of a folder through their life together. All operations on the main thread, in the order given
 /// here; each does nothing when called again.
 class PluginLoader {
 public:
-    PluginLoader(HostOptions a_options, std::shared_ptr<MainThreadExecutor> a_executor,
-                 std::shared_ptr<ModuleDirectory> a_directory);
+    PluginLoader(std::shared_ptr<const HostOptions> a_options, std::shared_ptr<ModuleDirectory> a_directory,
+                 std::shared_ptr<IPluginCalls> a_calls);
     PluginLoader(const PluginLoader&) = delete;
     PluginLoader& operator=(const PluginLoader&) = delete;
     ~PluginLoader();
 
-    /// Loads all, then initialises the consumers of all. No plug-in makes it fail: failures are in the reports.
-    void Start();
+    /// Tries and loads all, starts the providers of all, then the consumers of all, and gives them their states back. No
+    /// plug-in makes it fail: failures are in the reports. a_left: the calls that earlier processes ended in.
+    void Start(PluginTrial& a_trial, ModuleStates& a_states, std::vector<CallRecords::Left> a_left);
     const std::vector<PluginReport>& GetReports() const { return m_reports; }
-    bool HasAbandoned() const { return m_hasAbandoned; }
-    bool IsLoaderBlocked() const { return m_blockedBy != nullptr; }
 
+    void TakeStates(ModuleStates& a_states);
     void StopModules();
     void DestroyModules();
     void Unload();
 
-    /// Keeps it until the process ends, unharmed by the end of static objects: for what an abandoned thread may still
-    /// use.
-    static void KeepForEver(std::shared_ptr<const void> a_object);
-
 private:
-    // One file: a plug-in, or the report that says why it wasn't even tried.
+    // One file: a plug-in, or the report that says why it wasn't loaded.
     struct Entry {
-        std::shared_ptr<Plugin> plugin;
+        std::unique_ptr<Plugin> plugin;
         PluginReport report;
     };
 
     std::vector<std::filesystem::path> FindFiles();
-    void Load(const std::filesystem::path& a_file);
+    void Load(const std::filesystem::path& a_file, PluginTrial& a_trial,
+              const std::vector<CallRecords::Left>& a_left);
+    PluginReport Judge(const std::filesystem::path& a_file, PluginTrial& a_trial,
+                       const std::vector<CallRecords::Left>& a_left) const;
     void MakeReports();
-    void FromLast(void (Plugin::*a_step)());
+    void ForEach(const std::function<void(Plugin&)>& a_step);
+    void FromLast(const std::function<void(Plugin&)>& a_step);
 
     const std::shared_ptr<const HostOptions> m_options;
-    const std::shared_ptr<MainThreadExecutor> m_executor;
     const std::shared_ptr<ModuleDirectory> m_directory;
+    const std::shared_ptr<IPluginCalls> m_calls;
     std::vector<Entry> m_entries; // in the order of the files
     std::vector<PluginReport> m_reports;
-    std::shared_ptr<Plugin> m_blockedBy; // null as long as the system's loader works
-    bool m_hasAbandoned = false;
     bool m_isStarted = false;
 };
 

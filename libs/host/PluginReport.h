@@ -3,15 +3,16 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace kalvento::host {
 
 enum EPluginState : std::uint8_t {
     EPluginStateRunning, ///< Its modules run.
     EPluginStateRefused, ///< The file can't be loaded, is no plug-in, or was built for another host.
-    EPluginStateFailed,  ///< It raised, or a module refused to work. Its modules are dropped.
-    EPluginStateAbandoned, ///< It didn't return in time. Nothing of it is called, destroyed or unloaded any more.
-    EPluginStateMissing ///< Asked for, but not there: a plug-in, or the folder itself.
+    EPluginStateFailed, ///< It raised, a module refused to work, or the trial of its file ended badly. None of it runs.
+    EPluginStateLeftOut, ///< A process ended in its code last time. It wasn't tried again.
+    EPluginStateMissing  ///< Asked for, but not there: a plug-in, or the folder itself.
 };
 
 /// What became of one file in the folder of plug-ins, or of one that was asked for. The texts are Polish, for the user.
@@ -23,6 +24,8 @@ struct PluginReport {
     std::wstring
         phase; ///< The step at which it ended: "ładowanie", "tworzenie modułów", "Init modułu X". Empty while it runs.
     std::wstring reason; ///< Why, on one line where the plug-in keeps to that. Empty while it runs.
+    std::vector<std::wstring>
+        notices; ///< What else went wrong, such as a module that raised over its settings.
 };
 
 } // namespace kalvento::host

@@ -21,8 +21,8 @@ class Image;
 /// A plug-in that shows or uses market data. Its windows live on the main thread, while the callbacks of IConsumer come
 /// on the provider's: a consumer passes them on by a posted window message, or guards itself with
 /// CheckMainThreadCondition. A message that is sent would wait for the main thread, which may be waiting in
-/// StopSubscription for that callback. The host calls all operations added here on the main thread, after Init, which
-/// comes first and on a starter thread.
+/// StopSubscription for that callback. The host calls all operations added here on the main thread, after Init,
+/// which comes first and on the main thread, too.
 class KALVENTO_API ConsumerBase : public PluginBase, public IConsumer {
 public:
     ConsumerBase(EGenericModule a_moduleKind, std::wstring a_name, std::wstring a_stateFileExtension);

@@ -17,8 +17,8 @@ class StyleBase;
 /// What the host knows of a module. The host owns its modules, and destroys them after everything that refers to them.
 ///
 /// All virtual operations are called by the host, on the main thread, after PluginBase::Init. The order over a module's
-/// life: construction and its own Init (ProviderBase, ConsumerBase), these two on a starter thread of the host and
-/// without touching windows; UnserialiseState once, then PostUnserialisePanelState whenever a panel has been rebuilt,
+/// life: construction and its own Init (ProviderBase, ConsumerBase), these two before there are
+/// windows to be touched; UnserialiseState once, then PostUnserialisePanelState whenever a panel has been rebuilt,
 /// SerialiseState as often as the host saves, StopWork. Settings of an older version pass through the UpdateOldVersion
 /// operations before UnserialiseState sees them.
 class KALVENTO_API IGenericModule {

@@ -22,8 +22,8 @@ struct PluginDescription {
     const char* version; ///< For the user; UTF-8.
     /// Makes the modules and hands them over. a_options: what the host was told for this plug-in, with keys of the
     /// plug-in's choice; an absent key leaves the default. May raise: the host reports the plug-in and goes on without
-    /// it. Called once, on the thread that will call Init of the modules too, which isn't the main one; see
-    /// docs/modules.md.
+    /// it. Called on the main thread, once in the host and before that in the trial of the plug-in's file, a process of
+    /// its own: see docs/plugins.md.
     void (*createModules)(IModuleRegistry& a_registry, const Settings& a_options);
 };
 

@@ -30,7 +30,7 @@ class StopParams;
 /// A plug-in that connects the terminal to one source of market data: what is the same for all of them. The feed itself
 /// and its threads are the deriving class's own business; see IConsumer for what it must deliver and in what order.
 ///
-/// Who calls what: the host calls Init once after construction, on a starter thread, then SwitchConnection,
+/// Who calls what: the host calls Init once after construction, then SwitchConnection,
 /// ProviderCommand and the login operations, on the main thread. Subscriptions and questions about assets come from any
 /// thread, after Init, also while there is no connection; they answer from what the provider holds and don't wait for
 /// the source. OnStopWork ends all subscriptions: when it returns, no callback runs or comes. After that they are
@@ -105,7 +105,7 @@ public:
     /// The date of the asset's current session, empty if there is none. Any thread.
     virtual std::optional<NDateTime> GetAssetSessionDate(const Asset& a_asset) = 0;
 
-    /// Second stage of construction, called by the host once on its starter thread: sets up the provider's folder of
+    /// Second stage of construction, called by the host once on the main thread: sets up the provider's folder of
     /// histories. False: the provider can't work, and the host drops its plug-in. An override calls this one first.
     virtual bool Init();
 

@@ -12,9 +12,9 @@
 /// Failures show as empty pointers and false results.
 ///
 /// There is no lock, and threads share nothing here but the files: one thread at a time for one name. That is the main
-/// thread, except while a plug-in makes and initialises its modules on the thread that starts it: the files are that
-/// plug-in's alone, nothing else of it runs yet, and the main thread waits or works for modules with files of other
-/// names. This holds too where a plug-in hangs there and is abandoned, since none of its code is called any more.
+/// thread where modules are concerned: they read their settings when they are made and initialised, and write them as
+/// long as they run. Processes share the files, too; of two that write one at the same time, one leaves its file, and
+/// that one whole.
 class KALVENTO_API SettingsManager {
 public:
     SettingsManager() = delete;

@@ -15,6 +15,8 @@
 #include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
 
+#include <unistd.h>
+
 namespace {
 
 class FaultConsumer : public IdleConsumer {
@@ -94,8 +96,12 @@ public:
 
 void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
 {
+    // In a trial the program's report is out of reach.
+    static FaultReport S_unread;
     const std::uint64_t report = a_options["Report"];
-    a_registry.AddConsumer(std::make_unique<FaultConsumer>(*std::bit_cast<FaultReport*>(report)));
+    const bool isHere = static_cast<int>(a_options["Process"]) == ::getpid();
+    a_registry.AddConsumer(
+        std::make_unique<FaultConsumer>(isHere ? *std::bit_cast<FaultReport*>(report) : S_unread));
     kalvento::host::ScreenOptions console;
     console.plain = console.book = console.trades = true;
     a_registry.AddConsumer(std::make_unique<PrintingConsole>(console));

@@ -16,6 +16,8 @@
 #include "support/LogWatch.h"
 #include "support/TemporaryFolder.h"
 
+#include <unistd.h>
+
 // Providers that break their promises, loaded beside an honest one. Whatever the others do, the honest one's candles are
 // those of one fold of all its rows, nothing comes behind a stop from providers of the kit, each fault is reported with its
 // provider's name, and the host comes to its end.
@@ -46,6 +48,8 @@ protected:
         VeloTools::Log::Instance().SetLogFolder(m_logFolder.GetPath().string());
         kalvento::host::HostOptions options;
         options.pluginFolder = std::filesystem::path(KALVENTO_FAULT_PLUGINS).wstring();
+        options.pluginOptions["fault_consumers"]["Process"] = ::getpid();
+        options.memoryFolder = m_logFolder.GetPath().wstring();
         options.pluginOptions["fault_consumers"]["Report"] = std::bit_cast<std::uint64_t>(&m_report);
         m_host.emplace(m_view, std::move(options));
         m_host->Start();

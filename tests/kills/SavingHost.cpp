@@ -15,6 +15,7 @@ int main(int a_count, char** a_arguments)
     KalventoPaths::Initialize(L"Kalvento");
     kalvento::host::HostOptions options;
     options.pluginFolder = std::filesystem::path(KALVENTO_SAVING_PLUGINS).wstring();
+    options.only = {"saving_modules"}; // even though it was killed in the plug-in's code
     Settings& saving = options.pluginOptions["saving_modules"];
     saving["Folder"] = std::filesystem::path(a_arguments[1]).wstring();
     saving["Reports"] = std::stoi(a_arguments[2]);

@@ -34,7 +34,8 @@ public:
     ~SavingProvider() override
     {
         for (std::thread& thread : m_threads)
-            thread.join();
+            if (thread.joinable()) // not before Init
+                thread.join();
     }
     bool Init() override
     {

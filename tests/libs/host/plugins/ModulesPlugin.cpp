@@ -8,8 +8,11 @@
 #include "support/IdleConsumer.h"
 #include "velo/ConverterMultiByteToWideChar.h"
 
+#include <unistd.h>
+
 #include <bit>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -21,6 +24,27 @@ struct Task {
     Recorder* recorder = nullptr;
     std::string behaviour;
 };
+
+void HangForEver()
+{
+    for (;;)
+        ::pause();
+}
+
+// What only a trial survives.
+void Misbehave(const std::string& a_behaviour)
+{
+    if (a_behaviour == "hang in create")
+        HangForEver();
+    if (a_behaviour == "exit in create")
+        std::exit(0);
+    if (a_behaviour == "crash in create")
+        std::abort();
+    if (a_behaviour == "close in create")
+        ::close_range(0, ~0U, 0);
+    if (a_behaviour == "leave a thread")
+        std::thread(&HangForEver).detach();
+}
 
 /// A module that notes what is done with it. a_kind: provider or consumer.
 template<class Base>
@@ -41,8 +65,18 @@ public:
         if (m_task.behaviour == "throw in " + m_kind)
             throw std::runtime_error("no route");
         if (m_task.behaviour == "hang in " + m_kind)
-            m_task.recorder->Hang();
+            HangForEver();
         return m_task.behaviour != "refuse in " + m_kind;
+    }
+    void SerialiseState(Settings& a_settings) const override
+    {
+        if (m_task.behaviour == "keep state")
+            a_settings["Runs"] = m_runs + 1;
+    }
+    void UnserialiseState(const Settings& a_settings) override
+    {
+        m_runs = a_settings["Runs"];
+        Note("run " + std::to_string(m_runs + 1) + " of");
     }
     void OnStopWork() override
     {
@@ -63,20 +97,24 @@ private:
 
     const std::string m_kind;
     const Task m_task;
+    int m_runs = 0;
     std::thread m_asking;
 };
 
 void CreateModules(IModuleRegistry& a_registry, const Settings& a_options)
 {
+    // In a trial the test's recorder is out of reach.
+    static Recorder S_unread;
     const std::uint64_t address = a_options["recorder"];
+    const bool isHere = static_cast<int>(a_options["process"]) == ::getpid();
     const std::wstring behaviour = a_options["behaviour"];
     const std::wstring name = a_options["name"];
-    const Task task{std::bit_cast<Recorder*>(address), {behaviour.begin(), behaviour.end()}};
+    const Task task{isHere ? std::bit_cast<Recorder*>(address) : &S_unread,
+                    {behaviour.begin(), behaviour.end()}};
     a_registry.AddProvider(std::make_unique<Noting<TestProvider>>(name + L"P", "provider", task));
     if (task.behaviour == "throw in create")
         throw std::runtime_error("no keys");
-    if (task.behaviour == "hang in create")
-        task.recorder->Hang();
+    Misbehave(task.behaviour);
     if (task.behaviour == "add nothing")
         a_registry.AddConsumer(nullptr);
     a_registry.AddConsumer(std::make_unique<Noting<IdleConsumer>>(name + L"C", "consumer", task));
