@@ -1,6 +1,8 @@
 #include "series/History.h"
 
 #include "platform/CodePage.h"
+#include "platform/OleDate.h"
+#include "time/TimeParts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,9 +10,12 @@
 
 namespace {
 
-// By the day number: the year field is too narrow for the far dates by which callers mean "until the end".
+// Midnight of the date that the time reads: sums of small shifts leave a day number a hair below a whole day. By the day
+// number, since the year field is too narrow for the far dates by which callers mean "until the end".
 NDateTime MidnightOf(const NDateTime& a_time)
 {
+    if (const auto second = OleDate::ToSeconds(a_time.ToDouble()))
+        return NDateTime::FromDouble(static_cast<double>(TimeParts::DayOf(*second)) + OleDate::S_unixEpoch);
     return NDateTime::FromDouble(std::trunc(a_time.ToDouble()));
 }
 

@@ -50,7 +50,11 @@ TEST(HistoryTest, SubHistoryIsAFilterByDays)
         NDateTime to = from;
         to.ShiftSec(static_cast<int>(random() % (86400 * 12)));
         SCOPED_TRACE(testing::Message() << from.ToDouble() << " to " << to.ToDouble());
-        EXPECT_TRUE(SameBits(FilterDays(history, from, to), history.GetSubHistory(from, to)));
+        const History expected = FilterDays(history, from, to);
+        EXPECT_TRUE(SameBits(expected, history.GetSubHistory(from, to)));
+        // A day number that many shifts have left below midnight, and that reads midnight.
+        const NDateTime below = NDateTime::FromDouble(from.GetAbsoluteDay() - 1e-6);
+        EXPECT_TRUE(SameBits(expected, history.GetSubHistory(below, to)));
     }
 }
 
