@@ -395,14 +395,49 @@ unsigned int Aggregator::FoldHistory(bool a_useOhl, unsigned int a_count, NDateT
             "Aggregator::SumWithWindow", __LINE__,
             "Wyjątek Aggregator! Wymagane wywołanie SetCurrentRecord po Aggregate."_cp1250);
 
+    // An unknown type raises in the middle of a history, and what is left then is that of one row at a time.
+    const bool mayRaise = std::ranges::any_of(
+        m_values, [](const AggrValue& a_value) { return a_value.GetType() > EAggrTypeLast; });
     const bool refusesLateRows = RefusesLateRows(m_window->m_timeResult);
-    const unsigned int candles = WithInterval(m_outputInterval, [&]<EInterval Interval>() {
-        return refusesLateRows
-                   ? FoldHistoryOf<Interval, true>(a_useOhl, a_count, a_times, a_columns, a_room)
-                   : FoldHistoryOf<Interval, false>(a_useOhl, a_count, a_times, a_columns, a_room);
-    });
+    const unsigned int candles =
+        mayRaise
+            ? FoldRowByRow(a_useOhl, a_count, a_times, a_columns, a_room)
+            : WithInterval(m_outputInterval, [&]<EInterval Interval>() {
+                  return refusesLateRows
+                             ? FoldHistoryOf<Interval, true>(a_useOhl, a_count, a_times, a_columns, a_room)
+                             : FoldHistoryOf<Interval, false>(a_useOhl, a_count, a_times, a_columns, a_room);
+              });
     m_awaitsCurrentRecord = true;
     return candles;
+}
+
+unsigned int Aggregator::FoldRowByRow(bool a_useOhl, unsigned int a_count, NDateTime* a_times,
+                                      const std::vector<double*>& a_columns, CandleRoom* a_room)
+{
+    std::vector<double*> columns = a_columns;
+    if (a_room != nullptr) {
+        std::size_t field = S_open;
+        for (std::vector<double>* const room : {a_room->open, a_room->high, a_room->low}) {
+            room->resize(std::max<std::size_t>(room->size(), a_count));
+            columns[field++] = room->data();
+        }
+    }
+    static_cast<void>(Columns(columns, nullptr)); // raises for a missing one
+
+    std::vector<double> scratch(columns.size());
+    std::vector<double*> fields;
+    for (double& value : scratch)
+        fields.push_back(&value);
+    std::size_t candles = 0;
+    for (std::size_t row = 0; row < a_count; ++row) {
+        for (std::size_t field = 0; field < columns.size(); ++field)
+            scratch[field] = columns[field][row];
+        candles += SumWithWindow(&a_times[row], &fields, a_useOhl) ? 0 : 1;
+        a_times[candles - 1] = a_times[row];
+        for (std::size_t field = 0; field < columns.size(); ++field)
+            columns[field][candles - 1] = scratch[field];
+    }
+    return static_cast<unsigned int>(candles);
 }
 
 template<EInterval Interval, bool RefusesLate>

@@ -76,6 +76,8 @@ private:
     void StartOver();
     unsigned int FoldHistory(bool a_useOhl, unsigned int a_count, NDateTime* a_times,
                              const std::vector<double*>& a_columns, kalvento::internal::CandleRoom* a_room);
+    unsigned int FoldRowByRow(bool a_useOhl, unsigned int a_count, NDateTime* a_times,
+                              const std::vector<double*>& a_columns, kalvento::internal::CandleRoom* a_room);
     template<EInterval Interval, bool RefusesLate>
     unsigned int FoldHistoryOf(bool a_useOhl, unsigned int a_count, NDateTime* a_times,
                                const std::vector<double*>& a_columns, kalvento::internal::CandleRoom* a_room);

@@ -4,9 +4,11 @@
 #include "aggregation/AggrWindowsFactory.h"
 #include "aggregation/EAggrTimeResult.h"
 #include "aggregation/EAggrType.h"
+#include "platform/CodePage.h"
 #include "time/EInterval.h"
 #include "time/NDateTime.h"
 
+#include <bit>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -85,10 +87,10 @@ public:
             return true;
         }
         m_last = a_time;
-        // A last time of all zero counts as none.
-        m_hasLast = a_time.ToDouble() != 0.0 || !a_time.IsValid() || a_time.GetYear() != 0 ||
-                    a_time.GetMonth() != 0 || a_time.GetDay() != 0 || a_time.GetAbsoluteTime() != 0 ||
-                    a_time.GetMilliSec() != 0 || a_time.GetDayOfYear() != 0;
+        // A last time of all zero counts as none; one of minus zero, as garbage brings it, is a time.
+        m_hasLast = std::bit_cast<std::uint64_t>(a_time.ToDouble()) != 0 || !a_time.IsValid() ||
+                    a_time.GetYear() != 0 || a_time.GetMonth() != 0 || a_time.GetDay() != 0 ||
+                    a_time.GetAbsoluteTime() != 0 || a_time.GetMilliSec() != 0 || a_time.GetDayOfYear() != 0;
         const bool inWindow = m_window->IsInCurrentWindow(a_time);
         if (!inWindow)
             Stamp(a_time);
@@ -100,6 +102,8 @@ public:
             const double value = field < 3 && !a_useOhl ? close : *a_fields[field];
             double& kept = m_values[field];
             const EAggrType type = field <= 3 ? m_types[0] : m_types[field - 3];
+            if (inWindow && type > EAggrTypeLast)
+                throw std::runtime_error("Wyjątek AggrValue! Nieznany typ agregacji"_cp1250);
             const bool last = !inWindow || type == EAggrTypeOhlcLast || type == EAggrTypeLast;
             if (!last && (type == EAggrTypeOhlcSum || type == EAggrTypeSum))
                 kept += value;
@@ -109,9 +113,8 @@ public:
                 kept = value < kept ? value : kept;
             else if (last || field == 3)
                 kept = value;
+            *a_fields[field] = kept;
         }
-        for (std::size_t field = 0; field < a_fields.size(); ++field)
-            *a_fields[field] = m_values[field];
         return inWindow;
     }
 
