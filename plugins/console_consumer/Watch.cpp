@@ -2,6 +2,7 @@
 
 #include "assets/AssetParams.h"
 #include "console_consumer/PlainLines.h"
+#include "folding/PieceFolder.h"
 #include "modules/ProviderBase.h"
 #include "platform/CodePage.h"
 #include "platform/ShownText.h"
@@ -22,26 +23,28 @@ std::unique_ptr<Watch> Watch::Make(const Asset& a_asset, IntervalAndMultiplicity
         return nullptr;
 
     RequestParams request(offered.GetKindData(), true);
-    if (offered.IsSetHistory()) {
-        std::optional<RangeData::Dates> dates = offered.GetDates(a_interval.GetInterval());
-        if (!dates && offered.begin() != offered.end()) {
-            a_interval = {offered.begin()->first, offered.GetMultiplicity()};
-            dates = offered.begin()->second.GetDates();
-        }
+    IntervalAndMultiplicity asked = SubscriptionCandles::IntervalToAsk(a_interval);
+    if (offered.IsSetHistory() && offered.begin() != offered.end()) {
+        const IntervalAndMultiplicity own(offered.begin()->first, offered.GetMultiplicity());
+        if (!PieceFolder::Reaches(own, asked))
+            asked = own;
+        if (!PieceFolder::Reaches(asked, a_interval))
+            a_interval = asked;
+        const std::optional<RangeData::Dates> dates = offered.GetDates(asked.GetInterval());
         if (dates && offered.IsSetOnlyHistory())
             request.SetDates(*dates);
     }
-    request.SetIntervalAndMultiplicity(a_interval.GetInterval(), a_interval.GetMultiplicity());
-    return std::unique_ptr<Watch>(new Watch(a_asset, series, std::move(request), a_options));
+    request.SetIntervalAndMultiplicity(asked.GetInterval(), asked.GetMultiplicity());
+    return std::unique_ptr<Watch>(new Watch(a_asset, series, std::move(request), a_interval, a_options));
 }
 
 Watch::Watch(const Asset& a_asset, const std::set<DSProp>& a_series, RequestParams a_request,
-             const kalvento::host::ScreenOptions& a_options)
+             IntervalAndMultiplicity a_interval, const kalvento::host::ScreenOptions& a_options)
     : m_asset(a_asset),
       m_symbol(kalvento::internal::ShownText::OneLine(CodePage::Cp1250ToUtf8(a_asset.GetShortName()))),
       m_request(std::move(a_request)),
       m_options(a_options),
-      m_model(a_series, m_request.GetInterval(), static_cast<unsigned short>(m_request.GetMultiplicity())),
+      m_model(a_series, a_interval.GetInterval(), static_cast<unsigned short>(a_interval.GetMultiplicity())),
       m_pastPrinted(!m_request.IsSetHistory() && !m_request.IsSetSynchro())
 {
     const auto price = a_series.find(DSProp(Price));
@@ -52,7 +55,9 @@ Watch::Watch(const Asset& a_asset, const std::set<DSProp>& a_series, RequestPara
 void Watch::SetOperations(const HistoryOperations& a_operations)
 {
     const std::lock_guard lock(m_mutex);
-    m_model.SetOperations(a_operations);
+    PrintChanges([&] { m_model.SetOperations(a_operations); });
+    if (m_lastPrice)
+        NoteLastCandle();
 }
 
 void Watch::AddHistory(History&& a_history)
@@ -74,29 +79,36 @@ void Watch::HistoryEnd()
 void Watch::SetSynchronization(Synchronization&& a_synchronization)
 {
     const std::lock_guard lock(m_mutex);
-    if (!m_pastPrinted || !m_options.plain) {
-        m_model.SetSynchronization(std::move(a_synchronization));
-        PrintPast();
-    } else {
-        // After a break the candles are unchanged up to some place, and only those after it are printed.
-        const History before = m_model.GetLastCandles(m_model.GetCount());
-        m_model.SetSynchronization(std::move(a_synchronization));
-        std::size_t place = 0;
-        const auto isSame = [&] {
-            const Record candle = m_model.GetCandle(place);
-            auto column = before.begin();
-            return candle.GetTime() == before.TimeSeries()[place] &&
-                   std::all_of(candle.begin(), candle.end(), [&](const auto& a_value) {
-                       return (column++)->second[place] == a_value.second;
-                   });
-        };
-        while (place < std::min(m_model.GetCount(), before.GetRecordsCount()) && isSame())
-            ++place;
-        for (; place < m_model.GetCount(); ++place)
-            m_lines += PlainLines::Candle(m_symbol, place < before.GetRecordsCount() ? "changed" : "new",
-                                          m_model.GetCandle(place));
-    }
+    PrintChanges([&] { m_model.SetSynchronization(std::move(a_synchronization)); });
+    PrintPast();
     NoteLastCandle();
+}
+
+// What follows the past may change candles at any place: after a break of the connection, or by operations. Lines tell
+// those that did.
+template<class Change>
+void Watch::PrintChanges(Change a_change)
+{
+    if (!m_pastPrinted || !m_options.plain) {
+        a_change();
+        return;
+    }
+    const History before = m_model.GetLastCandles(m_model.GetCount());
+    a_change();
+    const auto isSame = [&](std::size_t a_place) {
+        const Record candle = m_model.GetCandle(a_place);
+        auto column = before.begin();
+        return candle.GetTime() == before.TimeSeries()[a_place] &&
+               std::all_of(candle.begin(), candle.end(), [&](const auto& a_value) {
+                   return (column++)->second[a_place] == a_value.second;
+               });
+    };
+    const std::size_t known = before.GetRecordsCount();
+    for (std::size_t place = 0; place < m_model.GetCount(); ++place) {
+        const char* const state = place >= known ? "new" : place + 1 == known ? "changed" : "corrected";
+        if (place >= known || !isSame(place))
+            m_lines += PlainLines::Candle(m_symbol, state, m_model.GetCandle(place));
+    }
 }
 
 void Watch::PrintPast()

@@ -67,12 +67,14 @@ public:
 
 private:
     Watch(const Asset& a_asset, const std::set<DSProp>& a_series, RequestParams a_request,
-          const kalvento::host::ScreenOptions& a_options);
+          IntervalAndMultiplicity a_interval, const kalvento::host::ScreenOptions& a_options);
 
     void NotePrice(double a_price);
     void NoteTime(const NDateTime& a_time);
     void NoteLastCandle();
     void PrintPast();
+    template<class Change>
+    void PrintChanges(Change a_change);
 
     const Asset m_asset;
     const std::string m_symbol; // for lines

@@ -42,6 +42,18 @@ void ColumnBlock::RemoveBefore(std::size_t a_first)
     rows -= a_first;
 }
 
+std::size_t ColumnBlock::CountBefore(const NDateTime& a_time) const
+{
+    const auto end = times.begin() + static_cast<std::ptrdiff_t>(rows);
+    return static_cast<std::size_t>(std::lower_bound(times.begin(), end, a_time) - times.begin());
+}
+
+std::size_t ColumnBlock::CountUpTo(const NDateTime& a_time) const
+{
+    const auto end = times.begin() + static_cast<std::ptrdiff_t>(rows);
+    return static_cast<std::size_t>(std::upper_bound(times.begin(), end, a_time) - times.begin());
+}
+
 Record ColumnBlock::At(std::size_t a_row, std::span<const ESeriesId> a_series) const
 {
     Record::Values values;

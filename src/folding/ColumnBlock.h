@@ -26,6 +26,10 @@ struct KALVENTO_API ColumnBlock {
     void Append(const ColumnBlock& a_from, std::size_t a_first, std::size_t a_last);
     /// Moves the rows from a_first on to the front and drops those before them.
     void RemoveBefore(std::size_t a_first);
+    /// How many rows are earlier than that time; for rows whose times don't fall.
+    std::size_t CountBefore(const NDateTime& a_time) const;
+    /// How many rows aren't later than that time; likewise.
+    std::size_t CountUpTo(const NDateTime& a_time) const;
     /// A row as a record of the series a_series, one for each column.
     Record At(std::size_t a_row, std::span<const ESeriesId> a_series) const;
     /// The rows a_first to before a_last as a history of these series.

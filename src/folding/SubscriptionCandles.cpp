@@ -1,91 +1,46 @@
 #include "folding/SubscriptionCandles.h"
 
-#include "aggregation/EAggrTimeResult.h"
-#include "folding/PieceFolder.h"
-#include "platform/CodePage.h"
 #include "series/Synchronization.h"
-#include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
+
+using kalvento::internal::RowCandles;
 
 namespace {
 
-constexpr const char* S_placeHistory = "SubscriptionCandles::AddHistory";
-constexpr const char* S_placeSynchronization = "SubscriptionCandles::SetSynchronization";
-constexpr const char* S_placeRecord = "SubscriptionCandles::AddRecord";
+constexpr IntervalAndMultiplicity S_day(EIntervalDay, 1);
 
-constexpr const char* S_wrongShape = "Serie lub interwał danych nie pasują do świec: dane pominięto"_cp1250;
-constexpr const char* S_wrongOrder = "Część historii nie jest późniejsza od poprzednich: pominięto"_cp1250;
-
-bool Refuse(const char* a_place, int a_line, const char* a_message)
-{
-    VeloTools::Log::Instance().Write(a_place, a_line, a_message);
-    return false;
-}
-
-std::set<DSProp> WithoutCandleSeries(std::set<DSProp> a_series)
-{
-    std::erase_if(a_series, [](const DSProp& a_property) { return a_property.IsAggregationSeries(); });
-    return a_series;
-}
-
-std::set<DSProp> WithCandleSeries(std::set<DSProp> a_series)
-{
-    a_series.insert({DSProp(IntervalOpen), DSProp(IntervalMax), DSProp(IntervalMin)});
-    return a_series;
-}
-
-bool IsCandleSeries(ESeriesId a_series)
-{
-    return a_series >= IntervalOpen && a_series <= IntervalMin;
-}
-
-std::size_t CountBefore(const ColumnBlock& a_rows, const NDateTime& a_time)
-{
-    const auto end = a_rows.times.begin() + static_cast<std::ptrdiff_t>(a_rows.rows);
-    return static_cast<std::size_t>(std::lower_bound(a_rows.times.begin(), end, a_time) -
-                                    a_rows.times.begin());
-}
-
-// Rows of either shape as rows of the candle shape.
-ColumnBlock BlockOf(DataSeriesSet&& a_rows, const std::vector<ESeriesId>& a_columns, ESeriesId a_main)
+ColumnBlock BlockOf(History&& a_rows)
 {
     ColumnBlock block;
     block.rows = a_rows.GetRecordsCount();
-    const std::vector<double> main = a_rows.find(a_main)->second;
-    const bool isTickShape = a_rows.SeriesCount() != a_columns.size();
-    auto source = a_rows.begin();
-    for (const ESeriesId series : a_columns)
-        block.columns.push_back(isTickShape && IsCandleSeries(series) ? main : std::move((source++)->second));
+    for (auto& [series, values] : a_rows)
+        block.columns.push_back(std::move(values));
     block.times = std::move(a_rows).TimeSeries();
-    return block;
-}
-
-ColumnBlock BlockOf(const Record& a_row, const std::vector<ESeriesId>& a_columns, ESeriesId a_main)
-{
-    ColumnBlock block;
-    block.rows = 1;
-    block.times = {a_row.GetTime()};
-    auto source = a_row.begin();
-    for (const ESeriesId series : a_columns)
-        block.columns.push_back({IsCandleSeries(series) ? a_row.find(a_main)->second : (source++)->second});
     return block;
 }
 
 } // namespace
 
+IntervalAndMultiplicity SubscriptionCandles::IntervalToAsk(IntervalAndMultiplicity a_candles)
+{
+    return a_candles.IsEod() ? S_day : a_candles;
+}
+
 SubscriptionCandles::SubscriptionCandles(const std::set<DSProp>& a_series, EInterval a_interval,
                                          unsigned short a_multiplicity)
-    : m_series(WithoutCandleSeries(a_series)),
-      m_interval(a_interval, a_multiplicity),
-      m_candleSeries(WithCandleSeries(m_series)),
-      m_blank(m_series, ELastRecordTime, a_interval, a_multiplicity)
+    : m_interval(a_interval, a_multiplicity), m_delivered(a_series, IntervalToAsk(m_interval))
 {
-    for (const DSProp& property : m_candleSeries)
-        m_columns.push_back(property.GetSeriesID());
+    MakeFolder();
+}
+
+void SubscriptionCandles::MakeFolder()
+{
+    m_folder.reset();
+    if (!m_delivered.GetInterval().Equals(m_interval))
+        m_folder.emplace(m_delivered.GetSeries(), m_delivered.GetInterval(), m_interval);
 }
 
 void SubscriptionCandles::SetOperations(const HistoryOperations& a_operations)
@@ -93,205 +48,78 @@ void SubscriptionCandles::SetOperations(const HistoryOperations& a_operations)
     m_operations.reset();
     if (a_operations.begin() != a_operations.end())
         m_operations = a_operations;
+    Derive(0);
 }
 
-bool SubscriptionCandles::HasShape(const DataSeriesSet& a_set, bool a_candles) const
+// Brings the candles shown up to date after those delivered changed from that place on.
+bool SubscriptionCandles::Derive(std::size_t a_changed)
 {
-    const std::set<DSProp>& series = a_candles ? m_candleSeries : m_series;
-    return std::ranges::equal(series, a_set, {}, &DSProp::GetSeriesID, &DataSeriesSet::Column::first) &&
-           std::ranges::all_of(a_set, [&](const auto& a_column) {
-               return a_column.second.size() == a_set.GetRecordsCount();
-           });
-}
-
-History SubscriptionCandles::Correct(DataSeriesSet&& a_set) const
-{
-    const IntervalAndMultiplicity interval = a_set.GetIntervalData();
-    DataSeriesSet::Columns columns(std::make_move_iterator(a_set.begin()),
-                                   std::make_move_iterator(a_set.end()));
-    History history(interval.GetInterval(), interval.GetMultiplicity(), std::move(a_set).TimeSeries(),
-                    std::move(columns));
-    if (m_operations)
-        history.ApplyDataOperations(*m_operations);
-    return history;
+    if (!IsDerived()) {
+        m_derived = ColumnBlock();
+        return true;
+    }
+    try {
+        // The candle that holds the last unchanged row may hold the first changed one, too.
+        const ColumnBlock& delivered = m_delivered.GetCandles();
+        const std::size_t kept = a_changed == 0 ? 0 : m_derived.CountBefore(delivered.times[a_changed - 1]);
+        const std::size_t first = kept == 0 ? 0 : delivered.CountUpTo(m_derived.times[kept - 1]);
+        m_derived.rows = kept;
+        if (first == delivered.rows)
+            return true;
+        History rows =
+            delivered.Between(first, delivered.rows, m_delivered.GetColumns(), m_delivered.GetInterval());
+        if (m_operations)
+            rows.ApplyDataOperations(*m_operations);
+        ColumnBlock corrected = BlockOf(std::move(rows));
+        ColumnBlock candles;
+        if (m_folder)
+            m_folder->Fold(corrected, true, candles);
+        const ColumnBlock& shown = m_folder ? candles : corrected;
+        m_derived.Append(shown, 0, shown.rows);
+        return true;
+    } catch (...) {
+        LogAllExceptions("SubscriptionCandles::Derive", __LINE__);
+        return false;
+    }
 }
 
 bool SubscriptionCandles::AddHistory(History&& a_history)
 {
-    if (a_history.IsEmpty())
-        return true;
     const IntervalAndMultiplicity interval = a_history.GetIntervalData();
-    const bool isTicks = interval.IsSingleTick();
-    // Candles of several ticks can't be combined into others, since their ticks are no longer known.
-    if (!a_history.IsValid() || !HasShape(a_history, !isTicks) ||
-        !PieceFolder::Reaches(interval, m_interval) ||
-        (!isTicks && m_interval.IsTick() && !interval.Equals(m_interval)))
-        return Refuse(S_placeHistory, __LINE__, S_wrongShape);
-    if (GetCount() > 0 && !(m_candles.times[GetCount() - 1] < a_history.TimeSeries().front()))
-        return Refuse(S_placeHistory, __LINE__, S_wrongOrder);
-    if (isTicks || !interval.Equals(m_interval))
-        return AddRows(std::move(a_history));
-
-    const ColumnBlock candles =
-        BlockOf(Correct(std::move(a_history)), m_columns, m_blank.GetMainAggSeriesId());
-    m_candles.Append(candles, 0, candles.rows);
-    RowsAreLastCandle();
-    return true;
+    if (m_delivered.GetCount() == 0 && !PieceFolder::Reaches(interval, m_delivered.GetInterval()) &&
+        PieceFolder::Reaches(interval, m_interval)) {
+        m_delivered = RowCandles(m_delivered.GetSeries(), interval);
+        MakeFolder();
+    }
+    const std::size_t before = m_delivered.GetCount();
+    const bool isTaken = m_delivered.AddHistory(std::move(a_history));
+    return Derive(before == 0 ? 0 : before - 1) && isTaken;
 }
 
 bool SubscriptionCandles::SetSynchronization(Synchronization&& a_synchronization)
 {
     if (a_synchronization.IsEmpty())
         return true;
-    if (!a_synchronization.GetIntervalData().IsSingleTick() || !HasShape(a_synchronization, false))
-        return Refuse(S_placeSynchronization, __LINE__, S_wrongShape);
-    CutBack(a_synchronization.TimeSeries().front());
-    return AddRows(std::move(a_synchronization));
-}
-
-// Removes the rows from a_firstTime on, and the candles that held them.
-void SubscriptionCandles::CutBack(const NDateTime& a_firstTime)
-{
-    m_live.reset();
-    const std::size_t kept = CountBefore(m_candles, a_firstTime);
-    if (kept == GetCount())
-        return;
-    const std::size_t rows = kept + 1 == GetCount() ? CountBefore(m_rows, a_firstTime) : 0;
-    if (rows > 0) {
-        m_rows.rows = rows; // the last candle is folded from them anew
-        return;
-    }
-    m_candles.rows = kept;
-    RowsAreLastCandle();
-}
-
-void SubscriptionCandles::RowsAreLastCandle()
-{
-    m_live.reset();
-    m_rows.rows = 0;
-    if (GetCount() > 0 && !m_interval.IsTick())
-        m_rows.Append(m_candles, GetCount() - 1, GetCount());
-}
-
-// Folds the rows that follow together with those of the last candle.
-bool SubscriptionCandles::AddRows(DataSeriesSet&& a_rows)
-{
-    try {
-        m_live.reset();
-        const ColumnBlock added =
-            BlockOf(Correct(std::move(a_rows)), m_columns, m_blank.GetMainAggSeriesId());
-        const std::size_t finished = GetCount() - (m_rows.rows > 0 ? 1 : 0);
-        m_rows.Append(added, 0, added.rows);
-        // All have an open, high and low, so the engine takes them as candles of several ticks.
-        const IntervalAndMultiplicity shape(EIntervalTick, m_interval.IsSingleTick() ? 1 : 2);
-        PieceFolder folder(m_candleSeries, shape, m_interval);
-        ColumnBlock rows = m_rows;
-        ColumnBlock candles;
-        folder.Fold(rows, true, candles);
-        m_candles.rows = finished;
-        m_candles.Append(candles, 0, candles.rows);
-        // A fold doesn't say where the last candle began, but its rows are later than the candle before.
-        if (candles.rows > 1) {
-            const auto first = std::upper_bound(
-                m_rows.times.begin(), m_rows.times.begin() + static_cast<std::ptrdiff_t>(m_rows.rows),
-                candles.times[candles.rows - 2]);
-            m_rows.RemoveBefore(static_cast<std::size_t>(first - m_rows.times.begin()));
-        }
-        return true;
-    } catch (...) {
-        LogAllExceptions("SubscriptionCandles::AddRows", __LINE__);
-        return false;
-    }
-}
-
-bool SubscriptionCandles::OpenLive()
-{
-    m_live.emplace(m_blank);
-    if (GetCount() == 0)
-        return true;
-    if (m_rows.rows == 0)
-        m_rows.Append(m_candles, GetCount() - 1, GetCount());
-    // A candle handed back counts as one tick, so a window of ticks is filled again with those that it holds.
-    Record first = m_interval.IsTick() ? m_rows.At(0, m_columns) : GetCandle(GetCount() - 1);
-    bool isOpen = m_live->SetCurrentRecord(first);
-    for (std::size_t row = 1; m_interval.IsTick() && row < m_rows.rows; ++row) {
-        Record::Values values;
-        for (const auto& value : m_rows.At(row, m_columns))
-            if (!IsCandleSeries(value.first))
-                values.push_back(value);
-        Record tick(m_rows.times[row], std::move(values));
-        bool sameWindow = false;
-        isOpen = m_live->AggregateRecord(tick, sameWindow) && isOpen;
-    }
-    return isOpen;
-}
-
-std::optional<Record> SubscriptionCandles::ToTickShape(const Record& a_record) const
-{
-    Record row(m_series);
-    row.SetTime(a_record.GetTime());
-    for (auto& [seriesId, value] : row) {
-        const auto found = a_record.find(seriesId);
-        if (found == a_record.end())
-            return {};
-        value = found->second;
-    }
-    if (!m_operations)
-        return row;
-    History history(m_series, EIntervalTick, 1);
-    history.AddData(row);
-    history.ApplyDataOperations(*m_operations);
-    return history.GetLastRecord();
+    const std::size_t before = m_delivered.GetCandles().CountBefore(a_synchronization.TimeSeries().front());
+    const bool isTaken = m_delivered.SetSynchronization(std::move(a_synchronization));
+    return Derive(before == 0 ? 0 : before - 1) && isTaken;
 }
 
 std::optional<SubscriptionCandles::Change> SubscriptionCandles::AddRecord(const Record& a_record)
 {
-    const std::optional<Record> row = ToTickShape(a_record);
-    if (!row || !row->IsValid()) {
-        Refuse(S_placeRecord, __LINE__, S_wrongShape);
+    const std::size_t before = GetCount();
+    if (!m_delivered.AddRecord(a_record) || !Derive(m_delivered.GetCount() - 1))
         return {};
-    }
-    if (GetCount() > 0 && row->GetTime() < m_candles.times[GetCount() - 1])
-        return {};
-    if (!m_live && !OpenLive())
-        return {};
-    Change change{*row, false};
-    bool sameWindow = false;
-    if (!m_live->AggregateRecord(change.candle, sameWindow))
-        return {};
-    change.isNew = !sameWindow || GetCount() == 0;
-    if (change.isNew)
-        m_rows.rows = 0;
-    else
-        --m_candles.rows;
-    const ESeriesId main = m_blank.GetMainAggSeriesId();
-    m_rows.Append(BlockOf(*row, m_columns, main), 0, 1);
-    ColumnBlock candle;
-    candle.times = {change.candle.GetTime()};
-    for (const auto& [series, value] : change.candle)
-        candle.columns.push_back({value});
-    m_candles.Append(candle, 0, 1);
-    return change;
+    return Change{GetCandle(GetCount() - 1), GetCount() > before};
 }
 
 Record SubscriptionCandles::GetCandle(std::size_t a_place) const
 {
-    return m_candles.At(a_place, m_columns);
+    return Shown().At(a_place, m_delivered.GetColumns());
 }
 
 History SubscriptionCandles::GetLastCandles(std::size_t a_count) const
 {
-    const auto end = static_cast<std::ptrdiff_t>(GetCount());
-    const std::ptrdiff_t begin = end - static_cast<std::ptrdiff_t>(std::min(a_count, GetCount()));
-    History::Columns columns;
-    for (const ESeriesId series : m_columns) {
-        columns.emplace_back(series, std::vector<double>());
-        if (begin < end) {
-            const std::vector<double>& values = m_candles.columns[columns.size() - 1];
-            columns.back().second.assign(values.begin() + begin, values.begin() + end);
-        }
-    }
-    return {m_interval.GetInterval(), m_interval.GetMultiplicity(),
-            std::vector<NDateTime>(m_candles.times.begin() + begin, m_candles.times.begin() + end),
-            std::move(columns)};
+    return Shown().Between(GetCount() - std::min(a_count, GetCount()), GetCount(), m_delivered.GetColumns(),
+                           m_interval);
 }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "folding/AggregatorWrapper.h"
 #include "folding/ColumnBlock.h"
+#include "folding/PieceFolder.h"
+#include "folding/RowCandles.h"
 #include "history_operations/HistoryOperations.h"
 #include "platform/Export.h"
 #include "series/DSProp.h"
@@ -13,22 +14,29 @@
 #include <cstddef>
 #include <optional>
 #include <set>
-#include <vector>
 
 class Synchronization;
 
 /// The candles of one subscription, as a chart or a table shows them, built from what a provider hands to a consumer: a
-/// consumer passes on what ProcessOperations, ProcessHistory, ProcessHistoryEnd, ProcessSynchronization and
-/// ProcessRecord bring, and reads candles. However the rows are spread over these, the candles are those of one fold of
-/// all the rows, bit for bit. (Finer candles are rows of their own here: their sums enter as they are. A window of
-/// ticks that came as a candle can't be continued; providers begin the synchronization with the row that opened it.)
+/// consumer asks in the interval of IntervalToAsk, passes on what ProcessOperations, ProcessHistory, ProcessHistoryEnd,
+/// ProcessSynchronization and ProcessRecord bring, and reads candles.
 ///
-/// A record changes the last candle or adds one, and AddRecord tells which. After any other operation, operations on
-/// the history included, candles may have changed from any place on: read them anew.
+/// First corrected, then folded: corporate operations change rows and candles of at most a day, whose rows all lie on
+/// the same side of an operation. Candles longer than a day are folded from corrected days. What was delivered is kept as
+/// it came, so operations may be told, changed and taken back at any time; they reach the candles already held.
+///
+/// However the rows are spread over the calls, the candles up to a day are those of one fold of all the rows, bit for
+/// bit, each corrected; longer ones are those of one fold of these days. (Finer candles are rows of their own here: their
+/// sums enter as they are. So are candles longer than a day from a source that has nothing shorter: an operation inside
+/// one can't reach a part of it. A window of ticks that came as a candle can't be continued; providers begin the
+/// synchronization with the row that opened it.)
+///
+/// A record changes the last candle or adds one, and AddRecord tells which. After any other operation, candles may have
+/// changed from any place on: read them anew.
 ///
 /// Operations that get data answer false (or nothing) for what doesn't fit the series or the interval; they leave a
-/// line in the log and change nothing. Takes memory for the candles and for the rows of the last one. Not safe from
-/// several threads.
+/// line in the log and change nothing. Takes memory for the candles, those up to a day and the longer ones, and for the
+/// rows of the last one. Not safe from several threads.
 class KALVENTO_API SubscriptionCandles {
 public:
     /// What a record did.
@@ -37,15 +45,18 @@ public:
         bool isNew;    ///< It follows the last candle; otherwise it takes the last one's place.
     };
 
+    /// The interval to ask a provider for to show candles of that interval: itself, or a day for longer ones.
+    static IntervalAndMultiplicity IntervalToAsk(IntervalAndMultiplicity a_candles);
+
     /// a_series: those of the asset's rows, with or without the three candle series. The interval: that of the candles.
     /// Raises as AggregatorWrapper does.
     SubscriptionCandles(const std::set<DSProp>& a_series, EInterval a_interval,
                         unsigned short a_multiplicity);
 
-    /// The corporate operations known by now, at any time; they replace those told before. Data that come from now on
-    /// are corrected by them before they are folded; a provider sends them before the data that they concern.
+    /// The corporate operations known by now, at any time; they replace those told before.
     void SetOperations(const HistoryOperations& a_operations);
-    /// A part of the past, later than the parts before: ticks, candles of the interval, or finer candles.
+    /// A part of the past, later than the parts before: ticks, or candles of the interval asked for or a finer one. As
+    /// the first part longer ones are taken, too, up to those shown.
     bool AddHistory(History&& a_history);
     /// No part follows.
     void HistoryEnd() { m_historyEnded = true; }
@@ -58,31 +69,23 @@ public:
     bool HasHistoryEnded() const { return m_historyEnded; }
     IntervalAndMultiplicity GetInterval() const { return m_interval; }
     /// Candles held.
-    std::size_t GetCount() const { return m_candles.rows; }
+    std::size_t GetCount() const { return Shown().rows; }
     /// The candle of that place, from 0 on; a_place below GetCount.
     Record GetCandle(std::size_t a_place) const;
     /// A copy of the last a_count candles, fewer where fewer are held.
     History GetLastCandles(std::size_t a_count) const;
 
 private:
-    bool HasShape(const DataSeriesSet& a_set, bool a_candles) const;
-    History Correct(DataSeriesSet&& a_set) const;
-    bool AddRows(DataSeriesSet&& a_rows);
-    void CutBack(const NDateTime& a_firstTime);
-    void RowsAreLastCandle();
-    bool OpenLive();
-    std::optional<Record> ToTickShape(const Record& a_record) const;
+    // Without operations, delivered candles of the interval shown are shown as they are.
+    bool IsDerived() const { return m_operations || m_folder; }
+    const ColumnBlock& Shown() const { return IsDerived() ? m_derived : m_delivered.GetCandles(); }
+    bool Derive(std::size_t a_changed);
+    void MakeFolder();
 
-    std::set<DSProp> m_series; // the tick shape
     IntervalAndMultiplicity m_interval;
-    std::set<DSProp> m_candleSeries;
-    std::vector<ESeriesId> m_columns; // of m_candles and m_rows: the candle shape
-    AggregatorWrapper m_blank;        // what folders are copied from: a copy's next row begins a candle
+    kalvento::internal::RowCandles m_delivered; // of at most a day, where the source has those; not corrected
+    std::optional<PieceFolder> m_folder;        // of those into the candles shown, where these are longer
     std::optional<HistoryOperations> m_operations;
-    ColumnBlock m_candles;
-    // The rows that the last candle is made of, in the candle shape: a tick is a candle of one price. A candle whose
-    // rows aren't known is a row itself, but for a window of ticks, which has none then.
-    ColumnBlock m_rows;
-    std::optional<AggregatorWrapper> m_live; // the last candle is open in it
+    ColumnBlock m_derived; // corrected and folded; of the columns of m_delivered
     bool m_historyEnded = false;
 };

@@ -32,6 +32,10 @@ class Synchronization;
 ///     always ends so; one for live data only if the provider ends it. After StopSubscription neither comes.
 /// SymbolDeleted may come at any time before 5, and is no end by itself.
 ///
+/// Corrected, then folded: corporate operations change rows, and candles no longer than the day on which they happen.
+/// Who corrects asks for candles of at most a day, keeps rows as they were delivered, and folds them into longer candles
+/// after correcting; operations that change later reach what it holds. SubscriptionCandles does all of that.
+///
 /// Threads: a callback arrives on whatever thread the provider calls from; the library makes no hop. Callbacks of one
 /// request number never run at once; those of different numbers may. The first may come before StartSubscription has
 /// returned, on the same thread: a consumer notes its number before the call. Objects handed over by && may be kept;
@@ -48,9 +52,10 @@ public:
     /// The symbol no longer exists at the provider. Data already received stay valid.
     virtual void SymbolDeleted(unsigned int a_requestId, const std::string& a_isin);
 
-    /// Corporate operations of the asset, complete. They belong to the history of this request, and come before it.
+    /// Corporate operations of the asset, complete. They belong to the history of this request, and come before it; a
+    /// later call replaces them, for the rows that came already, too.
     virtual void ProcessOperations(unsigned int a_requestId, const HistoryOperations& a_operations) = 0;
-    /// A part of the past, in the interval of the request and not adjusted; parts come oldest first, and the rows of a
+    /// A part of the past, in the interval of the request and not corrected; parts come oldest first, and the rows of a
     /// later part lie after those of an earlier. An empty range gives no part at all.
     virtual void ProcessHistory(unsigned int a_requestId, History&& a_history) = 0;
     /// The whole history has arrived.

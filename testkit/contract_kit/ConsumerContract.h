@@ -2,14 +2,17 @@
 
 #include "contract_kit/FeedProvider.h"
 #include "contract_kit/TestMediator.h"
+#include "folding/AggregatorWrapper.h"
 #include "modules/RequestParams.h"
 #include "modules/Subscribe.h"
+#include "series/History.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <set>
 #include <string>
@@ -32,6 +35,8 @@ public:
     virtual void Hide(const Asset& a_asset) = 0;
     /// Handles what callbacks have passed on to the main thread, if anything.
     virtual void HandleMessages() {}
+    /// The candles that it shows of the asset, in their interval and with open, high and low; empty where it makes none.
+    virtual std::optional<History> GetCandles(const Asset& /*a_asset*/) { return std::nullopt; }
 };
 
 struct ConsumerContractCase {
@@ -99,6 +104,42 @@ TEST_P(ConsumerContract, ItAsksUnderItsOwnNumbersAndValidly)
     }
     EXPECT_TRUE(m_feed.started.front().GetAsset() == First());
     EXPECT_TRUE(m_feed.started.back().GetAsset() == Second());
+}
+
+// An operation inside a week, one that is told later, and none: what is shown are candles of corrected rows.
+TEST_P(ConsumerContract, RowsAreCorrectedAndThenFolded)
+{
+    m_subject->Show(First());
+    if (!m_subject->GetCandles(First()))
+        GTEST_SKIP() << "no candles";
+    HistoryOperations operations;
+    ASSERT_TRUE(operations.Parse(FeedProvider::S_operations));
+    const auto expectCorrected = [&](unsigned int a_liveRows) {
+        m_feed.WaitForDelivery();
+        m_subject->HandleMessages();
+        const History shown = *m_subject->GetCandles(First());
+        History expected = FeedProvider::Rows(1, FeedProvider::S_days, a_liveRows);
+        expected.ApplyDataOperations(operations);
+        const IntervalAndMultiplicity interval = shown.GetIntervalData();
+        AggregatorWrapper folder({DSProp(ESeriesId::Price)}, ELastRecordTime, interval.GetInterval(),
+                                 static_cast<unsigned short>(interval.GetMultiplicity()));
+        ASSERT_TRUE(folder.AgregateHistory(expected));
+        ASSERT_EQ(shown.GetRecordsCount(), expected.GetRecordsCount());
+        for (const auto& [series, values] : expected) {
+            const auto column = shown.find(series);
+            ASSERT_NE(column, shown.end()) << series;
+            EXPECT_EQ(column->second, values) << series;
+        }
+    };
+    expectCorrected(0);
+    m_feed.MakeLiveData(First().GetIsin());
+    expectCorrected(1);
+    for (const char* text : {"2\n1,210302,2,0.25\n2,210306,2,4\n", "3\n"}) {
+        operations = HistoryOperations();
+        operations.Parse(text);
+        m_feed.ChangeOperations(operations);
+        expectCorrected(1);
+    }
 }
 
 TEST_P(ConsumerContract, HidingEndsWhatShowingBegan)

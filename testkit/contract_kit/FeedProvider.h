@@ -3,6 +3,7 @@
 #include "assets/Asset.h"
 #include "assets/AssetParams.h"
 #include "contract_kit/TestProvider.h"
+#include "folding/PieceFolder.h"
 #include "history_operations/HistoryOperations.h"
 #include "modules/IConsumer.h"
 #include "modules/Subscribe.h"
@@ -18,6 +19,7 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -25,7 +27,8 @@
 #include <utility>
 #include <vector>
 
-/// A whole provider in memory, as small as it can be, with two assets, on the SubscriptionBook of the provider kit. It
+/// A whole provider in memory, as small as it can be, with two assets, on the SubscriptionBook of the provider kit. Its
+/// rows are trades of six days of one week, from Monday, 2021-03-01 on, with a corporate operation on the Wednesday. It
 /// delivers on the thread that starts the subscription or makes the data, or on a thread of its own. A class derived
 /// from it stops the work in its own destructor: the thread calls virtual operations.
 class FeedProvider : public TestProvider {
@@ -34,20 +37,22 @@ public:
 
     static constexpr unsigned int S_allKinds = 15;
     static constexpr unsigned int S_liveKinds = ParamsBase::S_kindDataCS | ParamsBase::S_kindDataRecord;
-    static constexpr unsigned int S_historyDays = 6; // in parts of S_partDays, from 2021-03-01 on
-    static constexpr unsigned int S_partDays = 4;
+    static constexpr unsigned int S_days = 6;
+    static constexpr const char* S_operations = "1\n1,210303,2,0.5\n";
 
     explicit FeedProvider(EThread a_thread, std::wstring a_name = L"Próbny")
         : TestProvider(std::move(a_name)), m_ownThread(a_thread == EOwnThread)
     {
         for (const char* isin : {"PLTEST000001", "PLTEST000002"})
             m_assets.push_back(std::make_shared<Asset>(this, isin + 2, isin, "TEST", isin));
+        m_operations.Parse(S_operations);
         if (m_ownThread)
             m_worker = std::thread([this] { Work(); });
     }
     ~FeedProvider() override { FeedProvider::OnStopWork(); }
 
-    /// Makes one row and one new state of the asset. With a thread of its own it returns before that is delivered.
+    /// Makes one row and one new state of the asset; the row is the same each time. With a thread of its own it returns
+    /// before that is delivered.
     void MakeLiveData(const std::string& a_isin)
     {
         Do([this, a_isin] {
@@ -55,6 +60,33 @@ public:
             for (const auto& subscription : *subscriptions)
                 DeliverLive(static_cast<const Subscription&>(*subscription));
         });
+    }
+    /// Both assets have these operations from now on; those who asked for operations are told.
+    void ChangeOperations(const HistoryOperations& a_operations)
+    {
+        Do([this, a_operations] {
+            m_operations = a_operations;
+            for (const auto& subscription : m_book.GetAll())
+                TellOperations(static_cast<const Subscription&>(*subscription));
+        });
+    }
+    /// Returns when all of the above was delivered.
+    void WaitForDelivery()
+    {
+        std::promise<void> done;
+        Do([&done] { done.set_value(); });
+        done.get_future().wait();
+    }
+    /// The trades of a day, and with the last day so many live rows.
+    static History Rows(unsigned int a_firstDay, unsigned int a_lastDay, unsigned int a_liveRows = 0)
+    {
+        History rows(std::set<ESeriesId>{ESeriesId::Price}, EIntervalTick, 1);
+        for (unsigned int day = a_firstDay; day <= a_lastDay; ++day)
+            for (unsigned int trade = 0; trade < 3; ++trade)
+                rows.AddData(Row(day, 9 + trade, 10.0 + day + (trade == 1 ? 3.0 : 0.0)));
+        for (unsigned int row = 0; row < a_liveRows; ++row)
+            rows.AddData(LiveRow());
+        return rows;
     }
     /// How many subscriptions are booked.
     std::size_t BookedCount() const { return m_book.GetCount(); }
@@ -98,9 +130,8 @@ public:
     {
         if (!GetAssetByIsin(a_isin))
             return {};
-        return {S_allKinds,
-                1,
-                {{EIntervalDay, RangeData(NDateTime(2021, 3, 1), NDateTime(2021, 3, S_historyDays))}}};
+        return {
+            S_allKinds, 1, {{EIntervalTick, RangeData(NDateTime(2021, 3, 1), NDateTime(2021, 3, S_days))}}};
     }
     std::set<DSProp> GetAssetSeries(const Asset& a_asset) override
     {
@@ -131,32 +162,54 @@ private:
         const auto tell = [&](unsigned int a_kinds, auto&& a_callback) {
             SubscriptionBook::Tell(a_subscription, a_kinds, a_callback);
         };
-        if (request.NeedsDataOperationInfo())
-            tell(S_allKinds, [](IConsumer& a_consumer, unsigned int a_number) {
-                a_consumer.ProcessOperations(a_number, HistoryOperations());
-            });
-        for (unsigned int day = 1; day <= S_historyDays; day += S_partDays) {
-            History part(std::set<ESeriesId>{ESeriesId::Price}, request.GetInterval(),
-                         request.GetMultiplicity());
-            for (unsigned int last = day; last < day + S_partDays && last <= S_historyDays; ++last)
-                part.AddData(Row(last));
-            tell(ParamsBase::S_kindDataHistory, [&](IConsumer& a_consumer, unsigned int a_number) {
-                a_consumer.ProcessHistory(a_number, std::move(part));
-            });
-        }
-        tell(ParamsBase::S_kindDataHistory,
-             [](IConsumer& a_consumer, unsigned int a_number) { a_consumer.ProcessHistoryEnd(a_number); });
+        TellOperations(a_subscription);
+        if (request.IsSetHistory())
+            TellHistory(a_subscription);
         tell(ParamsBase::S_kindDataSynchro, [&](IConsumer& a_consumer, unsigned int a_number) {
-            Synchronization block(request.GetInterval(), request.GetMultiplicity(),
-                                  std::set<ESeriesId>{ESeriesId::Price});
-            block.AddData(Row(S_historyDays));
-            a_consumer.ProcessSynchronization(a_number, std::move(block));
+            // From the row on that opened the last window.
+            const bool isDayOrShorter = request.GetInterval() < EIntervalDay ||
+                                        IntervalAndMultiplicity(EIntervalDay, 1)
+                                            .Equals(request.GetInterval(), request.GetMultiplicity());
+            History rows = Rows(isDayOrShorter ? S_days : 1, S_days);
+            Synchronization::Columns columns;
+            for (auto& [id, values] : rows)
+                columns.emplace_back(id, std::move(values));
+            a_consumer.ProcessSynchronization(
+                a_number, {EIntervalTick, 1, std::move(rows).TimeSeries(), std::move(columns)});
         });
         a_subscription.begun = true;
         if (a_subscription.GetKinds() == ParamsBase::S_kindDataHistory)
             m_book.End(a_subscription, [](IConsumer& a_consumer, unsigned int a_number) {
                 a_consumer.RequestEnded(a_number);
             });
+    }
+    void TellOperations(const Subscription& a_subscription)
+    {
+        if (a_subscription.GetParams().GetRequestParams().NeedsDataOperationInfo())
+            SubscriptionBook::Tell(a_subscription, S_allKinds,
+                                   [&](IConsumer& a_consumer, unsigned int a_number) {
+                                       a_consumer.ProcessOperations(a_number, m_operations);
+                                   });
+    }
+    static void TellHistory(const Subscription& a_subscription)
+    {
+        const RequestParams& request = a_subscription.GetParams().GetRequestParams();
+        PieceFolder folder({DSProp(ESeriesId::Price)}, {EIntervalTick, 1},
+                           {request.GetInterval(), request.GetMultiplicity()}, ELastRecordTime,
+                           PieceFolder::EPassSame);
+        const auto tell = [&](History&& a_part) {
+            if (!a_part.IsEmpty())
+                SubscriptionBook::Tell(a_subscription, ParamsBase::S_kindDataHistory,
+                                       [&](IConsumer& a_consumer, unsigned int a_number) {
+                                           a_consumer.ProcessHistory(a_number, std::move(a_part));
+                                       });
+        };
+        for (unsigned int day = 1; day <= S_days; ++day)
+            tell(folder.Add(Rows(day, day)));
+        tell(folder.Finish());
+        SubscriptionBook::Tell(
+            a_subscription, ParamsBase::S_kindDataHistory,
+            [](IConsumer& a_consumer, unsigned int a_number) { a_consumer.ProcessHistoryEnd(a_number); });
     }
     static void DeliverLive(const Subscription& a_subscription)
     {
@@ -178,13 +231,14 @@ private:
             a_consumer.ProcessLatestRecords(a_number, LatestRecords());
         });
         tell(ParamsBase::S_kindDataRecord, [](IConsumer& a_consumer, unsigned int a_number) {
-            a_consumer.ProcessRecord(a_number, Row(S_historyDays));
+            a_consumer.ProcessRecord(a_number, LiveRow());
         });
     }
-    static Record Row(unsigned int a_day)
+    static Record Row(unsigned int a_day, unsigned int a_hour, double a_price)
     {
-        return {NDateTime(2021, 3, a_day), {{ESeriesId::Price, 10.0 + a_day}}};
+        return {NDateTime(2021, 3, a_day, a_hour, 0, 0, 0), {{ESeriesId::Price, a_price}}};
     }
+    static Record LiveRow() { return Row(S_days, 17, 30.0); }
 
     // Here, or on the own thread after all that was asked for before.
     void Do(std::function<void()> a_task)
@@ -221,5 +275,6 @@ private:
     std::condition_variable m_wake;
     std::deque<std::function<void()>> m_tasks;
     bool m_quit = false;
-    std::thread m_worker; // last: it uses all the others
+    HistoryOperations m_operations; // of the thread that delivers
+    std::thread m_worker;           // last: it uses all the others
 };

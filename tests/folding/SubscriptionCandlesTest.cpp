@@ -3,6 +3,7 @@
 #include "folding/FoldingTestTools.h"
 #include "series/Synchronization.h"
 #include "support/MarketData.h"
+#include "time/KalventoException.h"
 
 using namespace kalvento::tests;
 
@@ -53,6 +54,16 @@ std::size_t WindowBegin(const DataSeriesSet& a_rows, std::size_t a_row, Interval
     return row;
 }
 
+/// None, one inside a week, and some with factors that round, between the rows of RandomTicks.
+HistoryOperations RandomOperations(std::mt19937& a_random)
+{
+    static constexpr std::array<const char*, 3> S_texts = {
+        "1\n", "2\n1,201230,2,0.5\n", "3\n1,201229,7,0.7\n2,211229,4,3\n3,211231,2,0.3\n"};
+    HistoryOperations operations;
+    operations.Parse(S_texts[a_random() % S_texts.size()]);
+    return operations;
+}
+
 /// One course of a subscription as random as the promises of IConsumer allow.
 class Course {
 public:
@@ -62,6 +73,7 @@ public:
         : m_rows(a_rows),
           m_finer(a_finer),
           m_interval(a_interval),
+          m_asked(SubscriptionCandles::IntervalToAsk(a_interval)),
           m_random(a_random),
           m_model(PriceAndVolume(), a_interval.GetInterval(),
                   static_cast<unsigned short>(a_interval.GetMultiplicity()))
@@ -69,33 +81,47 @@ public:
 
     void Run()
     {
+        TellOperations();
         const std::size_t kind = m_random() % 4;
         const std::size_t before = m_random() % m_rows.GetRecordsCount();
         if (kind == 0)
             GiveParts(before, {EIntervalTick, 1});
         else if (kind == 1)
-            GiveParts(m_interval.IsTick() ? WindowBegin(m_rows, before, m_interval) : before, m_interval);
-        else if (kind == 2 && m_finer && m_interval.GetInterval() >= EIntervalMinute)
+            GiveParts(m_asked.IsTick() ? WindowBegin(m_rows, before, m_asked) : before, m_asked);
+        else if (kind == 2 && m_finer && m_asked.GetInterval() >= EIntervalMinute)
             GiveParts(before, {EIntervalSecond, 30});
         m_model.HistoryEnd();
+        TellOperations();
         // A window of ticks whose candle came as one can't be gone on with.
         if (m_random() % 3 != 0 || kind == 1) {
-            m_told = kind == 1 || m_random() % 2 == 0 ? WindowBegin(m_rows, m_told, m_interval) : m_told;
+            m_told = kind == 1 || m_random() % 2 == 0 ? WindowBegin(m_rows, m_told, m_asked) : m_told;
             Synchronize(m_told);
         }
         Live();
+        TellOperations();
         // The connection breaks and comes back.
         if (m_told > 0)
-            Synchronize(m_random() % 2 == 0 ? WindowBegin(m_rows, m_told - 1, m_interval) : m_told - 1);
+            Synchronize(m_random() % 2 == 0 ? WindowBegin(m_rows, m_told - 1, m_asked) : m_told - 1);
         Live();
         while (m_told < m_rows.GetRecordsCount())
             m_model.AddRecord(Next());
-        const History expected = Folded(HistoryOf(m_rows), PriceAndVolume(), m_interval);
+        TellOperations();
+        History expected = Folded(HistoryOf(m_rows), PriceAndVolume(), m_asked);
+        expected.ApplyDataOperations(m_operations);
+        if (!m_asked.Equals(m_interval))
+            expected = Folded(std::move(expected), PriceAndVolume(), m_interval);
         EXPECT_TRUE(SameBits(m_model.GetLastCandles(m_model.GetCount()), expected))
             << m_model.GetCount() << " candles, expected " << expected.GetRecordsCount();
     }
 
 private:
+    void TellOperations()
+    {
+        if (m_random() % 2 == 0)
+            return;
+        m_operations = RandomOperations(m_random);
+        m_model.SetOperations(m_operations);
+    }
     void GiveParts(std::size_t a_last, IntervalAndMultiplicity a_interval)
     {
         while (m_told < a_last) {
@@ -137,8 +163,10 @@ private:
     const DataSeriesSet& m_rows;
     bool m_finer;
     IntervalAndMultiplicity m_interval;
+    IntervalAndMultiplicity m_asked;
     std::mt19937& m_random;
     SubscriptionCandles m_model;
+    HistoryOperations m_operations;
     std::size_t m_told = 0;
 };
 
@@ -198,19 +226,17 @@ TEST(SubscriptionCandlesTest, ARowOfTheLastRowsTimeIsNotLate)
     EXPECT_EQ(model.GetCandle(0).find(Volume)->second, 2.0);
 }
 
-TEST(SubscriptionCandlesTest, OperationsCorrectEveryRowOnce)
+// A source may have nothing shorter than weeks: they are its rows.
+TEST(SubscriptionCandlesTest, WeeksOfASourceOfWeeksAreShownAsTheyCame)
 {
-    HistoryOperations operations;
-    ASSERT_TRUE(operations.Parse("1\n1,210304,2,0.5\n"));
-    SubscriptionCandles model(PriceAndVolume(), EIntervalMinute, 1);
-    model.SetOperations(operations);
-    ASSERT_TRUE(model.AddHistory({EIntervalTick, 1, {At(10, 0)}, {{Price, {8.0}}, {Volume, {1.0}}}}));
-    ASSERT_TRUE(
-        model.SetSynchronization({EIntervalTick, 1, {At(10, 0, 5)}, {{Price, {6.0}}, {Volume, {1.0}}}}));
-    ASSERT_TRUE(model.AddRecord(Row(At(10, 0, 7), 4.0, 1.0)));
-    ASSERT_EQ(model.GetCount(), 1U);
-    const Record candle = model.GetCandle(0);
-    EXPECT_EQ(candle.find(IntervalOpen)->second, 4.0);
-    EXPECT_EQ(candle.find(Price)->second, 2.0);
-    EXPECT_EQ(candle.find(Volume)->second, 6.0);
+    const DataSeriesSet rows = RandomTicks(600, 9);
+    const History weeks = Folded(HistoryOf(rows), PriceAndVolume(), {EIntervalWeek, 1});
+    SubscriptionCandles model(PriceAndVolume(), EIntervalWeek, 1);
+    ASSERT_TRUE(model.AddHistory(History(weeks)));
+    EXPECT_TRUE(SameBits(model.GetLastCandles(99), weeks));
+    SubscriptionCandles months(PriceAndVolume(), EIntervalMonth, 1);
+    ASSERT_TRUE(months.AddHistory(History(weeks)));
+    EXPECT_TRUE(
+        SameBits(months.GetLastCandles(99), Folded(History(weeks), PriceAndVolume(), {EIntervalMonth, 1})));
+    EXPECT_THROW(SubscriptionCandles(PriceAndVolume(), EIntervalWeek, 5000), KalventoException);
 }

@@ -16,11 +16,21 @@ namespace {
 
 constexpr const char* S_isin = "PLTEST000001";
 
-/// All rows folded at once.
+/// All rows folded at once, those of candles longer than a day by way of days.
 std::string FoldOfAll(IntervalAndMultiplicity a_interval, std::size_t a_rows)
 {
-    return BytesOf(kalvento::tests::Folded(TickMaker::Rows(0, a_rows), TickMaker::Instrument(S_isin).series,
-                                           a_interval));
+    History all = TickMaker::Rows(0, a_rows);
+    const auto fold = [&](IntervalAndMultiplicity a_candles) {
+        AggregatorWrapper wrapper(TickMaker::Instrument(S_isin).series, ELastRecordTime,
+                                  a_candles.GetInterval(),
+                                  static_cast<unsigned short>(a_candles.GetMultiplicity()));
+        EXPECT_TRUE(wrapper.AgregateHistory(all));
+    };
+    const IntervalAndMultiplicity asked = SubscriptionCandles::IntervalToAsk(a_interval);
+    fold(asked);
+    if (!asked.Equals(a_interval))
+        fold(a_interval);
+    return BytesOf(all);
 }
 
 RequestParams RequestOf(unsigned int a_kinds, IntervalAndMultiplicity a_interval = {EIntervalTick, 1},
@@ -40,7 +50,7 @@ struct Subscribed {
         : consumer(TickMaker::Instrument(S_isin).series, a_interval),
           m_request(RequestOf(ParamsBase::S_kindDataHistory | ParamsBase::S_kindDataSynchro |
                                   ParamsBase::S_kindDataRecord | ParamsBase::S_kindDataCS,
-                              a_interval))
+                              SubscriptionCandles::IntervalToAsk(a_interval)))
     {
         quotes.AddTicks(S_isin, a_there);
         quotes.Connect();

@@ -5,26 +5,69 @@
 
 namespace {
 
-kalvento::host::ScreenOptions PlainOptions()
+kalvento::host::ScreenOptions PlainOptions(IntervalAndMultiplicity a_interval = {EIntervalDay, 1})
 {
     kalvento::host::ScreenOptions options;
     options.plain = true;
-    options.interval = {EIntervalDay, 1};
+    options.interval = a_interval;
     options.exitAtEnd = true;
     return options;
 }
 
+std::vector<std::string> Split(const std::string& a_line, char a_mark)
+{
+    std::vector<std::string> fields;
+    std::istringstream text(a_line);
+    for (std::string field; std::getline(text, field, a_mark);)
+        fields.push_back(field);
+    return fields;
+}
+
 class ConsoleSubject : public ConsumerSubject {
 public:
+    explicit ConsoleSubject(IntervalAndMultiplicity a_interval) : m_interval(a_interval) {}
     ~ConsoleSubject() override { m_consumer.StopWork(); }
     IConsumer& Consumer() override { return m_consumer; }
     void Show(const Asset& a_asset) override { m_consumer.AddInstrument({}, a_asset); }
     void Hide(const Asset& a_asset) override { m_consumer.RemoveInstrument(a_asset); }
     void HandleMessages() override { m_consumer.Refresh(); }
+    /// As a reader of the lines ends up with.
+    std::optional<History> GetCandles(const Asset& a_asset) override
+    {
+        m_consumer.Refresh();
+        std::vector<std::pair<std::string, std::vector<double>>> candles; // open, high, low, close
+        std::istringstream lines(m_out.str());
+        for (std::string line; std::getline(lines, line);) {
+            const std::vector<std::string> fields = Split(line, ';');
+            if (fields[0] != a_asset.GetShortName())
+                continue;
+            std::vector<double> values(4);
+            std::transform(fields.begin() + 3, fields.begin() + 7, values.begin(),
+                           [](const std::string& a_text) { return std::stod(a_text); });
+            if (fields[2] == "changed")
+                candles.pop_back();
+            const auto known = std::ranges::find(candles, fields[1], &decltype(candles)::value_type::first);
+            EXPECT_EQ(fields[2] == "corrected", known != candles.end()) << line;
+            if (known != candles.end())
+                known->second = values;
+            else
+                candles.emplace_back(fields[1], values);
+        }
+        History shown(std::set<ESeriesId>{Price, IntervalOpen, IntervalMax, IntervalMin},
+                      m_interval.GetInterval(), m_interval.GetMultiplicity());
+        for (const auto& [time, values] : candles)
+            shown.AddData(Record(NDateTime(2021, 3, 1 + static_cast<unsigned int>(shown.GetRecordsCount())),
+                                 {{Price, values[3]},
+                                  {IntervalOpen, values[0]},
+                                  {IntervalMax, values[1]},
+                                  {IntervalMin, values[2]}}));
+        return shown;
+    }
 
 private:
+    IntervalAndMultiplicity m_interval;
     std::ostringstream m_out;
-    ConsoleConsumer m_consumer{PlainOptions(), m_out};
+    ConsoleConsumer m_consumer{PlainOptions(m_interval), m_out};
 };
 
 // Offers the asset, and leaves everything else to the test.
@@ -47,11 +90,19 @@ Record Row(unsigned int a_day, unsigned int a_second, double a_price)
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Console, ConsumerContract,
-                         testing::Combine(testing::Values(ConsumerContractCase{
-                                              "Console", [] { return std::make_unique<ConsoleSubject>(); }}),
-                                          testing::Values(FeedProvider::ECallersThread,
-                                                          FeedProvider::EOwnThread)));
+INSTANTIATE_TEST_SUITE_P(
+    Console, ConsumerContract,
+    testing::Combine(testing::Values(ConsumerContractCase{"Days",
+                                                          [] {
+                                                              return std::make_unique<ConsoleSubject>(
+                                                                  IntervalAndMultiplicity(EIntervalDay, 1));
+                                                          }},
+                                     ConsumerContractCase{"Weeks",
+                                                          [] {
+                                                              return std::make_unique<ConsoleSubject>(
+                                                                  IntervalAndMultiplicity(EIntervalWeek, 1));
+                                                          }}),
+                     testing::Values(FeedProvider::ECallersThread, FeedProvider::EOwnThread)));
 
 TEST(ConsoleConsumerTest, LinesTellEachChangeOnceAndTheEndEndsTheHost)
 {
