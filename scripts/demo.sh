@@ -83,7 +83,11 @@ say "11. Plug-ins. One serves a folder of files and plays a recorded day back, a
 run "mkdir market && cp ticks/coinbase_btcusd_2023-09-05_16h.csv market/BTCUSD.csv"
 run "kalvento watch --list --folder market"
 run "kalvento watch BTCUSD --folder market --start 16:29:55 --speed 4 -i 30min --plain --candles 2 | head -n 12"
+say "A book is shown where one was given. The invented exchange writes one beside its trades:"
+run "mkdir invented && kalvento generate --rows 20000 --seed 7 --book --output invented/DEMO.csv"
+run "head -n 2 invented/DEMO.book.csv | cut -d, -f1-7"
+run "kalvento watch DEMO --folder invented --start 17:00 --speed 0 -i 1d --plain --book --idle-exit 1"
 say "Without --plain that is a screen with chart, order book and trades; try it:"
-echo "build/demo/apps/kalvento/kalvento watch BTCUSD --folder build/demo/files/market --start 16:30 -i 1min"
+echo "build/demo/apps/kalvento/kalvento watch DEMO --folder build/demo/files/invented --start 12:00 -i 1min"
 
 say "That was the road. The files lie in build/demo/files; go on with: build/demo/apps/kalvento/kalvento --help"

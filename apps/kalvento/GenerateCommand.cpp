@@ -10,9 +10,12 @@
 
 #include <chrono>
 #include <cmath>
+#include <filesystem>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,43 +28,51 @@ struct GenerateOptions {
     std::string symbol;
     std::string format = "csv";
     std::string output;
+    bool book = false;
 };
 
-/// Text of trades, a line each. Millions of them are wanted in seconds, so their form is known at compile time.
-class CsvWriter {
+/// Text that grows line by line. Millions of lines are wanted in seconds, so their form is known at compile time.
+class LineWriter {
 public:
-    CsvWriter(OutputTarget& a_target, const GenerateOptions& a_options)
-        : m_target(a_target), m_tick(a_options.market.tickSize)
+    LineWriter(OutputTarget& a_target, Decimal a_tick, std::string_view a_header)
+        : m_target(a_target), m_tick(a_tick), m_buffer(a_header)
     {
-        if (!a_options.symbol.empty())
-            m_symbol = a_options.symbol + ',';
         for (unsigned int place = 0; place < m_tick.scale; ++place)
             m_unit *= 10;
-        m_buffer = a_options.symbol.empty() ? "time,price,volume\n" : "time,symbol,price,volume\n";
     }
 
-    void Add(const GeneratedTrade& a_trade)
+    void AddTime(std::chrono::sys_days a_day, std::uint32_t a_second)
     {
-        if (a_trade.day != m_day) {
-            m_day = a_trade.day;
+        if (a_day != m_day) {
+            m_day = a_day;
             const std::chrono::year_month_day date(m_day);
             m_date =
                 fmt::format("{:04}-{:02}-{:02}", static_cast<int>(date.year()),
                             static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()));
         }
-        const auto out = std::back_inserter(m_buffer);
-        const auto clock = TimeParts::ClockOf(a_trade.second);
-        fmt::format_to(out, FMT_COMPILE("{} {:02}:{:02}:{:02},{}"), m_date, clock.hour, clock.minute,
-                       clock.second, m_symbol);
-        const std::int64_t price = a_trade.priceInTicks * m_tick.digits;
-        fmt::format_to(out, FMT_COMPILE("{}"), price / m_unit);
+        const auto clock = TimeParts::ClockOf(a_second);
+        fmt::format_to(std::back_inserter(m_buffer), FMT_COMPILE("{} {:02}:{:02}:{:02}"), m_date, clock.hour,
+                       clock.minute, clock.second);
+    }
+    void AddText(std::string_view a_text) { m_buffer += a_text; }
+    void AddNumber(std::int64_t a_number)
+    {
+        fmt::format_to(std::back_inserter(m_buffer), FMT_COMPILE(",{}"), a_number);
+    }
+    void AddPrice(std::int64_t a_priceInTicks)
+    {
+        const std::int64_t price = a_priceInTicks * m_tick.digits;
+        AddNumber(price / m_unit);
         if (m_tick.scale > 0)
-            fmt::format_to(out, FMT_COMPILE(".{:0{}}"), price % m_unit, m_tick.scale);
-        fmt::format_to(out, FMT_COMPILE(",{}\n"), a_trade.volume);
+            fmt::format_to(std::back_inserter(m_buffer), FMT_COMPILE(".{:0{}}"), price % m_unit,
+                           m_tick.scale);
+    }
+    void EndLine()
+    {
+        m_buffer += '\n';
         if (m_buffer.size() > S_flushAt)
             Flush();
     }
-
     void Flush()
     {
         internal::Interruption::Check();
@@ -75,11 +86,116 @@ private:
     OutputTarget& m_target;
     Decimal m_tick;
     std::int64_t m_unit = 1; // 10^scale of the tick
-    std::string m_symbol;
     std::string m_buffer;
     std::string m_date;
     std::chrono::sys_days m_day{std::chrono::days(-1'000'000)};
 };
+
+/// Trades, a line each.
+class TradeWriter {
+public:
+    TradeWriter(OutputTarget& a_target, const GenerateOptions& a_options)
+        : m_lines(a_target, a_options.market.tickSize,
+                  a_options.symbol.empty() ? "time,price,volume\n" : "time,symbol,price,volume\n")
+    {
+        if (!a_options.symbol.empty())
+            m_symbol = ',' + a_options.symbol;
+    }
+
+    void Add(const GeneratedTrade& a_trade)
+    {
+        m_lines.AddTime(a_trade.day, a_trade.second);
+        m_lines.AddText(m_symbol);
+        m_lines.AddPrice(a_trade.priceInTicks);
+        m_lines.AddNumber(a_trade.volume);
+        m_lines.EndLine();
+    }
+    void Flush() { m_lines.Flush(); }
+
+private:
+    LineWriter m_lines;
+    std::string m_symbol;
+};
+
+std::string BookHeader()
+{
+    std::string header = "time";
+    for (std::size_t level = 1; level <= GeneratedBook::S_levels; ++level)
+        for (const char* const side : {"bid", "ask"})
+            header += fmt::format(",{0}{1},{0}_volume{1},{0}_orders{1}", side, level);
+    return header + '\n';
+}
+
+/// The book at the end of each second that had trades, a line each, for the provider of files.
+class BookWriter {
+public:
+    BookWriter(OutputTarget& a_target, const GenerateOptions& a_options)
+        : m_lines(a_target, a_options.market.tickSize, BookHeader())
+    {}
+
+    void Add(const GeneratedTrade& a_trade, const GeneratedBook& a_book)
+    {
+        if (m_last && (m_last->day != a_trade.day || m_last->second != a_trade.second))
+            WriteLine();
+        m_last = a_trade;
+        m_book = a_book;
+    }
+    void Flush()
+    {
+        WriteLine();
+        m_lines.Flush();
+    }
+
+private:
+    void WriteLine()
+    {
+        m_lines.AddTime(m_last->day, m_last->second);
+        for (std::size_t level = 0; level < GeneratedBook::S_levels; ++level)
+            for (const GeneratedBook::Level& offered : {m_book.bids[level], m_book.asks[level]}) {
+                m_lines.AddPrice(offered.priceInTicks);
+                m_lines.AddNumber(offered.volume);
+                m_lines.AddNumber(offered.orders);
+            }
+        m_lines.EndLine();
+    }
+
+    LineWriter m_lines;
+    std::optional<GeneratedTrade> m_last;
+    GeneratedBook m_book;
+};
+
+void WriteText(SessionGenerator& a_generator, const GenerateOptions& a_options, OutputTarget& a_target)
+{
+    TradeWriter writer(a_target, a_options);
+    GeneratedTrade trade;
+    while (a_generator.Next(trade))
+        writer.Add(trade);
+    writer.Flush();
+}
+
+/// "ticks.book.csv" for "ticks.csv", where the provider of files looks for it.
+std::string BookPath(const std::string& a_output)
+{
+    std::filesystem::path path(a_output);
+    const std::string ending = path.extension().string();
+    return path.replace_extension(".book" + (ending.empty() ? ".csv" : ending)).string();
+}
+
+void WriteTextAndBook(SessionGenerator& a_generator, const GenerateOptions& a_options, OutputTarget& a_target,
+                      ToolContext& a_context)
+{
+    OutputTarget bookTarget(BookPath(a_options.output), a_context);
+    TradeWriter writer(a_target, a_options);
+    BookWriter bookWriter(bookTarget, a_options);
+    GeneratedTrade trade;
+    while (a_generator.Next(trade)) {
+        writer.Add(trade);
+        bookWriter.Add(trade, a_generator.GetBook(trade));
+    }
+    writer.Flush();
+    bookWriter.Flush();
+    bookTarget.Commit();
+}
 
 void WriteBlock(SessionGenerator& a_generator, const GenerateOptions& a_options, OutputTarget& a_target)
 {
@@ -117,6 +233,13 @@ void RunGenerate(const GenerateOptions& a_options, ToolContext& a_context)
     if (isBlock && !a_options.symbol.empty())
         throw ToolError(EExitUsage,
                         "generate: a block holds one instrument without its name; leave --symbol out");
+    if (a_options.book && (isBlock || a_options.output.empty() || a_options.output == "-"))
+        throw ToolError(EExitUsage,
+                        "generate: --book writes text beside that of the trades; name a file with "
+                        "--output, and leave --format block out");
+    if (a_options.book && !a_options.symbol.empty())
+        throw ToolError(EExitUsage,
+                        "generate: a book belongs to a file of one instrument; leave --symbol out");
     if (a_options.symbol.find_first_of(",;\t\"\r\n") != std::string::npos)
         throw ToolError(EExitUsage,
                         "generate: --symbol may hold no comma, semicolon, tab, quote or line end");
@@ -131,12 +254,10 @@ void RunGenerate(const GenerateOptions& a_options, ToolContext& a_context)
     OutputTarget target(a_options.output, a_context);
     if (isBlock) {
         WriteBlock(*generator, a_options, target);
+    } else if (a_options.book) {
+        WriteTextAndBook(*generator, a_options, target, a_context);
     } else {
-        CsvWriter writer(target, a_options);
-        GeneratedTrade trade;
-        while (generator->Next(trade))
-            writer.Add(trade);
-        writer.Flush();
+        WriteText(*generator, a_options, target);
     }
     target.Commit();
 }
@@ -185,6 +306,8 @@ void AddGenerateCommand(Command a_app, ToolContext& a_context)
         .ShowDefault();
     command.AddOption("-o,--output", options->output,
                       "File to write, whole or not at all (default: standard output)");
+    command.AddFlag("--book", options->book,
+                    "Writes the order book as well, beside --output: NAME.book.csv for NAME.csv");
     command.SetFooter(
         "Writes trades of an invented exchange: an opening auction at 9:00, continuous trading to 16:50, busy at\n"
         "both ends of the day and in bursts, a closing auction at 17:00. Several trades share a second; weekends\n"

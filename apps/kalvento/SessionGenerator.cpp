@@ -17,6 +17,15 @@ constexpr std::uint32_t S_continuousSeconds = TimeParts::SecondOfDay(7U, 50U, 0U
 constexpr std::uint32_t S_close = TimeParts::SecondOfDay(17U, 0U, 0U);
 constexpr std::uint32_t S_afterCloseSeconds = 300;
 constexpr std::uint64_t S_maxAuctionTrades = 400;
+constexpr std::uint32_t S_secondsOfOffers = 20; // the offers at a price stay for so long
+constexpr std::uint64_t S_step = 0x9E3779B97F4A7C15U;
+
+std::uint64_t Stir(std::uint64_t a_number)
+{
+    a_number = (a_number ^ (a_number >> 30U)) * 0xBF58476D1CE4E5B9U;
+    a_number = (a_number ^ (a_number >> 27U)) * 0x94D049BB133111EBU;
+    return a_number ^ (a_number >> 31U);
+}
 
 /// Shares a_total out in proportion to the weights, to the last unit: each part is the difference of two rounded-down
 /// running totals. The running total is kept below 2^32, so that its product with a_total (below 2^32 too) fits.
@@ -120,11 +129,8 @@ SessionGenerator::SessionGenerator(const GeneratorOptions& a_options)
 // SplitMix64 (Steele, Lea, Flood 2014): a counter that is stirred, so every seed is as good as any other.
 std::uint64_t SessionGenerator::Random()
 {
-    m_random += 0x9E3779B97F4A7C15U;
-    std::uint64_t stirred = m_random;
-    stirred = (stirred ^ (stirred >> 30U)) * 0xBF58476D1CE4E5B9U;
-    stirred = (stirred ^ (stirred >> 27U)) * 0x94D049BB133111EBU;
-    return stirred ^ (stirred >> 31U);
+    m_random += S_step;
+    return Stir(m_random);
 }
 
 // Sum of four uniform 16-bit numbers less its mean: a bell of standard deviation 37837.
@@ -254,6 +260,32 @@ bool SessionGenerator::Next(GeneratedTrade& a_trade)
     m_day = SkipWeekend(m_day + std::chrono::days(1));
     OpenSession(); // with one trade in its opening at least
     return Next(a_trade);
+}
+
+// What is offered at a price follows from the price and the time alone, so the trades are those of a market without a
+// book. Buyers pay the price above the fair one, sellers get the fair one or less.
+GeneratedBook SessionGenerator::GetBook(const GeneratedTrade& a_last) const
+{
+    const auto levelAt = [&](std::int64_t a_price, bool a_isBid) {
+        if (a_price < 1)
+            return GeneratedBook::Level{};
+        const auto slot =
+            static_cast<std::uint64_t>(a_last.day.time_since_epoch().count()) * TimeParts::S_secondsOfDay +
+            a_last.second / S_secondsOfOffers;
+        const std::uint64_t bits = Stir(Stir(m_options.seed + slot * S_step) +
+                                        static_cast<std::uint64_t>(a_price) * 2 + (a_isBid ? 1 : 0));
+        const auto orders = static_cast<std::int64_t>(1 + bits % 12);
+        return GeneratedBook::Level{a_price, orders * static_cast<std::int64_t>(1 + (bits >> 32U) % 60),
+                                    orders};
+    };
+    GeneratedBook book;
+    const std::int64_t bid = std::max<std::int64_t>(Fair(), 1);
+    for (std::size_t level = 0; level < GeneratedBook::S_levels; ++level) {
+        const auto step = static_cast<std::int64_t>(level);
+        book.bids[level] = levelAt(bid - step, true);
+        book.asks[level] = levelAt(bid + 1 + step, false);
+    }
+    return book;
 }
 
 } // namespace kalvento::tool

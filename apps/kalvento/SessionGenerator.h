@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -36,6 +38,19 @@ struct GeneratedTrade {
     std::int64_t volume = 0;       // > 0
 };
 
+/// The offers that stand after a trade, the best in front.
+struct GeneratedBook {
+    struct Level {
+        std::int64_t priceInTicks = 0; // 0: nothing is offered
+        std::int64_t volume = 0;
+        std::int64_t orders = 0;
+    };
+    static constexpr std::size_t S_levels = 5;
+
+    std::array<Level, S_levels> bids;
+    std::array<Level, S_levels> asks;
+};
+
 /// Makes the trades of an invented exchange: an opening auction at 9:00, continuous trading to 16:50 that is busy at
 /// both ends of the day and comes in bursts, a closing auction at 17:00 and five minutes of trading at its price.
 /// Several trades share a second. Prices walk on the grid of ticks with about 2% a day, and leap a little overnight.
@@ -57,6 +72,8 @@ public:
 
     /// The next trade, in the order of time; false after the last one.
     bool Next(GeneratedTrade& a_trade);
+    /// The book after the trade that Next gave last. Whoever asks for books gets the same trades.
+    GeneratedBook GetBook(const GeneratedTrade& a_last) const;
 
 private:
     std::uint64_t Random();

@@ -84,8 +84,8 @@ public:
     virtual std::uint64_t FindRow(const std::string& a_isin, const NDateTime& a_time) = 0;
     /// Rows a_first to before a_last, of the instrument's interval and series. Fewer only where fewer can be seen.
     virtual History ReadRows(const std::string& a_isin, std::uint64_t a_first, std::uint64_t a_last) = 0;
-    /// The order book as it is now. Empty where the store knows none: the provider then shows the book that the trades
-    /// imply.
+    /// The order book as it is now. Empty where the store knows none: there is none then but for the offers that the
+    /// last row bears, where single ticks have columns of those.
     virtual std::optional<Offers> ReadOffers(const std::string& a_isin) = 0;
 
     IMarketStore(const IMarketStore&) = delete;

@@ -4,6 +4,7 @@
 #include "provider_kit/ShowSeries.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace kalvento::internal {
@@ -71,6 +72,8 @@ void SessionState::Add(const History& a_rows, std::size_t a_from)
     if (a_from >= a_rows.GetRecordsCount())
         return;
 
+    if (m_rowsAreTrades)
+        TakeOffers(a_rows);
     ShowSeries(m_state, Price, m_lastPrice);
     ShowSeries(m_state, Max, m_high);
     ShowSeries(m_state, Min, m_low);
@@ -101,7 +104,6 @@ void SessionState::AddRow(const NDateTime& a_time, double a_price, double a_open
         m_high = a_high;
         m_low = a_low;
         m_volume = m_turnover = m_trades = 0.0;
-        m_book.Clear();
     }
     m_lastTime = a_time;
     m_lastPrice = a_price;
@@ -110,23 +112,33 @@ void SessionState::AddRow(const NDateTime& a_time, double a_price, double a_open
     m_volume += a_volume;
     m_turnover += a_turnover.value_or(a_price * a_volume);
     m_trades += 1.0;
-    if (m_rowsAreTrades) {
-        m_book.AddTrade(a_price, a_volume);
+    if (m_rowsAreTrades)
         m_latest.AddTransaction(a_time, a_price, a_volume);
+}
+
+// Of the last row, whatever was quoted before it.
+void SessionState::TakeOffers(const History& a_rows)
+{
+    m_offersOfLastRow = Offers();
+    bool any = false;
+    for (const auto& [series, values] : a_rows) {
+        if (!Offers::Series.contains(series) || values.empty() || !std::isfinite(values.back()))
+            continue;
+        m_offersOfLastRow.SetData(series, values.back());
+        any = true;
     }
+    if (any)
+        m_offersOfLastRow.SetTime(a_rows.TimeSeries().back());
 }
 
 void SessionState::SetOffers(const std::optional<Offers>& a_offers)
 {
-    if (!a_offers) {
-        m_offersChanged |= m_book.Show(m_offers);
-        return;
-    }
-    for (const auto& [series, value] : *a_offers)
+    const Offers& offers = a_offers ? *a_offers : m_offersOfLastRow;
+    for (const auto& [series, value] : offers)
         m_offersChanged |=
             value.IsSet() ? ShowSeries(m_offers, series, value.value) : HideSeries(m_offers, series);
-    if (m_offersChanged && a_offers->TimeFieldIsSet())
-        m_offers.SetTime(a_offers->GetTime().value);
+    if (m_offersChanged && offers.TimeFieldIsSet())
+        m_offers.SetTime(offers.GetTime().value);
 }
 
 CurrentState SessionState::GetWholeState() const

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "provider_kit/IMarketStore.h"
-#include "provider_kit/ImpliedBook.h"
 #include "series/CurrentState.h"
 #include "series/LatestRecords.h"
+#include "series/Offers.h"
 
 #include <cstdint>
 #include <optional>
@@ -15,7 +15,7 @@ namespace kalvento::internal {
 ///
 /// Of the session: Open, Max, Min, Price (the last one), Volume (of the last row), VolumeTotal, Turnover (that of the
 /// rows, or price by volume), TradesCount (rows), and Reference, the last price of the day before where there is one.
-/// Rows that are candles have no transactions: they give no TradesCount, no Turnover but their own, no book and no
+/// Rows that are candles have no transactions: they give no TradesCount, no Turnover but their own, no offers and no
 /// transactions.
 class SessionState {
 public:
@@ -28,7 +28,7 @@ public:
     /// Rows from a_from (a place in a_rows) on, the first of them being GetNextRow. A row of another day begins a
     /// session.
     void Add(const History& a_rows, std::size_t a_from);
-    /// The book as the store knows it; empty: the one that the trades imply.
+    /// The book as the store knows it; empty: the offers that the last row bears, where rows have any.
     void SetOffers(const std::optional<Offers>& a_offers);
 
     /// Something is known.
@@ -50,6 +50,7 @@ public:
     void MarkTold();
 
 private:
+    void TakeOffers(const History& a_rows);
     void AddRow(const NDateTime& a_time, double a_price, double a_open, double a_high, double a_low,
                 double a_volume, std::optional<double> a_turnover);
 
@@ -65,7 +66,7 @@ private:
     double m_trades = 0.0;
     CurrentState m_state;
     Offers m_offers;
-    ImpliedBook m_book;
+    Offers m_offersOfLastRow;
     LatestRecords m_latest;
     bool m_stateChanged = false;
     bool m_offersChanged = false;

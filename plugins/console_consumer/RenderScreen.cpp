@@ -304,7 +304,8 @@ void DrawBook(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea a_are
                 std::max(priceWidth, Length(ScreenTexts::Price(*levels[place].price, a_model.data.decimals)));
     }
     if (priceWidth == 0)
-        a_cells.Write(a_area.left, a_area.top + 1, L"brak ofert", EInkDim);
+        a_cells.Write(a_area.left, a_area.top + 1,
+                      a_model.data.offers ? L"brak ofert" : L"brak arkusza zleceń", EInkDim);
     const int volumeWidth = std::min(7, half - 2 - priceWidth);
     for (std::size_t level = 0; level < S_levels && priceWidth > 0; ++level) {
         const int row = a_area.top + 1 + static_cast<int>(level);
@@ -335,6 +336,8 @@ void DrawBestOffers(const ScreenModel& a_model, ScreenCells& a_cells, ScreenArea
 {
     const Level bid = GetLevel(a_model, Bid1, BidVolume1, 0);
     const Level ask = GetLevel(a_model, Ask1, AskVolume1, 0);
+    if (!a_model.data.offers)
+        return a_cells.Write(a_area.left, a_area.top, L"brak arkusza zleceń", EInkDim);
     const auto text = [&](const wchar_t* a_title, const Level& a_level, bool a_withVolume) {
         if (!a_level.price)
             return fmt::format(L"{} –", a_title);

@@ -13,6 +13,7 @@
 #include "velo/LogAllExceptions.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <condition_variable>
 #include <mutex>
@@ -29,6 +30,20 @@ using SteadyClock = MarketClock::SteadyClock;
 
 constexpr std::chrono::seconds S_watchEvery(2);
 constexpr std::size_t S_mostOperationsBytes = std::size_t{1} << 20U;
+
+// A book has fewer levels at times: a price of 0 says that nothing is offered there.
+void HideEmptyLevels(Offers& a_offers)
+{
+    for (const auto& side :
+         {std::array{Bid1, BidVolume1, BidOrders1}, std::array{Ask1, AskVolume1, AskOrders1}})
+        for (unsigned int level = 0; level < 5; ++level) {
+            const auto price = a_offers.find(static_cast<ESeriesId>(side.front() + level));
+            if (!price->second.IsSet() || price->second.value != 0.0)
+                continue;
+            for (const ESeriesId first : side)
+                a_offers.ResetDataSeries(static_cast<ESeriesId>(first + level));
+        }
+}
 
 } // namespace
 
@@ -350,6 +365,7 @@ std::optional<Offers> FileStore::ReadOffers(const std::string& a_isin)
     const ESeriesId priceMeans = place->book->GetContents()->priceMeans;
     const History rows = place->book->ReadRows(0, place->visibleBook - 1, place->visibleBook);
     for (const auto& [series, values] : rows)
+    HideEmptyLevels(offers);
         offers.SetData(series == Price ? priceMeans : series, values.front());
     offers.SetTime(rows.TimeSeries().front());
     return offers;

@@ -1,8 +1,13 @@
 #include "kalvento/SessionGenerator.h"
 
 #include "apps/kalvento/RunToolHere.h"
+#include "series/Offers.h"
 #include "series/Series.h"
+#include "support/TemporaryFolder.h"
 #include "support/Testing.h"
+#include "text_rows/ByteSource.h"
+#include "text_rows/RowReader.h"
+#include "time/TimeParts.h"
 
 using namespace kalvento::tool;
 
@@ -27,6 +32,61 @@ TEST(SessionGeneratorTest, ASeedGivesTheSameBytesForEver)
     ASSERT_EQ(run.exitCode, EExitOk) << run.err;
     EXPECT_EQ(static_cast<std::uint32_t>(VeloTools::Series::GenerateId(run.out)), 298829415U);
     EXPECT_NE(RunToolHere({"generate", "--rows", "5000", "--sessions", "3", "--seed", "43"}).out, run.out);
+}
+
+// What is written is what a reader of books gets back; the trades are those of the market without a book.
+TEST(SessionGeneratorTest, TheBookIsReadAsItWasMade)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.Path("ticks.csv");
+    const std::vector<std::string> market = {"generate", "--rows",      "3000", "--sessions",
+                                             "2",        "--seed",      "5",    "--start-price",
+                                             "0.04",     "--tick-size", "0.01"};
+    std::vector<std::string> withBook = market;
+    withBook.insert(withBook.end(), {"--output", path, "--book"});
+    ASSERT_EQ(RunToolHere(withBook).exitCode, EExitOk);
+    EXPECT_EQ(folder.Read("ticks.csv"), RunToolHere(market).out);
+
+    GeneratorOptions options;
+    options.rows = 3000;
+    options.sessions = 2;
+    options.seed = 5;
+    options.startPrice = {4, 2};
+    SessionGenerator generator(options);
+    std::map<std::pair<std::chrono::sys_days, std::uint32_t>, GeneratedBook>
+        books; // at the end of each second
+    GeneratedTrade trade;
+    while (generator.Next(trade))
+        books[{trade.day, trade.second}] = generator.GetBook(trade);
+
+    const auto file = kalvento::rows::ByteSource::Open(folder.Path("ticks.book.csv"));
+    kalvento::rows::ReadOptions readOptions;
+    readOptions.pricesFrom = Offers::Series;
+    kalvento::rows::RowReader reader(*file, readOptions);
+    kalvento::rows::RowBlock block;
+    ASSERT_TRUE(reader.Read(block, books.size() + 1));
+    ASSERT_EQ(block.rows, books.size());
+    const auto& layout = reader.GetLayout();
+    EXPECT_EQ(layout.series.size(), Offers::Series.size());
+    std::size_t row = 0;
+    std::size_t missing = 0;
+    for (const auto& [time, book] : books) {
+        ASSERT_TRUE(block.times[row] == TimeParts::TimeOf(time.first, time.second));
+        for (std::size_t column = 0; column < layout.series.size(); ++column) {
+            const ESeriesId series =
+                layout.series[column] == Price ? layout.priceMeans : layout.series[column];
+            const std::size_t place = static_cast<std::size_t>(series - Bid1) % 5;
+            const std::size_t kind =
+                static_cast<std::size_t>(series - Bid1) / 5; // two of prices, volumes, orders
+            const GeneratedBook::Level& level = kind % 2 == 0 ? book.bids[place] : book.asks[place];
+            const double values[] = {static_cast<double>(level.priceInTicks) / 100.0,
+                                     static_cast<double>(level.volume), static_cast<double>(level.orders)};
+            ASSERT_EQ(block.columns[column][row], values[kind / 2]) << "row " << row << " series " << series;
+            missing += level.priceInTicks == 0 ? 1 : 0;
+        }
+        ++row;
+    }
+    EXPECT_GT(missing, 0U) << "no level was ever without an offer";
 }
 
 TEST(SessionGeneratorTest, EverySessionLooksLikeADayOfAnExchange)

@@ -84,17 +84,30 @@ TEST(SessionStateTest, ChangesAreMarkedOnceAndAWholeMarksAll)
     EXPECT_EQ(ValueOf(state.GetState(), Reference), 9.5);
 }
 
-TEST(SessionStateTest, TheBookOfTheStoreTakesThePlaceOfTheImpliedOne)
+TEST(SessionStateTest, OffersAreThoseGivenAndNoOthers)
 {
     SessionState state(TickMaker::Instrument("PLTEST000001"));
     state.Add(TickMaker::Rows(0, 20), 0);
     state.SetOffers(std::nullopt);
-    EXPECT_TRUE(state.OffersChanged());
+    EXPECT_FALSE(state.OffersChanged()) << "guessed from trades";
+
+    StoreInstrument quoted = TickMaker::Instrument("PLTEST000001");
+    quoted.series.insert({DSProp(Bid1), DSProp(Ask1)});
+    SessionState best(quoted);
+    const History trades = TickMaker::Rows(0, 2);
+    History rows(EIntervalTick, 1, std::vector<NDateTime>(trades.TimeSeries()),
+                 {{Price, {9.0, 9.5}}, {Volume, {1.0, 1.0}}, {Bid1, {8.0, 9.0}}, {Ask1, {10.0, 10.5}}});
+    best.Add(rows, 0);
+    best.SetOffers(std::nullopt);
+    EXPECT_EQ(ValueOf(best.GetOffers(), Bid1), 9.0);
+    EXPECT_EQ(ValueOf(best.GetOffers(), Ask1), 10.5);
+    EXPECT_FALSE(best.GetOffers().find(BidVolume1)->second.IsSet());
+
     Offers known;
     known.SetBuyIfChanged({9.0, 8.0});
-    state.SetOffers(known);
-    ExpectSame(state.GetOffers(), known);
-    state.MarkTold();
-    state.SetOffers(known);
-    EXPECT_FALSE(state.OffersChanged());
+    best.SetOffers(known);
+    ExpectSame(best.GetOffers(), known);
+    best.MarkTold();
+    best.SetOffers(known);
+    EXPECT_FALSE(best.OffersChanged());
 }

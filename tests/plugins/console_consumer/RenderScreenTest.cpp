@@ -122,6 +122,15 @@ TEST(RenderScreenTest, ScreensLookAsTheyStandThere)
     EXPECT_EQ(drawn, TemporaryFolder::ReadFile(KALVENTO_SCREENS));
 }
 
+TEST(RenderScreenTest, ItSaysThatThereIsNoBook)
+{
+    ScreenModel model = MakeModel();
+    model.data.offers.reset();
+    for (const auto& [width, height] : {std::pair(80, 24), std::pair(40, 12)})
+        EXPECT_NE(Drawn(RenderScreen(model, width, height)).find("brak arkusza zleceń"), std::string::npos)
+            << width;
+}
+
 TEST(RenderScreenTest, AnySizeAndAnyNumbersAreDrawn)
 {
     ScreenModel model = MakeModel();

@@ -190,8 +190,8 @@ TEST_F(FileStoreTest, OperationsAndBooksLieBesideTheirFile)
 {
     WriteSource("AAA.csv", "time,price\n2024-08-08 10:00:00,10\n2024-08-08 10:00:05,11\n");
     WriteSource("AAA.operations.txt", "3\n1,240101,2,0.5\n");
-    WriteSource("AAA.book.csv", "time,bid1,qty_none,ask1,bid_volume1\n2024-08-08 10:00:00,9,0,12,5\n"
-                                "2024-08-08 10:00:03,9.5,0,11.5,6\n");
+    WriteSource("AAA.book.csv", "time,bid1,qty_none,ask1,bid_volume1,bid2,bid_volume2\n"
+                                "2024-08-08 10:00:00,9,0,12,5,0,0\n2024-08-08 10:00:03,9.5,0,11.5,6,9,1\n");
     WriteSource("BBB.csv", "time,price\n2024-08-08 10:00:00,10\n");
     WriteSource("operations_bbb.txt", "7\n");
     FileStore& store = OpenStore(1.0);
@@ -210,6 +210,8 @@ TEST_F(FileStoreTest, OperationsAndBooksLieBesideTheirFile)
     WriteSource("AAA.operations.txt", "4\n1,240101,2,0.5\n2,24");
     EXPECT_THROW(store.ReadOperations("AAA"), std::exception);
 }
+    EXPECT_FALSE(store.ReadOffers("AAA")->find(Bid2)->second.IsSet()) << "a price of 0";
+    EXPECT_FALSE(store.ReadOffers("AAA")->find(BidVolume2)->second.IsSet());
 
 TEST_F(FileStoreTest, PlaybackIsRepeatable)
 {
