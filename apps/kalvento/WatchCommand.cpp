@@ -32,6 +32,8 @@
 #include <numeric>
 #include <optional>
 #include <ostream>
+#include <set>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -67,26 +69,134 @@ std::string NameOf(const std::string& a_typed)
     return ToLower(CodePage::WideToCp1250(CodePage::Utf8ToWide(a_typed)));
 }
 
-/// Passes what modules say to the console's message line, or to standard error as long as there is none.
+/// The provider's status field: how it stands, and then what hinders it.
+std::vector<std::string> StatusLines(const ProviderBase& a_provider)
+{
+    std::istringstream text(CodePage::WideToUtf8(a_provider.GetStatusToolTip()));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);)
+        lines.push_back(internal::ShownText::OneLine(line));
+    if (lines.empty())
+        lines.push_back(internal::ShownText::OneLine(
+            CodePage::WideToUtf8(a_provider.GetName() + L": " + a_provider.GetStatusLabel())));
+    return lines;
+}
+
+std::string Joined(const std::vector<std::string>& a_texts)
+{
+    std::string joined;
+    for (const std::string& text : a_texts)
+        joined += (joined.empty() ? "" : "; ") + text;
+    return joined;
+}
+
+/// What hinders the provider, under its name; its whole status where it has a problem that it doesn't explain.
+std::vector<std::string> ProviderFaults(const ProviderBase& a_provider)
+{
+    if (a_provider.GetStatusLevel() != EStatusLevelProblem)
+        return {};
+    std::vector<std::string> lines = StatusLines(a_provider);
+    if (lines.size() == 1)
+        return lines;
+    lines.erase(lines.begin());
+    for (std::string& line : lines)
+        line.insert(0, internal::ShownText::OneLine(CodePage::WideToUtf8(a_provider.GetName())) + ": ");
+    return lines;
+}
+
+std::string PluginFault(const host::PluginReport& a_report)
+{
+    std::wstring text = L"wtyczka " + a_report.name + L": " + a_report.phase + L": " + a_report.reason;
+    if (a_report.state == host::EPluginStateLeftOut)
+        text += L"; --retry " + WidePath::ToWide(a_report.path.stem()) + L" uruchomi ją ponownie";
+    return internal::ShownText::OneLine(CodePage::WideToUtf8(text));
+}
+
+/// Passes what modules say, and what of them fails, to the console's last line, or to standard error as long as there is
+/// no console.
 class WatchView : public host::IHostView {
 public:
     explicit WatchView(ToolContext& a_context) : m_context(a_context) {}
 
-    void SetMessageLine(host::IScreenModule* a_line) { m_line = a_line; }
+    void SetScreen(host::IScreenModule* a_screen)
+    {
+        m_screen = a_screen;
+        ShowFaults();
+    }
+    /// From here on their failures are told, as they come and go.
+    void Observe(const std::vector<host::PluginReport>& a_plugins, std::vector<ProviderBase*> a_providers)
+    {
+        m_plugins.clear();
+        for (const host::PluginReport& report : a_plugins) {
+            if (report.state != host::EPluginStateRunning)
+                m_plugins.push_back(PluginFault(report));
+            for (const std::wstring& notice : report.notices)
+                if (const std::string text = CodePage::WideToUtf8(notice); m_printed.insert(text).second)
+                    Note(m_context, text);
+        }
+        m_providers = std::move(a_providers);
+        ConnectionStatusChanged();
+    }
+    /// Before the host stops: what fails by that is no failure, and the screen goes.
+    void Leave()
+    {
+        m_screen = nullptr;
+        m_hasLeft = true;
+    }
+    /// What standard error hasn't had yet, as long as there is no screen over it.
+    void PrintFaults()
+    {
+        if (m_screen != nullptr)
+            return;
+        for (const std::string& fault : m_faults)
+            if (m_printed.insert(fault).second)
+                Note(m_context, fault);
+    }
+    const std::vector<std::string>& GetPluginFaults() const { return m_plugins; }
+    /// What a run whose output is read by programs ends with.
+    EExitCode GetExitCode() const
+    {
+        if (m_faults.empty())
+            return EExitOk;
+        return m_faults.size() > m_plugins.size() ? EExitBadData : EExitFailure;
+    }
+
     void ShowText(std::wstring_view a_text) override { Show(a_text); }
     void ShowNotification(std::wstring_view a_text) override { Show(a_text); }
+    void ConnectionStatusChanged() override
+    {
+        if (m_hasLeft)
+            return;
+        m_faults = m_plugins;
+        for (const ProviderBase* const provider : m_providers)
+            host::CallModule(*provider, L"GetStatusToolTip", [&] {
+                std::ranges::move(ProviderFaults(*provider), std::back_inserter(m_faults));
+            });
+        PrintFaults();
+        ShowFaults();
+    }
 
 private:
     void Show(std::wstring_view a_text)
     {
-        if (m_line != nullptr)
-            m_line->ShowMessageLine(a_text);
+        if (m_screen != nullptr)
+            m_screen->ShowMessageLine(a_text);
         else if (!m_context.quiet)
             Note(m_context, CodePage::WideToUtf8(a_text));
     }
+    void ShowFaults()
+    {
+        if (m_screen != nullptr)
+            m_screen->ShowStandingLine(CodePage::Utf8ToWide(Joined(m_faults)));
+    }
 
     ToolContext& m_context;
-    host::IScreenModule* m_line = nullptr;
+    host::IScreenModule* m_screen = nullptr;
+    std::vector<ProviderBase*> m_providers;
+    std::vector<std::string> m_plugins; // those that failed
+    std::vector<std::string> m_faults;  // of now
+    std::set<std::string> m_printed;
+    bool m_hasLeft = false;
 };
 
 /// Requests the host's end when the user interrupts.
@@ -131,6 +241,8 @@ host::HostOptions MakeHostOptions(const WatchOptions& a_options)
         file["Speed"] = *a_options.speed;
     if (a_options.sort)
         file["Sort"] = true;
+    if (a_options.list)
+        file["ListOnly"] = true;
     if (!a_options.database.empty())
         options.pluginOptions["sql_provider"]["Connection"] = a_options.database;
 
@@ -138,20 +250,6 @@ host::HostOptions MakeHostOptions(const WatchOptions& a_options)
     console.exitAtEnd = console.plain;
     console.Write(options.pluginOptions[S_consolePlugin]);
     return options;
-}
-
-void ReportFailures(const host::Host& a_host, ToolContext& a_context)
-{
-    for (const host::PluginReport& report : a_host.GetReports()) {
-        for (const std::wstring& notice : report.notices)
-            Note(a_context, CodePage::WideToUtf8(notice));
-        if (report.state == host::EPluginStateRunning)
-            continue;
-        std::wstring text = L"wtyczka " + report.name + L": " + report.phase + L": " + report.reason;
-        if (report.state == host::EPluginStateLeftOut)
-            text += L"; --retry " + WidePath::ToWide(report.path.stem()) + L" uruchomi ją ponownie";
-        Note(a_context, CodePage::WideToUtf8(text));
-    }
 }
 
 /// The providers that may serve the symbols: all, or the one of that name.
@@ -220,17 +318,6 @@ std::size_t Distance(const std::string& a_left, const std::string& a_right)
     return costs.back();
 }
 
-/// The provider's status field in one line.
-std::string StatusText(const ProviderBase& a_provider)
-{
-    std::wstring text;
-    for (const wchar_t letter : a_provider.GetStatusToolTip())
-        text += letter == L'\n' ? std::wstring(L"; ") : std::wstring(1, letter);
-    if (text.empty())
-        text = a_provider.GetName() + L": " + a_provider.GetStatusLabel();
-    return internal::ShownText::OneLine(CodePage::WideToUtf8(text));
-}
-
 std::string NearNames(const std::vector<ProviderBase*>& a_providers, const std::string& a_symbol)
 {
     std::vector<std::pair<std::size_t, std::string>> names;
@@ -241,7 +328,7 @@ std::string NearNames(const std::vector<ProviderBase*>& a_providers, const std::
     std::string statuses;
     for (const ProviderBase* provider : a_providers)
         if (names.empty() || provider->GetStatusLevel() == EStatusLevelProblem)
-            statuses += "; " + StatusText(*provider);
+            statuses += "; " + Joined(StatusLines(*provider));
     if (names.empty())
         return "there are none at all" + statuses;
     std::sort(names.begin(), names.end());
@@ -257,10 +344,14 @@ std::string Shown(const std::string& a_name)
     return internal::ShownText::OneLine(CodePage::Cp1250ToUtf8(a_name));
 }
 
-void List(const std::vector<ProviderBase*>& a_providers, ToolContext& a_context)
+void List(const std::vector<ProviderBase*>& a_providers, const WatchView& a_view, ToolContext& a_context)
 {
+    for (const std::string& fault : a_view.GetPluginFaults())
+        a_context.out << fault << '\n';
     for (const ProviderBase* provider : a_providers) {
-        a_context.out << StatusText(*provider) << '\n';
+        a_context.out << StatusLines(*provider).front() << '\n';
+        for (const std::string& fault : ProviderFaults(*provider))
+            a_context.out << fault << '\n';
         for (const auto& asset : AssetsOf(*provider))
             a_context.out << "  " << Shown(asset->GetShortName()) << "\t" << Shown(asset->GetIsin()) << "\t"
                           << Shown(asset->GetLongName()) << '\n';
@@ -300,7 +391,7 @@ void WaitForProviders(host::Host& a_host, const std::vector<ProviderBase*>& a_pr
             isNoted = true;
             a_context.err << "waiting for the providers, up to " << a_options.patience << " s; Ctrl-C ends\n";
             for (const ProviderBase* provider : a_providers)
-                a_context.err << "  " << StatusText(*provider) << '\n';
+                a_context.err << "  " << Joined(StatusLines(*provider)) << '\n';
             a_context.err.flush();
         }
         if (allConnected)
@@ -319,16 +410,18 @@ ConsumerBase& FindConsole(const host::Host& a_host)
 void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options, ToolContext& a_context)
 {
     a_host.Start();
-    ReportFailures(a_host, a_context);
+    a_view.Observe(a_host.GetReports(), {});
     std::vector<ProviderBase*> providers = ChooseProviders(a_host, a_options);
     // One that can't be asked is left out, and the others serve.
     std::erase_if(providers, [&](ProviderBase* a_provider) {
         return !Ask(a_view, *a_provider, L"SwitchConnection", [&] { a_provider->SwitchConnection(true); }) ||
                !Ask(a_view, *a_provider, L"GetAssets", [&] { a_provider->GetAssets(); });
     });
+    a_view.Observe(a_host.GetReports(), providers);
     WaitForProviders(a_host, providers, a_options, a_context);
+    a_view.ConnectionStatusChanged(); // the last one may still be on its way
     if (a_options.list)
-        return List(providers, a_context);
+        return List(providers, a_view, a_context);
 
     ConsumerBase& console = FindConsole(a_host);
     std::vector<std::shared_ptr<Asset>> assets;
@@ -348,15 +441,18 @@ void Watch(host::Host& a_host, WatchView& a_view, const WatchOptions& a_options,
     // The others are shown all the same.
     if (!unknown.empty())
         Note(a_context, unknown);
-    a_view.SetMessageLine(a_options.console.plain ? nullptr : dynamic_cast<host::IScreenModule*>(&console));
+    a_view.SetScreen(a_options.console.plain ? nullptr : dynamic_cast<host::IScreenModule*>(&console));
     for (const auto& asset : assets)
         if (console.AddInstrument({}, *asset) == 0)
             throw ToolError(EExitNoInput,
                             "the provider doesn't serve \"" + Shown(asset->GetShortName()) + '"');
     a_context.exitCode = a_host.Run();
-    a_view.SetMessageLine(nullptr);
     if (!unknown.empty() && a_context.exitCode == EExitOk)
         a_context.exitCode = EExitNoInput;
+    if (a_options.console.plain && a_context.exitCode == EExitOk) {
+        a_view.ConnectionStatusChanged();
+        a_context.exitCode = a_view.GetExitCode();
+    }
 }
 
 // The provider accepts what it is told and writes what makes no sense to its log, where a user who has just typed it
@@ -394,14 +490,18 @@ void RunWatch(const WatchOptions& a_options, ToolContext& a_context)
     WatchView view(a_context);
     host::Host host(view, MakeHostOptions(a_options));
     const ExitOnInterruption exitOnInterruption(host);
+    const auto stop = [&] {
+        view.Leave();
+        host.Stop();
+        view.PrintFaults();
+    };
     try {
         Watch(host, view, a_options, a_context);
     } catch (...) {
-        view.SetMessageLine(nullptr);
-        host.Stop();
+        stop();
         throw;
     }
-    host.Stop();
+    stop();
 }
 
 } // namespace

@@ -13,6 +13,8 @@ public:
     virtual ~IScreenModule() = default;
     /// Shows the text until the next one comes. Main thread.
     virtual void ShowMessageLine(std::wstring_view a_text) = 0;
+    /// Shows the text whenever no message is shown, until another one takes its place; empty for none. Main thread.
+    virtual void ShowStandingLine(std::wstring_view a_text) = 0;
 
     IScreenModule(const IScreenModule&) = delete;
     IScreenModule& operator=(const IScreenModule&) = delete;

@@ -27,6 +27,7 @@ struct StoreInstrument {
     bool live = false; ///< Rows can be added; only for single ticks.
     /// A different number means that the rows that were there before are stale: their subscriptions end.
     std::uint64_t generation = 0;
+    std::wstring fault; ///< Not empty: it can't be served, for that reason, Polish, for the user.
 };
 
 /// What a store tells its provider, on threads of its own and never while it holds a lock that an operation of
@@ -44,6 +45,9 @@ public:
     virtual void Restored() = 0;
     /// Instruments or their operations came, went or changed.
     virtual void InstrumentsChanged() = 0;
+    /// What the store leaves out, each with its place and the reason, Polish, for the user. It takes the place of what
+    /// was told before; nothing: all is well again.
+    virtual void LeftOut(std::vector<std::wstring> a_faults) = 0;
 
     IMarketStoreListener(const IMarketStoreListener&) = delete;
     IMarketStoreListener& operator=(const IMarketStoreListener&) = delete;

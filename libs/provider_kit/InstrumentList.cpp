@@ -41,11 +41,12 @@ InstrumentList::InstrumentList(ProviderBase& a_provider, std::vector<StoreInstru
     std::map<std::wstring, std::vector<std::shared_ptr<Asset>>> groups;
     for (StoreInstrument& instrument : a_instruments) {
         const std::string isin = instrument.isin;
-        if (!IsServable(isin) || m_entries.contains(isin) || !HasUsableRows(instrument)) {
-            VeloTools::Log::Instance().Write("InstrumentList::InstrumentList", __LINE__,
-                                             "Dostawca "_cp1250 +
-                                                 CodePage::WideToCp1250(a_provider.GetName()) +
-                                                 ", pominięty walor: "_cp1250 + isin);
+        const std::wstring fault = FindFault(instrument);
+        if (!fault.empty()) {
+            m_leftOut.push_back(L"Pominięto walor " + CodePage::Cp1250ToWide(isin) + L": " + fault);
+            VeloTools::Log::Instance().Write(
+                "InstrumentList::InstrumentList", __LINE__,
+                "Dostawca "_cp1250 + CodePage::WideToCp1250(a_provider.GetName() + L": " + m_leftOut.back()));
             continue;
         }
         const auto asset = std::make_shared<Asset>(&a_provider, instrument.shortName, instrument.longName,
@@ -76,6 +77,18 @@ std::shared_ptr<Asset> InstrumentList::FindAsset(const std::string& a_isin) cons
 {
     const auto entry = m_entries.find(a_isin);
     return entry != m_entries.end() ? entry->second.asset : nullptr;
+}
+
+// Why it is left out; empty where it is served.
+std::wstring InstrumentList::FindFault(const StoreInstrument& a_instrument) const
+{
+    if (!a_instrument.fault.empty())
+        return a_instrument.fault;
+    if (!IsServable(a_instrument.isin))
+        return L"taki ISIN nie może być nazwą folderu";
+    if (m_entries.contains(a_instrument.isin))
+        return L"powtarza się";
+    return HasUsableRows(a_instrument) ? std::wstring() : L"nie ma ceny albo ma niemożliwy interwał";
 }
 
 bool InstrumentList::IsServable(const std::string& a_isin)

@@ -3,7 +3,6 @@
 #include "modules/IConsumer.h"
 #include "provider_kit/DamagedData.h"
 #include "provider_kit/SessionState.h"
-#include "provider_kit/StoreFailure.h"
 #include "provider_kit/StoreParts.h"
 
 #include <algorithm>
@@ -30,13 +29,14 @@ void LiveThread::TryItem(const std::string& a_isin)
     try {
         TellItem(a_isin);
         m_parts.live.ForgetFailure(a_isin);
+        m_parts.NoteSuccess(a_isin);
     } catch (const DamagedData&) {
-        LogStoreFailure(m_parts.provider, "LiveThread::TryItem", __LINE__, a_isin);
+        m_parts.NoteDamage("LiveThread::TryItem", __LINE__, a_isin);
         RetryItem(a_isin); // the pause keeps this thread quiet until the end was announced
         m_cutOff(a_isin);
     } catch (...) {
         // The positions stay where they are: the retry, or the new connection, goes on from there.
-        LogStoreFailure(m_parts.provider, "LiveThread::TryItem", __LINE__, a_isin);
+        m_parts.NoteFailure("LiveThread::TryItem", __LINE__, a_isin);
         RetryItem(a_isin);
     }
 }

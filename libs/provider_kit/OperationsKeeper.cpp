@@ -2,6 +2,7 @@
 
 #include "platform/WidePath.h"
 #include "provider_kit/IMarketStore.h"
+#include "provider_kit/StoreFailure.h"
 #include "velo/LogAllExceptions.h"
 
 #include <algorithm>
@@ -19,7 +20,8 @@ bool LoadIfThere(HistoryOperations& a_operations, const std::wstring& a_path)
 
 } // namespace
 
-HistoryOperations OperationsKeeper::Read(const std::string& a_isin, const std::wstring& a_path)
+HistoryOperations OperationsKeeper::Read(const std::string& a_isin, const std::wstring& a_path,
+                                         std::wstring& a_fault)
 {
     HistoryOperations kept;
     try {
@@ -34,6 +36,7 @@ HistoryOperations OperationsKeeper::Read(const std::string& a_isin, const std::w
         return current;
     } catch (...) {
         LogAllExceptions("OperationsKeeper::Read", __LINE__);
+        a_fault = FailureText() + L"; użyto listy operacji przechowanej wcześniej";
     }
     const std::lock_guard lock(m_mutex);
     kept = HistoryOperations();

@@ -69,7 +69,7 @@ bool StoreEngine::SwitchStore(bool a_connect)
         m_parts.store->Open(*this);
     } catch (...) {
         LogStoreFailure(m_parts.provider, "StoreEngine::SwitchStore", __LINE__, {});
-        m_parts.connection.Fail(L"Nie udało się połączyć; przyczyna jest w dzienniku");
+        m_parts.connection.Fail(L"Nie udało się połączyć: " + FailureText());
     }
     return true;
 }
@@ -125,6 +125,11 @@ void StoreEngine::InstrumentsChanged()
     });
 }
 
+void StoreEngine::LeftOut(std::vector<std::wstring> a_faults)
+{
+    m_parts.TellFaults("store", std::move(a_faults));
+}
+
 void StoreEngine::AddTask(std::function<void()> a_task)
 {
     m_parts.past.AddTask(
@@ -149,8 +154,9 @@ void StoreEngine::RunTask(const std::function<void()>& a_task, std::uint64_t a_n
     try {
         a_task();
         m_taskPause.Reset();
+        m_parts.NoteSuccess({});
     } catch (...) {
-        LogStoreFailure(m_parts.provider, "StoreEngine::RunTask", __LINE__, {});
+        m_parts.NoteFailure("StoreEngine::RunTask", __LINE__, {});
         m_parts.past.CallLater(m_taskPause.Take(), [this, a_task, a_news] {
             // After a new connection everything is read again.
             if (m_parts.connection.IsOnSince(a_news))
@@ -164,6 +170,7 @@ void StoreEngine::RunStep(const ServedPtr& a_served)
     try {
         const SubscriptionSteps::EStep step = m_steps.Step(*a_served);
         a_served->pause.Reset();
+        m_parts.NoteSuccess(a_served->GetIsin());
         if (step == SubscriptionSteps::EStepMore)
             m_parts.past.Add(a_served);
         if (step == SubscriptionSteps::EStepMore || step == SubscriptionSteps::EStepDone)
@@ -175,7 +182,7 @@ void StoreEngine::RunStep(const ServedPtr& a_served)
         CutOffDamaged(*a_served);
     } catch (...) {
         // Nothing is lost: the stage starts again.
-        LogStoreFailure(m_parts.provider, "StoreEngine::RunStep", __LINE__, a_served->GetIsin());
+        m_parts.NoteFailure("StoreEngine::RunStep", __LINE__, a_served->GetIsin());
         std::optional<std::chrono::milliseconds> pause;
         if (m_parts.connection.IsConnected())
             pause = a_served->pause.Take();
@@ -192,7 +199,7 @@ void StoreEngine::LookForFirstRow(const ServedPtr& a_served)
     } catch (const DamagedData&) {
         CutOffDamaged(*a_served);
     } catch (...) {
-        LogStoreFailure(m_parts.provider, "StoreEngine::LookForFirstRow", __LINE__, a_served->GetIsin());
+        m_parts.NoteFailure("StoreEngine::LookForFirstRow", __LINE__, a_served->GetIsin());
         if (m_parts.connection.IsConnected())
             m_parts.past.RetryAfter(a_served->pause.Take(), a_served);
     }
@@ -201,13 +208,15 @@ void StoreEngine::LookForFirstRow(const ServedPtr& a_served)
 // In a handler of DamagedData.
 void StoreEngine::CutOffDamaged(Served& a_served)
 {
-    LogStoreFailure(m_parts.provider, "StoreEngine::CutOffDamaged", __LINE__, a_served.GetIsin());
+    m_parts.NoteDamage("StoreEngine::CutOffDamaged", __LINE__, a_served.GetIsin());
     m_steps.CutOff(a_served, S_damaged);
 }
 
 void StoreEngine::ReadInstruments()
 {
     auto now = std::make_shared<const InstrumentList>(m_parts.provider, m_parts.store->ReadInstruments());
+    m_parts.ForgetFailures();
+    m_parts.TellFaults("list", now->GetLeftOut());
     const auto before = m_parts.instruments.Replace(now);
     if (before) {
         // What was made from stale rows, whether or not a subscription uses it.

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace kalvento::internal {
 
@@ -43,6 +44,7 @@ public:
     void Broken(const std::wstring& a_reason) override;
     void Restored() override;
     void InstrumentsChanged() override;
+    void LeftOut(std::vector<std::wstring> a_faults) override;
 
 private:
     // Any thread.

@@ -5,7 +5,20 @@
 #include "velo/Log.h"
 #include "velo/LogAllExceptions.h"
 
+#include <exception>
+
 namespace kalvento::internal {
+
+std::wstring FailureText()
+{
+    try {
+        throw;
+    } catch (const std::exception& failure) {
+        return CodePage::Cp1250ToWide(failure.what());
+    } catch (...) {
+        return L"przyczyna nieznana";
+    }
+}
 
 void LogStoreFailure(const ProviderBase& a_provider, const char* a_place, int a_line,
                      const std::string& a_isin)

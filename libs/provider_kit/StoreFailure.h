@@ -24,6 +24,8 @@ private:
     std::chrono::milliseconds m_next = S_first;
 };
 
+/// In a handler: the text of what was raised, for the user.
+std::wstring FailureText();
 /// In a handler: what the store raised, and of which instrument; a_isin is empty where none is concerned.
 void LogStoreFailure(const ProviderBase& a_provider, const char* a_place, int a_line,
                      const std::string& a_isin);

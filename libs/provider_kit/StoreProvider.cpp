@@ -48,12 +48,13 @@ std::wstring StoreProvider::GetStatusName() const
 
 EStatusLevel StoreProvider::GetStatusLevel() const
 {
+    const bool hasFaults = m_engine->GetParts().faults.IsAny();
     switch (m_engine->GetParts().connection.GetStatus()) {
     case EConnectionStatusConnected:
-        return EStatusLevelGood;
+        return hasFaults ? EStatusLevelProblem : EStatusLevelGood;
     case EConnectionStatusConnecting:
-        return m_engine->GetParts().connection.GetBreakReason().empty() ? EStatusLevelWorking
-                                                                        : EStatusLevelProblem;
+        return hasFaults || !m_engine->GetParts().connection.GetBreakReason().empty() ? EStatusLevelProblem
+                                                                                      : EStatusLevelWorking;
     case EConnectionStatusDisconnected:
         break;
     }
@@ -75,11 +76,13 @@ std::wstring StoreProvider::GetStatusLabel() const
 
 std::wstring StoreProvider::GetStatusToolTip() const
 {
-    std::wstring text = GetName() + L": " + GetStatusLabel();
-    if (const std::wstring reason = m_engine->GetParts().connection.GetBreakReason();
+    const kalvento::internal::StoreParts& parts = m_engine->GetParts();
+    std::wstring text = GetName() + L": " + GetStatusLabel() + L"; Walory: " +
+                        std::to_wstring(parts.instruments.Get()->GetAssets().size());
+    if (const std::wstring reason = parts.connection.GetBreakReason();
         !reason.empty() && reason != GetStatusLabel())
         text += L"\n" + reason;
-    return text + L"\nWalory: " + std::to_wstring(m_engine->GetParts().instruments.Get()->GetAssets().size());
+    return text + parts.faults.GetText();
 }
 
 EConnectionStatus StoreProvider::GetConnectionStatus() const

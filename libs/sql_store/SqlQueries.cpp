@@ -3,7 +3,6 @@
 #include "platform/CodePage.h"
 #include "provider_kit/DamagedData.h"
 #include "sql_store/SqlRowForm.h"
-#include "velo/Log.h"
 
 #include <algorithm>
 #include <limits>
@@ -176,7 +175,8 @@ std::vector<StoreInstrument> SqlQueries::ReadInstruments(pqxx::transaction_base&
             "Uszkodzony opis waloru "_cp1250 + instrument.isin + " w bazie: "_cp1250 + damage->second;
         if (a_isin)
             throw DamagedData(text);
-        VeloTools::Log::Instance().Write("SqlQueries::ReadInstruments", __LINE__, text);
+        instrument.fault = CodePage::Cp1250ToWide(text);
+        instruments.push_back(std::move(instrument));
     }
     return instruments;
 }

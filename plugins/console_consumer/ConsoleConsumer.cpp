@@ -299,6 +299,12 @@ void ConsoleConsumer::ShowMessageLine(std::wstring_view a_text)
     Wake();
 }
 
+void ConsoleConsumer::ShowStandingLine(std::wstring_view a_text)
+{
+    m_standing = a_text;
+    Wake();
+}
+
 void ConsoleConsumer::StartThread()
 {
     if (!m_thread.joinable())
@@ -478,15 +484,11 @@ void ConsoleConsumer::Paint()
         model.place = m_place;
         model.count = m_shown.size();
         model.inColour = m_screen->HasColours();
-        // Stays on the screen until it is over.
-        if (asset.GetProvider()->GetStatusLevel() == EStatusLevelProblem)
-            model.hindrance = asset.GetProvider()->GetStatusToolTip();
-        std::replace(model.hindrance.begin(), model.hindrance.end(), L'\n', L' ');
         model.data = watch->Look(S_screenCandles);
         m_painted = std::move(model);
     }
     m_painted->frozen = m_frozen;
     m_painted->asTable = m_asTable;
-    m_painted->message = m_message.empty() ? m_painted->hindrance : m_message;
+    m_painted->message = m_message.empty() ? m_standing : m_message;
     m_screen->Paint(RenderScreen(*m_painted, width, height));
 }

@@ -40,6 +40,7 @@ public:
     /// Ends what was started for the asset. Main thread.
     void RemoveInstrument(const Asset& a_asset);
     void ShowMessageLine(std::wstring_view a_text) override;
+    void ShowStandingLine(std::wstring_view a_text) override;
     /// Shows what has come; otherwise that happens when it is time. Main thread.
     void Refresh();
 
@@ -94,6 +95,7 @@ private:
     bool m_asTable = false;
     bool m_exitRequested = false;
     std::wstring m_message;
+    std::wstring m_standing;
     std::chrono::steady_clock::time_point m_messageUntil; // then the keys are shown again
     std::optional<ScreenModel> m_painted;                 // what a frozen screen goes on showing
 

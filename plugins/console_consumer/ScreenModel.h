@@ -17,7 +17,6 @@ struct ScreenModel {
     bool frozen = false;
     bool asTable = false; ///< A table of candles in place of the chart.
     bool inColour = true; ///< Without colour, rising candles are drawn by a line and falling ones by a block.
-    std::wstring hindrance; ///< What keeps the provider from its work.
-    std::wstring message;   ///< Shown in the last line, in place of the keys.
+    std::wstring message; ///< Shown in the last line, in place of the keys.
     Watch::Snapshot data;
 };

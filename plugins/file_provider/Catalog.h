@@ -3,6 +3,8 @@
 #include "file_provider/DayRows.h"
 #include "file_provider/RowCache.h"
 #include "file_provider/SourceFolder.h"
+#include "file_provider/StoreLog.h"
+#include "platform/CodePage.h"
 #include "provider_kit/IMarketStore.h"
 
 #include <cstddef>
@@ -18,6 +20,13 @@ namespace kalvento::files {
 
 /// All that is served of a folder, made anew when files change.
 struct Catalog {
+    /// a_fault: UTF-8.
+    void LeaveOut(int a_line, const std::string& a_fault)
+    {
+        WriteLog(a_line, a_fault);
+        faults.push_back(CodePage::Utf8ToWide(a_fault));
+    }
+
     /// Where the data of an instrument are, and how much of it can be seen now.
     struct Place {
         std::shared_ptr<RowCache> cache;
@@ -40,6 +49,7 @@ struct Catalog {
     std::map<std::string, Instrument> instruments;
     std::optional<std::int64_t> day;   ///< The one that is played; empty where nothing is live.
     std::vector<std::int64_t> seconds; ///< Of the day, at which there is something new.
+    std::vector<std::wstring> faults;  ///< What was left out and why, for the user; the log has it, too.
     bool keepsRows = true;             ///< Rows that were seen are unchanged; new ones follow them.
 };
 

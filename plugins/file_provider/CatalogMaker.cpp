@@ -1,6 +1,5 @@
 #include "file_provider/CatalogMaker.h"
 
-#include "file_provider/StoreLog.h"
 #include "platform/CodePage.h"
 #include "platform/ShownText.h"
 #include "platform/WidePath.h"
@@ -89,8 +88,8 @@ void AddInstrument(Catalog& a_catalog, const std::shared_ptr<RowCache>& a_cache,
                         .book = info.live ? FindBook(a_catalog, source) : nullptr,
                         .operations = FindOperations(a_catalog.folder, source, called)};
     if (!a_catalog.instruments.emplace(info.isin, std::move(instrument)).second)
-        WriteLog(__LINE__,
-                 source.path.string() + ": pominięto instrument " + name + ", bo jego nazwa się powtarza");
+        a_catalog.LeaveOut(__LINE__, source.path.string() + ": pominięto instrument " + name +
+                                         ", bo jego nazwa się powtarza");
 }
 
 void ReadSource(Catalog& a_catalog, const Catalog& a_before, const std::shared_ptr<RowCache>& a_cache,
@@ -112,7 +111,8 @@ void ReadSource(Catalog& a_catalog, const Catalog& a_before, const std::shared_p
         // The text says file, line and what would be accepted.
         const auto* const fault = dynamic_cast<const rows::RowsFault*>(&failure);
         const bool sortsIt = fault != nullptr && fault->GetParts().help == rows::EOptionSort;
-        WriteLog(__LINE__, (isKept ? "Zmiany w pliku pominięto: " : "Plik pominięto: ") +
+        a_catalog.LeaveOut(__LINE__,
+                           (isKept ? "Zmiany w pliku pominięto: " : "Plik pominięto: ") +
                                std::string(failure.what()) +
                                (sortsIt ? "; można je uporządkować opcją Sort (kalvento watch --sort)" : ""));
     }
@@ -124,6 +124,13 @@ void AddInstruments(Catalog& a_catalog)
         const std::size_t count = cache->GetSource().isBook ? 0 : cache->GetContents()->symbols.size();
         for (std::size_t symbol = 0; symbol < count; ++symbol)
             AddInstrument(a_catalog, cache, symbol);
+    }
+    for (const auto& [path, cache] : a_catalog.caches) {
+        const bool isUsed = std::ranges::any_of(
+            a_catalog.instruments, [&](const auto& a_entry) { return a_entry.second.place.book == cache; });
+        if (cache->GetSource().isBook && !isUsed)
+            a_catalog.LeaveOut(__LINE__, path.string() + ": nie ma pliku transakcji, do którego należałby "
+                                                         "ten arkusz zleceń");
     }
 }
 
@@ -153,7 +160,7 @@ void PrepareDay(Catalog& a_catalog)
                 PrepareDay(place->second, *a_catalog.day, seconds);
             ++place;
         } catch (const std::exception& failure) {
-            WriteLog(__LINE__, "Instrument pominięto: " + CodePage::Cp1250ToUtf8(failure.what()));
+            a_catalog.LeaveOut(__LINE__, "Instrument pominięto: " + CodePage::Cp1250ToUtf8(failure.what()));
             place = a_catalog.instruments.erase(place);
         }
     }
@@ -183,10 +190,14 @@ std::shared_ptr<Catalog> CatalogMaker::Make(FolderContents a_folder, const Catal
 {
     auto made = std::make_shared<Catalog>();
     made->folder = std::move(a_folder);
+    for (const std::filesystem::path& path : made->folder.unreadable)
+        made->LeaveOut(__LINE__,
+                       path.string() + ": nie można odczytać; podawane jest to, co wczytano wcześniej");
     ReadSources(*made, a_before, a_stop);
     AddInstruments(*made);
     ChooseDay(*made);
-    PrepareDay(*made);
+    if (!m_options.listOnly)
+        PrepareDay(*made);
     NumberGenerations(*made, a_before);
     return made;
 }
@@ -220,9 +231,9 @@ void CatalogMaker::ChooseDay(Catalog& a_catalog) const
 {
     a_catalog.day = kalvento::rows::ParseDateText(m_options.day);
     if (!a_catalog.day && !m_options.day.empty())
-        WriteLog(__LINE__, "Opcja Day: \"" + m_options.day +
-                               "\" nie jest datą, oczekiwano na przykład 2024-08-08; "
-                               "odtwarzany jest ostatni dzień");
+        a_catalog.LeaveOut(__LINE__, "Opcja Day: \"" + m_options.day +
+                                         "\" nie jest datą, oczekiwano na przykład 2024-08-08; "
+                                         "odtwarzany jest ostatni dzień");
     if (a_catalog.day)
         return;
     for (const auto& [isin, instrument] : a_catalog.instruments) {

@@ -18,6 +18,7 @@ public:
         : m_options(a_options), m_host(a_host)
     {
         m_cacheHost->sorts = a_options.sort;
+        m_cacheHost->storesRows = !a_options.listOnly;
     }
 
     /// a_before: what was served so far, empty at first. Its files aren't read again unless they changed, and an

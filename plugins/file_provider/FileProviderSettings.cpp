@@ -45,4 +45,5 @@ void FileProviderSettings::ReadSettings(const Settings& a_settings)
     TakeSetting(a_settings, XML_SORT, options.sort);
     TakeSpeed(a_settings, options.speed);
     TakeSetting(a_settings, XML_START, options.start);
+    TakeSetting(a_settings, XML_LIST_ONLY, options.listOnly);
 }

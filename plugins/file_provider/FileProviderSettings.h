@@ -11,6 +11,7 @@ public:
     static constexpr const char* XML_SORT = "Sort";
     static constexpr const char* XML_SPEED = "Speed";
     static constexpr const char* XML_START = "Start";
+    static constexpr const char* XML_LIST_ONLY = "ListOnly"; ///< Of one run: it isn't written.
 
     void WriteSettings(Settings& a_settings) const override;
     void ReadSettings(const Settings& a_settings) override;

@@ -118,14 +118,12 @@ bool FileStore::Impl::Refresh(const std::stop_token& a_stop)
     }
     const bool changed = !before || before->folder != folder;
     if (changed) {
-        for (const std::filesystem::path& path : folder.unreadable)
-            WriteLog(__LINE__,
-                     path.string() + ": nie można odczytać; podawane jest to, co wczytano wcześniej");
         auto made = maker.Make(std::move(folder), before ? *before : Catalog(), a_stop);
         if (connected.value_or(false) && !made->keepsRows) {
             listener->Broken(L"Zmieniły się pliki z notowaniami.");
             connected = false;
         }
+        listener->LeftOut(made->faults);
         Publish(std::move(made));
     }
     if (!connected.value_or(false)) {
@@ -181,7 +179,8 @@ void FileStore::Impl::Publish(std::shared_ptr<Catalog> a_catalog)
             listener->RowsAdded(isin);
     }
     for (const auto& [path, cache] : catalog->caches)
-        cache->RemoveOldParts();
+        if (!options.listOnly)
+            cache->RemoveOldParts();
 }
 
 std::vector<std::string> FileStore::Impl::MoveTo(std::int64_t a_second)
@@ -365,8 +364,8 @@ std::optional<Offers> FileStore::ReadOffers(const std::string& a_isin)
     const ESeriesId priceMeans = place->book->GetContents()->priceMeans;
     const History rows = place->book->ReadRows(0, place->visibleBook - 1, place->visibleBook);
     for (const auto& [series, values] : rows)
-    HideEmptyLevels(offers);
         offers.SetData(series == Price ? priceMeans : series, values.front());
+    HideEmptyLevels(offers);
     offers.SetTime(rows.TimeSeries().front());
     return offers;
 }

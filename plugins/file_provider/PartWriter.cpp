@@ -21,12 +21,15 @@ constexpr std::uint64_t S_waitingRows = std::uint64_t{1} << 20U;
 
 } // namespace
 
-PartWriter::PartWriter(const PartFiles& a_files, CacheContents& a_contents, std::atomic<bool>& a_failureTold)
+PartWriter::PartWriter(const PartFiles& a_files, CacheContents& a_contents, std::atomic<bool>& a_failureTold,
+                       bool a_storesRows)
     : m_files(a_files),
       m_contents(a_contents),
       m_failureTold(a_failureTold),
       m_hasSymbols(a_contents.symbols.empty()),
-      m_waiting(a_contents.symbols.size())
+      m_storesRows(a_storesRows),
+      m_waiting(a_contents.symbols.size()),
+      m_written(a_storesRows)
 {}
 
 void PartWriter::Add(const rows::RowBlock& a_block, const std::vector<std::string>& a_names)
@@ -85,27 +88,34 @@ void PartWriter::Flush(std::size_t a_symbol)
 void PartWriter::Write(std::size_t a_symbol, History a_rows)
 {
     CacheContents::Symbol& symbol = m_contents.symbols[a_symbol];
-    std::ostringstream stream;
-    a_rows.Write(stream);
-    const std::string bytes = std::move(stream).str();
     CacheContents::Part part;
     part.firstRow = symbol.rows;
     part.rows = a_rows.GetRecordsCount();
-    part.bytes = bytes.size();
-    part.checksum = Fingerprint::Of(bytes);
     a_rows.GetTimes(part.first, part.last);
-    std::error_code error;
-    m_written = m_written && FileTools::ReplaceFile(m_files.PathOf(m_contents, a_symbol, symbol.parts.size()),
-                                                    bytes, error);
-    if (!m_written) {
-        part.kept = std::make_shared<const History>(std::move(a_rows));
-        if (!m_failureTold.exchange(true))
-            WriteLog(__LINE__, "Nie można zapisać historii w folderze " + m_files.GetFolder().string() +
-                                   " (" + CodePage::Cp1250ToUtf8(internal::ErrorText(error)) +
-                                   "); dane pozostają w pamięci");
-    }
+    if (m_storesRows)
+        Store(a_symbol, part, std::move(a_rows));
     symbol.rows += part.rows;
     symbol.parts.push_back(std::move(part));
+}
+
+void PartWriter::Store(std::size_t a_symbol, CacheContents::Part& a_part, History a_rows)
+{
+    std::ostringstream stream;
+    a_rows.Write(stream);
+    const std::string bytes = std::move(stream).str();
+    a_part.bytes = bytes.size();
+    a_part.checksum = Fingerprint::Of(bytes);
+    const std::size_t place = m_contents.symbols[a_symbol].parts.size();
+    std::error_code error;
+    m_written =
+        m_written && FileTools::ReplaceFile(m_files.PathOf(m_contents, a_symbol, place), bytes, error);
+    if (m_written)
+        return;
+    a_part.kept = std::make_shared<const History>(std::move(a_rows));
+    if (!m_failureTold.exchange(true))
+        WriteLog(__LINE__, "Nie można zapisać historii w folderze " + m_files.GetFolder().string() + " (" +
+                               CodePage::Cp1250ToUtf8(internal::ErrorText(error)) +
+                               "); dane pozostają w pamięci");
 }
 
 } // namespace kalvento::files

@@ -103,7 +103,7 @@ std::shared_ptr<const CacheContents> RowCache::MakeContents(const std::stop_toke
     if (!reader.GetLayout().hasSymbols)
         contents->symbols.resize(1);
 
-    PartWriter writer(m_files, *contents, m_host->writeFailureTold);
+    PartWriter writer(m_files, *contents, m_host->writeFailureTold, m_host->storesRows);
     rows::RowBlock block;
     while (reader.Read(block, S_readRows))
         writer.Add(block, reader.GetSymbols());

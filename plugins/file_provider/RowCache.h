@@ -20,6 +20,7 @@ struct CacheHost {
     BlockShelf shelf{std::uint64_t{4} << 20U};
     std::atomic<bool> writeFailureTold = false; ///< One line in the log is enough.
     std::atomic<std::uint64_t> textsRead = 0;   ///< How many files of rows were read.
+    bool storesRows = true; ///< False: rows are counted, and only those on the disk already can be read.
 };
 
 /// The rows of one file, kept as binary series blocks and an index, so that the text is read only once.

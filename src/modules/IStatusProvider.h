@@ -21,7 +21,8 @@ public:
     virtual EStatusLevel GetStatusLevel() const = 0;
     /// A word or two for the user: "połączony".
     virtual std::wstring GetStatusLabel() const = 0;
-    /// The whole story for the mouse's tool tip, its lines separated by line feeds; empty for none.
+    /// The whole story for the mouse's tool tip, its lines separated by line feeds; empty for none. The first line says
+    /// how it stands, each of the others something that hinders or fails.
     virtual std::wstring GetStatusToolTip() const = 0;
 
     /// A second text beside the first, such as a delay or a count; empty for none.

@@ -10,6 +10,11 @@ public:
     void Broken(const std::wstring& a_reason) override { Note("broken", a_reason); }
     void Restored() override { Note("restored"); }
     void InstrumentsChanged() override { Note("changed"); }
+    void LeftOut(std::vector<std::wstring> a_faults) override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_leftOut = std::move(a_faults);
+    }
 
     std::vector<std::string> Told() const
     {
@@ -21,6 +26,12 @@ public:
     {
         const std::lock_guard lock(m_mutex);
         return m_reason;
+    }
+    /// As told last.
+    std::vector<std::wstring> GetLeftOut() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_leftOut;
     }
     std::size_t Count(const std::string& a_what) const
     {
@@ -54,4 +65,5 @@ private:
     std::condition_variable m_wake;
     std::vector<std::string> m_told;
     std::wstring m_reason;
+    std::vector<std::wstring> m_leftOut;
 };

@@ -20,8 +20,9 @@ class Tool:
         return subprocess.run([self.path, *map(str, arguments)], env=self.environment, stdout=subprocess.PIPE,
                               text=True, timeout=120, check=True).stdout.splitlines()
 
-    def candles(self, file, interval):
-        return [numbers(line.split(",")[1:]) for line in self.run("candles", file, "-i", interval)[1:]]
+    def candles(self, file, interval, *arguments):
+        lines = self.run("candles", file, "-i", interval, *arguments)[1:]
+        return [numbers(line.split(",")[1:]) for line in lines]
 
 
 class Watched:

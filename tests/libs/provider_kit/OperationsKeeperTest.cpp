@@ -14,7 +14,8 @@ TEST(OperationsKeeperTest, TheFileServesWhileTheStoreCant)
     MemoryStore store;
     store.AddInstrument(TickMaker::Instrument("PLTEST000001"));
     OperationsKeeper keeper(store);
-    const auto read = [&] { return keeper.Read("PLTEST000001", WidePath::ToWide(path)); };
+    std::wstring fault;
+    const auto read = [&] { return keeper.Read("PLTEST000001", WidePath::ToWide(path), fault); };
 
     EXPECT_EQ(read().begin(), read().end());
     EXPECT_FALSE(std::filesystem::exists(path)) << "nothing to keep yet";
@@ -23,8 +24,10 @@ TEST(OperationsKeeperTest, TheFileServesWhileTheStoreCant)
     ASSERT_TRUE(operations.Parse("3\n9,200102,7,0.9"));
     store.SetOperations("PLTEST000001", operations);
     EXPECT_TRUE(OperationsKeeper::AreEqual(read(), operations));
+    EXPECT_EQ(fault, L"");
     store.Break();
     EXPECT_TRUE(OperationsKeeper::AreEqual(read(), operations));
+    EXPECT_NE(fault, L"");
     store.Restore();
     store.SetOperations("PLTEST000001", HistoryOperations());
     EXPECT_TRUE(OperationsKeeper::AreEqual(read(), HistoryOperations()));

@@ -255,7 +255,7 @@ TEST_F(StoreProviderTest, DamagedDataEndWhoeverComesUponThem)
     m_quotes.Connect();
     m_quotes.store.SetSpoiler([](History& a_rows) {
         if (a_rows.TimeSeries().back() == TickMaker::TimeOf(5))
-            throw DamagedData("test");
+            throw DamagedData("wiersz 5");
     });
     ASSERT_TRUE(Start(m_consumer, 1, RequestOf(ParamsBase::S_kindDataRecord)));
     ASSERT_TRUE(Start(m_consumer, 2, RequestOf(ParamsBase::S_kindDataHistory)));
@@ -267,6 +267,8 @@ TEST_F(StoreProviderTest, DamagedDataEndWhoeverComesUponThem)
     ASSERT_TRUE(m_consumer.WaitForEnd(3));
     EXPECT_EQ(m_consumer.Events(3), std::vector{CheckingConsumer::ERefused});
     EXPECT_EQ(m_consumer.HistoryRows(2), 5U);
+    EXPECT_EQ(m_quotes.provider.GetStatusLevel(), EStatusLevelProblem);
+    EXPECT_NE(m_quotes.provider.GetStatusToolTip().find(L"wiersz 5"), std::wstring::npos);
 }
 
 // Days of a request are whole, and none is too late.
@@ -297,6 +299,7 @@ TEST_F(StoreProviderTest, WhatCannotBeServedIsRefused)
     m_quotes.store.AddInstrument(outside);
     m_quotes.Connect();
     EXPECT_EQ(m_quotes.provider.GetAssets().size(), 1U) << "one isn't a name for a folder";
+    EXPECT_NE(m_quotes.provider.GetStatusToolTip().find(L"../outside"), std::wstring::npos);
     EXPECT_EQ(m_quotes.provider.GetAssetSeries(TheAsset()).size(), 2U);
     EXPECT_EQ(m_quotes.provider.GetAssetSeriesAlternative(TheAsset()).size(), 5U);
     ASSERT_TRUE(Start(m_consumer, 1, RequestOf(ParamsBase::S_kindDataRecord)));

@@ -1,5 +1,6 @@
 #include "file_provider/FileStore.h"
 
+#include "platform/CodePage.h"
 #include "plugins/file_provider/StoreFixture.h"
 #include "support/MarketData.h"
 #include "support/Testing.h"
@@ -178,12 +179,20 @@ TEST_F(FileStoreTest, FilesThatCannotBeReadLeaveTheOthersServed)
     WriteSource("other.csv", "a,b\n1,2\n");
     WriteSource("cut.block", std::string("\x01\0\0\0\x05\0\0\0", 8));
     WriteSource("Dziwna nazwa ż.csv", "time,price\n2024-08-08 10:00:00,1.5\n");
+    WriteSource("GOOD.book.csv", "time,bid1\n2024-08-08 10:00:00,9\n2024-08-08 10:00:01,9;5\n");
     WriteSource("deep/deeper/LOST.csv", "time,price\n2024-08-08 10:00:00,1.5\n");
     WriteSource("notes.md", "nothing");
     std::vector<std::string> isins;
     for (const StoreInstrument& instrument : OpenStore().ReadInstruments())
         isins.push_back(instrument.isin);
     EXPECT_EQ(isins, (std::vector<std::string>{"Dziwna_nazwa_z", "GOOD"}));
+    EXPECT_FALSE(m_store->ReadOffers("GOOD"));
+    const std::vector<std::wstring> leftOut = m_listener->GetLeftOut();
+    EXPECT_EQ(leftOut.size(), 5U);
+    for (const wchar_t* name : {L"bad.csv:3", L"GOOD.book.csv:3", L"empty.csv", L"other.csv", L"cut.block"})
+        EXPECT_TRUE(std::ranges::any_of(leftOut, [&](const std::wstring& a_fault) {
+            return a_fault.find(name) != std::wstring::npos;
+        })) << CodePage::WideToUtf8(name);
 }
 
 TEST_F(FileStoreTest, OperationsAndBooksLieBesideTheirFile)
@@ -202,6 +211,8 @@ TEST_F(FileStoreTest, OperationsAndBooksLieBesideTheirFile)
     const auto bid = [&] { return store.ReadOffers("AAA")->find(Bid1)->second.value; };
     EXPECT_EQ(bid(), 9.0);
     EXPECT_EQ(store.ReadOffers("AAA")->find(Ask1)->second.value, 12.0);
+    EXPECT_FALSE(store.ReadOffers("AAA")->find(Bid2)->second.IsSet()) << "a price of 0";
+    EXPECT_FALSE(store.ReadOffers("AAA")->find(BidVolume2)->second.IsSet());
     Move(3s);
     ASSERT_TRUE(m_listener->WaitFor("rows AAA"));
     EXPECT_EQ(bid(), 9.5);
@@ -210,8 +221,6 @@ TEST_F(FileStoreTest, OperationsAndBooksLieBesideTheirFile)
     WriteSource("AAA.operations.txt", "4\n1,240101,2,0.5\n2,24");
     EXPECT_THROW(store.ReadOperations("AAA"), std::exception);
 }
-    EXPECT_FALSE(store.ReadOffers("AAA")->find(Bid2)->second.IsSet()) << "a price of 0";
-    EXPECT_FALSE(store.ReadOffers("AAA")->find(BidVolume2)->second.IsSet());
 
 TEST_F(FileStoreTest, PlaybackIsRepeatable)
 {
