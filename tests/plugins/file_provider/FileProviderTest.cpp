@@ -78,7 +78,7 @@ TEST(FileProviderTest, WithoutAFolderItSaysSo)
 TEST(FileProviderSettingsTest, OptionsGoBeforeWhatWasKept)
 {
     FileProviderSettings kept;
-    kept.options = {"/some/fołder", "2024-08-08", 12.5, "09:30"};
+    kept.options = {"/some/fołder", "2024-08-08", 12.5, "09:30", true};
     Settings stored;
     kept.WriteSettings(stored);
     Settings options;
@@ -90,6 +90,7 @@ TEST(FileProviderSettingsTest, OptionsGoBeforeWhatWasKept)
     EXPECT_EQ(read.options.day, "2024-08-08");
     EXPECT_EQ(read.options.speed, 0.0);
     EXPECT_EQ(read.options.start, "09:30");
+    EXPECT_TRUE(read.options.sort);
     options["Speed"] = "12,5";
     kept.ReadSettings(options);
     EXPECT_EQ(kept.options.speed, 12.5) << "what is no number leaves what was kept";

@@ -182,14 +182,18 @@ TEST_F(FileStoreTest, FilesThatCannotBeReadLeaveTheOthersServed)
     WriteSource("GOOD.book.csv", "time,bid1\n2024-08-08 10:00:00,9\n2024-08-08 10:00:01,9;5\n");
     WriteSource("deep/deeper/LOST.csv", "time,price\n2024-08-08 10:00:00,1.5\n");
     WriteSource("notes.md", "nothing");
+    WriteSource("MIXED.csv", "time,price\n2024-08-08 09:00,1\n"
+                             "2024-08-08 10:00,2\n2024-08-08 09:01,3\n2024-08-08 09:03,4\n"
+                             "2024-08-08 09:02,5\n2024-08-08 09:01,6\n");
     std::vector<std::string> isins;
     for (const StoreInstrument& instrument : OpenStore().ReadInstruments())
         isins.push_back(instrument.isin);
     EXPECT_EQ(isins, (std::vector<std::string>{"Dziwna_nazwa_z", "GOOD"}));
     EXPECT_FALSE(m_store->ReadOffers("GOOD"));
     const std::vector<std::wstring> leftOut = m_listener->GetLeftOut();
-    EXPECT_EQ(leftOut.size(), 5U);
-    for (const wchar_t* name : {L"bad.csv:3", L"GOOD.book.csv:3", L"empty.csv", L"other.csv", L"cut.block"})
+    EXPECT_EQ(leftOut.size(), 6U);
+    for (const wchar_t* name :
+         {L"bad.csv:3", L"GOOD.book.csv:3", L"MIXED.csv:4", L"empty.csv", L"other.csv", L"cut.block"})
         EXPECT_TRUE(std::ranges::any_of(leftOut, [&](const std::wstring& a_fault) {
             return a_fault.find(name) != std::wstring::npos;
         })) << CodePage::WideToUtf8(name);
