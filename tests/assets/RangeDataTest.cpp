@@ -26,7 +26,8 @@ TEST(RangeDataTest, RefusedDatesChangeNothing)
     EXPECT_FALSE(range.SetDateFrom(NDateTime(2021, 3, 6)) || range.SetDateTo(NDateTime(2021, 2, 27)));
     EXPECT_FALSE(range.SetDateFrom(S_invalid) || range.SetDateTo(S_invalid));
     EXPECT_EQ(BitsOf(range.GetDates()), BitsOf(before.GetDates()));
-    EXPECT_TRUE(range.SetDateFrom(NDateTime(2021, 3, 5, 23, 59, 59, 0))) << "both ends may fall on one day";
+    EXPECT_TRUE(range.SetDates(S_first, S_second) && range.SetDateFrom(S_second) && range.SetDateTo(S_second))
+        << "both ends may fall on one day";
     EXPECT_EQ(RangeData().GetDates().to.ToDouble(), NDateTime(2099, 12, 31).ToDouble()) << "the end of time";
 }
 
