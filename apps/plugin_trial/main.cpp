@@ -53,7 +53,10 @@ bool IsBackTo(std::size_t a_threads)
 
 PluginReport Try(const TrialTask& a_task)
 {
-    const std::size_t threads = ProcessTraces::CountThreads();
+    std::size_t threads = ProcessTraces::CountThreads();
+#if defined(__SANITIZE_THREAD__)
+    ++threads; // the sanitizer's own, which begins with the first that a plug-in starts
+#endif
     View view;
     const auto executor = std::make_shared<MainThreadExecutor>();
     const auto directory = std::make_shared<ModuleDirectory>();

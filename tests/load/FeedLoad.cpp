@@ -7,6 +7,7 @@
 #include "kalvento/CommandLine.h"
 #include "modules/ConsumerBase.h"
 #include "modules/ProviderBase.h"
+#include "platform/CodePage.h"
 #include "settings/KalventoPaths.h"
 #include "settings/Settings.h"
 #include "support/Testing.h"
@@ -38,11 +39,6 @@ void Await(kalvento::host::Host& a_host, const std::function<bool()>& a_done)
 {
     for (int round = 0; round < 600 && !a_done(); ++round)
         RunFor(a_host, std::chrono::milliseconds(50));
-}
-
-std::string Utf8(const std::wstring& a_text)
-{
-    return std::filesystem::path(a_text).string();
 }
 
 struct Load {
@@ -80,7 +76,8 @@ bool StartModules(kalvento::host::Host& a_host)
     a_host.Start();
     for (const auto& report : a_host.GetReports())
         if (report.state != kalvento::host::EPluginStateRunning)
-            std::fprintf(stderr, "%s: %s\n", Utf8(report.name).c_str(), Utf8(report.reason).c_str());
+            std::fprintf(stderr, "%s: %s\n", CodePage::WideToUtf8(report.name).c_str(),
+                         CodePage::WideToUtf8(report.reason).c_str());
     return a_host.GetProviders().size() == 1 && a_host.GetConsumers().size() == 3;
 }
 
@@ -115,8 +112,9 @@ bool TellOf(ConsumerBase& a_consumer, const Load& a_load)
     const Settings& told = measured;
     const auto number = [&](const char* a_key) { return static_cast<unsigned long long>(told[a_key]); };
     const auto micros = [&](const char* a_key) { return static_cast<double>(told[a_key]) / 1e3; };
-    std::printf("%-26s %12llu %10.1f %10.1f %10.1f %8llu\n", Utf8(a_consumer.GetName()).c_str(),
-                number("Rows"), micros("Half"), micros("Most"), micros("All"), number("Faults"));
+    std::printf("%-26s %12llu %10.1f %10.1f %10.1f %8llu\n",
+                CodePage::WideToUtf8(a_consumer.GetName()).c_str(), number("Rows"), micros("Half"),
+                micros("Most"), micros("All"), number("Faults"));
     return number("Faults") == 0 && number("Rows") == a_load.CountRows() &&
            number("Synchronized") == a_load.instruments;
 }
