@@ -24,8 +24,8 @@ target_compile_options(kalvento_warnings INTERFACE -Wall -Wextra -Wpedantic -Wco
 # (https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651), and reads of an empty std::optional behind the very test of it
 # (https://gcc.gnu.org/bugzilla/show_bug.cgi?id=80635). The sanitizers and clang-tidy look for both in earnest.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    target_compile_options(kalvento_warnings INTERFACE -Wno-restrict -Wno-stringop-overflow
-        -Wno-maybe-uninitialized)
+    target_compile_options(kalvento_warnings INTERFACE -Wno-restrict -Wno-array-bounds
+        -Wno-stringop-overflow -Wno-stringop-overread -Wno-maybe-uninitialized)
 endif()
 if(KALVENTO_WERROR)
     target_compile_options(kalvento_warnings INTERFACE -Werror)
