@@ -42,17 +42,22 @@ void ReadNotes::Finish(const RowCounts& a_counts)
         m_rejects->Commit();
     if (m_context.quiet)
         return;
-    const auto note = [this](std::uint64_t a_count, const char* a_text) {
+    const auto note = [this](std::uint64_t a_count, const char* a_one, const char* a_several) {
         if (a_count > 0)
-            Note(m_context, std::to_string(a_count) + ' ' + a_text);
+            Note(m_context, std::to_string(a_count) + ' ' + (a_count == 1 ? a_one : a_several));
     };
-    note(a_counts.bad, "lines set aside that could not be read");
-    note(a_counts.dropped, "rows left out, their times not later than the ones before");
-    note(a_counts.raised, "rows with falling times moved up past the ones before");
-    note(a_counts.misplaced, "rows out of order put in their places");
-    note(a_counts.repeated, m_dropsRepeated
-                                ? "rows left out that repeat another one exactly"
-                                : "rows repeat another one exactly (--drop-repeated leaves them out)");
+    note(a_counts.bad, "line set aside that could not be read", "lines set aside that could not be read");
+    note(a_counts.dropped, "row left out, its time not later than the one before",
+         "rows left out, their times not later than the ones before");
+    note(a_counts.raised, "row with a falling time moved up past the one before",
+         "rows with falling times moved up past the ones before");
+    note(a_counts.misplaced, "row out of order put in its place", "rows out of order put in their places");
+    if (m_dropsRepeated)
+        note(a_counts.repeated, "row left out that repeats another one exactly",
+             "rows left out that repeat another one exactly");
+    else
+        note(a_counts.repeated, "row repeats another one exactly (--drop-repeated leaves it out)",
+             "rows repeat another one exactly (--drop-repeated leaves them out)");
     if (a_counts.rows == 0)
         Note(m_context, std::string("no rows") + (a_counts.outside > 0 ? " between --from and --to" : ""));
 }
