@@ -1,6 +1,5 @@
 #include "apps/kalvento/RunToolHere.h"
-#include "sql_store/SqlWriter.h"
-#include "support/PostgresCluster.h"
+#include "support/DatabaseTest.h"
 #include "support/Testing.h"
 
 namespace {
@@ -9,23 +8,14 @@ const std::string S_header = "time,price,volume\n";
 const std::string S_first = "2024-05-06 09:00:00,10,1\n2024-05-06 09:00:00,10,2\n2024-05-06 09:00:05,11,3\n";
 const std::string S_then = "2024-05-06 09:00:06,12,4\n2024-05-07 09:00:00,13,5\n";
 
-class LoadCommandTest : public testing::Test {
+class LoadCommandTest : public DatabaseTest {
 protected:
-    void SetUp() override
-    {
-        if (PostgresCluster::Get() == nullptr)
-            GTEST_SKIP() << "PostgreSQL isn't installed";
-        m_connection = PostgresCluster::Get()->NewDatabase();
-        m_writer.emplace(m_connection);
-    }
     ToolRun Load(std::vector<std::string> a_arguments, const std::string& a_input = {}) const
     {
         a_arguments.insert(a_arguments.begin(), {"load", "--database", m_connection});
         return RunToolHere(a_arguments, a_input);
     }
 
-    std::string m_connection;
-    std::optional<SqlWriter> m_writer;
     TemporaryFolder m_folder;
 };
 

@@ -3,8 +3,8 @@
 #include "history_operations/OperationsText.h"
 #include "sql_store/SqlWriter.h"
 #include "support/BlockTools.h"
+#include "support/DatabaseTest.h"
 #include "support/NotingListener.h"
-#include "support/PostgresCluster.h"
 #include "support/Testing.h"
 #include "support/TickMaker.h"
 
@@ -15,17 +15,8 @@
 
 namespace {
 
-class SqlStoreTest : public testing::Test {
+class SqlStoreTest : public DatabaseTest {
 protected:
-    void SetUp() override
-    {
-        m_cluster = PostgresCluster::Get();
-        if (m_cluster == nullptr)
-            GTEST_SKIP() << "no PostgreSQL server here: install the package postgresql";
-        m_connection = m_cluster->NewDatabase();
-        m_writer = std::make_unique<SqlWriter>(m_connection);
-    }
-
     std::unique_ptr<SqlStore> OpenStore(NotingListener& a_listener)
     {
         auto store = std::make_unique<SqlStore>(SqlAddress(m_connection), S_quick);
@@ -35,9 +26,6 @@ protected:
     }
 
     static constexpr SqlStore::Pauses S_quick{std::chrono::milliseconds(5), std::chrono::milliseconds(50)};
-    PostgresCluster* m_cluster = nullptr;
-    std::string m_connection;
-    std::unique_ptr<SqlWriter> m_writer;
 };
 
 } // namespace

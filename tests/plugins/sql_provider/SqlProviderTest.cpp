@@ -3,8 +3,8 @@
 #include "contract_kit/ProviderContract.h"
 #include "sql_store/SqlWriter.h"
 #include "support/CandlesConsumer.h"
+#include "support/DatabaseTest.h"
 #include "support/LogWatch.h"
-#include "support/PostgresCluster.h"
 #include "support/Testing.h"
 #include "support/TickMaker.h"
 
@@ -67,16 +67,8 @@ void AppendStubbornly(SqlWriter& a_writer, std::uint64_t a_number)
     }
 }
 
-class SqlProviderTest : public testing::Test {
+class SqlProviderTest : public DatabaseTest {
 protected:
-    void SetUp() override
-    {
-        m_cluster = PostgresCluster::Get();
-        if (m_cluster == nullptr)
-            GTEST_SKIP() << "no PostgreSQL server here: install the package postgresql";
-        m_connection = m_cluster->NewDatabase();
-        m_writer.emplace(m_connection);
-    }
     void AddInstrument(const std::string& a_isin, std::size_t a_rows)
     {
         m_writer->CreateInstrument(TickMaker::Instrument(a_isin));
@@ -112,9 +104,6 @@ protected:
         transaction.exec("SET search_path = kalvento; " + a_statements);
     }
 
-    PostgresCluster* m_cluster = nullptr;
-    std::string m_connection;
-    std::optional<SqlWriter> m_writer;
     const TestMediator m_mediator;
     CandlesConsumer m_keeper{TickMaker::Instrument("A").series, {EIntervalTick, 1}}; // before the provider
     std::optional<SqlProvider> m_provider;
